@@ -1,0 +1,20 @@
+# Flags shared by the library and everything around it. Floating point is what is written: no contraction, no fast-math.
+add_library(zngeom_flags INTERFACE)
+if(MSVC)
+  target_compile_options(zngeom_flags INTERFACE /W4 /fp:precise)
+  if(ZNGEOM_WERROR)
+    target_compile_options(zngeom_flags INTERFACE /WX)
+  endif()
+else()
+  target_compile_options(zngeom_flags INTERFACE
+    -ffp-contract=off -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wold-style-cast -Wcast-qual
+    -Wdouble-promotion -Wformat=2 -Wundef)
+  if(ZNGEOM_WERROR)
+    target_compile_options(zngeom_flags INTERFACE -Werror)
+  endif()
+endif()
+
+if(ZNGEOM_SANITIZE)
+  target_compile_options(zngeom_flags INTERFACE -fsanitize=${ZNGEOM_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(zngeom_flags INTERFACE -fsanitize=${ZNGEOM_SANITIZE})
+endif()
