@@ -1,0 +1,57 @@
+#include "znGeom/editing/triangles.h"
+
+#include <algorithm>
+
+namespace znGeom {
+
+namespace {
+
+/// How many triangles the fans of all polygons have.
+int countFanTriangles(const int* lengths, int numPolys)
+{
+    int count = 0;
+    for (int i = 0; i < numPolys; ++i) count += std::max(lengths[i] - 2, 0);
+    return count;
+}
+
+/// Writes the fan of each polygon, and for each triangle its polygon.
+void writeFans(const int* lengths, const int* points, int numPolys, int* corners, Remap& remap)
+{
+    int triangle = 0;
+    for (int polygon = 0; polygon < numPolys; points += lengths[polygon++]) {
+        for (int i = 2; i < lengths[polygon]; ++i) {
+            *corners++ = points[0];
+            *corners++ = points[i - 1];
+            *corners++ = points[i];
+            remap.set(triangle++, polygon);
+        }
+    }
+}
+
+} // namespace
+
+void meshTriangulate(CompactMesh& mesh)
+{
+    Remap unused;
+    meshTriangulate(mesh, unused);
+}
+
+void meshTriangulate(CompactMesh& mesh, Remap& remap)
+{
+    if (mesh.getNumTriangles() > 0 || mesh.getNumPolys() == 0) return;
+    const int* lengths = mesh.getPolyLengths();
+    const int numTriangles = countFanTriangles(lengths, mesh.getNumPolys());
+    zn::vector<int> corners(3 * numTriangles);
+    remap.resize(numTriangles, mesh.getNumPolys());
+    writeFans(lengths, mesh.getPolyPoints(), mesh.getNumPolys(), corners.data(), remap);
+    mesh.copyTriangles(numTriangles, corners.data());
+
+    MeshModification modification(&mesh, MeshModification::TopologyChanged);
+    modification.normalsValid();
+    modification.uvsValid();
+    modification.stsValid();
+    modification.coloursValid();
+    mesh.modified(modification);
+}
+
+} // namespace znGeom

@@ -1,0 +1,54 @@
+/// Mesh files: a plain counted text format, and OBJ with an MTL material library.
+///
+/// These are file filters: no function looks at the mesh that it reads or writes. Numbers in files are the same under
+/// every locale. Readers need memory in proportion to the size of the file, whatever its header claims. All run on the
+/// calling thread.
+#pragma once
+
+#include "znGeom/foundation/containers/list.h"
+#include "znGeom/foundation/mesh/compact_mesh.h"
+#include "znGeom/foundation/mesh/mesh_adjacency.h"
+#include "znGeom/foundation/text/filename.h"
+#include "znGeom/foundation/util/color.h"
+
+namespace znGeom {
+
+/// Reads the plain format: a line with the number of vertices and of faces, then x y z per vertex, then per face the
+/// number of corners and the vertex indices, from 0.
+///
+/// Everything in `mesh`, channels included, is replaced by positions and triangles, and one `TopologyChanged` is told;
+/// a file that does not open changes nothing and tells nothing. The reader trusts the file: a face is three indices
+/// whatever its count says (the count is read and dropped), numbers that are missing are 0, and indices are not
+/// checked. Linear in the file's size.
+ZNGEOM_API void meshRead(CompactMesh& mesh, const znOS::Filename& file);
+
+/// Writes the plain format: positions with ten significant digits, and the triangles. A file that does not open is
+/// left alone without a word.
+ZNGEOM_API void meshWrite(const CompactMesh& mesh, const znOS::Filename& file);
+
+/// Reads positions and faces of an OBJ file.
+///
+/// Lines "v ", "vn ", "vt " and "f " count, after leading blanks; "#" and "$" start comments; everything else is
+/// passed over. Normals and UVs are parsed but go no further. Faces with fewer than three entries are dropped, faces
+/// with a vertex index out of range are erased; negative, relative indices count as out of range, and so does the
+/// entry that a blank at the end of a face line makes.
+///
+/// Faces of three corners become the triangles. If any face has more, all faces become the polygons of the mesh, and
+/// its triangle list stays as it was (`meshTriangulate` fills an empty one). One `TopologyChanged` is told.
+/// \return false, with the mesh unchanged, when the file does not open; true whatever the file held
+ZNGEOM_API bool meshReadObj(CompactMesh& mesh, const znOS::Filename& file);
+
+/// Writes an OBJ file: positions, normals and UVs where the mesh has them, with six significant digits, and the
+/// triangles. Without normals and UVs a face line is "f i  j  k ", its last blank included, so that `meshReadObj` does
+/// not take such faces back.
+/// \return false when the file does not open
+ZNGEOM_API bool meshWriteObj(const CompactMesh& mesh, const znOS::Filename& file);
+
+/// Writes an OBJ file with one material per subset, and beside it an MTL file of the same base name with one material
+/// per colour: subset s uses "mats", which is colour s. A triangle in no subset is not written, one in two subsets
+/// twice. That the MTL file does not open is not reported.
+/// \return false when the OBJ file does not open
+ZNGEOM_API bool meshWriteObj(const CompactMesh& mesh, const zn::list<zn::Reference<MeshSubset>>& subsets,
+                             const zn::list<znUtil::Color>& colours, const znOS::Filename& file);
+
+} // namespace znGeom

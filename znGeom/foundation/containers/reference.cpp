@@ -1,0 +1,7 @@
+#include "znGeom/foundation/containers/reference.h"
+
+namespace zn {
+
+ReferenceCount::~ReferenceCount() = default;
+
+} // namespace zn

@@ -1,0 +1,13 @@
+#include "znGeom/foundation/linear/tolerance.h"
+
+namespace znLinear {
+
+// A mesh of a few units in size is what these fit; 1e-10 is the one decade in which meshes from a millimetre to ten
+// kilometres (in metres) neither lose true features to the tolerance nor drown it in rounding.
+double epsilonTol = 1e-10;
+double epsilon2Tol = 1e-12;
+double parallelTol = 1e-8;
+double perpendicular2Tol = 1e-12;
+float epsilonTolFlt = 1e-7f;
+
+} // namespace znLinear

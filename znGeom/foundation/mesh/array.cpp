@@ -1,0 +1,7 @@
+#include "znGeom/foundation/mesh/array.h"
+
+namespace znGeom {
+
+ArrayAllocator::~ArrayAllocator() = default;
+
+} // namespace znGeom

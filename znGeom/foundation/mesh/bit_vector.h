@@ -1,0 +1,68 @@
+/// `znGeom::BitVector`: the set type of the library.
+#pragma once
+
+#include <cstdint>
+
+#include "znGeom/foundation/containers/vector.h"
+#include "znGeom/foundation/export.h"
+
+namespace znGeom {
+
+/// A set of indices below a size, with a running count of its members. Bit i is bit (i mod 32) of word (i / 32); bits
+/// of the last word beyond the size are clear. Indices are trusted.
+class ZNGEOM_API BitVector
+{
+public:
+    BitVector() = default;
+    /// All clear.
+    explicit BitVector(int size) { resize(size); }
+
+    int getSize() const { return m_size; }
+    int getNumSetBits() const { return m_numSet; }
+    const std::uint32_t* getWords() const { return m_words.data(); }
+    int getNumWords() const { return m_words.size(); }
+
+    bool isSet(int bit) const { return (m_words[bit >> 5] >> (bit & 31) & 1u) != 0; }
+    bool operator[](int bit) const { return isSet(bit); }
+
+    /// Setting a set bit counts nothing.
+    void setBit(int bit)
+    {
+        const std::uint32_t mask = 1u << (bit & 31);
+        std::uint32_t& word = m_words[bit >> 5];
+        m_numSet += (word & mask) == 0;
+        word |= mask;
+    }
+    void clearBit(int bit)
+    {
+        const std::uint32_t mask = 1u << (bit & 31);
+        std::uint32_t& word = m_words[bit >> 5];
+        m_numSet -= (word & mask) != 0;
+        word &= ~mask;
+    }
+
+    /// Old bits stay, new ones are clear.
+    void resize(int size);
+    void clearBits();
+    void setAllBits();
+    void setBits(int count, const int* bits);
+
+    /// Adds the members of `other`; grows to its size where that is larger.
+    BitVector& operator|=(const BitVector& other);
+
+    void swap(BitVector& other);
+
+    friend bool operator==(const BitVector& a, const BitVector& b)
+    {
+        return a.m_size == b.m_size && a.m_words == b.m_words;
+    }
+
+private:
+    void recount();
+
+    int m_size = 0;
+    int m_numSet = 0;
+    zn::vector<std::uint32_t> m_words;
+};
+
+} // namespace znGeom

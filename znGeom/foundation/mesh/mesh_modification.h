@@ -1,0 +1,90 @@
+/// `znGeom::MeshModification`: what a change of a mesh did.
+///
+/// Whoever changes a mesh tells it afterwards, once, through `modified`. What each of the library's functions
+/// declares (further rows come with the functions):
+///
+/// | Function                | Type              | Remap    | Flags |
+/// |-------------------------|-------------------|----------|-------|
+/// | `meshCompact`           | `TopologyChanged` | vertices | `normalsModified` when normals were compared,
+/// `uvsModified` when UVs exist, `stripsAndFansModified` when strips or fans exist, `triangleNormalsValid` | |
+/// `meshTriangulate`       | `TopologyChanged` |          | `normalsValid`, `uvsValid`, `stsValid`, `coloursValid` | |
+/// `meshRead`, `meshReadObj` | `TopologyChanged` |        | none |
+#pragma once
+
+#include "znGeom/foundation/containers/vector.h"
+#include "znGeom/foundation/mesh/entity.h"
+#include "znGeom/foundation/mesh/remap.h"
+#include "znGeom/foundation/text/c_string.h"
+
+namespace znGeom {
+
+class PointMesh;
+
+/// One change. Its kind makes every channel that depends on it invalid by default; the `...Modified` calls name a
+/// channel that the change rewrote, the `...Valid` calls one that stays true in spite of it. Lives for the duration of
+/// the `modified` call; may be made before the change, since it records only flags and pointers.
+class ZNGEOM_API MeshModification : public EntityModification
+{
+public:
+    enum Type : int {
+        GeometryChanged = 0,  ///< vertices moved, connectivity stayed
+        TopologyChanged = 1,  ///< triangles or the number of vertices changed
+        AttributesChanged = 2 ///< only a named channel did
+    };
+
+    /// The channels that flags speak of.
+    enum Channel : int {
+        Normals,
+        TriangleNormals,
+        UVs,
+        STs,
+        Colours,
+        StripsAndFans,
+        Lines,
+        LineStrips,
+        Polys,
+        numChannels
+    };
+
+    /// \param remap  new vertex and triangle numbers, or null where none changed; not owned
+    MeshModification(const PointMesh* mesh, Type type, MeshRemap* remap = nullptr);
+
+    Type getType() const { return m_type; }
+    MeshRemap* getRemap() const { return m_remap; }
+
+    void normalsModified() { m_modified |= bit(Normals); }
+    void normalsValid() { m_valid |= bit(Normals); }
+    void triangleNormalsModified() { m_modified |= bit(TriangleNormals); }
+    void triangleNormalsValid() { m_valid |= bit(TriangleNormals); }
+    void uvsModified() { m_modified |= bit(UVs); }
+    void uvsValid() { m_valid |= bit(UVs); }
+    void stsModified() { m_modified |= bit(STs); }
+    void stsValid() { m_valid |= bit(STs); }
+    void coloursValid() { m_valid |= bit(Colours); }
+    void stripsAndFansModified() { m_modified |= bit(StripsAndFans); }
+    void linesModified() { m_modified |= bit(Lines); }
+    void lineStripsModified() { m_modified |= bit(LineStrips); }
+    void polysModified() { m_modified |= bit(Polys); }
+    /// Positions, normals and texture channels by their attribute names set the flags above as well.
+    void vertexAttribsModified(const znString::CString& name);
+
+    /// Whether the change rewrote a channel.
+    bool isModified(Channel channel) const { return (m_modified & bit(channel)) != 0; }
+    /// Whether a channel stays true in spite of the change.
+    bool isValid(Channel channel) const { return (m_valid & bit(channel)) != 0; }
+    /// Either of the two.
+    bool keeps(Channel channel) const { return isModified(channel) || isValid(channel); }
+    /// The attributes that were named, in order of naming.
+    const zn::vector<znString::CString>& modifiedAttributes() const { return m_attributes; }
+
+private:
+    static constexpr unsigned bit(Channel channel) { return 1u << channel; }
+
+    Type m_type;
+    MeshRemap* m_remap;
+    unsigned m_modified = 0;
+    unsigned m_valid = 0;
+    zn::vector<znString::CString> m_attributes;
+};
+
+} // namespace znGeom

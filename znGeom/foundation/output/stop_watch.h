@@ -1,0 +1,34 @@
+/// `znOS::StopWatch`: the timer behind every timing line.
+#pragma once
+
+#include <chrono>
+
+#include "znGeom/foundation/export.h"
+
+namespace znOS {
+
+/// Adds up the time between `start` and `stop`. Each call returns the seconds gathered so far; the pattern of a timed
+/// stage is `clear()`, print, `start()`. A new watch runs at once.
+class ZNGEOM_API StopWatch
+{
+public:
+    StopWatch() { start(); }
+
+    /// Runs on from here; no effect on a running watch.
+    double start();
+    /// Stands still until the next `start`.
+    double stop();
+    /// Returns the seconds, forgets them and stands still.
+    double clear();
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    double elapsed() const;
+
+    Clock::time_point m_started{};
+    double m_gathered = 0;
+    bool m_running = false;
+};
+
+} // namespace znOS

@@ -1,0 +1,4 @@
+/// Signals and their listeners.
+#pragma once
+
+#include "znGeom/foundation/signals/signal.h"

@@ -1,0 +1,208 @@
+#include "znGeom/foundation/threads/thread_pool.h"
+
+#include <algorithm>
+#include <exception>
+#include <mutex>
+#include <system_error>
+#include <thread>
+#include <vector>
+
+namespace znUtil {
+
+namespace {
+
+/// How often a thread looks again before it goes to sleep: some tens of microseconds, so that loops that follow one
+/// another closely never pay for waking anybody.
+constexpr int spinsBeforeSleep = 2000;
+
+/// Chunks per thread: enough to even out uneven costs, few enough that handing them out costs nothing.
+constexpr int chunksPerThread = 16;
+
+inline void relax()
+{
+#if defined(__x86_64__) || defined(__i386__)
+    __builtin_ia32_pause();
+#else
+    std::this_thread::yield();
+#endif
+}
+
+/// Blocks while `value` equals `old`: awake for a while, then asleep.
+template <typename T>
+void waitWhileEqual(const std::atomic<T>& value, T old)
+{
+    for (int spin = 0; spin < spinsBeforeSleep; ++spin) {
+        if (value.load(std::memory_order_acquire) != old) return;
+        relax();
+    }
+    value.wait(old, std::memory_order_acquire);
+}
+
+/// The exception of the lowest thread, kept until the caller can have it.
+class FirstFailure
+{
+public:
+    void keep(int threadIndex, std::exception_ptr exception)
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_exception && m_threadIndex <= threadIndex) return;
+        m_threadIndex = threadIndex;
+        m_exception = std::move(exception);
+    }
+    void rethrow() const
+    {
+        if (m_exception) std::rethrow_exception(m_exception);
+    }
+
+private:
+    std::mutex m_mutex;
+    int m_threadIndex = 0;
+    std::exception_ptr m_exception;
+};
+
+} // namespace
+
+/// The threads of a pool. They sleep until the round number changes, do the job of that round, and report.
+class ThreadPool::Workers
+{
+public:
+    using Job = void (*)(void* context, int threadIndex);
+
+    explicit Workers(int count)
+    {
+        m_threads.reserve(static_cast<size_t>(count));
+        try {
+            for (int i = 0; i < count; ++i) m_threads.emplace_back([this, i] { work(i + 1); });
+        } catch (const std::system_error&) {
+            // The system gives no more threads; the pool is as large as it got.
+        }
+    }
+
+    ~Workers()
+    {
+        m_stop = true;
+        beginRound();
+        for (std::thread& thread : m_threads) thread.join();
+    }
+
+    int count() const { return static_cast<int>(m_threads.size()); }
+
+    /// False while another run, which may be the one that we are in, has the threads.
+    bool tryAcquire() { return !m_taken.exchange(true, std::memory_order_acquire); }
+    void release() { m_taken.store(false, std::memory_order_release); }
+
+    /// Runs `job` once on every thread, the calling one as thread 0, and returns when all are done.
+    void run(Job job, void* context)
+    {
+        m_job = job;
+        m_context = context;
+        m_pending.store(count(), std::memory_order_relaxed);
+        beginRound();
+        job(context, 0);
+        for (int pending = m_pending.load(std::memory_order_acquire); pending != 0;
+             pending = m_pending.load(std::memory_order_acquire))
+            waitWhileEqual(m_pending, pending);
+    }
+
+private:
+    void beginRound()
+    {
+        m_round.fetch_add(1, std::memory_order_release);
+        m_round.notify_all();
+    }
+
+    void work(int threadIndex)
+    {
+        for (unsigned seen = 0;; ++seen) {
+            waitUntilChanged(seen);
+            if (m_stop) return;
+            m_job(m_context, threadIndex);
+            if (m_pending.fetch_sub(1, std::memory_order_acq_rel) == 1) m_pending.notify_one();
+        }
+    }
+
+    void waitUntilChanged(unsigned seen)
+    {
+        while (m_round.load(std::memory_order_acquire) == seen) waitWhileEqual(m_round, seen);
+    }
+
+    std::atomic<unsigned> m_round{0};
+    std::atomic<int> m_pending{0};
+    std::atomic<bool> m_taken{false};
+    bool m_stop = false;
+    Job m_job = nullptr;
+    void* m_context = nullptr;
+    std::vector<std::thread> m_threads;
+};
+
+ThreadPool::ThreadPool(int numThreads) : m_workers(numThreads > 1 ? std::make_unique<Workers>(numThreads - 1) : nullptr)
+{}
+
+ThreadPool::~ThreadPool() = default;
+
+int ThreadPool::getNumThreads() const { return m_workers ? m_workers->count() + 1 : 1; }
+
+/// Calls `body(threadIndex)` once for each thread of the pool: on all of them where they are free, otherwise one after
+/// the other on this one.
+template <typename Body>
+void ThreadPool::runBodies(ThreadedAlgBase& alg, const Body& body)
+{
+    if (!m_workers || !m_workers->tryAcquire()) {
+        for (int i = 0; i < getNumThreads(); ++i) body(i);
+        alg.finalize();
+        return;
+    }
+    struct Context
+    {
+        const Body& body;
+        FirstFailure failure;
+    } context{body, {}};
+    m_workers->run(
+        [](void* pointer, int threadIndex) {
+            Context& shared = *static_cast<Context*>(pointer);
+            try {
+                shared.body(threadIndex);
+            } catch (...) {
+                shared.failure.keep(threadIndex, std::current_exception());
+            }
+        },
+        &context);
+    m_workers->release();
+    context.failure.rethrow();
+    alg.finalize();
+}
+
+void ThreadPool::run(ThreadedChunkAlg& alg)
+{
+    const int numThreads = getNumThreads();
+    alg.prepare(numThreads);
+    alg.numChunks = numThreads > 1 ? numThreads * chunksPerThread : 1;
+    alg.initialize(numThreads);
+    std::atomic<int> next{0};
+    runBodies(alg, [&alg, &next](int threadIndex) {
+        for (int chunk = next++; chunk < alg.numChunks; chunk = next++) alg.execute(chunk, threadIndex);
+    });
+}
+
+void ThreadPool::run(ThreadedAlg& alg)
+{
+    const int numThreads = getNumThreads();
+    alg.prepare(numThreads);
+    alg.initialize(numThreads);
+    runBodies(alg, [&alg, numThreads](int threadIndex) { alg.execute(threadIndex, numThreads); });
+}
+
+ThreadPool& ThreadPool::get()
+{
+    // Never destroyed: the host's own statics may still run loops while the process ends.
+    static ThreadPool& pool = *new ThreadPool(static_cast<int>(std::max(1u, std::thread::hardware_concurrency())));
+    return pool;
+}
+
+ThreadPool& ThreadPool::getSingleThreadedPool()
+{
+    static ThreadPool& pool = *new ThreadPool(1);
+    return pool;
+}
+
+} // namespace znUtil
