@@ -5,9 +5,11 @@
 #pragma once
 
 #include "znGeom/foundation/containers/block_allocator.h"
+#include "znGeom/foundation/containers/checked_size.h"
 #include "znGeom/foundation/containers/hash_table.h"
 #include "znGeom/foundation/containers/impl_base.h"
 #include "znGeom/foundation/containers/list.h"
 #include "znGeom/foundation/containers/reference.h"
+#include "znGeom/foundation/containers/stamp_table.h"
 #include "znGeom/foundation/containers/tree.h"
 #include "znGeom/foundation/containers/vector.h"

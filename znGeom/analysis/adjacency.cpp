@@ -1,0 +1,178 @@
+#include "znGeom/analysis/adjacency.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <memory>
+
+#include "znGeom/foundation/containers/checked_size.h"
+#include "znGeom/foundation/containers/stamp_table.h"
+#include "znGeom/foundation/output/debug_channel.h"
+#include "znGeom/foundation/output/stop_watch.h"
+#include "znGeom/foundation/util/prefetch.h"
+
+namespace znGeom {
+
+namespace {
+
+int countCorners(const CompactMesh& mesh) { return zn::checkedSize(std::int64_t{3} * mesh.getNumTriangles()); }
+
+/// Each entry becomes the sum of all entries up to and including it.
+void inclusiveSum(int* counts, int size)
+{
+    int total = 0;
+    for (int i = 0; i < size; ++i) counts[i] = total += counts[i];
+}
+
+/// How many triangles ahead the corners, and how many ahead their stamps, are asked for: meshes whose triangles lie in
+/// no order would otherwise wait for memory at every corner.
+constexpr int cornersAhead = 48, stampsAhead = 24;
+
+/// Writes the record of each vertex, its neighbour count and then the neighbours, one after the other.
+class NeighbourRecords
+{
+public:
+    NeighbourRecords(const CompactMesh& mesh, const MeshAdjTris& adjTris)
+        : m_corners(mesh.getTrianglesRaw()), m_tris(adjTris.table().elements.read()),
+          m_numTris(adjTris.table().elements.size()), m_stamps(mesh.getNumVertices())
+    {}
+
+    /// \param record  room for the largest record that a vertex of so many triangles can have, and one more
+    /// \return the end of the record
+    int* write(int vertex, int firstTri, int numTris, int* record)
+    {
+        const std::uint32_t stamp = m_stamps.next();
+        m_stamps.mark(vertex, stamp);
+        int* next = record + 1;
+        for (int i = firstTri; i < firstTri + numTris; ++i) {
+            prefetchFrom(i);
+            const int* corners = cornersOf(i);
+            for (int corner = 0; corner < 3; ++corner) {
+                // Written in any case and kept by moving on: a test here would be mispredicted half the time.
+                *next = corners[corner];
+                next += m_stamps.mark(corners[corner], stamp);
+            }
+        }
+        *record = static_cast<int>(next - record) - 1;
+        return next;
+    }
+
+private:
+    const int* cornersOf(int entry) const { return m_corners + 3 * static_cast<std::ptrdiff_t>(m_tris[entry]); }
+
+    void prefetchFrom(int entry) const
+    {
+        if (entry + cornersAhead >= m_numTris) return;
+        znUtil::prefetch(cornersOf(entry + cornersAhead));
+        const int* corners = cornersOf(entry + stampsAhead);
+        for (int corner = 0; corner < 3; ++corner) m_stamps.prefetch(corners[corner]);
+    }
+
+    const int* m_corners;
+    const int* m_tris;
+    int m_numTris;
+    zn::StampTable m_stamps;
+};
+
+/// The corner in front of the one that holds `vertex`: of the first such corner where there are several.
+int cornerBefore(const MeshTriangle& triangle, int vertex)
+{
+    const int corner = triangle[0] == vertex ? 0 : triangle[1] == vertex ? 1 : 2;
+    return triangle[(corner + 2) % 3];
+}
+
+bool hasDirectedEdge(const MeshTriangle& triangle, int from, int to)
+{
+    return (triangle[0] == from && triangle[1] == to) || (triangle[1] == from && triangle[2] == to) ||
+           (triangle[2] == from && triangle[0] == to);
+}
+
+} // namespace
+
+void meshAdjTris(const CompactMesh& mesh, MeshAdjTris& result)
+{
+    znOS::StopWatch watch;
+    const int numVertices = mesh.getNumVertices(), numCorners = countCorners(mesh);
+    const int* corners = mesh.getTrianglesRaw();
+    ArrayOfSets table(numVertices, numCorners);
+    int *start = table.start.write(), *elements = table.elements.write();
+
+    std::fill_n(start, numVertices, 0);
+    for (int i = 0; i < numCorners; ++i) ++start[corners[i]];
+    // From the ends of the sets downwards, so that the cursors come to rest at the starts.
+    inclusiveSum(start, numVertices);
+    for (int triangle = mesh.getNumTriangles() - 1; triangle >= 0; --triangle) {
+        const int* triangleCorners = corners + 3 * static_cast<std::ptrdiff_t>(triangle);
+        elements[--start[triangleCorners[2]]] = triangle;
+        elements[--start[triangleCorners[1]]] = triangle;
+        elements[--start[triangleCorners[0]]] = triangle;
+    }
+
+    MeshAdjTris built(table);
+    result.swap(built);
+    debugChannel().print("MeshAdjTris: %d vertices %d triangles %f\n", numVertices, mesh.getNumTriangles(),
+                         watch.stop());
+}
+
+void meshAdjVertices(const CompactMesh& mesh, const MeshAdjTris& adjTris, MeshAdjVertices& result)
+{
+    znOS::StopWatch watch;
+    const int numVertices = mesh.getNumVertices();
+    const size_t numEntries = static_cast<size_t>(adjTris.table().elements.size());
+    NeighbourRecords records(mesh, adjTris);
+
+    // One pass into a block for the worst case, two neighbours for every triangle of a vertex; untouched pages of it
+    // cost nothing. The result gets a block of the exact size.
+    auto offsets = std::make_unique_for_overwrite<int[]>(static_cast<size_t>(numVertices));
+    const auto scratch = std::make_unique_for_overwrite<int[]>(static_cast<size_t>(numVertices) + 2 * numEntries + 1);
+    int* end = scratch.get();
+    int maxCount = 0, firstTri = 0;
+    for (int v = 0; v < numVertices; ++v) {
+        int* record = end;
+        offsets[static_cast<size_t>(v)] = zn::checkedSize(record - scratch.get());
+        end = records.write(v, firstTri, adjTris.numTris(v), record);
+        firstTri += adjTris.numTris(v);
+        maxCount = std::max(maxCount, *record);
+    }
+    const int total = zn::checkedSize(end - scratch.get());
+    auto data = std::make_unique_for_overwrite<int[]>(static_cast<size_t>(total));
+    std::copy_n(scratch.get(), total, data.get());
+
+    MeshAdjVertices built(numVertices, maxCount, offsets.release(), data.release());
+    result.swap(built);
+    debugChannel().print("MeshAdjVertices: %d vertices, %d triangles: %f s\n", numVertices, mesh.getNumTriangles(),
+                         watch.stop());
+}
+
+void sortAdjTris(int vertex, int count, const int* tris, const MeshTriangle* triangles, zn::vector<int>& sorted)
+{
+    sorted = zn::vector<int>(tris, tris + count);
+    for (int i = 0; i + 1 < count; ++i) {
+        const int target = cornerBefore(triangles[sorted[i]], vertex);
+        for (int j = i + 1; j < count; ++j) {
+            if (!hasDirectedEdge(triangles[sorted[j]], vertex, target)) continue;
+            std::swap(sorted[i + 1], sorted[j]);
+            break;
+        }
+    }
+}
+
+bool getSharedEdgeAdjacentTriangle(const int& triangle, int edge, const MeshTriangle* triangles,
+                                   const MeshAdjTris& adjTris, int& neighbour, int& neighbourCorner)
+{
+    neighbourCorner = -1;
+    const int start = triangles[triangle][edge], end = triangles[triangle][(edge + 1) % 3];
+    const int* candidates = adjTris.triIndices(start);
+    for (int i = 0; i < adjTris.numTris(start); ++i) {
+        if (candidates[i] == triangle) continue;
+        const MeshTriangle& candidate = triangles[candidates[i]];
+        for (int corner = 0; corner < 3; ++corner) {
+            if (candidate[corner] != end) continue;
+            neighbourCorner = corner;
+            neighbour = candidates[i];
+            return true;
+        }
+    }
+    return false;
+}
+
+} // namespace znGeom
