@@ -15,15 +15,14 @@ int countFanTriangles(const int* lengths, int numPolys)
 }
 
 /// Writes the fan of each polygon, and for each triangle its polygon.
-void writeFans(const int* lengths, const int* points, int numPolys, int* corners, Remap& remap)
+void writeFans(const int* lengths, const int* points, int numPolys, int* corners, int* polygonOf)
 {
-    int triangle = 0;
     for (int polygon = 0; polygon < numPolys; points += lengths[polygon++]) {
         for (int i = 2; i < lengths[polygon]; ++i) {
             *corners++ = points[0];
             *corners++ = points[i - 1];
             *corners++ = points[i];
-            remap.set(triangle++, polygon);
+            *polygonOf++ = polygon;
         }
     }
 }
@@ -41,10 +40,9 @@ void meshTriangulate(CompactMesh& mesh, Remap& remap)
     if (mesh.getNumTriangles() > 0 || mesh.getNumPolys() == 0) return;
     const int* lengths = mesh.getPolyLengths();
     const int numTriangles = countFanTriangles(lengths, mesh.getNumPolys());
-    zn::vector<int> corners(3 * numTriangles);
     remap.resize(numTriangles, mesh.getNumPolys());
-    writeFans(lengths, mesh.getPolyPoints(), mesh.getNumPolys(), corners.data(), remap);
-    mesh.copyTriangles(numTriangles, corners.data());
+    mesh.resizeTriangleArray(numTriangles);
+    writeFans(lengths, mesh.getPolyPoints(), mesh.getNumPolys(), mesh.getTrianglesRaw(), remap.data());
 
     MeshModification modification(&mesh, MeshModification::TopologyChanged);
     modification.normalsValid();

@@ -118,8 +118,8 @@ void applyWeld(CompactMesh& mesh, Remap& remap, bool moveNormals, znOS::StopWatc
     }
     remapStripsAndFans(mesh, remap, modification);
     mesh.resizeVertexArray(remap.range);
-    for (int triangle = 0; triangle < mesh.getNumTriangles(); ++triangle)
-        remap(mesh.getTriangles()[triangle].corners, 3);
+    MeshTriangle* triangles = mesh.getTriangles();
+    for (int i = 0; i < mesh.getNumTriangles(); ++i) remap(triangles[i].corners, 3);
 
     modification.triangleNormalsValid();
     mesh.modified(modification);

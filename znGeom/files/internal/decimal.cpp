@@ -1,8 +1,12 @@
 #include "znGeom/files/internal/decimal.h"
 
+#include <algorithm>
+#include <bit>
 #include <charconv>
 #include <cmath>
 #include <cstddef>
+#include <cstring>
+#include <limits>
 #include <string_view>
 #include <system_error>
 
@@ -15,31 +19,20 @@ constexpr double exactPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
                                   1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 constexpr int largestExactPower = 22;
 
-/// The parts of a number in text.
-struct Parts
-{
-    const char* end = nullptr;
-    bool negative = false;
-    std::uint64_t digits = 0;     ///< modulo 2^64
-    std::ptrdiff_t numDigits = 0; ///< leading zeros included
-    int exponent = 0;             ///< of the last digit
-    bool complete = false;
-};
+// Signs follow no pattern that a processor could guess, so they are looked up and not branched on.
+constexpr float signs[] = {1, -1};
 
 /// Computes digits * 10^exponent as a `double` with an error of at most three units in its last place, which settles
 /// the `float` except close to the middle between two floats. False when it is not settled.
-bool convertQuickly(const Parts& parts, float& value)
+bool convertQuickly(std::int64_t digits, std::ptrdiff_t exponent, float& value)
 {
-    if (parts.numDigits > 19 || parts.exponent < -largestExactPower || parts.exponent > largestExactPower) return false;
-    double number = static_cast<double>(parts.digits);
-    if (parts.exponent < 0)
-        number /= exactPowers[-parts.exponent];
-    else
-        number *= exactPowers[parts.exponent];
+    if (exponent < -largestExactPower || exponent > largestExactPower) return false;
+    const double number = exponent < 0 ? static_cast<double>(digits) / exactPowers[-exponent]
+                                       : static_cast<double>(digits) * exactPowers[exponent];
     constexpr std::uint64_t middle = 1u << 28, nearMiddle = 4;
     const std::uint64_t tail = std::bit_cast<std::uint64_t>(number) % (2 * middle);
     if (tail - (middle - nearMiddle) <= 2 * nearMiddle || number > 1e38) return false;
-    value = static_cast<float>(parts.negative ? -number : number);
+    value = static_cast<float>(number);
     return true;
 }
 
@@ -69,6 +62,112 @@ Scan convertExactly(const char* begin, const char* end, float& value)
     return huge ? Scan::TooLarge : Scan::Number;
 }
 
+constexpr std::uint64_t powersOfFive[] = {1,     5,      25,      125,     625,      3125,      15625,
+                                          78125, 390625, 1953125, 9765625, 48828125, 244140625, 1220703125};
+
+/// From 10^-4 on.
+constexpr double decades[] = {1e-4, 1e-3, 1e-2, 1e-1, 1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9, 1e10};
+
+constexpr auto digitPairs = [] {
+    std::array<char, 200> pairs{};
+    for (size_t i = 0; i < 100; ++i) {
+        pairs[2 * i] = static_cast<char>('0' + i / 10);
+        pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
+    }
+    return pairs;
+}();
+
+/// Writes 0.000ddd, ddd.ddd or ddd, without zeros at the end of a fraction.
+/// \param exponent  of the first digit, -4 to precision - 1
+template <int precision>
+char* writeFixed(char* out, std::uint64_t digits, int exponent)
+{
+    char text[2 * precision] = {}; // twice: copies of a fixed size are cheap, and may take too much
+    for (int i = precision - 2; i >= 0; i -= 2, digits /= 100)
+        std::memcpy(text + i, digitPairs.data() + 2 * (digits % 100), 2);
+    int used = precision;
+    while (text[used - 1] == '0') --used;
+    if (exponent < 0) {
+        std::memcpy(out, "0.000", 5);
+        std::memcpy(out + 1 - exponent, text, precision);
+        return out + 1 - exponent + used;
+    }
+    const int whole = exponent + 1;
+    std::memcpy(out, text, precision);
+    if (used <= whole) return out + whole;
+    out[whole] = '.';
+    std::memcpy(out + whole + 1, text + whole, precision);
+    return out + used + 1;
+}
+
+/// What "%.{precision}g" prints. Where that has no exponent the digits come from exact integers: a float is m * 2^q,
+/// its digits are m * 5^k * 2^(q + k), rounded to an integer, ties to even.
+template <int precision>
+char* writeFloat(char* out, float value)
+{
+    const auto bits = std::bit_cast<std::uint32_t>(value);
+    const float magnitude = std::fabs(value);
+    *out = '-';
+    if (magnitude == 0) return out += bits >> 31, *out = '0', out + 1;
+    if (magnitude > 1e-4f && magnitude < static_cast<float>(powersOfTen[precision])) {
+        const int biased = static_cast<int>(bits >> 23 & 0xFF);
+        int exponent = (biased - 127) * 1233 >> 12; // 1233 / 4096 is log10(2), near enough for these
+        exponent += static_cast<double>(magnitude) >= decades[exponent + 5];
+        const int k = precision - 1 - exponent;
+        const std::uint64_t product = ((bits & 0x7FFFFF) | 0x800000) * powersOfFive[k];
+        const int shift = 150 - biased - k;
+        std::uint64_t digits = shift > 0 ? product >> shift : product << -shift;
+        if (shift > 0) {
+            const std::uint64_t half = std::uint64_t(1) << (shift - 1), rest = product & (2 * half - 1);
+            digits += rest > half || (rest == half && digits % 2 == 1);
+        }
+        if (digits == powersOfTen[precision]) digits /= 10, ++exponent;
+        if (exponent < precision) return writeFixed<precision>(out + (bits >> 31), digits, exponent);
+    }
+    return std::to_chars(out, out + longestNumber, double{value}, std::chars_format::general, precision).ptr;
+}
+
 } // namespace
+
+Scan convertLongInt(const char* begin, const char* end, bool negative, int& value)
+{
+    using Limits = std::numeric_limits<int>;
+    begin -= negative;
+    const auto result = std::from_chars(begin, end, value);
+    if (result.ec == std::errc()) return Scan::Number;
+    value = negative ? Limits::min() : Limits::max();
+    return Scan::TooLarge;
+}
+
+Scan scanFloat(const char*& at, float& value)
+{
+    const char* const begin = at;
+    const bool negative = *begin == '-';
+    const char* const whole = begin + (negative | (*begin == '+'));
+    std::uint64_t digits = 0;
+    at = scanDigits(whole, digits);
+    std::ptrdiff_t numDigits = at - whole, exponent = 0;
+    if (*at == '.') {
+        const char* const fraction = at + 1;
+        at = scanDigits(fraction, digits);
+        exponent = fraction - at;
+        numDigits -= exponent;
+    }
+    value = 0;
+    if (numDigits == 0) return Scan::None;
+    if ((*at | 0x20) == 'e') {
+        int power = 0;
+        if (scanInt(++at, power) == Scan::None) return Scan::None;
+        exponent += power;
+    }
+    if (numDigits > 18 || !convertQuickly(static_cast<std::int64_t>(digits), exponent, value))
+        return convertExactly(begin, at, value);
+    value *= signs[negative];
+    return Scan::Number;
+}
+
+char* writeInt(char* out, std::int64_t value) { return std::to_chars(out, out + longestNumber, value).ptr; }
+char* writeFloat6(char* out, float value) { return writeFloat<6>(out, value); }
+char* writeFloat10(char* out, float value) { return writeFloat<10>(out, value); }
 
 } // namespace znGeom::internal

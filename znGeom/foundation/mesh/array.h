@@ -137,7 +137,8 @@ public:
         const int larger = std::max(size, otherSize);
         resize(larger);
         other.resize(larger);
-        std::swap_ranges(write(), write() + larger, other.write());
+        T* mine = write(); // once: an allocator may give another address at each call
+        std::swap_ranges(mine, mine + larger, other.write());
         resize(otherSize);
         other.resize(size);
     }

@@ -50,18 +50,18 @@ public:
 
     // Positions
     int getNumVertices() const { return m_vertices->getNumElements(); }
-    MeshVertex* getVertices() { return reinterpret_cast<MeshVertex*>(m_vertices->asFloat()); }
-    const MeshVertex* getVertices() const { return reinterpret_cast<const MeshVertex*>(m_vertices->asFloat()); }
-    float* getVerticesRaw() { return m_vertices->asFloat(); }
-    const float* getVerticesRaw() const { return m_vertices->asFloat(); }
+    MeshVertex* getVertices() { return reinterpret_cast<MeshVertex*>(getVerticesRaw()); }
+    const MeshVertex* getVertices() const { return reinterpret_cast<const MeshVertex*>(getVerticesRaw()); }
+    float* getVerticesRaw() { return toWrite(m_vertices); }
+    const float* getVerticesRaw() const { return toRead(m_vertices); }
     void resizeVertexArray(int numVertices);
     void copyVertices(int numVertices, const MeshVertex* vertices);
 
     // Normals
     MeshNormal* getNormals() { return reinterpret_cast<MeshNormal*>(getNormalsRaw()); }
     const MeshNormal* getNormals() const { return reinterpret_cast<const MeshNormal*>(getNormalsRaw()); }
-    float* getNormalsRaw() { return values(m_normals); }
-    const float* getNormalsRaw() const { return values(m_normals); }
+    float* getNormalsRaw() { return toWrite(m_normals); }
+    const float* getNormalsRaw() const { return toRead(m_normals); }
     /// Makes the channel, zeros, unless it is there.
     void allocNormalArray();
     void deleteNormals();
@@ -72,14 +72,14 @@ public:
     // Texture channels
     MeshUV* getUVs() { return reinterpret_cast<MeshUV*>(getUVsRaw()); }
     const MeshUV* getUVs() const { return reinterpret_cast<const MeshUV*>(getUVsRaw()); }
-    float* getUVsRaw() { return values(m_uvs); }
-    const float* getUVsRaw() const { return values(m_uvs); }
+    float* getUVsRaw() { return toWrite(m_uvs); }
+    const float* getUVsRaw() const { return toRead(m_uvs); }
     void allocUVArray();
     void deleteUVs();
     MeshUV* getSTs() { return reinterpret_cast<MeshUV*>(getSTsRaw()); }
     const MeshUV* getSTs() const { return reinterpret_cast<const MeshUV*>(getSTsRaw()); }
-    float* getSTsRaw() { return values(m_sts); }
-    const float* getSTsRaw() const { return values(m_sts); }
+    float* getSTsRaw() { return toWrite(m_sts); }
+    const float* getSTsRaw() const { return toRead(m_sts); }
     void allocSTArray();
     void deleteSTs();
 
@@ -109,8 +109,8 @@ protected:
     const zn::Reference<ArrayAllocator>& arrayAllocator() const { return m_allocator; }
 
 private:
-    static float* values(MeshAttributes* channel) { return channel ? channel->asFloat() : nullptr; }
-    static const float* values(const MeshAttributes* channel) { return channel ? channel->asFloat() : nullptr; }
+    static float* toWrite(MeshAttributes* channel) { return channel ? channel->asFloat() : nullptr; }
+    static const float* toRead(const MeshAttributes* channel) { return channel ? channel->asFloat() : nullptr; }
     MeshAttributes* allocChannel(const char* name, int numComponents);
     int findAttributes(const znString::CString& name) const;
     void findChannels();

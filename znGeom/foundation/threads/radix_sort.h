@@ -19,8 +19,10 @@ struct KeyedIndex
 /// infinities of their sign.
 inline std::uint32_t sortableKey(float value)
 {
-    const auto bits = std::bit_cast<std::uint32_t>(value + 0.0f);
-    return (bits & 0x80000000u) != 0 ? ~bits : bits | 0x80000000u;
+    constexpr std::uint32_t sign = 0x80000000u;
+    const auto bits = std::bit_cast<std::uint32_t>(value);
+    if (bits == sign) return sign; // -0, as +0
+    return (bits & sign) != 0 ? ~bits : bits | sign;
 }
 
 /// Sorts `count` records by their keys, records of equal keys staying in their order.

@@ -1,0 +1,12 @@
+/// The readers of the mesh formats, on files or on text in memory. They fill the mesh and tell nobody.
+#pragma once
+
+#include "znGeom/files/internal/text_file.h"
+#include "znGeom/foundation/mesh/compact_mesh.h"
+
+namespace znGeom::internal {
+
+void parsePlain(TextReader& text, CompactMesh& mesh);
+void parseObj(TextReader& text, CompactMesh& mesh);
+
+} // namespace znGeom::internal

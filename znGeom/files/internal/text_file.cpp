@@ -1,0 +1,95 @@
+#include "znGeom/files/internal/text_file.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+namespace znGeom::internal {
+
+namespace {
+
+/// Small enough to stay in the processor's cache between being filled and being used.
+constexpr size_t blockSize = 1 << 17;
+
+/// In binary mode: what is in the file is what is read and written.
+File openFile(const znOS::Filename& file, const char* mode)
+{
+    File opened(std::fopen(file.path().asMultibyte(znString::Encoding::Native).asChar(), mode));
+    if (opened) std::setvbuf(opened.get(), nullptr, _IONBF, 0);
+    return opened;
+}
+
+} // namespace
+
+TextReader::TextReader(const znOS::Filename& file) : m_file(openFile(file, "rb"))
+{
+    m_isOpen = m_file && (fill() || std::ferror(m_file.get()) == 0);
+}
+
+bool TextReader::nextBlock()
+{
+    m_used -= m_blockSize;
+    if (m_used > 0) std::memmove(m_buffer.get(), end(), m_used);
+    m_blockSize = 0;
+    size_t searched = 0;
+    do {
+        const std::string_view added(m_buffer.get() + searched, m_used - searched);
+        const size_t lineEnd = added.rfind('\n');
+        if (lineEnd != added.npos) return m_blockSize = searched + lineEnd + 1, true;
+        searched = m_used;
+    } while (fill());
+    if (m_used == 0) return false;
+    m_buffer[m_used++] = '\n';
+    m_blockSize = m_used;
+    return true;
+}
+
+std::int64_t TextReader::passToEnd()
+{
+    do m_used = m_blockSize = 0;
+    while (fill());
+    return m_bytesRead;
+}
+
+/// Reads on behind what is there, and keeps a byte free for a line end. False at the end of the text.
+bool TextReader::fill()
+{
+    if (m_used + 1 >= m_capacity) {
+        m_capacity = std::max(2 * m_capacity, blockSize);
+        auto larger = std::make_unique_for_overwrite<char[]>(m_capacity);
+        std::copy_n(m_buffer.get(), m_used, larger.get());
+        m_buffer = std::move(larger);
+    }
+    const size_t room = m_capacity - m_used - 1;
+    const size_t count = m_file ? std::fread(m_buffer.get() + m_used, 1, room, m_file.get())
+                                : m_memory.copy(m_buffer.get() + m_used, room);
+    if (!m_file) m_memory.remove_prefix(count);
+    m_used += count;
+    m_bytesRead += static_cast<std::int64_t>(count);
+    return count > 0;
+}
+
+TextWriter::TextWriter(const znOS::Filename& file) : m_file(openFile(file, "wb"))
+{
+    if (m_file) m_buffer = std::make_unique_for_overwrite<char[]>(blockSize);
+}
+
+char* TextWriter::line()
+{
+    if (m_used + lineRoom > blockSize) flush();
+    return m_buffer.get() + m_used;
+}
+
+void TextWriter::text(std::string_view text)
+{
+    flush();
+    std::fwrite(text.data(), 1, text.size(), m_file.get());
+}
+
+void TextWriter::flush()
+{
+    if (m_used > 0) std::fwrite(m_buffer.get(), 1, m_used, m_file.get());
+    m_used = 0;
+}
+
+} // namespace znGeom::internal

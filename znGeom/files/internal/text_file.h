@@ -1,0 +1,80 @@
+/// Text files in large blocks.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <string_view>
+
+#include "znGeom/foundation/text/filename.h"
+
+namespace znGeom::internal {
+
+struct CloseFile
+{
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, CloseFile>;
+
+/// Hands out a text in blocks of whole lines. Every block ends with a line end, the last one too. One buffer serves for
+/// all, which stays in the processor's cache; only a line longer than that makes it grow.
+class TextReader
+{
+public:
+    explicit TextReader(const znOS::Filename& file);
+    /// Reads from memory, which must outlive the reader.
+    explicit TextReader(std::string_view text) : m_memory(text), m_isOpen(true) {}
+
+    /// False for a file that did not open, or of which nothing can be read, as is so of a folder.
+    bool isOpen() const { return m_isOpen; }
+
+    /// Goes on to the next block, which takes the place of the last one; false at the end of the text.
+    bool nextBlock();
+    const char* begin() const { return m_buffer.get(); }
+    const char* end() const { return m_buffer.get() + m_blockSize; }
+
+    /// The size of the whole text. Passes over all blocks that are left.
+    std::int64_t passToEnd();
+
+private:
+    bool fill();
+
+    File m_file;
+    std::string_view m_memory;
+    bool m_isOpen = false;
+    std::unique_ptr<char[]> m_buffer;
+    size_t m_capacity = 0;
+    size_t m_blockSize = 0; ///< at the beginning of the buffer
+    size_t m_used = 0;      ///< the block, and what was read beyond it
+    std::int64_t m_bytesRead = 0;
+};
+
+/// Collects text and writes it in blocks. A write that fails, on a full disk for example, is not noticed.
+class TextWriter
+{
+public:
+    explicit TextWriter(const znOS::Filename& file);
+    ~TextWriter() { flush(); }
+    TextWriter(const TextWriter&) = delete;
+    TextWriter& operator=(const TextWriter&) = delete;
+
+    bool isOpen() const { return m_file != nullptr; }
+
+    /// Where the next line goes, with room for `lineRoom` characters; `setEnd` takes its end.
+    char* line();
+    void setEnd(const char* end) { m_used = static_cast<size_t>(end - m_buffer.get()); }
+
+    void text(std::string_view text);
+
+    static constexpr size_t lineRoom = 256;
+
+private:
+    void flush();
+
+    File m_file;
+    std::unique_ptr<char[]> m_buffer;
+    size_t m_used = 0;
+};
+
+} // namespace znGeom::internal
