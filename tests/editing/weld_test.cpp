@@ -12,7 +12,7 @@
 #include "tests/support/random.h"
 #include "tests/support/recorder.h"
 #include "tests/support/shapes.h"
-#include "znGeom/editing/vertex_order.h"
+#include "znGeom/editing/internal/vertex_order.h"
 
 using namespace znGeom;
 

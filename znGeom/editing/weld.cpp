@@ -4,7 +4,7 @@
 #include <cstring>
 #include <memory>
 
-#include "znGeom/editing/vertex_order.h"
+#include "znGeom/editing/internal/vertex_order.h"
 #include "znGeom/foundation/output/debug_channel.h"
 #include "znGeom/foundation/output/stop_watch.h"
 

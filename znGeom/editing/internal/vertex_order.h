@@ -1,4 +1,4 @@
-/// Internal to the library: the order of vertices by position, normal and UV.
+/// The order of vertices by position, normal and UV.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,4 @@
-#include "znGeom/editing/vertex_order.h"
+#include "znGeom/editing/internal/vertex_order.h"
 
 #include <algorithm>
 #include <cmath>
