@@ -18,3 +18,8 @@ if(ZNGEOM_SANITIZE)
   target_compile_options(zngeom_flags INTERFACE -fsanitize=${ZNGEOM_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(zngeom_flags INTERFACE -fsanitize=${ZNGEOM_SANITIZE})
 endif()
+
+# Fuzzing needs to see which branches of the library a run has reached.
+if(ZNGEOM_FUZZ)
+  target_compile_options(zngeom_flags INTERFACE -fsanitize=fuzzer-no-link)
+endif()

@@ -22,7 +22,7 @@ constexpr int largestExactPower = 22;
 // Signs follow no pattern that a processor could guess, so they are looked up and not branched on.
 constexpr float signs[] = {1, -1};
 
-/// Computes digits * 10^exponent as a `double` with an error of at most three units in its last place, which settles
+/// Computes digits * 10^exponent as a `double` with an error of at most two units in its last place, which settles
 /// the `float` except close to the middle between two floats. False when it is not settled.
 bool convertQuickly(std::int64_t digits, std::ptrdiff_t exponent, float& value)
 {
@@ -39,27 +39,15 @@ bool convertQuickly(std::int64_t digits, std::ptrdiff_t exponent, float& value)
 /// Whether a number that no `float` holds is too large and not too small: where its first digit stands decides.
 bool isHuge(std::string_view text)
 {
-    const size_t mantissaEnd = std::min(text.find_first_of("eE"), text.size());
-    const std::string_view mantissa = text.substr(0, mantissaEnd);
-    const auto point = static_cast<std::ptrdiff_t>(std::min(mantissa.find('.'), mantissa.size()));
-    const auto first = static_cast<std::ptrdiff_t>(mantissa.find_first_of("123456789"));
-    if (mantissaEnd == text.size()) return first < point;
-    const char* at = text.data() + mantissaEnd + 1;
-    int exponent = 0;
-    scanInt(at, exponent);
-    return exponent + (first < point ? point - first - 1 : point - first) > 0;
-}
-
-/// The exact way, for any number.
-Scan convertExactly(const char* begin, const char* end, float& value)
-{
-    begin += *begin == '+';
-    const auto result = std::from_chars(begin, end, value);
-    if (result.ec == std::errc()) return Scan::Number;
-    const bool huge = isHuge({begin, static_cast<size_t>(end - begin)});
-    value = huge ? std::numeric_limits<float>::infinity() : 0.0f;
-    if (*begin == '-') value = -value;
-    return huge ? Scan::TooLarge : Scan::Number;
+    const std::string_view mantissa = text.substr(0, text.find_first_of("eE"));
+    int power = 0;
+    if (mantissa.size() < text.size()) {
+        const char* at = text.data() + mantissa.size() + 1;
+        scanInt(at, power);
+    }
+    const size_t point = std::min(mantissa.find('.'), mantissa.size());
+    const size_t first = mantissa.find_first_of("123456789");
+    return power + static_cast<std::ptrdiff_t>(point) - static_cast<std::ptrdiff_t>(first) > 0;
 }
 
 constexpr std::uint64_t powersOfFive[] = {1,     5,      25,      125,     625,      3125,      15625,
@@ -124,18 +112,29 @@ char* writeFloat(char* out, float value)
         if (digits == powersOfTen[precision]) digits /= 10, ++exponent;
         if (exponent < precision) return writeFixed<precision>(out + (bits >> 31), digits, exponent);
     }
-    return std::to_chars(out, out + longestNumber, double{value}, std::chars_format::general, precision).ptr;
+    return std::to_chars(out, out + longestNumber, value, std::chars_format::general, precision).ptr;
 }
 
 } // namespace
 
-Scan convertLongInt(const char* begin, const char* end, bool negative, int& value)
+Scan convertFloat(const char* begin, const char* end, float& value)
 {
-    using Limits = std::numeric_limits<int>;
-    begin -= negative;
+    begin += *begin == '+';
     const auto result = std::from_chars(begin, end, value);
     if (result.ec == std::errc()) return Scan::Number;
-    value = negative ? Limits::min() : Limits::max();
+    const bool huge = isHuge({begin, static_cast<size_t>(end - begin)});
+    value = huge ? std::numeric_limits<float>::infinity() : 0.0f;
+    if (*begin == '-') value = -value;
+    return huge ? Scan::TooLarge : Scan::Number;
+}
+
+Scan convertInt(const char* begin, const char* end, int& value)
+{
+    using Limits = std::numeric_limits<int>;
+    begin += *begin == '+';
+    const auto result = std::from_chars(begin, end, value);
+    if (result.ec == std::errc()) return Scan::Number;
+    value = *begin == '-' ? Limits::min() : Limits::max();
     return Scan::TooLarge;
 }
 
@@ -161,7 +160,7 @@ Scan scanFloat(const char*& at, float& value)
         exponent += power;
     }
     if (numDigits > 18 || !convertQuickly(static_cast<std::int64_t>(digits), exponent, value))
-        return convertExactly(begin, at, value);
+        return convertFloat(begin, at, value);
     value *= signs[negative];
     return Scan::Number;
 }

@@ -25,10 +25,12 @@ constexpr auto powersOfTen = [] {
     return powers;
 }();
 
-/// The value of at least one digit, which need not fit.
-Scan convertLongInt(const char* begin, const char* end, bool negative, int& value);
+/// The value of a text that is known to be a number. What these cost does not matter: few numbers come here.
+Scan convertInt(const char* begin, const char* end, int& value);
+Scan convertFloat(const char* begin, const char* end, float& value);
 
-inline bool isDigit(char c) { return static_cast<unsigned char>(c - '0') < 10; }
+/// 10 and more for what is no digit.
+inline unsigned digitOf(char c) { return static_cast<unsigned char>(c - '0'); }
 /// White space that does not end a line.
 inline bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\v' || c == '\f' || c == '\r'; }
 inline bool isSpace(char c) { return c == ' ' || static_cast<unsigned char>(c - '\t') < 5; }
@@ -36,19 +38,20 @@ inline bool isSpace(char c) { return c == ' ' || static_cast<unsigned char>(c - 
 /// Appends the digits at `at` to those of `value`, modulo 2^64, and returns their end.
 inline const char* scanDigits(const char* at, std::uint64_t& value)
 {
-    for (; isDigit(*at); ++at) value = value * 10 + static_cast<unsigned>(*at - '0');
+    for (unsigned digit = digitOf(*at); digit < 10; digit = digitOf(*++at)) value = value * 10 + digit;
     return at;
 }
 
 /// Reads an optional sign and digits. A number out of range gives the nearest `int`; none leaves `value` as it is.
 inline Scan scanInt(const char*& at, int& value)
 {
-    const bool negative = *at == '-';
-    const char* const digits = at + (negative | (*at == '+'));
+    const char* const begin = at;
+    const bool negative = *begin == '-';
+    const char* const digits = begin + (negative | (*begin == '+'));
     std::uint64_t magnitude = 0;
     at = scanDigits(digits, magnitude);
     if (at == digits) return Scan::None;
-    if (at - digits > 9) return convertLongInt(digits, at, negative, value);
+    if (at - digits > 9) return convertInt(begin, at, value);
     value = negative ? -static_cast<int>(magnitude) : static_cast<int>(magnitude);
     return Scan::Number;
 }

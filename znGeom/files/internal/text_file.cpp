@@ -8,9 +8,6 @@ namespace znGeom::internal {
 
 namespace {
 
-/// Small enough to stay in the processor's cache between being filled and being used.
-constexpr size_t blockSize = 1 << 17;
-
 /// In binary mode: what is in the file is what is read and written.
 File openFile(const znOS::Filename& file, const char* mode)
 {
@@ -19,12 +16,19 @@ File openFile(const znOS::Filename& file, const char* mode)
     return opened;
 }
 
+std::unique_ptr<char[]> makeBuffer(size_t size) { return std::make_unique_for_overwrite<char[]>(size); }
+
 } // namespace
 
-TextReader::TextReader(const znOS::Filename& file) : m_file(openFile(file, "rb"))
+TextReader::TextReader(const znOS::Filename& file) : TextReader(std::string_view())
 {
+    m_file = openFile(file, "rb");
     m_isOpen = m_file && (fill() || std::ferror(m_file.get()) == 0);
 }
+
+TextReader::TextReader(std::string_view text, size_t size)
+    : m_memory(text), m_isOpen(true), m_capacity(size), m_buffer(makeBuffer(size))
+{}
 
 bool TextReader::nextBlock()
 {
@@ -55,8 +59,8 @@ std::int64_t TextReader::passToEnd()
 bool TextReader::fill()
 {
     if (m_used + 1 >= m_capacity) {
-        m_capacity = std::max(2 * m_capacity, blockSize);
-        auto larger = std::make_unique_for_overwrite<char[]>(m_capacity);
+        m_capacity *= 2;
+        auto larger = makeBuffer(m_capacity);
         std::copy_n(m_buffer.get(), m_used, larger.get());
         m_buffer = std::move(larger);
     }
@@ -71,12 +75,12 @@ bool TextReader::fill()
 
 TextWriter::TextWriter(const znOS::Filename& file) : m_file(openFile(file, "wb"))
 {
-    if (m_file) m_buffer = std::make_unique_for_overwrite<char[]>(blockSize);
+    if (m_file) m_buffer = makeBuffer(bufferSize);
 }
 
 char* TextWriter::line()
 {
-    if (m_used + lineRoom > blockSize) flush();
+    if (m_used + lineRoom > bufferSize) flush();
     return m_buffer.get() + m_used;
 }
 

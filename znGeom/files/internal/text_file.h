@@ -17,14 +17,17 @@ struct CloseFile
 };
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
+/// Small enough for a buffer to stay in the processor's cache between being filled and being emptied.
+constexpr size_t bufferSize = 1 << 17;
+
 /// Hands out a text in blocks of whole lines. Every block ends with a line end, the last one too. One buffer serves for
-/// all, which stays in the processor's cache; only a line longer than that makes it grow.
+/// all; only a line that is longer makes it grow.
 class TextReader
 {
 public:
     explicit TextReader(const znOS::Filename& file);
-    /// Reads from memory, which must outlive the reader.
-    explicit TextReader(std::string_view text) : m_memory(text), m_isOpen(true) {}
+    /// Reads from memory, which must outlive the reader, through a buffer of `size` bytes, at least 2.
+    explicit TextReader(std::string_view text, size_t size = bufferSize);
 
     /// False for a file that did not open, or of which nothing can be read, as is so of a folder.
     bool isOpen() const { return m_isOpen; }
@@ -43,8 +46,8 @@ private:
     File m_file;
     std::string_view m_memory;
     bool m_isOpen = false;
+    size_t m_capacity;
     std::unique_ptr<char[]> m_buffer;
-    size_t m_capacity = 0;
     size_t m_blockSize = 0; ///< at the beginning of the buffer
     size_t m_used = 0;      ///< the block, and what was read beyond it
     std::int64_t m_bytesRead = 0;

@@ -1,0 +1,29 @@
+/// The commands of the tool. A new one is a class in a file of its own, a function that makes it, and a line in `main`.
+#pragma once
+
+#include <CLI/App.hpp>
+#include <memory>
+
+#include "apps/zngeom/report.h"
+#include "znGeom/foundation/threads/progress.h"
+
+namespace tool {
+
+class Command
+{
+public:
+    virtual ~Command() = default;
+
+    /// Adds the command to the command line, with its arguments, which the parser fills in.
+    virtual CLI::App* addTo(CLI::App& app) = 0;
+
+    /// Does the work with the arguments of the parsed command line. Throws `Failure` with one line for the user, and
+    /// `Cancelled` soon after a cancel; both leave all files as they were.
+    virtual Report run(znUtil::Progress& progress) = 0;
+};
+
+std::unique_ptr<Command> makeInfoCommand();
+std::unique_ptr<Command> makeWeldCommand();
+std::unique_ptr<Command> makeConvertCommand();
+
+} // namespace tool

@@ -1,0 +1,52 @@
+#include <filesystem>
+
+#include "apps/zngeom/command.h"
+#include "apps/zngeom/mesh_files.h"
+
+namespace tool {
+
+namespace {
+
+class ConvertCommand : public Command
+{
+public:
+    CLI::App* addTo(CLI::App& app) override
+    {
+        CLI::App* sub = app.add_subcommand("convert", "Write a mesh in another file format");
+        sub->footer("Vertices keep their numbers; polygons are written as triangles.");
+        sub->add_option("IN", m_input, "The mesh file to read")->required();
+        sub->add_option("OUT", m_output, "The mesh file to write; its extension chooses the format")->required();
+        return sub;
+    }
+
+    Report run(znUtil::Progress& progress) override
+    {
+        checkOutputFormat(m_output);
+        znUtil::Progress phase;
+        LoadedMesh loaded;
+        progress.subPhase(0.6, phase);
+        loadMesh(m_input, phase, loaded);
+        progress.subPhase(0.4, phase);
+        const std::vector<std::string> notWritten = saveMesh(loaded.mesh, m_output, phase);
+
+        Report report;
+        report.add("input", m_input);
+        report.add("output", m_output);
+        report.add("format", formatOf(m_output).name);
+        report.add("vertices", loaded.mesh.getNumVertices());
+        report.add("triangles", loaded.mesh.getNumTriangles());
+        report.add("bytes", std::filesystem::file_size(m_output));
+        report.addNotes(loaded.notes);
+        report.addNotes(notWritten);
+        return report;
+    }
+
+private:
+    std::string m_input, m_output;
+};
+
+} // namespace
+
+std::unique_ptr<Command> makeConvertCommand() { return std::make_unique<ConvertCommand>(); }
+
+} // namespace tool

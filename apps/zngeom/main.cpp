@@ -1,0 +1,162 @@
+/// zngeom: a look at what the library does, and a tool for meshes in files.
+
+#include <CLI/App.hpp>
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
+#include <algorithm>
+#include <csignal>
+#include <cstdio>
+#include <new>
+#include <utility>
+
+#include "apps/zngeom/cancel_on_signal.h"
+#include "apps/zngeom/command.h"
+#include "apps/zngeom/failure.h"
+#include "apps/zngeom/mesh_files.h"
+#include "apps/zngeom/progress_bar.h"
+#include "znGeom/foundation/output/app_output.h"
+#include "znGeom/foundation/output/debug_channel.h"
+
+namespace tool {
+
+namespace {
+
+enum ExitStatus { Success = 0, Failed = 1, WrongUsage = 2, Signalled = 128 };
+
+struct OutputOptions
+{
+    bool json = false;
+    bool verbose = false;
+};
+
+std::string formatsForHelp()
+{
+    std::string text = "Meshes are read and written by the extension of the file's name:\n";
+    for (const FileFormat& format : fileFormats()) {
+        std::string extensions;
+        for (const std::string& extension : format.extensions) extensions += extension + " ";
+        extensions.resize(std::max<std::size_t>(extensions.size(), 20), ' ');
+        text += "  " + extensions + format.name + ": " + format.remark + "\n";
+    }
+    return text;
+}
+
+const char* const footer = R"(
+What a file has and the tool doesn't keep (colours, normals of face corners, ...) is told in notes.
+An output file is written under another name and put in place when it is complete: a failure
+and Ctrl-C leave what was there.
+
+Exit status: 0 done, 1 failed (one line on standard error), 2 wrong usage, 130 cancelled by Ctrl-C.
+
+Examples:
+  zngeom info bunny.obj
+  zngeom info --json scan.ply
+  zngeom weld soup.stl welded.obj
+  zngeom convert model.glb model.off)";
+
+/// Whatever a file or a path holds, a message is one line.
+void printError(std::string message)
+{
+    std::replace_if(
+        message.begin(), message.end(), [](char c) { return static_cast<unsigned char>(c) < ' ' || c == 127; }, '?');
+    std::fprintf(stderr, "zngeom: %s\n", message.c_str());
+}
+
+int printReport(const Report& report, bool json)
+{
+    const std::string text = json ? report.json() : report.text();
+    std::fputs(text.c_str(), stdout);
+    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return Success;
+    printError("standard output can't be written");
+    return Failed;
+}
+
+/// While it lives, the library's channels go to standard error.
+class VerboseOutput
+{
+public:
+    explicit VerboseOutput(ProgressBar& bar)
+    {
+        const auto print = [&bar](const std::string& text) {
+            bar.erase();
+            std::fputs(text.c_str(), stderr);
+        };
+        znGeom::debugChannel().setSink(print);
+        znOS::AppOutput::getInstance().setInfoSink(print);
+        znOS::AppOutput::getInstance().setErrorSink(print);
+    }
+    ~VerboseOutput()
+    {
+        znGeom::debugChannel().setSink({});
+        znOS::AppOutput::getInstance().setInfoSink({});
+        znOS::AppOutput::getInstance().setErrorSink({});
+    }
+    VerboseOutput(const VerboseOutput&) = delete;
+    VerboseOutput& operator=(const VerboseOutput&) = delete;
+};
+
+Report runWatched(Command& command, bool verbose)
+{
+    znUtil::Progress progress;
+    const CancelOnSignal cancelOnSignal(progress);
+    ProgressBar bar(progress);
+    std::optional<VerboseOutput> output;
+    if (verbose) output.emplace(bar);
+    return command.run(progress);
+}
+
+int runCommand(Command& command, const OutputOptions& options)
+try {
+    return printReport(runWatched(command, options.verbose), options.json);
+} catch (const Cancelled&) {
+    printError("cancelled");
+    return Signalled + CancelOnSignal::caught();
+} catch (const std::bad_alloc&) {
+    printError("not enough memory");
+    return Failed;
+} catch (const std::exception& problem) {
+    printError(problem.what());
+    return Failed;
+}
+
+int runTool(int argc, char** argv)
+{
+    CLI::App app("zngeom looks at triangle and polygon meshes in files, welds them, and converts them.\n\n" +
+                     formatsForHelp(),
+                 "zngeom");
+    for (const auto& [word, ours] : {std::pair{"SUBCOMMAND", "COMMAND"}, {"TEXT", "FILE"}, {"REQUIRED", ""}})
+        app.get_formatter()->label(word, ours);
+    app.set_version_flag("--version", "zngeom " ZNGEOM_VERSION);
+    app.require_subcommand(1);
+    app.footer(footer);
+
+    OutputOptions options;
+    std::vector<std::pair<std::unique_ptr<Command>, CLI::App*>> commands;
+    for (auto make : {makeInfoCommand, makeWeldCommand, makeConvertCommand}) {
+        std::unique_ptr<Command> command = make();
+        CLI::App* sub = command->addTo(app)->group("Commands");
+        sub->add_flag("--json", options.json, "Print the report as one JSON object");
+        sub->add_flag("-v,--verbose", options.verbose, "Show what the library does and how long it takes");
+        commands.emplace_back(std::move(command), sub);
+    }
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& problem) {
+        return app.exit(problem) == 0 ? Success : WrongUsage;
+    }
+    for (const auto& [command, sub] : commands)
+        if (sub->parsed()) return runCommand(*command, options);
+    return WrongUsage;
+}
+
+} // namespace
+
+} // namespace tool
+
+int main(int argc, char** argv)
+{
+    // A file that grows past the limit of its user is a failed write, not the end of the process.
+    std::signal(SIGXFSZ, SIG_IGN);
+    return tool::runTool(argc, argv);
+}

@@ -1,0 +1,39 @@
+/// The file formats of the tool, and reading and writing a mesh by its file's extension.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "apps/zngeom/loaded_mesh.h"
+#include "znGeom/foundation/threads/progress.h"
+
+namespace tool {
+
+struct FileFormat
+{
+    const char* name;
+    std::vector<std::string> extensions; ///< in small letters; capitals in a file's name count as small ones
+    void (*read)(const std::string& path, znUtil::Progress& progress, LoadedMesh& result);
+    /// Null where the tool reads only.
+    void (*write)(const znGeom::CompactMesh& mesh, const std::string& path, znUtil::Progress& progress);
+    bool writesNormals, writesUVs;
+    const char* remark; ///< for the help
+};
+
+const std::vector<FileFormat>& fileFormats();
+
+/// By the extension of the path. Fails for one that no format has.
+const FileFormat& formatOf(const std::string& path);
+
+/// Fails with one line that begins with the path.
+void loadMesh(const std::string& path, znUtil::Progress& progress, LoadedMesh& result);
+
+/// Finds out before any work is done whether there is a writer for this path; fails if not.
+void checkOutputFormat(const std::string& path);
+
+/// Writes to a new file, which takes the place of the old one when it is complete. Fails with one line that begins with
+/// the path, and leaves what was there as it was; so does a cancel.
+/// \return what the mesh has and the format doesn't, a line each
+std::vector<std::string> saveMesh(const znGeom::CompactMesh& mesh, const std::string& path, znUtil::Progress& progress);
+
+} // namespace tool

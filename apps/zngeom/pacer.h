@@ -1,0 +1,40 @@
+/// `tool::Pacer`: progress of a loop.
+#pragma once
+
+#include <cstddef>
+
+#include "apps/zngeom/failure.h"
+#include "znGeom/foundation/threads/progress.h"
+
+namespace tool {
+
+/// Throws `Cancelled` when the user has asked to stop.
+inline void checkCancelled(const znUtil::Progress& progress)
+{
+    if (progress.cancelled()) throw Cancelled();
+}
+
+/// Reports how far a loop is, and ends it when the user has asked to stop. A call costs a count; every so many calls
+/// one looks and reports.
+class Pacer
+{
+public:
+    /// \param total  what `at` will have reached at the end
+    Pacer(znUtil::Progress& progress, std::size_t total) : m_progress(progress), m_total(total) {}
+
+    void at(std::size_t done)
+    {
+        if (++m_calls % callsPerLook != 0) return;
+        checkCancelled(m_progress);
+        m_progress.set(static_cast<double>(done) / static_cast<double>(m_total));
+    }
+
+private:
+    static constexpr unsigned callsPerLook = 1 << 14;
+
+    znUtil::Progress& m_progress;
+    std::size_t m_total;
+    unsigned m_calls = 0;
+};
+
+} // namespace tool

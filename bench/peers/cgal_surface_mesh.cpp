@@ -1,0 +1,83 @@
+// CGAL builds its half-edge mesh from arrays.
+#include "bench/checks.h"
+#include "bench/suite.h"
+
+#include <CGAL/Simple_cartesian.h>
+#include <CGAL/Surface_mesh.h>
+#include <CGAL/version.h>
+
+#include <array>
+#include <memory>
+
+namespace {
+
+using Point = CGAL::Simple_cartesian<double>::Point_3;
+using Mesh = CGAL::Surface_mesh<Point>;
+using VertexIndex = Mesh::Vertex_index;
+
+void addVertices(const bench::Soup& soup, Mesh& mesh)
+{
+    const auto numFaces = static_cast<Mesh::size_type>(soup.numTriangles());
+    mesh.reserve(static_cast<Mesh::size_type>(soup.numVertices()), numFaces + numFaces / 2, numFaces);
+    for (std::size_t i = 0; i < soup.positions.size(); i += 3)
+        mesh.add_vertex(Point(static_cast<double>(soup.positions[i]), static_cast<double>(soup.positions[i + 1]),
+                              static_cast<double>(soup.positions[i + 2])));
+}
+
+VertexIndex vertexAt(const bench::Soup& soup, std::size_t corner)
+{
+    return VertexIndex(static_cast<Mesh::size_type>(soup.triangles[corner]));
+}
+
+/// Room reserved, then vertex by vertex and face by face, as its manual shows.
+std::unique_ptr<Mesh> build(const bench::Soup& soup)
+{
+    auto mesh = std::make_unique<Mesh>();
+    addVertices(soup, *mesh);
+    for (std::size_t i = 0; i < soup.triangles.size(); i += 3)
+        mesh->add_face(vertexAt(soup, i), vertexAt(soup, i + 1), vertexAt(soup, i + 2));
+    return mesh;
+}
+
+/// The same with all faces in one call.
+std::unique_ptr<Mesh> buildAtOnce(const bench::Soup& soup)
+{
+    auto mesh = std::make_unique<Mesh>();
+    addVertices(soup, *mesh);
+    std::vector<std::array<VertexIndex, 3>> faces;
+    faces.reserve(soup.triangles.size() / 3);
+    for (std::size_t i = 0; i < soup.triangles.size(); i += 3)
+        faces.push_back({vertexAt(soup, i), vertexAt(soup, i + 1), vertexAt(soup, i + 2)});
+    CGAL::Euler::add_faces(faces, *mesh);
+    return mesh;
+}
+
+template <class Build>
+bool neighboursAgree(const bench::Input& input, Build&& buildMesh)
+{
+    const auto mesh = buildMesh(input.soup());
+    bench::RelationSum neighbours;
+    for (const VertexIndex vertex : mesh->vertices())
+        for (const auto halfedge : CGAL::halfedges_around_target(vertex, *mesh))
+            neighbours.add(vertex.idx(), static_cast<std::int64_t>(mesh->source(halfedge).idx()));
+    return neighbours == bench::vertexNeighbours(input.soup());
+}
+
+template <class Build>
+bool measureBuild(const char* who, Build buildMesh)
+{
+    return bench::measure(
+        {"halfedges", who, [=](const bench::Input& input) { return neighboursAgree(input, buildMesh); },
+         [=](benchmark::State& state, const bench::Input& input) {
+             bench::timeWork(
+                 state, [&] { return &input.soup(); }, [=](const bench::Soup* soup) { return buildMesh(*soup); });
+         }});
+}
+
+[[maybe_unused]] const bool listed[] = {
+    bench::usesPeer("CGAL", CGAL_VERSION_STR),
+    measureBuild("CGAL", build),
+    measureBuild("CGAL_at_once", buildAtOnce),
+};
+
+} // namespace

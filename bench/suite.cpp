@@ -1,0 +1,134 @@
+#include "bench/suite.h"
+
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
+
+namespace bench {
+namespace {
+
+struct Alone
+{
+    std::string name;
+    std::function<void(benchmark::State&)> run;
+};
+
+/// Built on first use: source files list their benchmarks in no fixed order.
+std::vector<Benchmark>& listed()
+{
+    static std::vector<Benchmark> list;
+    return list;
+}
+
+std::vector<Alone>& listedAlone()
+{
+    static std::vector<Alone> list;
+    return list;
+}
+
+benchmark::internal::Benchmark* enlist(const std::string& name, std::function<void(benchmark::State&)> run)
+{
+    return benchmark::RegisterBenchmark(name.c_str(), std::move(run))->UseManualTime()->Unit(benchmark::kMillisecond);
+}
+
+void enlist(const Benchmark& listedBenchmark, const Input& input)
+{
+    auto verdict = std::make_shared<std::optional<bool>>();
+    enlist(listedBenchmark.work + "/" + listedBenchmark.who + "/" + input.name(),
+           [&listedBenchmark, &input, verdict](benchmark::State& state) {
+               if (!verdict->has_value()) *verdict = listedBenchmark.agrees(input);
+               if (verdict->value())
+                   listedBenchmark.run(state, input);
+               else
+                   state.SkipWithError("the result differs from what it must be");
+           });
+}
+
+bool reuseMemory = false;
+
+/// Keeps every page that was ever touched: after the first turn no benchmark waits for new ones.
+void keepMemory()
+{
+    reuseMemory = true;
+#ifdef __GLIBC__
+    mallopt(M_MMAP_MAX, 0);
+    mallopt(M_TRIM_THRESHOLD, 0x7fffffff);
+    mallopt(M_TOP_PAD, 64 << 20);
+#endif
+}
+
+/// Takes `--memory=...` out of the arguments, which are Google Benchmark's otherwise; false if it is none.
+bool takeMemoryOption(int& argc, char** argv)
+{
+    int kept = 0;
+    bool known = true;
+    for (int i = 0; i < argc; ++i) {
+        if (std::strncmp(argv[i], "--memory=", 9) != 0)
+            argv[kept++] = argv[i];
+        else if (std::strcmp(argv[i], "--memory=reused") == 0)
+            keepMemory();
+        else if (std::strcmp(argv[i], "--memory=fresh") != 0)
+            known = false;
+    }
+    argc = kept;
+    return known;
+}
+
+} // namespace
+
+void releaseFreeMemory()
+{
+#ifdef __GLIBC__
+    if (!reuseMemory) malloc_trim(0);
+#endif
+}
+
+bool measure(Benchmark benchmark)
+{
+    listed().push_back(std::move(benchmark));
+    return true;
+}
+
+bool measureAlone(const std::string& work, const std::string& who, std::function<void(benchmark::State&)> run)
+{
+    listedAlone().push_back({work + "/" + who, std::move(run)});
+    return true;
+}
+
+bool usesPeer(const std::string& name, const std::string& version)
+{
+    benchmark::AddCustomContext("peer " + name, version);
+    return true;
+}
+
+} // namespace bench
+
+int main(int argc, char** argv)
+{
+    if (!bench::takeMemoryOption(argc, argv)) {
+        std::fprintf(stderr, "--memory is fresh or reused\n");
+        return 1;
+    }
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+#ifdef __clang__
+    benchmark::AddCustomContext("compiler", "Clang " __clang_version__);
+#elif defined(__GNUC__)
+    benchmark::AddCustomContext("compiler", "GCC " __VERSION__);
+#endif
+    benchmark::AddCustomContext("memory", bench::reuseMemory ? "reused" : "fresh");
+    for (const bench::Benchmark& benchmark : bench::listed())
+        for (const bench::Input& input : bench::inputs()) bench::enlist(benchmark, input);
+    // A fixed number of turns: each is a batch, and one chosen on a quiet machine takes minutes on a busy one.
+    for (const bench::Alone& alone : bench::listedAlone()) bench::enlist(alone.name, alone.run)->Iterations(200);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

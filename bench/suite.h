@@ -1,0 +1,70 @@
+/// How a benchmark is listed, checked and timed.
+///
+/// Names read work/who/mesh, for example "weld/znGeom/torus"; `scripts/bench` sets those with the same work and mesh
+/// against one another. Each source file lists its own benchmarks at start-up, so that a peer is in the run exactly
+/// when its file was built.
+#pragma once
+
+#include "bench/inputs.h"
+
+#include <benchmark/benchmark.h>
+
+#include <chrono>
+#include <functional>
+#include <string>
+
+namespace bench {
+
+struct Benchmark
+{
+    std::string work;
+    std::string who;
+    /// Does the work once, before any timing, and says whether the result is right; a wrong one isn't timed.
+    std::function<bool(const Input&)> agrees;
+    std::function<void(benchmark::State&, const Input&)> run;
+};
+
+/// Lists a benchmark to run on every input; the result is of no meaning and lets a namespace-scope constant call it.
+bool measure(Benchmark benchmark);
+
+/// Lists a benchmark of tiny work that needs no mesh; time it with `timeTinyWork`.
+bool measureAlone(const std::string& work, const std::string& who, std::function<void(benchmark::State&)> run);
+
+/// Names a peer and its version in the output.
+bool usesPeer(const std::string& name, const std::string& version);
+
+/// Hands the allocator's free pages back, so that results are written to fresh memory as in the first call of a
+/// program; without this the order of the benchmarks decides. Does nothing under `--memory=reused`.
+void releaseFreeMemory();
+
+/// Times `work(prepare())` alone: what `prepare` costs, and what destroying the result costs, is left out.
+template <class Prepare, class Work>
+void timeWork(benchmark::State& state, Prepare&& prepare, Work&& work)
+{
+    using Clock = std::chrono::steady_clock;
+    for ([[maybe_unused]] auto _ : state) {
+        auto subject = prepare();
+        releaseFreeMemory();
+        const Clock::time_point start = Clock::now();
+        auto result = work(subject);
+        benchmark::DoNotOptimize(result);
+        benchmark::ClobberMemory();
+        const Clock::time_point stop = Clock::now();
+        state.SetIterationTime(std::chrono::duration<double>(stop - start).count());
+    }
+}
+
+/// Times work of less than a microsecond: `work` runs `batch` times between two looks at the clock.
+template <class Work>
+void timeTinyWork(benchmark::State& state, Work&& work)
+{
+    using Clock = std::chrono::steady_clock;
+    constexpr int batch = 64;
+    for ([[maybe_unused]] auto _ : state) {
+        const Clock::time_point start = Clock::now();
+        for (int i = 0; i < batch; ++i) work();
+        state.SetIterationTime(std::chrono::duration<double>(Clock::now() - start).count() / batch);
+    }
+}
+
+} // namespace bench

@@ -1,0 +1,12 @@
+# zngeom_add_fuzz_target(<name> <source>...)
+#
+# Builds a fuzz target (a program with LLVMFuzzerTestOneInput) as bin/<name>, with the library and the fuzzer's main.
+# Names begin with fuzz_; seeds stand in tests/fuzz/corpus/<name>. Does nothing without ZNGEOM_FUZZ.
+function(zngeom_add_fuzz_target name)
+  if(ZNGEOM_FUZZ)
+    add_executable(${name} ${ARGN})
+    target_link_libraries(${name} PRIVATE znGeom::znGeom zngeom_flags)
+    target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
+    target_link_options(${name} PRIVATE -fsanitize=fuzzer)
+  endif()
+endfunction()

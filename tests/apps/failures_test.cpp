@@ -1,0 +1,145 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include "tests/apps/sample_files.h"
+#include "tests/apps/tool_process.h"
+
+namespace toolTest {
+
+namespace {
+
+/// Expects status 1, nothing on standard output and one line on standard error with the given words in it.
+void expectOneLine(const Outcome& outcome, const std::vector<std::string>& words, const std::string& what)
+{
+    EXPECT_EQ(outcome.status, 1) << what << outcome;
+    EXPECT_EQ(outcome.out, "") << what;
+    EXPECT_TRUE(outcome.err.starts_with("zngeom: ")) << what << outcome;
+    EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << what << outcome;
+    for (const std::string& word : words)
+        EXPECT_NE(outcome.err.find(word), std::string::npos) << word << what << outcome;
+}
+
+/// A text with the first occurrence of some words replaced.
+std::string with(std::string text, const std::string& words, const std::string& others)
+{
+    const std::size_t found = text.find(words);
+    EXPECT_NE(found, std::string::npos);
+    return text.replace(found, words.size(), others);
+}
+
+TEST(ToolFailures, ABadFileGivesOneClearLine)
+{
+    const std::string junk("\x7F\x80\0\n\r\x1B[31m\xFF{}\n\n", 16), triangle = "v 0 0 0\nv 1 0 0\nv 0 1 0\n";
+    const std::string manyFaces = with(boxBinaryPly("little"), "face 6", "face 2000000000");
+    const std::vector<std::tuple<std::string, std::string, std::string>> files{
+        {"corner.obj", triangle + "f 1 2 3\nf 1 2 99\n", "face 2 names vertex 99, the file has 3"},
+        {"zero.obj", triangle + "f 0 1 2\n", "line 4: a face names vertex 0"},
+        {"relative.obj", triangle + "f -1 -2 -4\n", "line 4: a face names vertex -4"},
+        {"words.obj", triangle + "v one two three\n", "line 4: \"one\" is not a number"},
+        {"short.obj", "v 0 0 0\n\nv 1 2\n", "line 3: a vertex has fewer than three coordinates"},
+        {"empty.obj", "", "is empty"},
+        {"other.obj", "Dear Sir,\nplease find enclosed\n", "no vertices"},
+        {"junk.obj", junk, ""},
+        {"corner.off", with(boxOff(), "3 3 0 4", "3 3 0 9"), "face 6 names vertex 9, the file has 9, counted from 0"},
+        {"negative.off", with(boxOff(), "3 3 0 4", "3 3 0 -4"), "face 6 names vertex -4"},
+        {"counts.off", with(boxOff(), "9 6 0", "999999999 6 0"), "ends too soon"},
+        {"more.off", with(boxOff(), "9 6 0", "9 5 0"), "goes on"},
+        {"minus.off", with(boxOff(), "9 6 0", "-9 6 0"), "line 3: a count is negative"},
+        {"binary.off", "OFF BINARY\n", "binary"},
+        {"four.off", "4OFF\n1 0 0\n0 0 0 0\n", "three dimensions"},
+        {"junk.off", junk, ""},
+        {"corner.txt", with(boxPlain(), "3 3 0 4", "3 3 0 9"), "line 21: face 11 names vertex 9"},
+        {"polygon.txt", with(boxPlain(), "3 3 0 4", "4 3 0 4 1"), "4 corners"},
+        {"counts.txt", with(boxPlain(), "9 11", "999999999 11"), "ends too soon"},
+        {"comment.txt", "# " + boxPlain(), "\"#\""},
+        {"junk.mesh", junk, ""},
+        {"corner.ply", with(boxPly(), "3 3 0 4", "3 3 0 9"), "face 6 names vertex 9"},
+        {"header.ply", boxPly().substr(0, boxPly().find("property uchar")), "ends too soon"},
+        {"type.ply", with(boxPly(), "float x", "quad x"), "line 5: an unknown type"},
+        {"nothing.ply", with(boxPly(), "float z", "float w"), "no x, y and z"},
+        {"counts.ply", manyFaces, "ends too soon, in face 7 of 2000000000"},
+        {"junk.ply", junk, ""},
+        {"text.stl", boxStl().substr(0, 500), "endsolid"},
+        {"junk.stl", junk, ""},
+        {"empty.stl", "", "is empty"},
+        {"corner.gltf", with(triangleGltf(), "AAACAAEA", "AAACAAkA"), "names a vertex"},
+        {"cut.gltf", triangleGltf().substr(0, 300), ""},
+        {"junk.glb", junk, ""},
+        {"unknown.xyz", "0 0 0\n", "unknown extension .xyz"},
+        {"none", "0 0 0\n", "no extension"},
+    };
+    const Scratch scratch;
+    const std::string out = scratch.write("out.obj", "old");
+    for (const auto& [name, content, words] : files) {
+        const std::string path = scratch.write(name, content);
+        expectOneLine(runTool({"info", "--json", path}), {path, words}, name);
+        expectOneLine(runTool({"convert", path, out}), {path, words}, name);
+        expectOneLine(runTool({"weld", path, scratch.path("new.obj")}), {path, words}, name);
+        EXPECT_EQ(scratch.read("out.obj"), "old") << name;
+    }
+    EXPECT_EQ(scratch.names().size(), files.size() + 1) << "something was left behind";
+}
+
+TEST(ToolFailures, AFileThatIsCutOffIsNeverTakenForAWholeOne)
+{
+    const Scratch scratch;
+    const std::string box = scratch.write("box.obj", boxObj());
+    report({"convert", box, scratch.path("box.glb")});
+    // How much of the end a text can lose and still be whole: line ends, digits, the name of a solid.
+    const std::vector<std::tuple<std::string, std::string, std::size_t>> files{
+        {"cut.off", boxOff(), 2},
+        {"cut.txt", boxPlain(), 2},
+        {"cut.ply", boxPly(), 2},
+        {"text.stl", boxStl(), 7},
+        {"bin.ply", boxBinaryPly("big"), 1},
+        {"bin.stl", boxBinaryStl(), 1},
+        {"cut.glb", scratch.read("box.glb"), 1},
+    };
+    for (const auto& [name, content, spare] : files) {
+        const std::size_t longest = content.size() - spare, step = std::max<std::size_t>(longest / 16, 1);
+        for (std::size_t length = longest % step; length <= longest; length += step)
+            expectOneLine(runTool({"info", scratch.write(name, content.substr(0, length))}), {name},
+                          name + " cut to " + std::to_string(length) + "\n");
+    }
+}
+
+TEST(ToolFailures, WhatCannotBeReadOrWrittenIsSaid)
+{
+    const Scratch scratch;
+    const std::string box = scratch.write("box.obj", boxObj());
+    std::filesystem::create_directory(scratch.path("folder.obj"));
+    const std::string folder = scratch.path("folder.obj"), missing = scratch.path("missing.obj");
+    expectOneLine(runTool({"info", missing}), {missing, "No such file"}, "missing");
+    expectOneLine(runTool({"info", folder}), {folder, "folder"}, "a folder");
+    expectOneLine(runTool({"convert", box, folder}), {folder, "folder"}, "onto a folder");
+    expectOneLine(runTool({"convert", box, scratch.path("no/where.obj")}), {"No such file"}, "into no folder");
+    expectOneLine(runTool({"convert", box, scratch.path("box.xyz")}), {"unknown extension"}, "no format");
+    // What is to be written is looked at before what is to be read.
+    expectOneLine(runTool({"convert", missing, scratch.path("box.xyz")}), {"unknown extension"}, "no format");
+    EXPECT_EQ(scratch.names(), (std::vector<std::string>{"box.obj", "folder.obj"}));
+}
+
+TEST(ToolUsage, WrongUseIsStatusTwoAndHelpIsHelp)
+{
+    const std::vector<std::vector<std::string>> wrong{
+        {}, {"inform"}, {"info"}, {"info", "a.obj", "b.obj"}, {"weld", "a.obj"}, {"info", "--loud", "a.obj"}};
+    for (const auto& arguments : wrong) {
+        const Outcome outcome = runTool(arguments);
+        EXPECT_EQ(outcome.status, 2) << outcome;
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_NE(outcome.err.find("--help"), std::string::npos) << outcome;
+    }
+    const Outcome help = runTool({"--help"});
+    EXPECT_EQ(help.status, 0);
+    for (const char* word :
+         {"info", "weld", "convert", ".obj", ".ply", ".off", ".stl", ".glb", ".gltf", ".txt", "Ctrl-C"})
+        EXPECT_NE(help.out.find(word), std::string::npos) << word;
+    EXPECT_NE(runTool({"weld", "--help"}).out.find("--positions"), std::string::npos);
+    EXPECT_TRUE(runTool({"--version"}).out.starts_with("zngeom "));
+}
+
+} // namespace
+
+} // namespace toolTest

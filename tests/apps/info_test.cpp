@@ -1,0 +1,224 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <sstream>
+
+#include "tests/apps/sample_files.h"
+#include "tests/apps/tool_process.h"
+
+namespace toolTest {
+
+namespace {
+
+/// Expects the values of `expected` in the report; other keys are free.
+void expectValues(const Json& report, const Json& expected, const std::string& what)
+{
+    for (const auto& [key, value] : expected.items())
+        EXPECT_EQ(report.value(key, Json()), value) << key << " of " << what;
+}
+
+const Json boxNumbers{
+    {"vertices", 9},      {"unused_vertices", 1},    {"duplicate_positions", 0}, {"non_finite_vertices", 0},
+    {"faces", 6},         {"polygons", 5},           {"triangles", 11},          {"degenerate_triangles", 0},
+    {"edges", 18},        {"boundary_edges", 3},     {"boundary_vertices", 3},   {"non_manifold_edges", 0},
+    {"closed", false},    {"valence_min", 4},        {"valence_max", 5},         {"min", {0, 0, 0}},
+    {"max", {5, 5, 5.5}}, {"channels", {"vertices"}}};
+
+TEST(ToolInfo, TellsTheSameOfOneSurfaceInEveryFormat)
+{
+    const Scratch scratch;
+    const std::string plyNote = "vertex properties: quality, not kept";
+    const Json none = Json::array();
+    const std::vector<std::tuple<std::string, std::string, Json>> files{
+        {"box.obj", boxObj(), {{"notes", none}}},
+        {"box.OFF", boxOff(), {{"notes", none}}},
+        {"text.ply", boxPly(), {{"notes", {plyNote}}}},
+        {"little.ply", boxBinaryPly("little"), {{"notes", {plyNote}}}},
+        {"big.ply", boxBinaryPly("big"), {{"notes", {plyNote}}}},
+        {"box.txt", boxPlain(), {{"faces", 11}, {"polygons", 0}, {"notes", none}}},
+    };
+    for (const auto& [name, content, differences] : files) {
+        Json expected = boxNumbers;
+        expected.update(differences);
+        expectValues(info(scratch.write(name, content)), expected, name);
+    }
+    // Three vertices a triangle, and no place for the unused one.
+    const Json soup{{"vertices", 33},       {"duplicate_positions", 25}, {"triangles", 11},
+                    {"boundary_edges", 33}, {"valence_max", 2},          {"max", {1, 1, 1}}};
+    expectValues(info(scratch.write("text.stl", boxStl())), soup, "text STL");
+    expectValues(info(scratch.write("binary.stl", boxBinaryStl())), soup, "binary STL");
+}
+
+TEST(ToolInfo, PutsTheMeshesOfASceneWhereItsNodesSay)
+{
+    const Scratch scratch;
+    const std::string scene = scratch.write("scene.gltf", triangleGltf());
+    expectValues(info(scene),
+                 {{"vertices", 9},
+                  {"triangles", 6},
+                  {"min", {-1, 0, 0}},
+                  {"max", {11, 1, 0}},
+                  {"channels", {"vertices", "normals"}}},
+                 "scene");
+    // The mirrored triangle is turned around, so that its front stays in front.
+    report({"convert", scene, scratch.path("scene.txt")});
+    EXPECT_TRUE(scratch.read("scene.txt").ends_with("3 0 1 2\n3 0 2 1\n3 3 4 5\n3 3 5 4\n3 8 7 6\n3 7 8 6\n")) << scratch.read("scene.txt");
+}
+
+TEST(ToolInfo, ReadsObjFilesAsPeopleWriteThem)
+{
+    const std::string square = "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\n";
+    const std::string carriageReturns = "v 0 0 0\rv 1 0 0\rv 1 1 0\rf 1 2 3\r";
+    const std::string twoNormals = "vn 0 0 1\nvn 0 0 1\nvn 0 1 0\n";
+    const Json one{{"vertices", 4}, {"triangles", 1}, {"notes", Json::array()}};
+    const Json two{{"vertices", 4}, {"triangles", 2}, {"faces", 1}, {"polygons", 1}, {"notes", Json::array()}};
+    const std::vector<std::tuple<std::string, std::string, Json>> files{
+        {"trailing blanks and tabs", square + "f 1 2 3 \t \n", one},
+        {"CR LF", "v 0 0 0\r\nv 1 0 0\r\nv 1 1 0\r\nv 0 1 0\r\nf 1 2 3 4\r\n", two},
+        {"CR alone", carriageReturns, {{"vertices", 3}, {"triangles", 1}}},
+        {"relative", square + "f -4 -3 -2 -1", two},
+        {"relative in the middle", square + "f -4/-1 -3/-1 -2/-1\nv 9 9 9\n", {{"vertices", 5}, {"triangles", 1}}},
+        {"faces first", "f 1 2 3\n" + square, one},
+        {"continued", square + "f 1 2 \\\n 3 \\\r\n4\n", two},
+        {"comment behind a face", square + "f 1 2 3 # 4\n", one},
+        {"byte order mark", "\xEF\xBB\xBF" + square + "f 1 2 3\n", one},
+        {"indented, plus signs",
+         "  v +1 +2e0 3\n\tv 0 0 0\n v 1 1 1\n  f 1 2 3\n",
+         {{"vertices", 3}, {"triangles", 1}}},
+        {"no numbers",
+         "v nan 0 0\nv 0 -inf 0\nv 1e99 0 0\nv 1 2 3\nv 1 2 3\nf 1 2 3\n",
+         {{"non_finite_vertices", 3}, {"duplicate_positions", 1}, {"min", {1, 2, 3}}, {"max", {1, 2, 3}}}},
+        {"points alone", square, {{"vertices", 4}, {"unused_vertices", 4}, {"triangles", 0}, {"valence_min", nullptr}}},
+        {"colours", "v 0 0 0 1 1 1\n", {{"vertices", 1}, {"notes", {"colours: not kept"}}}},
+        {"two corners",
+         square + "f 1 2\nf 1 2 3\n",
+         {{"faces", 1}, {"triangles", 1}, {"notes", {"faces of one or two corners: 1, left out"}}}},
+        {"one normal a vertex",
+         square + twoNormals + "f 1//1 2//2 3//1\nf 1//2 3//2 4//3\n",
+         {{"channels", {"vertices", "normals"}}, {"notes", Json::array()}}},
+        {"several normals",
+         square + twoNormals + "f 1//1 2//2 3//1\nf 1//3 3//2 4//3\n",
+         {{"channels", {"vertices"}}, {"notes", {"normals: several at one vertex, not kept"}}}},
+        {"normals here and there",
+         square + twoNormals + "f 1//1 2//2 3//1\nf 1 3 4\n",
+         {{"channels", {"vertices"}}, {"notes", {"normals: not at every face corner, not kept"}}}},
+        {"texture", square + "vt 0 0\nvt 1 1\nf 1/1 2/-1 3/2\n", {{"channels", {"vertices", "uvs"}}}},
+    };
+    const Scratch scratch;
+    for (const auto& [what, content, expected] : files)
+        expectValues(info(scratch.write("file.obj", content)), expected, what);
+}
+
+TEST(ToolInfo, CountsWhatIsWrongWithASurface)
+{
+    const std::string points = "v 0 0 0\nv 1 0 0\nv 0 1 0\nv 0 -1 0\nv 0 0 1\nv 0 0 1\nv -0 0 1\n";
+    const std::vector<std::tuple<std::string, std::string, Json>> files{
+        {"three triangles on an edge",
+         points + "f 1 2 3\nf 1 2 4\nf 2 1 5\n",
+         {{"edges", 7},
+          {"non_manifold_edges", 1},
+          {"boundary_edges", 6},
+          {"boundary_vertices", 5},
+          {"valence_max", 4}}},
+        {"the same triangle three times",
+         points + "f 1 2 3\nf 2 3 1\nf 3 2 1\n",
+         {{"edges", 3}, {"non_manifold_edges", 3}, {"boundary_edges", 0}, {"valence_max", 2}}},
+        {"a corner repeated",
+         points + "f 1 2 2\nf 3 3 3\n",
+         {{"degenerate_triangles", 2},
+          {"edges", 1},
+          {"boundary_edges", 1},
+          {"unused_vertices", 4},
+          {"valence_min", 0}}},
+        {"closed by two triangles", points + "f 1 2 3\nf 3 2 1\n", {{"closed", true}, {"unused_vertices", 4}}},
+        {"zeros of both signs", points, {{"duplicate_positions", 2}, {"closed", false}}},
+    };
+    const Scratch scratch;
+    for (const auto& [what, content, expected] : files)
+        expectValues(info(scratch.write("file.obj", content)), expected, what);
+}
+
+TEST(ToolInfo, ReadsThePlyAndOffOfOtherPrograms)
+{
+    const std::string rich =
+        "ply\r\nformat ascii 1.0\r\nobj_info x\r\nelement camera 1\r\nproperty float a\r\n"
+        "element vertex 3\r\nproperty double x\r\nproperty double y\r\nproperty double z\r\n"
+        "property float nx\r\nproperty float ny\r\nproperty float nz\r\nproperty float texture_u\r\n"
+        "property float texture_v\r\nelement face 1\r\nproperty list uchar uint vertex_index\r\n"
+        "property int flags\r\nend_header\r\n7\r\n0 0 0 0 0 1 0.5 0.25\r\n1 0 0 0 0 1 0 0\r\n"
+        "0 1 0 0 0 1 0 0\r\n3 0 1 2 7\r\n";
+    const std::string strips = "ply\nformat ascii 1.0\nelement vertex 5\nproperty float x\nproperty float y\nproperty "
+                               "float z\nelement tristrips 1\nproperty list int int vertex_indices\nend_header\n"
+                               "0 0 0\n1 0 0\n0 1 0\n1 1 0\n0 2 0\n8 0 1 2 3 -1 2 3 4\n";
+    std::string polygon = "OFF 12 1 0\n";
+    for (int i = 0; i < 12; ++i) polygon += std::to_string(i) + " " + std::to_string(i * i) + " 0\n";
+    polygon += "12 0 1 2 3 4 5 6 7 8 9 10 11 255 0 0\n";
+    const std::vector<std::tuple<std::string, std::string, Json>> files{
+        {"rich.ply",
+         rich,
+         {{"vertices", 3},
+          {"triangles", 1},
+          {"max", {1, 1, 0}},
+          {"channels", {"vertices", "normals", "uvs"}},
+          {"notes", {"camera properties: a, not kept", "face properties: flags, not kept"}}}},
+        {"strips.ply", strips, {{"triangles", 3}, {"edges", 7}, {"boundary_edges", 5}}},
+        {"polygon.off", polygon, {{"vertices", 12}, {"polygons", 1}, {"triangles", 10}}},
+        {"normals.off",
+         "NOFF\n3 1 0\n0 0 0 0 0 1\n1 0 0 0 0 1\n0 1 0 0 0 1\n3 0 1 2\n",
+         {{"max", {1, 1, 0}}, {"channels", {"vertices", "normals"}}}},
+        {"colours.off",
+         "COFF\n3 1 0\n0 0 0 255 0 0 1\n1 0 0 255 0 0 1\n0 1 0 255 0 0 1\n3 0 1 2\n",
+         {{"max", {1, 1, 0}}, {"notes", {"colours and texture coordinates: not kept"}}}},
+        {"empty.off", "OFF\n0 0 0\n", {{"vertices", 0}, {"min", nullptr}, {"valence_max", nullptr}, {"closed", false}}},
+        {"empty.txt", "0 0\n", {{"vertices", 0}, {"max", nullptr}}},
+    };
+    const Scratch scratch;
+    for (const auto& [name, content, expected] : files)
+        expectValues(info(scratch.write(name, content)), expected, name);
+    report({"convert", scratch.path("strips.ply"), scratch.path("strips.txt")});
+    EXPECT_TRUE(scratch.read("strips.txt").ends_with("3 0 1 2\n3 1 3 2\n3 2 3 4\n")) << scratch.read("strips.txt");
+}
+
+/// What the text of an OBJ file says, for simple files.
+Json countObj(const std::filesystem::path& path)
+{
+    long vertices = 0, faces = 0, polygons = 0, triangles = 0;
+    std::ifstream file(path);
+    for (std::string line, word; std::getline(file, line);) {
+        std::istringstream words(line);
+        if (!(words >> word)) continue;
+        if (word == "v") ++vertices;
+        if (word != "f") continue;
+        long corners = 0;
+        while (words >> word) ++corners;
+        ++faces;
+        polygons += corners > 3 ? 1 : 0;
+        triangles += corners - 2;
+    }
+    return {{"vertices", vertices}, {"faces", faces}, {"polygons", polygons}, {"triangles", triangles}};
+}
+
+TEST(ToolInfo, LoadsEveryMeshOfTheSharedFolderWithAllItsFaces)
+{
+    const auto folder = std::filesystem::path(ZNGEOM_SOURCE_DIR) / "../shared/meshes";
+    if (!std::filesystem::is_directory(folder)) GTEST_SKIP() << "no meshes in " << folder.string();
+    for (const auto& entry : std::filesystem::directory_iterator(folder))
+        if (entry.path().extension() == ".obj")
+            expectValues(info(entry.path()), countObj(entry.path()), entry.path().filename());
+}
+
+TEST(ToolInfo, PrintsTheSameForPeople)
+{
+    const Scratch scratch;
+    const Outcome outcome = runTool({"info", scratch.write("box.obj", boxObj() + "vn 0 0 1\n")});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.err, "");
+    for (const char* line :
+         {"\nvertices              9\n", "\npolygons              5\n", "\nclosed                no\n",
+          "\nmax                   5.0 5.0 5.5\n", "\nnote: normals: not at every face corner, not kept\n"})
+        EXPECT_NE(outcome.out.find(line), std::string::npos) << line << outcome;
+}
+
+} // namespace
+
+} // namespace toolTest

@@ -1,0 +1,115 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <pty.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+
+#include "tests/apps/sample_files.h"
+#include "tests/apps/tool_process.h"
+
+namespace toolTest {
+
+namespace {
+
+TEST(ToolTerminal, ShowsABarOnATerminalAndTakesItAway)
+{
+    const Scratch scratch;
+    int ours = -1, theirs = -1;
+    ASSERT_EQ(openpty(&ours, &theirs, nullptr, nullptr, nullptr), 0);
+    ToolProcess tool({"info", "--json", scratch.write("box.obj", boxObj())}, theirs);
+    EXPECT_EQ(tool.wait().json()["vertices"], 9) << "the bar got into the report";
+    close(theirs);
+    std::string shown;
+    char chunk[4096];
+    for (ssize_t count = 0; (count = read(ours, chunk, sizeof chunk)) > 0;)
+        shown.append(chunk, static_cast<std::size_t>(count));
+    close(ours);
+    EXPECT_NE(shown.find("reading"), std::string::npos) << shown;
+    EXPECT_NE(shown.find('%'), std::string::npos) << shown;
+    EXPECT_TRUE(shown.ends_with("\r\x1b[K")) << shown;
+}
+
+TEST(ToolTerminal, SpeaksOnStandardErrorOnlyWhenAsked)
+{
+    const Scratch scratch;
+    const std::string soup = scratch.write("soup.stl", boxStl()), out = scratch.path("out.obj");
+    EXPECT_EQ(runTool({"weld", soup, out}).err, "");
+
+    const Outcome verbose = runTool({"weld", "--verbose", "--json", soup, out});
+    EXPECT_EQ(verbose.json()["vertices"], 8);
+    EXPECT_NE(verbose.err.find("meshCompact: 33 vertices, 11 triangles\n"), std::string::npos) << verbose;
+    EXPECT_EQ(verbose.err.find_first_of("\r\x1b"), std::string::npos) << verbose;
+}
+
+/// Opens a pipe for writing when the tool has opened it for reading; -1 if that takes too long.
+int openPipeOfTool(const std::string& path)
+{
+    for (int attempt = 0; attempt < 2000; ++attempt) {
+        const int pipe = open(path.c_str(), O_WRONLY | O_NONBLOCK);
+        if (pipe >= 0) return pipe;
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    return -1;
+}
+
+TEST(ToolCancel, InterruptedWhileReadingItLeavesTheOldFile)
+{
+    const Scratch scratch;
+    const std::string in = scratch.path("in.obj"), out = scratch.write("out.obj", "old");
+    ASSERT_EQ(mkfifo(in.c_str(), 0600), 0);
+    for (const auto& [number, status] : {std::pair{SIGINT, 130}, {SIGTERM, 143}}) {
+        ToolProcess tool({"weld", in, out});
+        const int pipe = openPipeOfTool(in);
+        ASSERT_GE(pipe, 0);
+        const std::string content = boxObj();
+        ASSERT_EQ(write(pipe, content.data(), content.size()), static_cast<ssize_t>(content.size()));
+        tool.signal(number);
+        close(pipe);
+        const Outcome outcome = tool.wait();
+        EXPECT_EQ(outcome.status, status) << outcome;
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_EQ(outcome.err, "zngeom: cancelled\n");
+        EXPECT_EQ(scratch.read("out.obj"), "old");
+    }
+    EXPECT_EQ(scratch.names(), (std::vector<std::string>{"in.obj", "out.obj"}));
+}
+
+TEST(ToolCancel, InterruptedAnywhereItLeavesTheOldFileOrTheWholeNewOne)
+{
+    const Scratch scratch;
+    std::string soup;
+    for (int i = 0; i < 30000; ++i)
+        soup += "v " + std::to_string(i % 100) + " " + std::to_string(i / 100) + " 0\nv " + std::to_string(i % 100) +
+                " " + std::to_string(i / 100) + " 1\n";
+    for (int i = 1; i < 60000; i += 3)
+        soup += "f " + std::to_string(i) + " " + std::to_string(i + 1) + " " + std::to_string(i + 2) + "\n";
+    const std::string in = scratch.write("in.obj", soup), whole = scratch.path("whole.ply");
+    const auto started = std::chrono::steady_clock::now();
+    report({"weld", in, whole});
+    const auto time = std::chrono::steady_clock::now() - started;
+
+    constexpr int places = 10;
+    for (int place = 0; place <= places; ++place) {
+        scratch.write("out.ply", "old");
+        ToolProcess tool({"weld", in, scratch.path("out.ply")});
+        std::this_thread::sleep_for(time * place / places);
+        tool.signal(SIGINT);
+        const Outcome outcome = tool.wait();
+        // Before it listens to signals, and after it has finished with the file, the tool ends as any program does.
+        EXPECT_TRUE(outcome.status == 0 || outcome.status == 130 || outcome.status == -SIGINT) << outcome;
+        const std::string content = scratch.read("out.ply");
+        EXPECT_TRUE(content == "old" || content == scratch.read("whole.ply")) << place << " " << outcome;
+        EXPECT_TRUE(outcome.status != 0 || content != "old") << place;
+        EXPECT_TRUE(outcome.status != 130 || content == "old") << place;
+        EXPECT_EQ(scratch.names().size(), 3U) << place;
+    }
+}
+
+} // namespace
+
+} // namespace toolTest

@@ -1,0 +1,116 @@
+#include "tests/apps/tool_process.h"
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <fstream>
+#include <sstream>
+
+extern char** environ;
+
+namespace toolTest {
+
+namespace {
+
+std::string contentOf(std::FILE* file)
+{
+    std::string content;
+    std::rewind(file);
+    char chunk[4096];
+    while (const std::size_t count = std::fread(chunk, 1, sizeof chunk, file)) content.append(chunk, count);
+    std::fclose(file);
+    return content;
+}
+
+} // namespace
+
+Json Outcome::json() const
+{
+    EXPECT_EQ(status, 0) << *this;
+    const Json object = Json::parse(out, nullptr, false);
+    EXPECT_TRUE(object.is_object()) << *this;
+    return object.is_object() ? object : Json::object();
+}
+
+std::ostream& operator<<(std::ostream& stream, const Outcome& outcome)
+{
+    return stream << "status " << outcome.status << "\nout: " << outcome.out << "\nerr: " << outcome.err;
+}
+
+ToolProcess::ToolProcess(const std::vector<std::string>& arguments, int terminal)
+    : m_out(std::tmpfile()), m_err(std::tmpfile())
+{
+    std::vector<std::string> words{ZNGEOM_TOOL};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::vector<char*> argv;
+    for (std::string& word : words) argv.push_back(word.data());
+    argv.push_back(nullptr);
+
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, fileno(m_out), STDOUT_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, terminal >= 0 ? terminal : fileno(m_err), STDERR_FILENO);
+    const int error = posix_spawn(&m_pid, argv[0], &actions, nullptr, argv.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    if (error != 0) throw std::runtime_error("the tool can't be started");
+}
+
+void ToolProcess::signal(int number) const { kill(m_pid, number); }
+
+Outcome ToolProcess::wait()
+{
+    int status = 0;
+    waitpid(m_pid, &status, 0);
+    Outcome outcome{WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), contentOf(m_out), contentOf(m_err)};
+    return outcome;
+}
+
+Outcome runTool(const std::vector<std::string>& arguments) { return ToolProcess(arguments).wait(); }
+
+Json report(std::vector<std::string> arguments)
+{
+    arguments.push_back("--json");
+    return runTool(arguments).json();
+}
+
+Json info(const std::string& path) { return report({"info", path}); }
+
+Scratch::Scratch()
+{
+    std::string name = (std::filesystem::temp_directory_path() / "zngeom-test-XXXXXX").string();
+    if (!mkdtemp(name.data())) throw std::runtime_error("no folder for the test");
+    m_folder = name;
+}
+
+Scratch::~Scratch()
+{
+    std::error_code error;
+    std::filesystem::remove_all(m_folder, error);
+}
+
+std::string Scratch::write(const std::string& name, const std::string& content) const
+{
+    std::ofstream(path(name), std::ios::binary) << content;
+    return path(name);
+}
+
+std::string Scratch::read(const std::string& name) const
+{
+    std::stringstream content;
+    content << std::ifstream(path(name), std::ios::binary).rdbuf();
+    return content.str();
+}
+
+std::vector<std::string> Scratch::names() const
+{
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(m_folder)) names.push_back(entry.path().filename());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+} // namespace toolTest

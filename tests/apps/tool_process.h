@@ -1,0 +1,70 @@
+/// Running the built tool, and a folder for its files.
+#pragma once
+
+#include <sys/types.h>
+
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+namespace toolTest {
+
+using Json = nlohmann::json;
+
+struct Outcome
+{
+    int status; ///< exit status; -n when signal n ended the process
+    std::string out, err;
+
+    /// The report of a call that should have gone well; a test failure and an empty object otherwise.
+    Json json() const;
+};
+
+/// Everything that a failed expectation should show.
+std::ostream& operator<<(std::ostream& stream, const Outcome& outcome);
+
+/// A running tool. Its standard output goes to a file, its standard error too unless a terminal is given for it.
+class ToolProcess
+{
+public:
+    /// \param terminal  for standard error; -1 for a file
+    explicit ToolProcess(const std::vector<std::string>& arguments, int terminal = -1);
+
+    void signal(int number) const;
+    Outcome wait();
+
+private:
+    pid_t m_pid = -1;
+    std::FILE *m_out, *m_err;
+};
+
+Outcome runTool(const std::vector<std::string>& arguments);
+
+/// The report of a call with `--json`.
+Json report(std::vector<std::string> arguments);
+
+/// The report of `zngeom info`.
+Json info(const std::string& path);
+
+/// A folder of its own for every test; gone at the end.
+class Scratch
+{
+public:
+    Scratch();
+    Scratch(const Scratch&) = delete;
+    Scratch& operator=(const Scratch&) = delete;
+    ~Scratch();
+
+    std::string path(const std::string& name) const { return (m_folder / name).string(); }
+    /// Returns the path.
+    std::string write(const std::string& name, const std::string& content) const;
+    std::string read(const std::string& name) const;
+    /// The names of all files, ascending.
+    std::vector<std::string> names() const;
+
+private:
+    std::filesystem::path m_folder;
+};
+
+} // namespace toolTest

@@ -1,0 +1,481 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <numbers>
+
+#include "tests/support/random.h"
+
+namespace {
+
+using namespace znLinear;
+using znTest::Random;
+
+constexpr double inf = std::numeric_limits<double>::infinity();
+constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+
+static_assert(std::is_convertible_v<PointFlt, Point> && std::is_constructible_v<PointFlt, Point>);
+static_assert(std::is_convertible_v<AffineMatrixFlt, AffineMatrix> &&
+              std::is_constructible_v<AffineMatrixFlt, AffineMatrix>);
+static_assert(std::is_constructible_v<ProjMatrixFlt, ProjMatrix> && std::is_convertible_v<Vector, Normal>);
+static_assert(sizeof(Point2Flt) == 8 && sizeof(ProjMatrixFlt) == 64 && sizeof(AffineMatrix2) == 48);
+static_assert(std::is_same_v<decltype(distance(PointFlt(), PointFlt())), float>);
+static_assert(std::is_same_v<decltype(combine(1, Normal(), 1, Normal())), Vector>);
+
+/// A difference of exactly the tolerance is one; of less, none.
+template <typename T, typename Tol>
+void expectStrict(const T& a, const T& b, Tol difference)
+{
+    EXPECT_FALSE(equivalent(a, b, difference));
+    EXPECT_FALSE(equivalent(b, a, difference));
+    EXPECT_TRUE(equivalent(a, b, difference * Tol(1.001)));
+}
+
+TEST(Tolerance, ADifferenceOfExactlyTheToleranceIsADifference)
+{
+    for (int axis = 0; axis < 3; ++axis) {
+        Point p(1, 2, 3);
+        PointFlt f(1, 2, 3);
+        Normal n = Normal::z;
+        p[axis] += 0.5, f[axis] += 0.5f, n[axis] += 0.5;
+        expectStrict(p, Point(1, 2, 3), 0.5);
+        expectStrict(f, PointFlt(1, 2, 3), 0.5f);
+        expectStrict(n, Normal::z, 0.5);
+        for (int row = 0; row < 4; ++row) {
+            AffineMatrixFlt m;
+            m[row][axis] -= 0.5f;
+            expectStrict(m, AffineMatrixFlt::Identity, 0.5f);
+        }
+    }
+    expectStrict(Point2(0, 1), Point2(0, 1.5), 0.5);
+    expectStrict(Vector2(0.5, 1), Vector2(0, 1), 0.5);
+    EXPECT_FALSE(equivalent(Point(nan, 0, 0), Point(nan, 0, 0), 1.0));
+
+    const Plane floor(Point(7, 7, 1), Normal::z);
+    EXPECT_FALSE(isAbove(Point(0, 0, 1.5), floor, 0.5));
+    EXPECT_TRUE(isAbove(Point(0, 0, 1.5), floor, 0.499));
+    const Normal turned(Promise(), 0.5, std::sqrt(0.75), 0);
+    EXPECT_FALSE(isParallel(Normal::x, turned, 0.5));
+    EXPECT_TRUE(isParallel(Normal::x, turned, 0.501));
+    EXPECT_FALSE(isParallel(Normal::x, -Normal::x, parallelTol));
+    EXPECT_FALSE(isParallel(Normal::x, Normal(), parallelTol));
+}
+
+TEST(Vector, NormalizesOrSaysThatItHasNoLength)
+{
+    const Vector without[] = {{0, 0, 0}, {-0.0, 0, 0}, {nan, 0, 0}, {1, nan, 0}, {inf, 0, 0}, {0, -inf, 1}};
+    for (Vector v : without) {
+        EXPECT_FALSE(Normal(v).valid || v.normalized().valid || v.normalize());
+        EXPECT_EQ(Normal(v).asVector(), Vector::zero);
+    }
+    // Whatever the length, nothing that is no unit vector is called one. Cross products of short edges have a length.
+    for (int exponent = -320; exponent <= 300; ++exponent) {
+        Vector v = Vector(3, -4, 12) * std::pow(10.0, exponent);
+        const Normal n(v);
+        EXPECT_NEAR(n.asVector().length(), n.valid ? 1 : 0, 1e-12) << exponent;
+        EXPECT_EQ(v.normalize(), n.valid) << exponent;
+        EXPECT_TRUE(n.valid || exponent < -150 || exponent > 150) << exponent;
+    }
+    for (int exponent = -44; exponent <= 37; ++exponent) {
+        VectorFlt v = VectorFlt(3, -4, 12) * std::pow(10.0f, float(exponent));
+        EXPECT_TRUE(!v.normalize() || std::fabs(v.length() - 1) < 1e-6f) << exponent;
+    }
+    Vector2 flat(3, 4), none(0, 0);
+    EXPECT_TRUE(flat.normalize() && !none.normalize());
+    EXPECT_TRUE(equivalent(flat, Vector2(0.6, 0.8), 1e-15));
+    Normal n;
+    const double values[3] = {0, 0, 5};
+    n.set(Promise(), values);
+    EXPECT_TRUE(n.valid && n.dz == 5);
+    n.set(values);
+    EXPECT_EQ(n, Normal::z);
+    n = Vector();
+    EXPECT_FALSE(n.valid);
+}
+
+TEST(Vector, OrthogonalVectorCrossesWithTheSmallestAxisTheFirstOnTies)
+{
+    const std::pair<Vector, Vector> cases[] = {{{0, 2, 3}, Vector::x},  {{2, 0, 3}, Vector::y}, {{3, -2, 1}, Vector::z},
+                                               {{1, -1, 1}, Vector::x}, {{2, 1, 1}, Vector::y}, {{1, 2, 1}, Vector::x}};
+    for (const auto& [v, axis] : cases) EXPECT_EQ(v.orthogonalVector(), cross(v, axis));
+}
+
+TEST(Vector, CombinesAndMeasures)
+{
+    EXPECT_EQ(combine(Point(1, 2, 3), Point(3, 6, 9)), Point(2, 4, 6));
+    EXPECT_EQ(combine(2.0f, PointFlt(1, 0, 0), -1.0f, PointFlt(0, 1, 0)), PointFlt(2, -1, 0));
+    const Vector corners[3] = {Vector::x, Vector::y, Vector::z};
+    const double weights[3] = {0.5, 0.25, 2};
+    EXPECT_EQ(combine(3, weights, corners), Vector(0.5, 0.25, 2));
+    EXPECT_TRUE(equivalent(combine(3, corners).normalized(), Vector(1, 1, 1).normalized(), 1e-15));
+    EXPECT_EQ(combine(0, corners), Vector::zero);
+    EXPECT_EQ(cross(Normal::x, Normal::y), Vector::z);
+    EXPECT_EQ(cross(Vector(0, 3, 0), Normal::z), Vector(3, 0, 0));
+    EXPECT_EQ(project(Vector(3, 4, 5), Normal::y), Vector(0, 4, 0));
+    EXPECT_DOUBLE_EQ(angle(Normal::x, -Normal::x), std::numbers::pi);
+    const Normal close(Vector(1, 1e-9, 0)); // where an arc cosine knows nothing
+    EXPECT_NEAR(angle(Normal::x, close), 1e-9, 1e-15);
+    EXPECT_TRUE(equivalent(rotate(Vector::x, Normal::z, std::numbers::pi / 2), Vector::y, 1e-15));
+    EXPECT_EQ(Point(Point2(1, 2)), Point(1, 2, 0));
+}
+
+AffineMatrix randomMatrix(Random& random)
+{
+    AffineMatrix m;
+    do {
+        m.setFrame(random.point(5), random.vector(), random.vector(), random.vector());
+    } while (std::fabs(m.det3x3()) < 0.05);
+    return m;
+}
+
+TEST(Matrix, RowVectorsAreMultipliedFromTheLeft)
+{
+    AffineMatrix m(0.0);
+    for (int i = 0; i < 12; ++i) m[i / 3][i % 3] = i + 1;
+    EXPECT_EQ(Point(1, 10, 100) * m, Point(751, 863, 975));
+    EXPECT_EQ(Vector(1, 10, 100) * m, Vector(741, 852, 963));
+    const AffineMatrixFlt flt(m);
+    EXPECT_EQ((&flt.m[0][0])[9], 10.0f);
+    EXPECT_EQ(AffineMatrix(1.0), AffineMatrix::Identity);
+    EXPECT_EQ(Point(1, 1, 1) * AffineMatrix(3.0), Point(3, 3, 3));
+
+    AffineMatrix2 frame;
+    frame.setFrame(Point2(5, 6), Vector2(0, 2), Vector2(-2, 0));
+    EXPECT_EQ(Point2(1, 10) * frame, Point2(-15, 8));
+    EXPECT_EQ(Point2(-15, 8) * frame.inverse(), Point2(1, 10));
+}
+
+TEST(Matrix, IdentitiesHoldOnRandomMatrices)
+{
+    Random random(1);
+    for (int i = 0; i < 500; ++i) {
+        const AffineMatrix a = randomMatrix(random), b = randomMatrix(random);
+        const Point p = random.point(3);
+        EXPECT_TRUE(equivalent(p * (a * b), p * a * b, 1e-12));
+        AffineMatrix first = a, twice = a;
+        first.preMult(b);
+        EXPECT_EQ(first, b * a);
+        EXPECT_TRUE(twice.invert() && twice.invert());
+        EXPECT_TRUE(equivalent(twice, a, 1e-11));
+        EXPECT_TRUE(equivalent(p * a * a.inverse(), p, 1e-11));
+        EXPECT_NEAR((a * b).det3x3(), a.det3x3() * b.det3x3(), 1e-12);
+
+        // A normal stays at right angles to what lies in its surface.
+        const Vector u = random.vector(), v = random.vector();
+        bool ok = false;
+        const AffineMatrix normals = a.normalMatrix(ok);
+        ASSERT_TRUE(ok);
+        EXPECT_NEAR(dot(cross(u, v) * normals, u * a), 0, 1e-10);
+        EXPECT_EQ(normals.row(3), Vector::zero);
+
+        ProjMatrix perspective(a), inverted;
+        for (int row = 0; row < 4; ++row) perspective[row][3] += random.real(-0.3, 0.3);
+        inverted = perspective;
+        ASSERT_TRUE(inverted.invertFast());
+        const Tuple4 t(random.real(), random.real(), random.real(), 1), back = t * perspective * inverted;
+        for (int c = 0; c < 4; ++c) EXPECT_NEAR(back[c], t[c], 1e-8);
+    }
+}
+
+TEST(Matrix, ASingularOneIsReportedAndLeftAlone)
+{
+    AffineMatrix flat, unknown;
+    flat.setFrame(Point(1, 2, 3), Vector(1, 2, 3), Vector(2, 4, 6), Vector(0, 0, 1));
+    unknown[1][1] = nan;
+    for (AffineMatrix m : {flat, unknown}) {
+        bool ok = true;
+        m.normalMatrix(ok);
+        EXPECT_FALSE(ok);
+        EXPECT_FALSE(m.invert());
+        EXPECT_EQ(m.row(3), m.inverse().row(3));
+        EXPECT_FALSE(ProjMatrix(m).invertFast());
+    }
+    EXPECT_EQ(flat.inverse(), flat);
+}
+
+TEST(Matrix, RotateTakesOneDirectionToTheOtherHoweverFarApart)
+{
+    Random random(2);
+    const double offsets[] = {0, 1e-17, 1e-16, 1e-15, 1e-12, 1e-9, 1e-5, 0.1, 1};
+    for (int i = 0; i < 2000; ++i)
+        for (const double offset : offsets)
+            for (const double sign : {1.0, -3.0}) {
+                const Normal from = random.direction();
+                const Normal to(from * sign + random.vector() * offset);
+                AffineMatrix m(7.0);
+                m.rotate(from, to);
+                ASSERT_LT((from.asVector() * m - to.asVector()).length(), 1e-9) << sign << " " << offset;
+                ASSERT_NEAR(m.det3x3(), 1, 1e-12);
+                const Vector v = random.vector();
+                ASSERT_NEAR((v * m).length(), v.length(), 1e-12);
+            }
+    // Opposite directions: a half turn about the first one's orthogonal vector, which stays where it is.
+    AffineMatrix half;
+    half.rotate(-Normal::z, Normal::z);
+    const Vector axis = (-Normal::z).asVector().orthogonalVector();
+    EXPECT_TRUE(equivalent(axis * half, axis, 1e-15) && equivalent(Vector::z * half, -Vector::z, 1e-15));
+}
+
+TEST(HPoint, IsInViewWithinTheBordersInFrontOfTheEye)
+{
+    struct Case
+    {
+        HPoint p;
+        bool flat, deep;
+    };
+    const Case cases[] = {{{2, -2, 2, 2}, true, true},     {{2.1, 0, 0, 2}, false, false},
+                          {{0, -2.1, 0, 2}, false, false}, {{0, 0, 2.1, 2}, true, false},
+                          {{0, 0, -2.1, 2}, true, false},  {{0, 0, 0, 0}, false, false},
+                          {{0, 0, 0, -1}, false, false},   {{nan, 0, 0, 1}, false, false},
+                          {{0, 0, 0, nan}, false, false},  {Point(1, 1, 1), true, true}};
+    for (const Case& c : cases) {
+        EXPECT_EQ(c.p.insideView(false), c.flat);
+        EXPECT_EQ(c.p.insideView(true), c.deep);
+    }
+}
+
+TEST(Line, ParametersComeBackAndPointsProject)
+{
+    Random random(3);
+    for (int i = 0; i < 500; ++i) {
+        const ParamLine given(random.point(), random.point());
+        const Line line(given);
+        const Point p = random.point(2);
+        double t = 0;
+        const Point foot = project(p, given, t);
+        EXPECT_EQ(t, projectParam(p, given));
+        EXPECT_LT(distance(foot, project(p, line)), 1e-12);
+        EXPECT_LT(distance(line.eval(projectParam(p, line)), foot), 1e-12);
+        EXPECT_NEAR(dot(p - foot, given.direction), 0, 1e-12);
+        EXPECT_NEAR(distance(p, line), distance(p, foot), 1e-12);
+        const Point bounded = given.projectBounded(p, 0.25, 0.5);
+        EXPECT_LT(distance(bounded, given.eval(std::clamp(t, 0.25, 0.5))), 1e-12);
+    }
+    EXPECT_EQ(ParamLine(Point(1, 0, 0), Point(4, 0, 0)).eval(1), Point(4, 0, 0));
+    const ParamLine spot(Point(1, 2, 3), Vector());
+    EXPECT_EQ(projectParam(Point(9, 9, 9), spot), 0);
+    EXPECT_EQ(project(Point(9, 9, 9), Line(spot)), spot.point);
+    EXPECT_EQ(distance(Point(1, 2, 8), Line(spot)), 5);
+}
+
+TEST(Line, MeetsAnotherOnTheFirstOneWhereTheyAreNearest)
+{
+    Random random(4);
+    for (int i = 0; i < 500; ++i) {
+        const double size = std::pow(10.0, random.real(-4, 4)); // the tolerance is one of angles, not of lengths
+        const Line first(random.point(size), random.point(size)), second(random.point(size), random.point(size));
+        bool ok = false;
+        const Point meeting = intersect(first, second, ok, perpendicular2Tol);
+        ASSERT_TRUE(ok);
+        EXPECT_LT(distance(meeting, first), 1e-9 * size);
+        EXPECT_NEAR(dot(meeting - project(meeting, second), first.direction), 0, 1e-9 * size);
+        const Line beside(second.point, first.direction * -2);
+        EXPECT_EQ(intersect(first, beside, ok, perpendicular2Tol), first.point);
+        EXPECT_FALSE(ok);
+    }
+    const Line none(Point(1, 2, 3), Vector());
+    for (const bool swapped : {false, true}) {
+        bool ok = true;
+        const Line x(Point(), Vector::x);
+        intersect(swapped ? x : none, swapped ? none : x, ok, perpendicular2Tol);
+        EXPECT_FALSE(ok);
+    }
+}
+
+TEST(Plane, HasASideADistanceAndMeetings)
+{
+    EXPECT_FALSE(Plane().isValid());
+    const ParamPlane sheet(Point(1, 0, 0), Vector(0, 2, 0), Vector(0, 1, 1));
+    EXPECT_EQ(sheet.eval(2, 3), Point(1, 7, 3));
+    EXPECT_EQ(sheet.third(), Normal::x);
+    Random random(5);
+    for (int i = 0; i < 500; ++i) {
+        const Plane a(random.point(), random.direction()), b(random.point(), random.direction());
+        const Point p = random.point();
+        EXPECT_NEAR(a.eval(p), dot(a.normal, p.asVector()) + a.calculateD(), 1e-14);
+        EXPECT_EQ(distance(p, a), std::fabs(a.eval(p)));
+        bool ok = false;
+        const Line common = intersect(a, b, ok);
+        ASSERT_TRUE(ok);
+        for (const double t : {-1.0, 1.0}) EXPECT_LT(distance(common.eval(t), a) + distance(common.eval(t), b), 1e-10);
+        const Point pierced = intersect(Line(p, random.direction().asVector()), a, ok, perpendicular2Tol);
+        ASSERT_TRUE(ok);
+        EXPECT_LT(distance(pierced, a), 1e-10);
+        intersect(a, Plane(p, -a.normal), ok);
+        EXPECT_FALSE(ok);
+        intersect(Line(p, cross(a.normal, b.normal)), a, ok, perpendicular2Tol);
+        EXPECT_FALSE(ok);
+    }
+    bool ok = true;
+    intersect(Line(Point(), Vector::z), Plane(), ok, perpendicular2Tol);
+    EXPECT_FALSE(ok);
+}
+
+TEST(Range, OverlapsTouchesAndMisses)
+{
+    struct Case
+    {
+        Range1d a, b;
+        double tol;
+        bool meets;
+        double size, gap;
+    };
+    const Case cases[] = {{{0, 2}, {1, 3}, 0, true, 1, 0},       {{0, 3}, {1, 2}, 0, true, 1, 0},
+                          {{0, 1}, {1, 2}, 0, true, 0, 0},       {{0, 1}, {1.5, 2}, 0.5, false, 0, 0.5},
+                          {{0, 1}, {1.5, 2}, 0.6, true, 0, 0.5}, {{0.1, 0.3}, {0.7, 0.9}, 0, false, 0, 0.7 - 0.3},
+                          {{}, {0, 1}, 9, false, 0, inf},        {{-inf, inf}, {3, 1}, 0, true, 2, 0}};
+    for (const Case& c : cases) {
+        EXPECT_EQ(c.a.intersects(c.b, c.tol), c.meets);
+        EXPECT_EQ(c.b.intersects(c.a, c.tol), c.meets);
+        EXPECT_EQ(intersect(c.a, c.b, c.tol).size(), c.size);
+        EXPECT_EQ(intersect(c.b, c.a, c.tol).size(), c.size);
+        EXPECT_EQ(distance(c.a, c.b), c.gap);
+    }
+    EXPECT_TRUE(Range1d(0, 1).contains(1, 0) && !Range1d(0, 1).contains(1.5, 0.5) && !Range1d().contains(0, 1e300));
+    Range1d grown;
+    for (const double value : {4.0, nan, -1.0}) grown.include(value);
+    EXPECT_EQ(grown, Range1d(-1, 4));
+
+    Range3d box;
+    const double a[3] = {1, 2, 3}, b[3] = {-1, 0, 5};
+    box.set(a);
+    box.include(b);
+    EXPECT_EQ(box.mid(), Point(0, 1, 4));
+    EXPECT_TRUE(box.intersects(Range3d(Point(1, 2, 3), Point(9, 9, 9)), 0));
+    EXPECT_FALSE(box.intersects(Range3d(Point(1, 2, 5.1), Point(9, 9, 9)), 0.05));
+    Range2d square = Range2d::unitSquare;
+    square.include(Range2d(Point2(3, 0.5), Point2(2, 0.6)));
+    EXPECT_EQ(square.size(), Point2(3, 1));
+    EXPECT_EQ(square.area(), 3);
+    EXPECT_FALSE(square.contains(Point2(3.5, 0.5), 0.5));
+    EXPECT_EQ(Range2d().area(), 0);
+}
+
+TEST(Cylinder, IsHitTwiceOnceOrNever)
+{
+    Random random(6);
+    int hitTwice = 0;
+    for (int i = 0; i < 1000; ++i) {
+        const Line axis(random.point(), random.point());
+        const ParamLine line(random.point(2), random.point(2));
+        const double radius = random.real(0.1, 1);
+        bool ok = false;
+        const Line straight(line);
+        const bool near = distance(intersect(straight, axis, ok, 0), axis) < radius;
+        double t[2] = {};
+        ASSERT_EQ(intersectCylinder(line, axis, radius, t), near ? 2 : 0);
+        hitTwice += near;
+        if (!near) continue;
+        EXPECT_LT(t[0], t[1]);
+        for (const double hit : t) EXPECT_NEAR(distance(line.eval(hit), axis), radius, 1e-8);
+        // A line along the axis, which rounding may not let look quite so, meets nothing.
+        const ParamLine along(random.point(), axis.direction * random.real(0.3, 3));
+        ASSERT_EQ(intersectCylinder(along, axis, radius, t), 0);
+    }
+    EXPECT_GT(hitTwice, 100);
+    double t[2] = {};
+    const Line z(Point(), Vector::z);
+    EXPECT_EQ(intersectCylinder(ParamLine(Point(-5, 1, 7), Vector(2, 0, 1)), z, 1, t), 1);
+    EXPECT_EQ(t[0], 2.5);
+    EXPECT_EQ(intersectCylinder(ParamLine(Point(0.5, 0, 0), Vector()), z, 1, t), 0);
+    EXPECT_EQ(intersectCylinder(ParamLine(Point(nan, 0, 0), Vector::x), z, 1, t), 0);
+}
+
+double orientation(const Point2& a, const Point2& b, const Point2& c) { return cross(b - a, c - a); }
+
+bool within(const Point2& a, const Point2& b, const Point2& p)
+{
+    return orientation(a, b, p) == 0 && Range2d(a, b).contains(p, 0);
+}
+
+TEST(Segments, MeetAsExactArithmeticSays)
+{
+    Random random(7);
+    int kinds[2][2] = {};
+    for (int i = 0; i < 40000; ++i) {
+        Point2 p[4];
+        for (Point2& corner : p) corner.set(random.below(4), random.below(4));
+        const double o[4] = {orientation(p[0], p[1], p[2]), orientation(p[0], p[1], p[3]),
+                             orientation(p[2], p[3], p[0]), orientation(p[2], p[3], p[1])};
+        const bool crossing = o[0] * o[1] < 0 && o[2] * o[3] < 0;
+        const bool expected = crossing || within(p[0], p[1], p[2]) || within(p[0], p[1], p[3]) ||
+                              within(p[2], p[3], p[0]) || within(p[2], p[3], p[1]);
+        double t = -1;
+        Point2 meeting(-9, -9);
+        bool parallel = !expected;
+        ASSERT_EQ(doLineSegmentsIntersect(p[0], p[1], p[2], p[3], t, meeting, parallel, perpendicular2Tol), expected);
+        ASSERT_EQ(parallel, cross(p[1] - p[0], p[3] - p[2]) == 0);
+        ++kinds[expected][parallel];
+        if (!expected) {
+            ASSERT_TRUE(t == -1 && meeting == Point2(-9, -9));
+            continue;
+        }
+        ASSERT_TRUE(t >= 0 && t <= 1);
+        ASSERT_TRUE(equivalent(meeting, p[0] + (p[1] - p[0]) * t, 1e-12));
+        const Point2 nearest =
+            p[2] + (p[3] - p[2]) *
+                       std::clamp(dot(meeting - p[2], p[3] - p[2]) / std::max((p[3] - p[2]).length2(), 1e-9), 0.0, 1.0);
+        ASSERT_LT(distance(meeting, nearest), 1e-12);
+        if (parallel && p[0] != p[1]) { // no point of the second segment comes earlier on the first
+            const double ends[2] = {dot(p[2] - p[0], p[1] - p[0]), dot(p[3] - p[0], p[1] - p[0])};
+            const double earliest = std::max(0.0, std::min(ends[0], ends[1])) / (p[1] - p[0]).length2();
+            ASSERT_NEAR(t, earliest, 1e-12);
+        }
+
+        // The ray from the first point through the second meets the second segment at the latest there.
+        double ray = -1, segment = -1;
+        ASSERT_TRUE(
+            doesRayIntersectLineSegment(p[0], p[1] - p[0], p[2], p[3], ray, segment, parallel, perpendicular2Tol));
+        ASSERT_NEAR(ray, t, 1e-12);
+        ASSERT_TRUE(equivalent(p[2] + (p[3] - p[2]) * segment, meeting, 1e-12));
+    }
+    for (const auto& [crossingKind, parallelKind] : kinds) EXPECT_TRUE(crossingKind > 1000 && parallelKind > 1000);
+}
+
+TEST(Segments, ThatShareAnEndMeetThere)
+{
+    Random random(8);
+    for (int i = 0; i < 2000; ++i) {
+        const Point2 shared(random.real(), random.real());
+        const Point2 a(random.real(), random.real()), b(random.real(), random.real());
+        for (int ends = 0; ends < 4; ++ends) {
+            double t = -1;
+            Point2 meeting;
+            bool parallel = false;
+            const bool first = ends & 1, second = ends & 2;
+            ASSERT_TRUE(doLineSegmentsIntersect(first ? a : shared, first ? shared : a, second ? b : shared,
+                                                second ? shared : b, t, meeting, parallel, perpendicular2Tol));
+            ASSERT_LT(distance(meeting, shared), 1e-9);
+        }
+    }
+}
+
+TEST(Rays, MeetSegmentsInFrontOfThem)
+{
+    struct Case
+    {
+        Point2 origin;
+        Vector2 along;
+        Point2 a, b;
+        bool meets, parallel;
+        double ray, segment;
+    };
+    const Case cases[] = {
+        {{0, 0}, {2, 0}, {4, -1}, {4, 3}, true, false, 2, 0.25}, {{5, 0}, {2, 0}, {4, -1}, {4, 3}, false, false, 0, 0},
+        {{0, 0}, {1, 0}, {4, 0}, {6, 0}, true, true, 4, 0},      {{0, 0}, {1, 0}, {6, 0}, {4, 0}, true, true, 4, 1},
+        {{5, 0}, {1, 0}, {4, 0}, {6, 0}, true, true, 0, 0.5},    {{7, 0}, {1, 0}, {4, 0}, {6, 0}, false, true, 0, 0},
+        {{0, 1}, {1, 0}, {4, 0}, {6, 0}, false, true, 0, 0},     {{0, 0}, {1, 1}, {3, 3}, {3, 3}, true, true, 3, 0},
+        {{5, 0}, {0, 0}, {4, 0}, {6, 0}, true, true, 0, 0.5},    {{5, 1}, {0, 0}, {4, 0}, {6, 0}, false, true, 0, 0},
+        {{nan, 0}, {1, 0}, {4, -1}, {4, 1}, false, false, 0, 0}};
+    for (const Case& c : cases) {
+        double ray = 0, segment = 0;
+        bool parallel = !c.parallel;
+        EXPECT_EQ(doesRayIntersectLineSegment(c.origin, c.along, c.a, c.b, ray, segment, parallel, perpendicular2Tol),
+                  c.meets);
+        EXPECT_EQ(parallel, c.parallel);
+        EXPECT_DOUBLE_EQ(ray, c.ray);
+        EXPECT_DOUBLE_EQ(segment, c.segment);
+    }
+}
+
+} // namespace

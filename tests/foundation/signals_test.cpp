@@ -1,0 +1,275 @@
+#include "znGeom/foundation/signals.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <vector>
+
+#include "tests/support/random.h"
+
+namespace {
+
+using namespace znRTB;
+
+/// Any callable as a function of a signal; counts itself.
+class Callback : public FunctionArg<int>
+{
+public:
+    explicit Callback(std::function<void(int)> call) : m_call(std::move(call)) { ++alive; }
+    ~Callback() override { --alive; }
+    void operator()(int argument) override { m_call(argument); }
+    static inline int alive = 0;
+
+private:
+    std::function<void(int)> m_call;
+};
+
+class Signals : public testing::Test
+{
+protected:
+    ~Signals() override
+    {
+        signal.reset();
+        EXPECT_EQ(Callback::alive, 0);
+    }
+    /// Adds a callback that notes its name and then does something.
+    Connection* add(
+        int name, std::function<void()> then = [] {})
+    {
+        return signal->addCallback(new Callback([this, name, then](int) { called.push_back(name), then(); }));
+    }
+    std::vector<int> emitted()
+    {
+        called.clear();
+        signal->emit(0);
+        return called;
+    }
+    using Names = std::vector<int>;
+    std::unique_ptr<SignalArg<int>> signal = std::make_unique<SignalArg<int>>();
+    Names called;
+};
+
+TEST_F(Signals, CallInTheOrderOfAdding)
+{
+    EXPECT_FALSE(signal->isConnected());
+    Connection* connections[3] = {};
+    for (int name = 0; name < 3; ++name) connections[name] = add(name);
+    EXPECT_TRUE(signal->isConnected());
+    EXPECT_EQ(emitted(), (Names{0, 1, 2}));
+    connections[1]->block();
+    EXPECT_TRUE(connections[1]->isBlocked() && signal->isConnected());
+    EXPECT_EQ(emitted(), (Names{0, 2}));
+    connections[1]->unblock();
+    connections[0]->disconnect();
+    EXPECT_EQ(Callback::alive, 2);
+    EXPECT_EQ(emitted(), (Names{1, 2}));
+    connections[2]->disconnect();
+    add(7); // the end of the list is where the last one was
+    EXPECT_EQ(emitted(), (Names{1, 7}));
+}
+
+TEST_F(Signals, DisconnectAnybodyDuringEmission)
+{
+    for (int victim = 0; victim < 4; ++victim) {
+        signal = std::make_unique<SignalArg<int>>();
+        Connection* connections[4] = {};
+        for (int name = 0; name < 4; ++name)
+            connections[name] = add(name, [&, name] {
+                if (name == 2 && connections[victim]) connections[victim]->disconnect(), connections[victim] = nullptr;
+            });
+        EXPECT_EQ(emitted(), victim == 3 ? Names({0, 1, 2}) : Names({0, 1, 2, 3}));
+        Names left{0, 1, 2, 3};
+        std::erase(left, victim);
+        EXPECT_EQ(Callback::alive, 3);
+        EXPECT_EQ(emitted(), left);
+    }
+    signal = std::make_unique<SignalArg<int>>();
+    Connection* only = add(0, [&] {
+        only->disconnect();
+        only->disconnect();
+        EXPECT_FALSE(signal->isConnected());
+        EXPECT_EQ(Callback::alive, 1); // it is still running
+        add(1);
+    });
+    EXPECT_EQ(emitted(), (Names{0, 1})); // what is added meanwhile is called too
+    EXPECT_EQ(emitted(), (Names{1}));
+}
+
+TEST_F(Signals, EmitWithinEmission)
+{
+    int depth = 0;
+    Connection* first = nullptr;
+    first = add(0, [&] {
+        if (++depth > 1) return;
+        signal->emit(0);
+        first->disconnect(); // while it stands on both levels' path
+        signal->emit(0);
+    });
+    add(1, [&] {
+        if (depth == 2) ++depth, first->block();
+    });
+    EXPECT_EQ(emitted(), (Names{0, 0, 1, 1, 1}));
+    EXPECT_EQ(emitted(), (Names{1}));
+}
+
+TEST_F(Signals, DieWithinTheirOwnEmission)
+{
+    for (const bool nested : {false, true}) {
+        signal = std::make_unique<SignalArg<int>>();
+        int round = 0;
+        add(0);
+        add(1, [&] {
+            if (nested && round++ == 0)
+                signal->emit(0);
+            else
+                signal.reset();
+        });
+        add(2);
+        called.clear();
+        signal->emit(0);
+        EXPECT_EQ(called, nested ? Names({0, 1, 0, 1}) : Names({0, 1}));
+        EXPECT_EQ(Callback::alive, 0);
+    }
+    signal = std::make_unique<SignalArg<int>>();
+}
+
+TEST_F(Signals, LeaveNoLockBehindAnException)
+{
+    bool throwing = true;
+    Connection* thrower = add(0, [&] {
+        if (throwing) throw std::runtime_error("from a listener");
+    });
+    add(1);
+    EXPECT_THROW(signal->emit(0), std::runtime_error);
+    throwing = false;
+    EXPECT_EQ(emitted(), (Names{0, 1}));
+    throwing = true;
+    EXPECT_THROW(signal->emit(0), std::runtime_error);
+    thrower->disconnect();
+    EXPECT_EQ(Callback::alive, 1);
+    EXPECT_EQ(emitted(), (Names{1}));
+}
+
+class Listener : public SignalClient
+{
+public:
+    void hear(int) { ++heard; }
+    void answer(int question, bool& result) { result = result || question == 42; }
+    int heard = 0;
+};
+void answerGlobally(int question, bool& result) { result = result || question == 7; }
+void hearNothing(int, bool&) {}
+
+TEST(SignalClient, EndsItsConnectionsWhenEitherDies)
+{
+    auto signal = std::make_unique<SignalArg<int>>();
+    SignalArg<int> other;
+    Listener keeps;
+    {
+        Listener goes;
+        for (Listener* listener : {&goes, &keeps})
+            for (SignalArg<int>* each : {signal.get(), &other})
+                each->addCallback(new FunctionArgMember<int, Listener>(listener, &Listener::hear), *listener);
+        Listener copied = goes; // has no connections of its own
+        copied = keeps;
+        signal->emit(1);
+        EXPECT_TRUE(goes.heard == 1 && keeps.heard == 1 && copied.heard == 0);
+    }
+    signal->emit(1);
+    EXPECT_EQ(keeps.heard, 2);
+    signal.reset();
+    other.emit(1);
+    EXPECT_EQ(keeps.heard, 3);
+    keeps.disconnectAll();
+    EXPECT_FALSE(other.isConnected());
+}
+
+TEST(Signal2Args, LetsListenersAnswer)
+{
+    Signal2Args<int, bool&> signal;
+    Listener listener, stranger;
+    auto* member = new Function2ArgsMember<int, bool&, Listener>(&listener, &Listener::answer);
+    auto* global = new Function2ArgsGlobal<int, bool&>(answerGlobally);
+    signal.addCallback(member, listener);
+    Connection* connection = signal.addCallback(global);
+    for (const int question : {42, 7, 1}) {
+        bool result = false;
+        signal.emit(question, result);
+        EXPECT_EQ(result, question != 1);
+    }
+    EXPECT_TRUE(member->isInstance(&listener) && !member->isInstance(&stranger));
+    EXPECT_TRUE(global->isGlobalFunction(reinterpret_cast<void*>(answerGlobally)));
+    EXPECT_FALSE(global->isGlobalFunction(reinterpret_cast<void*>(hearNothing)) || global->isInstance(&listener));
+    EXPECT_FALSE(member->isGlobalFunction(reinterpret_cast<void*>(answerGlobally)));
+    EXPECT_EQ(&connection->function(), global);
+}
+
+TEST(SignalClient, FollowsAModelThroughRandomOperations)
+{
+    // Two signals and three clients that come and go; the model keeps who is connected to which signal, in order.
+    znTest::Random random(1);
+    std::unique_ptr<SignalArg<int>> signals[2];
+    std::unique_ptr<SignalClient> clients[3];
+    struct Entry
+    {
+        int name, client;
+        Connection* connection;
+        bool blocked;
+    };
+    std::vector<Entry> model[2];
+    std::vector<int> called;
+    for (int step = 0; step < 30000; ++step) {
+        const int s = random.below(2), c = random.below(3);
+        if (!signals[s]) signals[s] = std::make_unique<SignalArg<int>>();
+        if (!clients[c]) clients[c] = std::make_unique<SignalClient>();
+        Entry* any = model[s].empty() ? nullptr : &model[s][size_t(random.below(int(model[s].size())))];
+        switch (random.below(30)) {
+        case 0:
+            signals[s].reset();
+            model[s].clear();
+            continue;
+        case 1:
+            clients[c].reset();
+            for (auto& entries : model) std::erase_if(entries, [c](const Entry& e) { return e.client == c; });
+            continue;
+        case 2:
+            if (any) any->connection->block();
+            if (any) any->blocked = true;
+            break;
+        case 3:
+        case 4:
+        case 5:
+        case 6:
+            if (!any) break;
+            any->connection->disconnect();
+            model[s].erase(model[s].begin() + (any - model[s].data()));
+            break;
+        case 7:
+        case 8:
+        case 9:
+        case 10:
+        case 11: {
+            auto* callback = new Callback([&called, step](int) { called.push_back(step); });
+            const bool free = random.oneIn(3);
+            Connection* made =
+                free ? signals[s]->addCallback(callback) : signals[s]->addCallback(callback, *clients[c]);
+            model[s].push_back({step, free ? -1 : c, made, false});
+            break;
+        }
+        default: {
+            called.clear();
+            signals[s]->emit(step);
+            std::vector<int> expected;
+            for (const Entry& e : model[s])
+                if (!e.blocked) expected.push_back(e.name);
+            ASSERT_EQ(called, expected);
+            ASSERT_EQ(signals[s]->isConnected(), !model[s].empty());
+            ASSERT_EQ(Callback::alive, int(model[0].size() + model[1].size()));
+        }
+        }
+    }
+}
+
+} // namespace
