@@ -41,7 +41,8 @@ private:
 };
 
 /// How the standard node containers take their nodes from a `BlockAllocator`: one allocator per container, ten nodes a
-/// block, made at the first node. What is no single node (a hash table's buckets) comes from the heap.
+/// block, made at the first node. What is no single node (a hash table's buckets), or is aligned beyond what `new`
+/// gives, comes from the heap.
 template <typename T>
 class NodeAllocator
 {
@@ -64,13 +65,13 @@ public:
     T* allocate(size_t count)
     {
         if (!isNode(count)) return std::allocator<T>().allocate(count);
-        if (!m_blocks->allocator) m_blocks->allocator = std::make_unique<BlockAllocator>(sizeof(T), nodesPerBlock);
-        return static_cast<T*>(m_blocks->allocator->allocate());
+        if (!*m_blocks) *m_blocks = std::make_unique<BlockAllocator>(sizeof(T), nodesPerBlock);
+        return static_cast<T*>((*m_blocks)->allocate());
     }
     void deallocate(T* piece, size_t count)
     {
         if (isNode(count))
-            m_blocks->allocator->free(piece);
+            (*m_blocks)->free(piece);
         else
             std::allocator<T>().deallocate(piece, count);
     }
@@ -87,12 +88,12 @@ private:
 
     static constexpr int nodesPerBlock = 10;
 
-    struct Blocks
-    {
-        std::unique_ptr<BlockAllocator> allocator;
-    };
+    using Blocks = std::unique_ptr<BlockAllocator>;
 
-    static constexpr bool isNode(size_t count) { return count == 1 && !std::is_pointer_v<T>; }
+    static constexpr bool isNode(size_t count)
+    {
+        return count == 1 && !std::is_pointer_v<T> && alignof(T) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__;
+    }
 
     std::shared_ptr<Blocks> m_blocks;
 };

@@ -2,8 +2,7 @@
 #pragma once
 
 #include <list>
-
-#include "znGeom/foundation/containers/block_allocator.h"
+#include <utility>
 
 namespace zn {
 
@@ -12,7 +11,7 @@ namespace zn {
 template <typename T>
 class list
 {
-    using Storage = std::list<T, NodeAllocator<T>>;
+    using Storage = std::list<T>;
 
 public:
     using iterator = typename Storage::iterator;
@@ -59,16 +58,10 @@ public:
     Node erase(Node position) { return {&m_list, m_list.erase(position.m_at)}; }
     void eraseFront() { m_list.pop_front(); }
 
-    /// Moves all elements of `other` in front of `position`, in their order; `other` is then empty.
+    /// Moves all nodes of `other` in front of `position`, in their order; `other` is then empty.
     void splice(Node position, list& other)
     {
-        if (this == &other) return;
-        if (m_list.get_allocator() == other.m_list.get_allocator()) {
-            m_list.splice(position.m_at, other.m_list);
-        } else {
-            for (T& value : other.m_list) m_list.insert(position.m_at, std::move(value));
-            other.m_list.clear();
-        }
+        if (this != &other) m_list.splice(position.m_at, other.m_list);
     }
 
     void reverse() { m_list.reverse(); }

@@ -60,9 +60,8 @@ public:
     /// All elements of `other`, which may be this vector itself.
     void append(const vector& other)
     {
-        const size_t count = other.m_slots.size();
-        m_slots.reserve(m_slots.size() + count);
-        for (size_t i = 0; i < count; ++i) m_slots.push_back(other.m_slots[i]);
+        if (&other == this) return append(vector(other));
+        m_slots.insert(m_slots.end(), other.m_slots.begin(), other.m_slots.end());
     }
 
     /// Grows by one value-initialised element and returns it, valid until the vector grows again.
@@ -98,7 +97,7 @@ public:
         return data() + (at - m_slots.begin());
     }
 
-    void swap(vector& other) { m_slots.swap(other.m_slots); }
+    void swap(vector& other) noexcept { m_slots.swap(other.m_slots); }
     void copy(const vector& other) { *this = other; }
 
     friend bool operator==(const vector& a, const vector& b)

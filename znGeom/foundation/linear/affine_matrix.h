@@ -137,16 +137,18 @@ AffineMatrixT<T> AffineMatrixT<T>::normalMatrix(bool& ok) const
 template <typename T>
 void AffineMatrixT<T>::rotate(const Normal& from, const Normal& to)
 {
-    const Vector turn = cross(from, to);
-    const double sine = turn.length();
-    Normal axis(turn);
-    if (!axis.valid) axis = Normal(from.asVector().orthogonalVector());
-    const double radians = std::atan2(sine, dot(from, to));
-    const Vector axes[3] = {Vector::x, Vector::y, Vector::z};
+    // Of directions that are nearly opposite the cross product tells no axis: a half turn about an axis at right angles
+    // to `from` brings that round, and only the small rest is turned.
+    constexpr double nearlyOpposite = 1e-4;
+    const bool halfTurn = dot(from, to) < 0 && cross(from, to).length() < nearlyOpposite;
+    const Normal half(from.asVector().orthogonalVector());
+    const Normal start = halfTurn ? -from : from;
+    const Normal axis(cross(start, to));
+    const double radians = angle(start, to);
     for (int i = 0; i < 3; ++i) {
-        const Vector image = sine > 0 || dot(from, to) > 0
-                                 ? znLinear::rotate(axes[i], axis, radians)
-                                 : axis * (2.0 * dot(axes[i], axis)) - axes[i]; // an exact half turn
+        Vector image = i == 0 ? Vector::x : i == 1 ? Vector::y : Vector::z;
+        if (halfTurn) image = half * (2.0 * dot(image, half)) - image;
+        if (axis.valid) image = znLinear::rotate(image, axis, radians);
         setRow(i, VectorT<T>(T(image.dx), T(image.dy), T(image.dz)));
     }
     setRow(3, VectorT<T>());

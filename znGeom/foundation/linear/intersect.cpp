@@ -35,7 +35,8 @@ int intersectCylinder(const ParamLine& line, const Line& axis, double radius, do
     const Vector offset = line.point - project(line.point, axis);
     const double a = across.length2(), b = dot(across, offset), c = offset.length2() - radius * radius;
     const double discriminant = b * b - a * c;
-    if (!(a > 0) || !(discriminant >= 0)) return 0;
+    const bool alongAxis = !(a > 0) || perpendicular2Tol * line.direction.length2() > a;
+    if (alongAxis || !(discriminant >= 0)) return 0;
     if (discriminant == 0) {
         t[0] = -b / a;
         return 1;
@@ -80,7 +81,14 @@ bool firstCommonParam(const Point2& p, const Vector2& u, double limit, const Poi
     return true;
 }
 
-bool within01(double value) { return 0 <= value && value <= 1; }
+/// Whether a parameter lies on a segment, and that parameter without what rounding put beyond the ends: segments that
+/// share an end meet there.
+bool onSegment(double& param)
+{
+    if (!Range1d(0, 1).contains(param, epsilonTol)) return false;
+    param = std::clamp(param, 0.0, 1.0);
+    return true;
+}
 
 } // namespace
 
@@ -89,8 +97,8 @@ bool doLineSegmentsIntersect(const Point2& a0, const Point2& a1, const Point2& b
 {
     const Crossing crossing(a0, a1 - a0, b0, b1 - b0, tol);
     parallel = crossing.parallel;
-    double s = crossing.s;
-    if (parallel ? !firstCommonParam(a0, a1 - a0, 1.0, b0, b1, s) : !within01(s) || !within01(crossing.r)) return false;
+    double s = crossing.s, r = crossing.r;
+    if (parallel ? !firstCommonParam(a0, a1 - a0, 1.0, b0, b1, s) : !onSegment(s) || !onSegment(r)) return false;
     t = s;
     meeting = a0 + (a1 - a0) * s;
     return true;
@@ -107,10 +115,10 @@ bool doesRayIntersectLineSegment(const Point2& origin, const Vector2& direction,
         if (!firstCommonParam(origin, direction, noLimit, a, b, s)) return false;
         const double l2 = (b - a).length2();
         r = l2 > 0 ? dot(origin + direction * s - a, b - a) / l2 : 0.0;
-    } else if (!(s >= 0) || !within01(r)) {
+    } else if (!(s > -epsilonTol) || !onSegment(r)) {
         return false;
     }
-    rayParam = s;
+    rayParam = std::max(s, 0.0);
     segmentParam = r;
     return true;
 }

@@ -22,10 +22,12 @@ ZNGEOM_API Point intersect(const Line& first, const Line& second, bool& ok, doub
 ZNGEOM_API Line intersect(const Plane& first, const Plane& second, bool& ok);
 
 /// Where a line meets an infinite cylinder about `axis`: the parameters on `line`, ascending, into `t` (room for two).
-/// \return the number of hits, 0 to 2; a touching line hits once; a line along the axis or without length never hits
+/// \return the number of hits, 0 to 2; a touching line hits once; a line along the axis (`perpendicular2Tol` is greater
+///         than the squared sine of their angle) or without length never hits
 ZNGEOM_API int intersectCylinder(const ParamLine& line, const Line& axis, double radius, double* t);
 
-/// Whether the segments a0 to a1 and b0 to b1 of the plane meet, ends included. `parallel` tells that the tolerance is
+/// Whether the segments a0 to a1 and b0 to b1 of the plane meet, ends included: a parameter beyond an end by less
+/// than `epsilonTol` counts as the end. `parallel` tells that the tolerance is
 /// greater than the squared sine of their angle (or that one has no length); such pairs meet only where they overlap
 /// or touch, and the first common point along the first segment is reported.
 /// \param t         the parameter of the meeting point on the first segment, 0 at a0, 1 at a1; unchanged on a miss

@@ -4,7 +4,9 @@
 /// or `v[0]` to `v[2]`.
 #pragma once
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 #include <type_traits>
 
 #include "znGeom/foundation/linear/tolerance.h"
@@ -16,6 +18,19 @@ struct PointT;
 template <typename T>
 struct Point2T;
 struct Normal;
+
+/// Scales a vector to length 1; `largest` is the largest magnitude of its components. False, with the vector unchanged,
+/// when that is 0 or a component is not finite. Squares that vanish or overflow do no harm.
+template <typename V, typename T>
+bool normalizeInPlace(V& v, T largest)
+{
+    constexpr T low = std::numeric_limits<T>::min() / std::numeric_limits<T>::epsilon();
+    const T l2 = v.length2();
+    if (!(largest > 0) || !std::isfinite(largest) || std::isnan(l2)) return false;
+    if (!(l2 > low) || !std::isfinite(l2)) v /= largest;
+    v /= v.length();
+    return true;
+}
 
 template <typename T>
 struct VectorT
@@ -53,13 +68,7 @@ struct VectorT
     T length() const { return std::sqrt(length2()); }
 
     /// Scales to length 1. False, with the vector unchanged, when it has no length: exactly zero, or not finite.
-    bool normalize()
-    {
-        const T l2 = length2();
-        if (!(l2 > 0) || !std::isfinite(l2)) return false;
-        *this /= std::sqrt(l2);
-        return true;
-    }
+    bool normalize() { return normalizeInPlace(*this, std::max({std::fabs(dx), std::fabs(dy), std::fabs(dz)})); }
 
     /// The unit direction of this vector, invalid when it has no length.
     Normal normalized() const;
@@ -195,13 +204,7 @@ struct Vector2T
     T length() const { return std::sqrt(length2()); }
 
     /// Scales to length 1. False, with the vector unchanged, when it has no length: exactly zero, or not finite.
-    bool normalize()
-    {
-        const T l2 = length2();
-        if (!(l2 > 0) || !std::isfinite(l2)) return false;
-        *this /= std::sqrt(l2);
-        return true;
-    }
+    bool normalize() { return normalizeInPlace(*this, std::max(std::fabs(dx), std::fabs(dy))); }
 
     friend constexpr bool operator==(const Vector2T&, const Vector2T&) = default;
 };

@@ -57,7 +57,7 @@ BitVector& BitVector::operator|=(const BitVector& other)
     return *this;
 }
 
-void BitVector::swap(BitVector& other)
+void BitVector::swap(BitVector& other) noexcept
 {
     std::swap(m_size, other.m_size);
     std::swap(m_numSet, other.m_numSet);

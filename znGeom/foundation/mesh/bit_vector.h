@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <utility>
 
 #include "znGeom/foundation/containers/vector.h"
 #include "znGeom/foundation/export.h"
@@ -16,6 +17,16 @@ public:
     BitVector() = default;
     /// All clear.
     explicit BitVector(int size) { resize(size); }
+    BitVector(const BitVector&) = default;
+    BitVector& operator=(const BitVector&) = default;
+    /// What was moved from is empty.
+    BitVector(BitVector&& other) noexcept { swap(other); }
+    BitVector& operator=(BitVector&& other) noexcept
+    {
+        BitVector moved(std::move(other));
+        swap(moved);
+        return *this;
+    }
 
     int getSize() const { return m_size; }
     int getNumSetBits() const { return m_numSet; }
@@ -50,7 +61,7 @@ public:
     /// Adds the members of `other`; grows to its size where that is larger.
     BitVector& operator|=(const BitVector& other);
 
-    void swap(BitVector& other);
+    void swap(BitVector& other) noexcept;
 
     friend bool operator==(const BitVector& a, const BitVector& b)
     {

@@ -1,6 +1,9 @@
 #include "znGeom/foundation/mesh/compact_mesh.h"
 
+#include <cstdint>
 #include <utility>
+
+#include "znGeom/foundation/containers/checked_size.h"
 
 namespace znGeom {
 
@@ -25,7 +28,8 @@ void CompactMesh::forEachArray(CompactMesh& mesh, Mesh& other, const Visit& visi
 CompactMesh::CompactMesh(int numVertices, const MeshVertex* vertices, const MeshNormal* normals, const MeshUV* uvs,
                          const MeshColour* colours)
 {
-    copyVertices(numVertices, vertices);
+    resizeVertexArray(numVertices);
+    if (vertices) std::copy_n(vertices, numVertices, getVertices());
     if (normals) {
         allocNormalArray();
         std::copy_n(normals, numVertices, getNormals());
@@ -170,11 +174,18 @@ void CompactMesh::allocPolyGroupArray()
     m_polyGroups.fill(0);
 }
 
+void GridMesh::swap(GridMesh& other)
+{
+    CompactMesh::swap(other);
+    std::swap(m_columns, other.m_columns);
+    std::swap(m_rows, other.m_rows);
+}
+
 void GridMesh::setGridDimensions(int columns, int rows)
 {
     m_columns = std::max(columns, 0);
     m_rows = std::max(rows, 0);
-    resizeVertexArray(m_columns * m_rows);
+    resizeVertexArray(zn::checkedSize(std::int64_t{m_columns} * m_rows));
 }
 
 } // namespace znGeom

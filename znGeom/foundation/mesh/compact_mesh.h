@@ -15,8 +15,8 @@ class ZNGEOM_API CompactMesh : public PointMesh
 {
 public:
     CompactMesh() = default;
-    /// Copies of the given arrays, `numVertices` records each; normals, UVs and colours may be null. Normals given
-    /// here count as supplied, not computed.
+    /// Copies of the given arrays, `numVertices` records each. Each may be null; without positions all are zero.
+    /// Normals given here count as supplied, not computed.
     CompactMesh(int numVertices, const MeshVertex* vertices, const MeshNormal* normals, const MeshUV* uvs,
                 const MeshColour* colours);
     /// A copy of the data, without listeners and allocator.
@@ -139,6 +139,8 @@ public:
 
     /// Vertices per row and number of rows; sizes the vertex array to their product.
     void setGridDimensions(int columns, int rows);
+    /// Exchanges all content and the dimensions.
+    void swap(GridMesh& other);
     int getNumColumns() const { return m_columns; }
     int getNumRows() const { return m_rows; }
 

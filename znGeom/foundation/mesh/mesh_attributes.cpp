@@ -1,6 +1,9 @@
 #include "znGeom/foundation/mesh/mesh_attributes.h"
 
+#include <cstdint>
 #include <limits>
+
+#include "znGeom/foundation/containers/checked_size.h"
 
 namespace znGeom {
 
@@ -14,7 +17,7 @@ MeshAttributes::MeshAttributes(const znString::CString& name, int numComponents,
 
 void MeshAttributes::resize(int numElements)
 {
-    const int old = m_values.size(), size = numElements * m_numComponents;
+    const int old = m_values.size(), size = zn::checkedSize(std::int64_t{numElements} * m_numComponents);
     m_values.resize(size);
     if (size > old) std::fill_n(m_values.write() + old, size - old, 0.0f);
     invalidateRange();

@@ -36,7 +36,7 @@ bool planeWeights(const Point& a, const Point& b, const Point& c, const Point& p
     weights[1] = dot(cross(p - a, c - a), normal) / area2;
     weights[2] = dot(cross(b - a, p - a), normal) / area2;
     weights[0] = 1.0 - weights[1] - weights[2];
-    return true;
+    return std::isfinite(weights[0]);
 }
 
 /// The closest point to p on side `side` of a triangle: its squared distance, and its weights.
@@ -47,6 +47,23 @@ double sideWeights(const Point corners[3], int side, const Point& p, double* wei
     const double t = std::clamp(projectParam(p, line), 0.0, 1.0);
     weights[side] = 1.0 - t, weights[next] = t, weights[(side + 2) % 3] = 0.0;
     return distance2(p, line.eval(t));
+}
+
+/// The first of the nearest sides, its squared distance, and the weights of the closest point.
+int nearestSide(const Point corners[3], const Point& p, double* weights, double* distance2 = nullptr)
+{
+    int nearest = 0;
+    double best = sideWeights(corners, 0, p, weights);
+    for (int side = 1; side < 3; ++side) {
+        double candidate[3];
+        const double d2 = sideWeights(corners, side, p, candidate);
+        if (!(d2 < best)) continue;
+        nearest = side;
+        best = d2;
+        std::copy_n(candidate, 3, weights);
+    }
+    if (distance2) *distance2 = best;
+    return nearest;
 }
 
 int longestSide(const Point corners[3])
@@ -70,23 +87,21 @@ Point MeshCoordBase::evaluateBase(const Point corners[3]) const
 bool MeshCoordBase::projectBase(const Point& a, const Point& b, const Point& c, const Point& p)
 {
     const Point corners[3] = {a, b, c};
-    if (!planeWeights(a, b, c, p, weights)) {
+    *this = MeshCoordBase();
+    const Vector span = (b - a) + (c - a) + (p - a);
+    if (!std::isfinite(span.dx + span.dy + span.dz)) return false;
+    double within[3];
+    if (!planeWeights(a, b, c, p, within)) {
         sideWeights(corners, longestSide(corners), p, weights);
-    } else if (weights[0] < 0 || weights[1] < 0 || weights[2] < 0) {
-        // Outside: the closest point lies on one of the sides, the first of the nearest ones.
-        double best = sideWeights(corners, 0, p, weights);
-        for (int side = 1; side < 3; ++side) {
-            double candidate[3];
-            const double d2 = sideWeights(corners, side, p, candidate);
-            if (!(d2 < best)) continue;
-            best = d2;
-            std::copy_n(candidate, 3, weights);
-        }
+        return true;
     }
-    const double sum = weights[0] + weights[1] + weights[2];
-    if (std::isfinite(sum) && std::isfinite(evaluateBase(corners).asVector().length2())) return true;
-    weights[0] = weights[1] = weights[2] = 0;
-    return false;
+    nearestSide(corners, p, weights);
+    // Within the triangle no side is nearer than the plane, but for rounding in a needle.
+    if (within[0] < 0 || within[1] < 0 || within[2] < 0) return true;
+    const MeshCoordBase side = *this;
+    std::copy_n(within, 3, weights);
+    if (distance2(p, side.evaluateBase(corners)) < distance2(p, evaluateBase(corners))) *this = side;
+    return true;
 }
 
 Point MeshCoord::evaluate(const MeshVertex* vertices, const MeshTriangle* triangles) const
@@ -115,14 +130,8 @@ bool MeshCoord::onEdge(const float* vertices, const int* triangles, double tol, 
 {
     const Corners corners(vertices, triangles, triangle);
     const Point here = evaluateBase(corners.at);
-    double unused[3], best = sideWeights(corners.at, 0, here, unused);
-    int nearest = 0;
-    for (int side = 1; side < 3; ++side) {
-        const double d2 = sideWeights(corners.at, side, here, unused);
-        if (!(d2 < best)) continue;
-        best = d2;
-        nearest = side;
-    }
+    double unused[3], best = 0;
+    const int nearest = nearestSide(corners.at, here, unused, &best);
     if (!(tol > std::sqrt(best))) return false;
     if (which) *which = nearest;
     return true;

@@ -1,7 +1,10 @@
 #include "znGeom/foundation/mesh/point_mesh.h"
 
+#include <cstdint>
 #include <cstring>
 #include <utility>
+
+#include "znGeom/foundation/containers/checked_size.h"
 
 namespace znGeom {
 
@@ -70,6 +73,8 @@ size_t PointMesh::getSizeInBytes() const
 
 void PointMesh::resizeVertexArray(int numVertices)
 {
+    for (const auto& attribute : m_attributes) // before any of them changes
+        zn::checkedSize(std::int64_t{numVertices} * attribute->getNumComponents());
     for (const auto& attribute : m_attributes) attribute->resize(numVertices);
 }
 
@@ -81,11 +86,7 @@ void PointMesh::copyVertices(int numVertices, const MeshVertex* vertices)
 
 void PointMesh::allocNormalArray() { allocChannel(NormalsName, 3); }
 
-void PointMesh::deleteNormals()
-{
-    deleteAttributes(NormalsName);
-    m_normalsComputed = false;
-}
+void PointMesh::deleteNormals() { deleteAttributes(NormalsName); }
 
 void PointMesh::allocUVArray() { allocChannel(UVsName, 2); }
 void PointMesh::deleteUVs() { deleteAttributes(UVsName); }
@@ -147,6 +148,7 @@ void PointMesh::deleteAttributes(const znString::CString& name)
 {
     const int index = findAttributes(name);
     if (index < 0 || m_attributes[index].get() == m_vertices) return;
+    if (m_attributes[index].get() == m_normals) m_normalsComputed = false;
     m_attributes.erase(m_attributes.begin() + index);
     findChannels();
 }

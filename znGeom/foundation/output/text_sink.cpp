@@ -7,7 +7,7 @@ namespace znOS {
 
 namespace {
 
-std::string formatted(const char* format, std::va_list arguments)
+ZNGEOM_PRINTF(1, 0) std::string formatted(const char* format, std::va_list arguments)
 {
     std::va_list again;
     va_copy(again, arguments);

@@ -22,7 +22,7 @@ public:
     void set(Function function);
     bool isSet() const { return m_isSet.load(std::memory_order_relaxed); }
 
-    void write(const char* format, std::va_list arguments);
+    void write(const char* format, std::va_list arguments) ZNGEOM_PRINTF(2, 0);
 
 private:
     std::atomic<bool> m_isSet{false};

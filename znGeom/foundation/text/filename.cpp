@@ -36,8 +36,9 @@ IString Filename::baseTrunk() const
 {
     const IString base = basename();
     const CString text = base.asMultibyte(Encoding::Native);
-    const size_t dot = std::string_view(text.asChar()).rfind('.');
-    const bool hasExtension = dot != std::string_view::npos && dot > 0;
+    const std::string_view name = text.asChar();
+    const size_t dot = name.rfind('.');
+    const bool hasExtension = dot != name.npos && name.find_first_not_of('.') < dot;
     return base.part(0, hasExtension ? static_cast<int>(dot) : text.length());
 }
 

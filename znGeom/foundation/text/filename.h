@@ -20,7 +20,7 @@ public:
     znString::IString dirname() const;
     /// Everything behind the last separator.
     znString::IString basename() const;
-    /// The base name without its extension, the part from the last dot on. A dot at the front starts no extension.
+    /// The base name without its extension, the part from the last dot on. Dots at the front start no extension.
     znString::IString baseTrunk() const;
 
 private:

@@ -69,7 +69,7 @@ void sortRange(Iterator begin, Iterator end, int depthLeft, Less& less)
             return;
         }
         medianToFront(begin, end, less);
-        const Iterator pivot = partition(begin, end, less);
+        const Iterator pivot = boundedSortDetail::partition(begin, end, less);
         // The shorter side on the stack, the longer one in this loop.
         if (pivot - begin < end - pivot) {
             sortRange(begin, pivot, depthLeft, less);

@@ -44,19 +44,25 @@ public:
 
     void execute(int threadIndex, int) override
     {
-        if (threadIndex == 0) mergeForward();
+        if (threadIndex == 0) mergeForward(m_scratch + (m_middle - m_begin));
         if (threadIndex == 1) mergeBackward();
     }
 
-    void finalize() override { std::copy(m_scratch, m_scratch + (m_end - m_begin), m_begin); }
+    void finalize() override
+    {
+        // The two merges meet where the first half is divided. Under a comparator that is no order they may not, and
+        // would lose elements: then one merge does it all.
+        if (m_firstForward != m_firstBackward) mergeForward(m_scratch + (m_end - m_begin));
+        std::copy(m_scratch, m_scratch + (m_end - m_begin), m_begin);
+    }
 
 private:
-    void mergeForward()
+    void mergeForward(T* outEnd)
     {
         const T *first = m_begin, *second = m_middle;
-        T* const outEnd = m_scratch + (m_middle - m_begin);
         for (T* out = m_scratch; out != outEnd; ++out)
-            *out = second != m_end && m_less(*second, *first) ? *second++ : *first++;
+            *out = first == m_middle || (second != m_end && m_less(*second, *first)) ? *second++ : *first++;
+        m_firstForward = first;
     }
 
     void mergeBackward()
@@ -65,6 +71,7 @@ private:
         T* const outBegin = m_scratch + (m_middle - m_begin);
         for (T* out = m_scratch + (m_end - m_begin); out != outBegin;)
             *--out = first != m_begin && m_less(*(second - 1), *(first - 1)) ? *--first : *--second;
+        m_firstBackward = first;
     }
 
     T* m_begin;
@@ -72,6 +79,8 @@ private:
     T* m_middle;
     T* m_scratch;
     Compare m_less;
+    const T* m_firstForward = nullptr; ///< where each merge left the first half
+    const T* m_firstBackward = nullptr;
 };
 
 /// Sorts [begin, end) by `less`: with the plain sort on a pool of one thread, otherwise in two halves and a merge with

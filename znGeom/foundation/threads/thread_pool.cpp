@@ -147,27 +147,25 @@ int ThreadPool::getNumThreads() const { return m_workers ? m_workers->count() + 
 template <typename Body>
 void ThreadPool::runBodies(ThreadedAlgBase& alg, const Body& body)
 {
-    if (!m_workers || !m_workers->tryAcquire()) {
-        for (int i = 0; i < getNumThreads(); ++i) body(i);
-        alg.finalize();
-        return;
-    }
     struct Context
     {
         const Body& body;
         FirstFailure failure;
     } context{body, {}};
-    m_workers->run(
-        [](void* pointer, int threadIndex) {
-            Context& shared = *static_cast<Context*>(pointer);
-            try {
-                shared.body(threadIndex);
-            } catch (...) {
-                shared.failure.keep(threadIndex, std::current_exception());
-            }
-        },
-        &context);
-    m_workers->release();
+    const Workers::Job job = [](void* pointer, int threadIndex) {
+        Context& shared = *static_cast<Context*>(pointer);
+        try {
+            shared.body(threadIndex);
+        } catch (...) {
+            shared.failure.keep(threadIndex, std::current_exception());
+        }
+    };
+    if (m_workers && m_workers->tryAcquire()) {
+        m_workers->run(job, &context);
+        m_workers->release();
+    } else {
+        for (int i = 0; i < getNumThreads(); ++i) job(&context, i);
+    }
     context.failure.rethrow();
     alg.finalize();
 }

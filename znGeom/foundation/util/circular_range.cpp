@@ -31,6 +31,8 @@ bool CircularRange::contains(const CircularRange& other) const
 CircularRange CircularRange::intersect(const CircularRange& other) const
 {
     if (m_size == 0 || other.m_size == 0) return {m_begin, m_begin, m_cycle};
+    if (other.m_size == m_cycle) return *this;
+    if (m_size == m_cycle) return other;
     const int start = offset(other.m_begin);
     // `other` may reach this begin from behind; that piece comes first.
     const int reached = start + other.m_size - m_cycle;
@@ -79,16 +81,16 @@ void subtract(zn::vector<CircularRange>& ranges, const CircularRange& removed)
 {
     zn::vector<CircularRange> kept;
     for (const CircularRange& range : ranges) {
-        CircularRange rest = range;
-        // What `removed` takes comes in at most two pieces; what lies in front of the first one stays.
-        for (CircularRange cut = rest.intersect(removed); cut.size() > 0; cut = rest.intersect(removed)) {
-            const int before = (cut.begin() - rest.begin() + rest.cycleSize()) % rest.cycleSize();
-            if (before > 0) kept.append(CircularRange(rest.begin(), rest.begin() + before, rest.cycleSize()));
-            const int skipped = before + cut.size();
-            rest = CircularRange(rest.begin() + skipped, rest.begin() + rest.size(), rest.cycleSize());
-            if (skipped >= range.size()) break;
-        }
-        if (rest.size() > 0) kept.append(rest);
+        if (range.size() == 0) continue;
+        const int cycle = range.cycleSize(), size = range.size();
+        const auto keep = [&kept, &range, cycle](int first, int last) {
+            if (first < last) kept.append(CircularRange(range.begin() + first, range.begin() + last, cycle));
+        };
+        // Behind the begin of the range, `removed` takes [from, to), and from the begin on what it has beyond the
+        // cycle.
+        const int from = (removed.begin() - range.begin() + cycle) % cycle, to = from + removed.size();
+        keep(std::max(0, to - cycle), std::min(from, size));
+        keep(std::max(from, std::min(to, size)), size);
     }
     ranges.swap(kept);
 }
