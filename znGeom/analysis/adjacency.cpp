@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <memory>
+#include <new>
 
 #include "znGeom/foundation/containers/checked_size.h"
 #include "znGeom/foundation/containers/stamp_table.h"
@@ -21,6 +23,28 @@ void inclusiveSum(int* counts, int size)
 {
     int total = 0;
     for (int i = 0; i < size; ++i) counts[i] = total += counts[i];
+}
+
+struct FreeMalloc
+{
+    void operator()(int* block) const { std::free(block); }
+};
+using MallocBlock = std::unique_ptr<int, FreeMalloc>;
+
+MallocBlock allocateInts(size_t count)
+{
+    MallocBlock block(static_cast<int*>(std::malloc(std::max<size_t>(count, 1) * sizeof(int))));
+    if (!block) throw std::bad_alloc();
+    return block;
+}
+
+/// Gives back what lies behind the first `count` numbers.
+void cutInts(MallocBlock& block, size_t count)
+{
+    void* cut = std::realloc(block.get(), std::max<size_t>(count, 1) * sizeof(int));
+    if (!cut) return;
+    block.release();
+    block.reset(static_cast<int*>(cut));
 }
 
 /// How many triangles ahead the corners, and how many ahead their stamps, are asked for: meshes whose triangles lie in
@@ -120,22 +144,20 @@ void meshAdjVertices(const CompactMesh& mesh, const MeshAdjTris& adjTris, MeshAd
     const size_t numEntries = static_cast<size_t>(adjTris.table().elements.size());
     NeighbourRecords records(mesh, adjTris);
 
-    // One pass into a block for the worst case, two neighbours for every triangle of a vertex; untouched pages of it
-    // cost nothing. The result gets a block of the exact size.
-    auto offsets = std::make_unique_for_overwrite<int[]>(static_cast<size_t>(numVertices));
-    const auto scratch = std::make_unique_for_overwrite<int[]>(static_cast<size_t>(numVertices) + 2 * numEntries + 1);
-    int* end = scratch.get();
+    // One pass into a block for the worst case, two neighbours for every triangle of a vertex, which is then cut to its
+    // size: pages that were never touched have cost nothing.
+    MallocBlock offsets = allocateInts(static_cast<size_t>(numVertices));
+    MallocBlock data = allocateInts(static_cast<size_t>(numVertices) + 2 * numEntries + 1);
+    int* end = data.get();
     int maxCount = 0, firstTri = 0;
     for (int v = 0; v < numVertices; ++v) {
         int* record = end;
-        offsets[static_cast<size_t>(v)] = zn::checkedSize(record - scratch.get());
+        offsets.get()[v] = zn::checkedSize(record - data.get());
         end = records.write(v, firstTri, adjTris.numTris(v), record);
         firstTri += adjTris.numTris(v);
         maxCount = std::max(maxCount, *record);
     }
-    const int total = zn::checkedSize(end - scratch.get());
-    auto data = std::make_unique_for_overwrite<int[]>(static_cast<size_t>(total));
-    std::copy_n(scratch.get(), total, data.get());
+    cutInts(data, static_cast<size_t>(end - data.get()));
 
     MeshAdjVertices built(numVertices, maxCount, offsets.release(), data.release());
     result.swap(built);

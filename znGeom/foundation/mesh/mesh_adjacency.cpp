@@ -1,6 +1,7 @@
 #include "znGeom/foundation/mesh/mesh_adjacency.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <utility>
 
 namespace znGeom {
@@ -13,8 +14,8 @@ void MeshAdjTris::copyTriangles(int vertex, int* out, const int* triangles) cons
 
 MeshAdjVertices::~MeshAdjVertices()
 {
-    delete[] offsets;
-    delete[] data;
+    std::free(offsets);
+    std::free(data);
 }
 
 void MeshAdjVertices::swap(MeshAdjVertices& other)

@@ -62,7 +62,7 @@ public:
     int* data = nullptr;
 
     MeshAdjVertices() = default;
-    /// Takes over both blocks, which must come from `new int[]`.
+    /// Takes over both blocks, which must come from `std::malloc`.
     MeshAdjVertices(int vertexCount, int maxNeighbourCount, int* offsetBlock, int* dataBlock)
         : numVertices(vertexCount), maxNeighbours(maxNeighbourCount), offsets(offsetBlock), data(dataBlock)
     {}

@@ -15,6 +15,9 @@ namespace {
 /// another closely never pay for waking anybody.
 constexpr int spinsBeforeSleep = 2000;
 
+/// More than any machine has that this runs on.
+constexpr int maxThreads = 1024;
+
 /// Chunks per thread: enough to even out uneven costs, few enough that handing them out costs nothing.
 constexpr int chunksPerThread = 16;
 
@@ -62,17 +65,19 @@ private:
 
 } // namespace
 
-/// The threads of a pool. They sleep until the round number changes, do the job of that round, and report.
+/// The threads of a pool, and the bodies of the loop that runs. Body 0 is the calling thread's; the others are claimed
+/// one by one by whichever thread is free, the calling one among them: a loop of little work is done before a sleeping
+/// thread could wake, and never waits for it.
 class ThreadPool::Workers
 {
 public:
-    using Job = void (*)(void* context, int threadIndex);
+    using Job = void (*)(void* context, int bodyIndex);
 
     explicit Workers(int count)
     {
         m_threads.reserve(static_cast<size_t>(count));
         try {
-            for (int i = 0; i < count; ++i) m_threads.emplace_back([this, i] { work(i + 1); });
+            for (int i = 0; i < count; ++i) m_threads.emplace_back([this] { work(); });
         } catch (const std::system_error&) {
             // The system gives no more threads; the pool is as large as it got.
         }
@@ -80,8 +85,8 @@ public:
 
     ~Workers()
     {
-        m_stop = true;
-        beginRound();
+        m_stop.store(true, std::memory_order_relaxed);
+        beginRound(noneLeft);
         for (std::thread& thread : m_threads) thread.join();
     }
 
@@ -91,45 +96,59 @@ public:
     bool tryAcquire() { return !m_taken.exchange(true, std::memory_order_acquire); }
     void release() { m_taken.store(false, std::memory_order_release); }
 
-    /// Runs `job` once on every thread, the calling one as thread 0, and returns when all are done.
+    /// Calls `job` once for each body, as many as there are threads with the calling one, and returns when all are
+    /// done.
     void run(Job job, void* context)
     {
         m_job = job;
         m_context = context;
         m_pending.store(count(), std::memory_order_relaxed);
-        beginRound();
+        beginRound(static_cast<unsigned>(count()));
         job(context, 0);
+        while (runNextBody()) {
+        }
         for (int pending = m_pending.load(std::memory_order_acquire); pending != 0;
              pending = m_pending.load(std::memory_order_acquire))
             waitWhileEqual(m_pending, pending);
     }
 
 private:
-    void beginRound()
+    /// The state is the number of the round and, below it, how many bodies are left to claim.
+    static constexpr unsigned roundStep = 1u << 12, leftMask = roundStep - 1, noneLeft = 0;
+
+    void beginRound(unsigned numLeft)
     {
-        m_round.fetch_add(1, std::memory_order_release);
-        m_round.notify_all();
+        const unsigned round = (m_state.load(std::memory_order_relaxed) & ~leftMask) + roundStep;
+        m_state.store(round | numLeft, std::memory_order_release);
+        m_state.notify_all();
     }
 
-    void work(int threadIndex)
+    /// Claims a body and runs it. Whoever holds a claim keeps the round, and with it the job, from ending.
+    bool runNextBody()
     {
-        for (unsigned seen = 0;; ++seen) {
-            waitUntilChanged(seen);
-            if (m_stop) return;
-            m_job(m_context, threadIndex);
-            if (m_pending.fetch_sub(1, std::memory_order_acq_rel) == 1) m_pending.notify_one();
+        unsigned state = m_state.load(std::memory_order_acquire);
+        do {
+            if ((state & leftMask) == noneLeft) return false;
+        } while (
+            !m_state.compare_exchange_weak(state, state - 1, std::memory_order_acq_rel, std::memory_order_acquire));
+        m_job(m_context, count() + 1 - static_cast<int>(state & leftMask));
+        if (m_pending.fetch_sub(1, std::memory_order_acq_rel) == 1) m_pending.notify_one();
+        return true;
+    }
+
+    void work()
+    {
+        for (;;) {
+            const unsigned state = m_state.load(std::memory_order_acquire);
+            if (m_stop.load(std::memory_order_relaxed)) return;
+            if (!runNextBody() && (state & leftMask) == noneLeft) waitWhileEqual(m_state, state);
         }
     }
 
-    void waitUntilChanged(unsigned seen)
-    {
-        while (m_round.load(std::memory_order_acquire) == seen) waitWhileEqual(m_round, seen);
-    }
-
-    std::atomic<unsigned> m_round{0};
+    std::atomic<unsigned> m_state{0};
     std::atomic<int> m_pending{0};
     std::atomic<bool> m_taken{false};
-    bool m_stop = false;
+    std::atomic<bool> m_stop{false};
     Job m_job = nullptr;
     void* m_context = nullptr;
     std::vector<std::thread> m_threads;

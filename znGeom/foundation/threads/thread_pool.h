@@ -8,7 +8,8 @@
 namespace znUtil {
 
 /// Workers that wait for loops. `run` blocks until everything is done: `initialize`, the bodies, `finalize`. The
-/// calling thread is worker 0 and works along; a pool of n threads keeps n - 1 of its own.
+/// calling thread is worker 0 and works along; a pool of n threads keeps n - 1 of its own. A body that no worker has
+/// begun when the calling thread is free is run by the calling thread, under its own thread index.
 ///
 /// A `run` from inside a body, or while another thread uses the pool, runs all its bodies one after the other on its
 /// own calling thread, with the same thread indices: the same result, later. An exception of a standard container in a
@@ -17,7 +18,7 @@ namespace znUtil {
 class ZNGEOM_API ThreadPool
 {
 public:
-    /// \param numThreads  the calling thread included; below 1 counts as 1
+    /// \param numThreads  the calling thread included; below 1 counts as 1, at most 1024
     explicit ThreadPool(int numThreads);
     ThreadPool(const ThreadPool&) = delete;
     ThreadPool& operator=(const ThreadPool&) = delete;
