@@ -1,5 +1,6 @@
 #include "bench/inputs.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>

@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # Shared by ./demo, ./test and scripts/checks; sourced from the root of the repository.
 
 jobs_to_run() { echo "${CMAKE_BUILD_PARALLEL_LEVEL:-$(nproc)}"; }

@@ -27,7 +27,7 @@ public:
         progress.subPhase(0.6, phase);
         loadMesh(m_input, phase, loaded);
         progress.subPhase(0.4, phase);
-        const std::vector<std::string> notWritten = saveMesh(loaded.mesh, m_output, phase);
+        saveMesh(loaded, m_output, phase);
 
         Report report;
         report.add("input", m_input);
@@ -37,7 +37,6 @@ public:
         report.add("triangles", loaded.mesh.getNumTriangles());
         report.add("bytes", std::filesystem::file_size(m_output));
         report.addNotes(loaded.notes);
-        report.addNotes(notWritten);
         return report;
     }
 

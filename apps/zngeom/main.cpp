@@ -7,6 +7,7 @@
 #include <csignal>
 #include <cstdio>
 #include <new>
+#include <optional>
 #include <utility>
 
 #include "apps/zngeom/cancel_on_signal.h"

@@ -30,6 +30,15 @@ std::string allExtensions()
     return list;
 }
 
+void noteUnwritten(const FileFormat& format, LoadedMesh& loaded)
+{
+    const std::string missing = std::string(": ") + format.name + " files have none, not written";
+    if (loaded.mesh.getNormals() && !format.writesNormals) loaded.notes.push_back("normals" + missing);
+    if (loaded.mesh.getUVs() && !format.writesUVs) loaded.notes.push_back("texture coordinates" + missing);
+    if (loaded.numPolygons > 0)
+        loaded.notes.push_back("polygons: " + std::to_string(loaded.numPolygons) + ", written as triangles");
+}
+
 void printTime(const char* what, const std::string& path, const FileFormat& format, znOS::StopWatch& watch)
 {
     znGeom::debugChannel().print("%s %s (%s): %f s\n", what, path.c_str(), format.name, watch.stop());
@@ -89,7 +98,7 @@ void checkOutputFormat(const std::string& path)
     if (!format.write) throw Failure(path + ": " + format.name + " is read and not written; write .glb instead");
 }
 
-std::vector<std::string> saveMesh(const znGeom::CompactMesh& mesh, const std::string& path, znUtil::Progress& progress)
+void saveMesh(LoadedMesh& loaded, const std::string& path, znUtil::Progress& progress)
 {
     checkOutputFormat(path);
     const FileFormat& format = formatOf(path);
@@ -97,7 +106,7 @@ std::vector<std::string> saveMesh(const znGeom::CompactMesh& mesh, const std::st
     znOS::StopWatch watch;
     try {
         PendingFile file(path);
-        format.write(mesh, file.path().string(), progress);
+        format.write(loaded.mesh, file.path().string(), progress);
         checkCancelled(progress);
         file.commit();
     } catch (const Failure& failure) {
@@ -105,12 +114,7 @@ std::vector<std::string> saveMesh(const znGeom::CompactMesh& mesh, const std::st
     }
     progress.set(1);
     printTime("wrote", path, format, watch);
-
-    std::vector<std::string> notes;
-    const std::string missing = std::string(": ") + format.name + " files have none, not written";
-    if (mesh.getNormals() && !format.writesNormals) notes.push_back("normals" + missing);
-    if (mesh.getUVs() && !format.writesUVs) notes.push_back("texture coordinates" + missing);
-    return notes;
+    noteUnwritten(format, loaded);
 }
 
 } // namespace tool

@@ -31,9 +31,9 @@ void loadMesh(const std::string& path, znUtil::Progress& progress, LoadedMesh& r
 /// Finds out before any work is done whether there is a writer for this path; fails if not.
 void checkOutputFormat(const std::string& path);
 
-/// Writes to a new file, which takes the place of the old one when it is complete. Fails with one line that begins with
-/// the path, and leaves what was there as it was; so does a cancel.
-/// \return what the mesh has and the format doesn't, a line each
-std::vector<std::string> saveMesh(const znGeom::CompactMesh& mesh, const std::string& path, znUtil::Progress& progress);
+/// Writes the triangles to a new file, which takes the place of the old one when it is complete. Fails with one line
+/// that begins with the path, and leaves what was there as it was; so does a cancel. Adds to the mesh's notes what it
+/// has and the file doesn't.
+void saveMesh(LoadedMesh& loaded, const std::string& path, znUtil::Progress& progress);
 
 } // namespace tool

@@ -324,9 +324,10 @@ void noteLost(const Header& header, MeshParts& parts)
 
 void checkHeader(const Header& header)
 {
-    const auto vertex = std::find_if(header.elements.begin(), header.elements.end(),
-                                     [](const Element& element) { return element.name == "vertex"; });
+    const auto isVertex = [](const Element& element) { return element.name == "vertex"; };
+    const auto vertex = std::find_if(header.elements.begin(), header.elements.end(), isVertex);
     if (vertex == header.elements.end()) throw Failure("the header names no vertices");
+    if (std::any_of(vertex + 1, header.elements.end(), isVertex)) throw Failure("the header names vertices twice");
     unsigned found = 0;
     for (const Property& property : vertex->properties)
         found |= vertexSlot(property) < 0 ? 0 : 1u << vertexSlot(property);

@@ -3,10 +3,23 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 
 namespace tool {
 
-ProgressBar::ProgressBar(znUtil::Progress& progress) : m_progress(progress), m_onTerminal(isatty(STDERR_FILENO) != 0)
+namespace {
+
+/// A dumb terminal can't go back in its line.
+bool canDraw()
+{
+    const char* kind = std::getenv("TERM");
+    return isatty(STDERR_FILENO) != 0 && !(kind && std::strcmp(kind, "dumb") == 0);
+}
+
+} // namespace
+
+ProgressBar::ProgressBar(znUtil::Progress& progress) : m_progress(progress), m_onTerminal(canDraw())
 {
     if (m_onTerminal) m_progress.setObserver([this](double fraction, const char* caption) { draw(fraction, caption); });
 }

@@ -17,7 +17,8 @@ public:
         sub->footer(
             "Vertices are the same when their positions are exactly equal. Where the file has normals, these and\n"
             "the texture coordinates must be equal too; --positions leaves both out. Vertices are renumbered in\n"
-            "the order of their positions if any are merged. Triangles stay, also those that lose their area.");
+            "the order of their positions if any are merged. Triangles stay, also those that lose their area;\n"
+            "polygons become triangles.");
         sub->add_option("IN", m_input, "The mesh file to read")->required();
         sub->add_option("OUT", m_output, "The mesh file to write; may be the same")->required();
         sub->add_flag("--positions", m_positionsOnly, "Compare and keep positions alone");
@@ -38,7 +39,7 @@ public:
         checkCancelled(progress);
 
         progress.subPhase(0.2, phase);
-        const std::vector<std::string> notWritten = saveMesh(loaded.mesh, m_output, phase);
+        saveMesh(loaded, m_output, phase);
 
         Report report;
         report.add("input", m_input);
@@ -49,7 +50,6 @@ public:
         report.add("triangles", loaded.mesh.getNumTriangles());
         report.add("degenerate_triangles", countDegenerateTriangles(loaded.mesh));
         report.addNotes(loaded.notes);
-        report.addNotes(notWritten);
         return report;
     }
 

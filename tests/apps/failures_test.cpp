@@ -60,6 +60,7 @@ TEST(ToolFailures, ABadFileGivesOneClearLine)
         {"type.ply", with(boxPly(), "float x", "quad x"), "line 5: an unknown type"},
         {"nothing.ply", with(boxPly(), "float z", "float w"), "no x, y and z"},
         {"counts.ply", manyFaces, "ends too soon, in face 7 of 2000000000"},
+        {"twice.ply", with(boxPly(), "element face", "element vertex"), "twice"},
         {"junk.ply", junk, ""},
         {"text.stl", boxStl().substr(0, 500), "endsolid"},
         {"junk.stl", junk, ""},

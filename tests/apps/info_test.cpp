@@ -62,7 +62,8 @@ TEST(ToolInfo, PutsTheMeshesOfASceneWhereItsNodesSay)
                  "scene");
     // The mirrored triangle is turned around, so that its front stays in front.
     report({"convert", scene, scratch.path("scene.txt")});
-    EXPECT_TRUE(scratch.read("scene.txt").ends_with("3 0 1 2\n3 0 2 1\n3 3 4 5\n3 3 5 4\n3 8 7 6\n3 7 8 6\n")) << scratch.read("scene.txt");
+    EXPECT_TRUE(scratch.read("scene.txt").ends_with("3 0 1 2\n3 0 2 1\n3 3 4 5\n3 3 5 4\n3 8 7 6\n3 7 8 6\n"))
+        << scratch.read("scene.txt");
 }
 
 TEST(ToolInfo, ReadsObjFilesAsPeopleWriteThem)

@@ -15,6 +15,8 @@ TEST(ToolConvert, KeepsTheSurfaceThroughEveryFormat)
     const Scratch scratch;
     std::string previous = scratch.write("0.obj", boxObj());
     const Json first = info(previous);
+    EXPECT_EQ(report({"convert", previous, scratch.path("0.off")})["notes"],
+              Json({"polygons: 5, written as triangles"}));
     for (const char* name : {"1.ply", "2.off", "3.glb", "4.txt", "5.obj", "6.plain", "7.glb", "8.ply"}) {
         const std::string next = scratch.path(name);
         const Json result = report({"convert", previous, next});

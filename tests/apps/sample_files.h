@@ -16,7 +16,8 @@ std::string boxPlain();
 std::string boxStl();
 std::string boxBinaryStl();
 
-/// A triangle and its back, with normals, in three places: as it is, moved by 10 along x, and mirrored by a scale of -1 along x.
+/// A triangle and its back, with normals, in three places: as it is, moved by 10 along x, and mirrored by a scale of -1
+/// along x.
 std::string triangleGltf();
 
 } // namespace toolTest

@@ -11,40 +11,29 @@
 
 namespace znTest {
 
-/// A name in the temporary folder that nobody else has, in a folder of its own, which goes with all that is in it.
+/// A file in a temporary folder of its own, which goes with all that is in it. It is not there before it is written.
 class TemporaryFile
 {
 public:
     explicit TemporaryFile(const std::string& name = "mesh.obj")
+        : folder(std::filesystem::temp_directory_path() / ("znGeom-" + std::to_string(std::random_device()()))),
+          path(folder / name)
     {
-        std::random_device random;
-        m_folder = std::filesystem::temp_directory_path() /
-                   ("znGeom-" + std::to_string(random()) + "-" + std::to_string(random()));
-        std::filesystem::create_directories(m_folder);
-        m_path = m_folder / name;
+        std::filesystem::create_directories(folder);
     }
-    TemporaryFile(const std::string& name, const std::string& content) : TemporaryFile(name) { write(content); }
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-    ~TemporaryFile()
-    {
-        std::error_code ignored;
-        std::filesystem::remove_all(m_folder, ignored);
-    }
+    ~TemporaryFile() { std::filesystem::remove_all(folder); }
 
-    znOS::Filename name() const { return znOS::Filename(m_path.string().c_str()); }
-    const std::filesystem::path& path() const { return m_path; }
+    znOS::Filename name() const { return znOS::Filename(path.string().c_str()); }
+    void write(const std::string& content) const { std::ofstream(path, std::ios::binary) << content; }
+    std::string read() const { return readFile(path); }
 
-    void write(const std::string& content) const { std::ofstream(m_path, std::ios::binary) << content; }
-    std::string read() const { return read(m_path); }
-    static std::string read(const std::filesystem::path& path)
+    static std::string readFile(const std::filesystem::path& path)
     {
         std::ifstream file(path, std::ios::binary);
         return {std::istreambuf_iterator<char>(file), {}};
     }
 
-private:
-    std::filesystem::path m_folder, m_path;
+    const std::filesystem::path folder, path;
 };
 
 } // namespace znTest

@@ -75,12 +75,17 @@ TEST(ZnVector, FollowsAStandardVectorThroughRandomOperations)
             break;
         case 11:
             v.reserve(2 * at);
+            std::reverse(v.begin(), v.end()), std::reverse(model.begin(), model.end());
             break;
         default:
             if (v.empty()) break;
             v.append(v[random.below(v.size())]), model.push_back(v.back()); // an element of its own
             v.insert(v.begin(), v.back()), model.insert(model.begin(), v.back());
             v.eraseBack(), model.pop_back();
+            ASSERT_EQ(v.erase(v.begin() + at / 2) - v.begin(), at / 2);
+            model.erase(model.begin() + at / 2);
+            ASSERT_TRUE(v.empty() ||
+                        (std::as_const(v).front() == model.front() && std::as_const(v).back() == model.back()));
         }
         ASSERT_TRUE(contents(v) == model && v.size() == int(model.size()) && v.capacity() >= v.size());
     }
@@ -93,6 +98,8 @@ TEST(ZnVector, HoldsBoolsThatHaveAddresses)
     *second = false;
     flags.append(true);
     flags.insert(flags.begin(), false);
+    EXPECT_FALSE(*flags.appendAndReturnPtr());
+    flags.eraseBack();
     EXPECT_EQ(flags, (zn::vector<bool>{false, true, false, true, true}));
     const bool raw[5] = {false, true, false, true, true};
     EXPECT_EQ(std::memcmp(flags.data(), raw, 5), 0);
@@ -115,7 +122,7 @@ TEST(ZnList, FollowsAStandardListThroughRandomOperations)
     Random random(2);
     zn::list<std::string> l, other;
     std::list<std::string> model, otherModel;
-    const auto byEnd = [](const std::string& a, const std::string& b) { return a.back() < b.back(); };
+    const auto byLength = [](const std::string& a, const std::string& b) { return a.size() < b.size(); };
     for (int step = 0; step < 5000; ++step) {
         const std::string value = text(random.below(100));
         const int at = random.below(l.size() + 1);
@@ -139,7 +146,7 @@ TEST(ZnList, FollowsAStandardListThroughRandomOperations)
             l.reverse(), model.reverse();
             break;
         case 5:
-            l.sort(byEnd), model.sort(byEnd);
+            l.sort(byLength), model.sort(byLength);
             break; // keeps the order of equals
         case 6:
             if (l.size() > 100) l.clear(), model.clear();
@@ -157,6 +164,8 @@ TEST(ZnList, FollowsAStandardListThroughRandomOperations)
             if (!l.empty()) l.eraseFront(), model.pop_front();
         }
         ASSERT_EQ(l.size(), int(model.size()));
+        for (std::string& element : l) element += '.';
+        for (std::string& element : model) element += '.';
         ASSERT_EQ(contents(l), contents(model));
         auto back = l.sentinel();
         for (auto expected = model.rbegin(); expected != model.rend(); ++expected)
@@ -222,7 +231,7 @@ TEST(ZnTree, DistinctKeysAreFoundOrInserted)
     copied.copy(set);
     set.clear();
     EXPECT_EQ(copied.size(), 3);
-    EXPECT_TRUE(copied.contains(9) && !set.contains(9) && !set.firstNode());
+    EXPECT_TRUE(copied.contains(9) && !set.contains(9) && !set.firstNode() && copied.firstNode().value() == 9);
 }
 
 struct PoorHash
@@ -247,7 +256,9 @@ TEST(ZnHash, FollowsAStandardTableThroughRandomOperations)
             model.erase(key);
         } else {
             table.rehash(table.size() + 1);
-            ASSERT_EQ(table.insert_unique_noresize(PoorHash()(key), key, text(step)).second, !present);
+            const auto [node, isNew] = table.insert_unique_noresize(PoorHash()(key), key, text(step));
+            ASSERT_TRUE(isNew != present && node == table.findNode(key) && node.value().first == key);
+            ASSERT_EQ(node == table.firstNode(), table.firstNode().value().first == key);
             ASSERT_EQ(keys.insert(key), !present);
             model.emplace(key, text(step));
             ASSERT_EQ(*table.get(key), model.at(key)); // what was there stays
@@ -379,6 +390,7 @@ TEST(Reference, TheLastOneDestroysTheObject)
         b = std::move(a);
         EXPECT_TRUE(!a && b->getCount() == 1);
         b = b.get();
+        EXPECT_TRUE(b == b.get() && !(b == copied) && !(b == copied.get()) && a == nullptr);
         const zn::Reference<Shared>& alias = b;
         b = alias;
         EXPECT_EQ(alive, 2);

@@ -130,9 +130,9 @@ TEST(Remap, MapsDeletesAndNumbers)
     map.resize(6, 10);
     const int expected[6] = {-1, 8, -1, -1, -1, -1};
     for (int i = 0; i < 6; ++i) EXPECT_EQ(map(i), expected[i]);
-    int values[4] = {1, 0, 1, 5};
+    int values[5] = {1, 0, 1, 5, 1};
     map(values, 4);
-    EXPECT_TRUE(std::equal(values, values + 4, std::begin({8, -1, 8, -1})));
+    EXPECT_TRUE(std::equal(values, values + 5, std::begin({8, -1, 8, -1, 1})));
     map.setSequential();
     EXPECT_TRUE(map(5) == 5 && map.range == 6);
 

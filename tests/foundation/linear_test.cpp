@@ -95,9 +95,46 @@ TEST(Vector, NormalizesOrSaysThatItHasNoLength)
 
 TEST(Vector, OrthogonalVectorCrossesWithTheSmallestAxisTheFirstOnTies)
 {
-    const std::pair<Vector, Vector> cases[] = {{{0, 2, 3}, Vector::x},  {{2, 0, 3}, Vector::y}, {{3, -2, 1}, Vector::z},
-                                               {{1, -1, 1}, Vector::x}, {{2, 1, 1}, Vector::y}, {{1, 2, 1}, Vector::x}};
+    const std::pair<Vector, Vector> cases[] = {
+        {{0, 2, 3}, Vector::x}, {{2, 0, 3}, Vector::y}, {{3, -2, 1}, Vector::z},    {{1, -1, 1}, Vector::x},
+        {{2, 1, 1}, Vector::y}, {{1, 2, 1}, Vector::x}, {{3, 0.5, 0.25}, Vector::z}};
     for (const auto& [v, axis] : cases) EXPECT_EQ(v.orthogonalVector(), cross(v, axis));
+}
+
+template <typename T, typename Component>
+void expectComponents()
+{
+    const Component given[3] = {3, 5, 7};
+    Component taken[3] = {};
+    T value;
+    for (int axis = 0; axis < 3; ++axis) EXPECT_EQ(std::as_const(value)[axis], 0);
+    if constexpr (std::is_same_v<T, Normal>)
+        value.set(Promise(), given);
+    else
+        value.set(given);
+    for (int axis = 0; axis < 3; ++axis) EXPECT_EQ(value[axis], given[axis]);
+    value[1] = 9;
+    value.get(taken);
+    EXPECT_TRUE(taken[0] == 3 && taken[1] == 9 && taken[2] == 7);
+}
+
+TEST(Values, AreReachedThroughRawArraysAndByAxis)
+{
+    expectComponents<Point, double>();
+    expectComponents<PointFlt, float>();
+    expectComponents<Vector, double>();
+    expectComponents<VectorFlt, float>();
+    expectComponents<Normal, double>();
+    const double values[3] = {0, 3, 4};
+    Normal n;
+    n.set(values);
+    EXPECT_EQ(n.asPoint(), Point(0, 0.6, 0.8));
+    EXPECT_EQ(Point::origin + Vector::zero, Vector().asPoint());
+    EXPECT_EQ(PointFlt::origin, VectorFlt::zero.asPoint());
+    EXPECT_TRUE(Vector2::zero == Vector2() && Point2::origin == Point2() && Vector2::x == Vector2(1, 0));
+    Point2 flat(1, 2);
+    flat[1] += flat[0];
+    EXPECT_EQ(flat, Point2(1, 3));
 }
 
 TEST(Vector, CombinesAndMeasures)
@@ -174,6 +211,7 @@ TEST(Matrix, IdentitiesHoldOnRandomMatrices)
         ASSERT_TRUE(inverted.invertFast());
         const Tuple4 t(random.real(), random.real(), random.real(), 1), back = t * perspective * inverted;
         for (int c = 0; c < 4; ++c) EXPECT_NEAR(back[c], t[c], 1e-8);
+        EXPECT_TRUE(equivalent((HPoint(p) * ProjMatrix(a)).project(), p * a, 1e-12));
     }
 }
 
@@ -333,7 +371,7 @@ TEST(Range, OverlapsTouchesAndMisses)
     }
     EXPECT_TRUE(Range1d(0, 1).contains(1, 0) && !Range1d(0, 1).contains(1.5, 0.5) && !Range1d().contains(0, 1e300));
     Range1d grown;
-    for (const double value : {4.0, nan, -1.0}) grown.include(value);
+    for (const double value : {4.0, nan, -1.0, 2.0}) grown.include(value);
     EXPECT_EQ(grown, Range1d(-1, 4));
 
     Range3d box;
@@ -349,6 +387,16 @@ TEST(Range, OverlapsTouchesAndMisses)
     EXPECT_EQ(square.area(), 3);
     EXPECT_FALSE(square.contains(Point2(3.5, 0.5), 0.5));
     EXPECT_EQ(Range2d().area(), 0);
+    EXPECT_EQ(Range2d(Point2(2, 6), Point2(0, 3)).mid(), Point2(1, 4.5));
+    for (int axis = 0; axis < 3; ++axis) { // apart along one axis is apart
+        Range3d beside = box;
+        beside[axis].set(50, 60);
+        EXPECT_TRUE(!beside.intersects(box, 1) && !beside.contains(box.mid(), 1) && box.contains(box.mid(), 0));
+        if (axis == 2) continue;
+        Range2d next = square;
+        next[axis].set(50, 60);
+        EXPECT_TRUE(!next.intersects(square, 1) && !next.contains(square.mid(), 1) && square.intersects(square, 0));
+    }
 }
 
 TEST(Cylinder, IsHitTwiceOnceOrNever)

@@ -100,7 +100,7 @@ TEST(MeshCoord, IsInvalidByDefaultAndWhereNothingCanBeSaid)
 
 TEST(MeshCoord, LiesOnACornerOrASideStrictlyWithinTheTolerance)
 {
-    const float vertices[] = {9, 9, 9, 0, 0, 0, 8, 0, 0, 0, 8, 0};
+    const float vertices[] = {9, 9, 9, 1, 0, 0, 9, 0, 0, 1, 8, 0};
     const int triangles[] = {0, 0, 0, 1, 2, 3};
     struct Case
     {
@@ -109,9 +109,9 @@ TEST(MeshCoord, LiesOnACornerOrASideStrictlyWithinTheTolerance)
         int corner, side; // -1 for none
     };
     const Case cases[] = {
-        {{0.5, 0, 0}, 0.5, -1, 0},  {{0.5, 0, 0}, 0.501, 0, 0}, {{8, 0, 0}, 1e-9, 1, 0},  {{0, 7, 0}, 1.5, 2, 2},
-        {{4, 0.5, 0}, 0.5, -1, -1}, {{4, 0.5, 0}, 0.51, -1, 0}, {{4, 4, 0}, 1e-9, -1, 1}, {{0, 4, 0}, 1e-9, -1, 2},
-        {{2.5, 2.5, 0}, 100, 0, 1}, {{4, 0, 0}, 0, -1, -1},
+        {{1.5, 0, 0}, 0.5, -1, 0},  {{1.5, 0, 0}, 0.501, 0, 0}, {{9, 0, 0}, 1e-9, 1, 0},  {{1, 7, 0}, 1.5, 2, 2},
+        {{5, 0.5, 0}, 0.5, -1, -1}, {{5, 0.5, 0}, 0.51, -1, 0}, {{5, 4, 0}, 1e-9, -1, 1}, {{1, 4, 0}, 1e-9, -1, 2},
+        {{3.5, 2.5, 0}, 100, 0, 1}, {{5, 0, 0}, 0, -1, -1},
     };
     for (const Case& c : cases) {
         MeshCoord coord;

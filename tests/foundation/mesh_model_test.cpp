@@ -169,8 +169,12 @@ TEST(CompactMesh, ChannelsKeepUpWithTheirElements)
     mesh.clearSelection();
     EXPECT_EQ(mesh.getSelectedTriangles().getNumSetBits() + mesh.getSelectedVertices().getNumSetBits(), 0);
     EXPECT_EQ(mesh.getSelectedVertices().getSize(), numVertices);
-    mesh.resizePolyArrays(1, 1);
-    EXPECT_FALSE(mesh.getPolyMaterials());
+    mesh.resizePolyArrays(6, 2);
+    EXPECT_FALSE(mesh.getPolyMaterials() || mesh.getPolyGroups());
+    mesh.allocPolyGroupArray();
+    mesh.getPolyGroups()[1] += 5;
+    mesh.allocPolyGroupArray(); // once is enough
+    EXPECT_EQ(copied(mesh.getPolyGroups(), 2), (std::vector<int>{0, 5}));
 }
 
 TEST(CompactMesh, CopiesAssignsAndSwapsAllItHoldsButNoListeners)

@@ -18,9 +18,10 @@ TEST(DebugChannel, SpeaksOnlyToAListener)
         debugChannel().print("meshCompact: %d vertices, %d triangles\n", 8, 12);
         debugChannel().print("  sorted vertices: %f s\n", 0.25);
         debugChannel().print("%s|%300d", "100%", 5);
+        debugChannel().print("%c", '-');
         const std::vector<std::string> expected = {"meshCompact: 8 vertices, 12 triangles\n",
                                                    "  sorted vertices: 0.250000 s\n",
-                                                   "100%|" + std::string(299, ' ') + "5"};
+                                                   "100%|" + std::string(299, ' ') + "5", "-"};
         EXPECT_EQ(log.lines(), expected);
         EXPECT_EQ(log.count("mesh"), 1);
     }

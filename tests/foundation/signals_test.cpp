@@ -191,6 +191,8 @@ TEST(Signal2Args, LetsListenersAnswer)
     Signal2Args<int, bool&> signal;
     Listener listener, stranger;
     auto* member = new Function2ArgsMember<int, bool&, Listener>(&listener, &Listener::answer);
+    FunctionArgMember<int, Listener> single(&listener, &Listener::hear);
+    EXPECT_TRUE(single.isInstance(&listener) && !single.isInstance(&stranger));
     auto* global = new Function2ArgsGlobal<int, bool&>(answerGlobally);
     signal.addCallback(member, listener);
     Connection* connection = signal.addCallback(global);

@@ -32,6 +32,7 @@ TEST(CString, TakesItsOwnTextAsAnArgument)
     EXPECT_STREQ(plusEqual(text, text).asChar(), "seven and seven are 14%seven and seven are 14%");
     EXPECT_EQ(text.length(), 46);
     EXPECT_TRUE(text.first() == 's' && text.last() == '%');
+    EXPECT_STREQ(text.format("%d", 7).asChar(), "7");
     CString big;
     big.format("%5000d|", 1);
     EXPECT_EQ(big.length(), 5001);

@@ -1,6 +1,7 @@
 #include "znGeom/files/mesh_files.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <string_view>
 
 #include "znGeom/files/internal/decimal.h"

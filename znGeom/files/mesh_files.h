@@ -18,8 +18,9 @@ namespace znGeom {
 ///
 /// Everything in `mesh`, channels included, is replaced by positions and triangles, and one `TopologyChanged` is told;
 /// a file that does not open changes nothing and tells nothing. The reader trusts the file: a face is three indices
-/// whatever its count says (the count is read and dropped), numbers that are missing are 0, and indices are not
-/// checked. Linear in the file's size.
+/// whatever its count says (the count is read and dropped), and indices are not checked. The first thing that is no
+/// number ends the reading. Numbers that are missing are 0, counts below 0 as well, and a count is cut down to what the
+/// bytes of the file could hold at two bytes a number. Linear in the file's size.
 ZNGEOM_API void meshRead(CompactMesh& mesh, const znOS::Filename& file);
 
 /// Writes the plain format: positions with ten significant digits, and the triangles. A file that does not open is
@@ -34,7 +35,8 @@ ZNGEOM_API void meshWrite(const CompactMesh& mesh, const znOS::Filename& file);
 /// entry that a blank at the end of a face line makes.
 ///
 /// Faces of three corners become the triangles. If any face has more, all faces become the polygons of the mesh, and
-/// its triangle list stays as it was (`meshTriangulate` fills an empty one). One `TopologyChanged` is told.
+/// its triangle list stays as it was (`meshTriangulate` fills an empty one). One `TopologyChanged` is told. Linear in
+/// the file's size.
 /// \return false, with the mesh unchanged, when the file does not open; true whatever the file held
 ZNGEOM_API bool meshReadObj(CompactMesh& mesh, const znOS::Filename& file);
 

@@ -1,6 +1,7 @@
 #include "znGeom/files/internal/decimal.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <charconv>
 #include <cmath>
@@ -76,7 +77,7 @@ char* writeFixed(char* out, std::uint64_t digits, int exponent)
     int used = precision;
     while (text[used - 1] == '0') --used;
     if (exponent < 0) {
-        std::memcpy(out, "0.000", 5);
+        std::copy_n("0.000", 5, out);
         std::memcpy(out + 1 - exponent, text, precision);
         return out + 1 - exponent + used;
     }
@@ -88,28 +89,31 @@ char* writeFixed(char* out, std::uint64_t digits, int exponent)
     return out + used + 1;
 }
 
+/// value / 2^shift, rounded to the nearest integer, ties to even.
+std::uint64_t scaleDown(std::uint64_t value, int shift)
+{
+    if (shift <= 0) return value << -shift;
+    const std::uint64_t half = std::uint64_t(1) << (shift - 1), rest = value & (2 * half - 1), whole = value >> shift;
+    return whole + (rest > half || (rest == half && whole % 2 == 1));
+}
+
 /// What "%.{precision}g" prints. Where that has no exponent the digits come from exact integers: a float is m * 2^q,
-/// its digits are m * 5^k * 2^(q + k), rounded to an integer, ties to even.
+/// its digits are m * 5^k * 2^(q + k), rounded to an integer.
 template <int precision>
 char* writeFloat(char* out, float value)
 {
+    constexpr double limit = decades[precision + 4];
     const auto bits = std::bit_cast<std::uint32_t>(value);
     const float magnitude = std::fabs(value);
     *out = '-';
     if (magnitude == 0) return out += bits >> 31, *out = '0', out + 1;
-    if (magnitude > 1e-4f && magnitude < static_cast<float>(powersOfTen[precision])) {
+    if (magnitude > 1e-4f && magnitude < static_cast<float>(limit)) {
         const int biased = static_cast<int>(bits >> 23 & 0xFF);
         int exponent = (biased - 127) * 1233 >> 12; // 1233 / 4096 is log10(2), near enough for these
         exponent += static_cast<double>(magnitude) >= decades[exponent + 5];
         const int k = precision - 1 - exponent;
-        const std::uint64_t product = ((bits & 0x7FFFFF) | 0x800000) * powersOfFive[k];
-        const int shift = 150 - biased - k;
-        std::uint64_t digits = shift > 0 ? product >> shift : product << -shift;
-        if (shift > 0) {
-            const std::uint64_t half = std::uint64_t(1) << (shift - 1), rest = product & (2 * half - 1);
-            digits += rest > half || (rest == half && digits % 2 == 1);
-        }
-        if (digits == powersOfTen[precision]) digits /= 10, ++exponent;
+        std::uint64_t digits = scaleDown(((bits & 0x7FFFFF) | 0x800000) * powersOfFive[k], 150 - biased - k);
+        if (digits == static_cast<std::uint64_t>(limit)) digits /= 10, ++exponent;
         if (exponent < precision) return writeFixed<precision>(out + (bits >> 31), digits, exponent);
     }
     return std::to_chars(out, out + longestNumber, value, std::chars_format::general, precision).ptr;

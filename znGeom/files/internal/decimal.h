@@ -6,7 +6,6 @@
 /// a byte that belongs to no number, such as a line end.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 
@@ -17,13 +16,6 @@ enum class Scan {
     TooLarge, ///< a number, but out of the range of its type
     None      ///< no number stands here
 };
-
-constexpr auto powersOfTen = [] {
-    std::array<std::uint64_t, 20> powers{};
-    powers[0] = 1;
-    for (size_t i = 1; i < powers.size(); ++i) powers[i] = 10 * powers[i - 1];
-    return powers;
-}();
 
 /// The value of a text that is known to be a number. What these cost does not matter: few numbers come here.
 Scan convertInt(const char* begin, const char* end, int& value);
@@ -63,8 +55,9 @@ Scan scanFloat(const char*& at, float& value);
 /// The longest text that the writers make.
 constexpr int longestNumber = 24;
 
+/// What "%d", "%.6g" and "%.10g" print; the result is the end of the text. The bytes up to `longestNumber` may be
+/// written to as well.
 char* writeInt(char* out, std::int64_t value);
-/// What "%.6g" and "%.10g" print; returns the end of the text.
 char* writeFloat6(char* out, float value);
 char* writeFloat10(char* out, float value);
 

@@ -15,8 +15,8 @@ template <typename T>
 class GrowingArray
 {
 public:
-    /// At most so many elements, so that what they consist of can still be counted with an `int`.
-    static constexpr std::int64_t limit = std::numeric_limits<int>::max() / std::int64_t(sizeof(T) / sizeof(int)) - 2;
+    /// At most so many elements, so that the numbers that they consist of can still be counted with an `int`.
+    static constexpr std::int64_t limit = std::numeric_limits<int>::max() / static_cast<int>(sizeof(T) / 4) - 2;
 
     int size() { return static_cast<int>(m_end - begin()); }
     T* begin() { return m_elements.write(); }

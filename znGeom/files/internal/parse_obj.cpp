@@ -23,12 +23,11 @@ const char* skipBlanks(const char* at)
     return at;
 }
 
-/// False when the rest of the line is not to be read: no number stands here, or one that is too large, which counts as
-/// the largest. A number that is not there leaves `value` as it is.
+/// False when the rest of the line is not to be read: no number stands here, which counts as 0, or one that is too
+/// large, which counts as the largest.
 bool readFloat(const char*& at, float& value)
 {
     at = skipBlanks(at);
-    if (isLineEnd(at)) return false;
     const Scan scan = scanFloat(at, value);
     if (scan == Scan::TooLarge) value = std::copysign(std::numeric_limits<float>::max(), value);
     return scan == Scan::Number;
@@ -81,6 +80,8 @@ private:
     int m_largestCorner = 0;
 };
 
+/// Vertices and faces count. All other lines are passed over: normals and UVs as well, which go no further than the
+/// file, and comments.
 bool ObjParser::readLines(const char* begin, const char* end)
 {
     // The shortest vertex is "v \n", and no line has an entry for less than two characters.
@@ -183,8 +184,8 @@ void ObjParser::publishTriangles(CompactMesh& mesh)
 void parseObj(TextReader& text, CompactMesh& mesh)
 {
     ObjParser parser;
-    while (text.nextBlock() && parser.readLines(text.begin(), text.end())) {
-    }
+    bool hasRoom = true;
+    while (hasRoom && text.nextBlock()) hasRoom = parser.readLines(text.begin(), text.end());
     parser.publish(mesh);
 }
 

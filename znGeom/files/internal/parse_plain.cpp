@@ -37,13 +37,13 @@ public:
     explicit NumberReader(TextReader& text) : m_text(text), m_at(text.begin()) {}
 
     /// False, with `value` as it was, when there are no more numbers.
-    bool read(int& value) { return seek() && keep(scanInt(m_at, value) != Scan::None); }
+    bool read(int& value) { return seek() && (scanInt(m_at, value) != Scan::None || end()); }
     bool read(float& value)
     {
         if (!seek()) return false;
         const char* const begin = m_at;
         float number;
-        if (!keep(scanFloat(m_at, number) != Scan::None || scanWord(m_at = begin, number))) return false;
+        if (scanFloat(m_at, number) == Scan::None && !scanWord(m_at = begin, number)) return end();
         value = number;
         return true;
     }
@@ -63,10 +63,10 @@ private:
         return false;
     }
 
-    bool keep(bool isNumber)
+    bool end()
     {
-        m_hasEnded = !isNumber;
-        return isNumber;
+        m_hasEnded = true;
+        return false;
     }
 
     TextReader& m_text;

@@ -39,7 +39,7 @@ bool TextReader::nextBlock()
     do {
         const std::string_view added(m_buffer.get() + searched, m_used - searched);
         const size_t lineEnd = added.rfind('\n');
-        if (lineEnd != added.npos) return m_blockSize = searched + lineEnd + 1, true;
+        if (lineEnd != std::string_view::npos) return m_blockSize = searched + lineEnd + 1, true;
         searched = m_used;
     } while (fill());
     if (m_used == 0) return false;
