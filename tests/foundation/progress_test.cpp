@@ -33,12 +33,8 @@ TEST(Progress, ChildrenFillTheirShares)
 TEST(Progress, StaysBetweenZeroAndOne)
 {
     Progress progress;
-    const std::pair<double, double> cases[] = {
-        {-1, 0}, {0.3, 0.3}, {2, 1}, {std::numeric_limits<double>::quiet_NaN(), 0}, {1, 1}};
-    for (const auto& [given, expected] : cases) {
-        progress.set(given);
-        EXPECT_EQ(progress.get(), expected);
-    }
+    const double given[] = {-1, 0.3, 2, std::numeric_limits<double>::quiet_NaN(), 1}, expected[] = {0, 0.3, 1, 0, 1};
+    for (int i = 0; i < 5; ++i) EXPECT_EQ((progress.set(given[i]), progress.get()), expected[i]);
 }
 
 TEST(Progress, TellsTheObserverOfTheRoot)

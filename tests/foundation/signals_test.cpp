@@ -212,65 +212,44 @@ TEST(SignalClient, FollowsAModelThroughRandomOperations)
 {
     // Two signals and three clients that come and go; the model keeps who is connected to which signal, in order.
     znTest::Random random(1);
-    std::unique_ptr<SignalArg<int>> signals[2];
-    std::unique_ptr<SignalClient> clients[3];
     struct Entry
     {
         int name, client;
         Connection* connection;
-        bool blocked;
     };
     std::vector<Entry> model[2];
-    std::vector<int> called;
-    for (int step = 0; step < 30000; ++step) {
-        const int s = random.below(2), c = random.below(3);
-        if (!signals[s]) signals[s] = std::make_unique<SignalArg<int>>();
-        if (!clients[c]) clients[c] = std::make_unique<SignalClient>();
-        Entry* any = model[s].empty() ? nullptr : &model[s][size_t(random.below(int(model[s].size())))];
-        switch (random.below(30)) {
-        case 0:
-            signals[s].reset();
-            model[s].clear();
-            continue;
-        case 1:
-            clients[c].reset();
-            for (auto& entries : model) std::erase_if(entries, [c](const Entry& e) { return e.client == c; });
-            continue;
-        case 2:
-            if (any) any->connection->block();
-            if (any) any->blocked = true;
-            break;
-        case 3:
-        case 4:
-        case 5:
-        case 6:
-            if (!any) break;
-            any->connection->disconnect();
-            model[s].erase(model[s].begin() + (any - model[s].data()));
-            break;
-        case 7:
-        case 8:
-        case 9:
-        case 10:
-        case 11: {
-            auto* callback = new Callback([&called, step](int) { called.push_back(step); });
-            const bool free = random.oneIn(3);
-            Connection* made =
-                free ? signals[s]->addCallback(callback) : signals[s]->addCallback(callback, *clients[c]);
-            model[s].push_back({step, free ? -1 : c, made, false});
-            break;
-        }
-        default: {
-            called.clear();
-            signals[s]->emit(step);
-            std::vector<int> expected;
-            for (const Entry& e : model[s])
-                if (!e.blocked) expected.push_back(e.name);
-            ASSERT_EQ(called, expected);
-            ASSERT_EQ(signals[s]->isConnected(), !model[s].empty());
-            ASSERT_EQ(Callback::alive, int(model[0].size() + model[1].size()));
-        }
-        }
+    std::unique_ptr<SignalArg<int>> signals[2];
+    std::unique_ptr<SignalClient> clients[3];
+    std::vector<int> called, expected;
+    int name = 0, s = 0, c = 0;
+    const auto connect = [&] {
+        auto* callback = new Callback([&called, name](int) { called.push_back(name); });
+        const bool free = random.oneIn(3);
+        Connection* made = free ? signals[s]->addCallback(callback) : signals[s]->addCallback(callback, *clients[c]);
+        model[s].push_back({name++, free ? -1 : c, made});
+    };
+    const auto disconnect = [&] {
+        if (model[s].empty()) return;
+        const auto any = model[s].begin() + random.below(int(model[s].size()));
+        any->connection->disconnect();
+        model[s].erase(any);
+    };
+    const auto endSignal = [&] { signals[s] = std::make_unique<SignalArg<int>>(), model[s].clear(); };
+    const auto endClient = [&] {
+        clients[c] = std::make_unique<SignalClient>();
+        for (auto& entries : model) std::erase_if(entries, [&](const Entry& e) { return e.client == c; });
+    };
+    for (s = 0; s < 2; ++s) endSignal();
+    for (c = 0; c < 3; ++c) endClient();
+    for (int step = 0; step < 20000; ++step) {
+        s = random.below(2), c = random.below(3);
+        random.oneIn(30) ? endSignal() : random.oneIn(20) ? endClient() : random.oneIn(3) ? disconnect() : connect();
+        called.clear(), expected.clear();
+        signals[s]->emit(0);
+        for (const Entry& e : model[s]) expected.push_back(e.name);
+        ASSERT_EQ(called, expected);
+        ASSERT_EQ(signals[s]->isConnected(), !model[s].empty());
+        ASSERT_EQ(Callback::alive, int(model[0].size() + model[1].size()));
     }
 }
 
