@@ -154,7 +154,8 @@ private:
     std::vector<std::thread> m_threads;
 };
 
-ThreadPool::ThreadPool(int numThreads) : m_workers(numThreads > 1 ? std::make_unique<Workers>(numThreads - 1) : nullptr)
+ThreadPool::ThreadPool(int numThreads)
+    : m_workers(numThreads > 1 ? std::make_unique<Workers>(std::min(numThreads, maxThreads) - 1) : nullptr)
 {}
 
 ThreadPool::~ThreadPool() = default;
