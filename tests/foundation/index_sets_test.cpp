@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <vector>
 
 #include "tests/support/random.h"
@@ -168,7 +169,12 @@ TEST(Adjacency, ObjectsTakeOverWhatTheyAreGiven)
     EXPECT_TRUE(std::equal(corners, corners + 6, std::begin({20, 21, 22, 10, 11, 12})));
 
     // Vertex 1 is used by nobody.
-    MeshAdjVertices neighbours(3, 2, new int[3]{0, 3, 4}, new int[6]{2, 2, 7, 0, 1, 0}), empty;
+    const auto allocated = [](std::initializer_list<int> values) {
+        int* block = static_cast<int*>(std::malloc(values.size() * sizeof(int)));
+        std::copy(values.begin(), values.end(), block);
+        return block;
+    };
+    MeshAdjVertices neighbours(3, 2, allocated({0, 3, 4}), allocated({2, 2, 7, 0, 1, 0})), empty;
     empty.swap(neighbours);
     EXPECT_EQ(neighbours.numVertices, 0);
     EXPECT_TRUE(empty.numNeighbours(0) == 2 && empty.numNeighbours(1) == 0 && empty.neighbours(2)[0] == 0);

@@ -455,30 +455,21 @@ TEST(Segments, ThatShareAnEndMeetThere)
 
 TEST(Rays, MeetSegmentsInFrontOfThem)
 {
-    struct Case
-    {
-        Point2 origin;
-        Vector2 along;
-        Point2 a, b;
-        bool meets, parallel;
-        double ray, segment;
+    const Point2 a(4, 0), b(6, 0), below(4, -1), above(4, 3);
+    const auto meets = [](Point2 origin, Vector2 along, Point2 from, Point2 to, double rayParam, double segmentParam) {
+        double ray = -1, segment = -1;
+        bool parallel = false;
+        const bool met =
+            doesRayIntersectLineSegment(origin, along, from, to, ray, segment, parallel, perpendicular2Tol);
+        EXPECT_TRUE(met || (ray == -1 && segment == -1));
+        return met && ray == rayParam && segment == segmentParam;
     };
-    const Case cases[] = {
-        {{0, 0}, {2, 0}, {4, -1}, {4, 3}, true, false, 2, 0.25}, {{5, 0}, {2, 0}, {4, -1}, {4, 3}, false, false, 0, 0},
-        {{0, 0}, {1, 0}, {4, 0}, {6, 0}, true, true, 4, 0},      {{0, 0}, {1, 0}, {6, 0}, {4, 0}, true, true, 4, 1},
-        {{5, 0}, {1, 0}, {4, 0}, {6, 0}, true, true, 0, 0.5},    {{7, 0}, {1, 0}, {4, 0}, {6, 0}, false, true, 0, 0},
-        {{0, 1}, {1, 0}, {4, 0}, {6, 0}, false, true, 0, 0},     {{0, 0}, {1, 1}, {3, 3}, {3, 3}, true, true, 3, 0},
-        {{5, 0}, {0, 0}, {4, 0}, {6, 0}, true, true, 0, 0.5},    {{5, 1}, {0, 0}, {4, 0}, {6, 0}, false, true, 0, 0},
-        {{nan, 0}, {1, 0}, {4, -1}, {4, 1}, false, false, 0, 0}};
-    for (const Case& c : cases) {
-        double ray = 0, segment = 0;
-        bool parallel = !c.parallel;
-        EXPECT_EQ(doesRayIntersectLineSegment(c.origin, c.along, c.a, c.b, ray, segment, parallel, perpendicular2Tol),
-                  c.meets);
-        EXPECT_EQ(parallel, c.parallel);
-        EXPECT_DOUBLE_EQ(ray, c.ray);
-        EXPECT_DOUBLE_EQ(segment, c.segment);
-    }
+    EXPECT_TRUE(meets({0, 0}, {2, 0}, below, above, 2, 0.25));
+    EXPECT_FALSE(meets({5, 0}, {2, 0}, below, above, -0.5, 0.25));
+    EXPECT_FALSE(meets({nan, 0}, {1, 0}, below, above, 0, 0));
+    EXPECT_TRUE(meets({0, 0}, {1, 0}, a, b, 4, 0) && meets({0, 0}, {1, 0}, b, a, 4, 1)); // along the segment
+    EXPECT_TRUE(meets({5, 0}, {1, 0}, a, b, 0, 0.5) && !meets({7, 0}, {1, 0}, a, b, 0, 0));
+    EXPECT_TRUE(meets({5, 0}, {0, 0}, a, b, 0, 0.5) && !meets({5, 1}, {0, 0}, a, b, 0, 0)); // no length: a point
 }
 
 } // namespace

@@ -15,18 +15,15 @@ using namespace znUtil;
 
 TEST(Slice, TheFirstOnesAreLonger)
 {
-    struct Case
-    {
-        int count, parts;
-        std::vector<int> begins;
-    };
-    const Case cases[] = {{10, 4, {0, 3, 6, 8, 10}}, {3, 5, {0, 1, 2, 3, 3, 3}},
-                          {0, 2, {0, 0, 0}},         {7, 1, {0, 7}},
-                          {8, 4, {0, 2, 4, 6, 8}},   {2147483647, 2, {0, 1073741824, 2147483647}}};
-    for (const Case& c : cases)
-        for (int part = 0; part < c.parts; ++part) {
-            EXPECT_EQ(Slice(c.count, part, c.parts).begin, c.begins[size_t(part)]);
-            EXPECT_EQ(Slice(c.count, part, c.parts).end, c.begins[size_t(part) + 1]);
+    const std::vector<int> cases[] = {{10, 0, 3, 6, 8, 10},
+                                      {3, 0, 1, 2, 3, 3, 3},
+                                      {0, 0, 0, 0},
+                                      {7, 0, 7},
+                                      {2147483647, 0, 1073741824, 2147483647}}; // count, then begins and the end
+    for (const auto& numbers : cases)
+        for (int part = 0, parts = int(numbers.size()) - 2; part < parts; ++part) {
+            EXPECT_EQ(Slice(numbers[0], part, parts).begin, numbers[size_t(part) + 1]);
+            EXPECT_EQ(Slice(numbers[0], part, parts).end, numbers[size_t(part) + 2]);
         }
 }
 
@@ -36,34 +33,28 @@ class CheckedLoop : public ThreadedAlg
 public:
     explicit CheckedLoop(int count) : m_visits(size_t(count)) {}
 
-    void initialize(int numThreads) override
-    {
-        EXPECT_EQ(std::this_thread::get_id(), m_caller);
-        m_bodies = std::vector<int>(size_t(numThreads), 0);
-    }
+    void initialize(int numThreads) override { m_bodies.assign(size_t(numThreads), 0), expectCaller(); }
     void execute(int threadIndex, int numThreads) override
     {
-        EXPECT_EQ(size_t(numThreads), m_bodies.size());
-        if (threadIndex == 0) {
-            EXPECT_EQ(std::this_thread::get_id(), m_caller);
-        }
-        ++m_bodies[size_t(threadIndex)];
+        if (threadIndex == 0) expectCaller();
+        ++m_bodies.at(size_t(threadIndex));
         const Slice slice(int(m_visits.size()), threadIndex, numThreads);
         for (int i = slice.begin; i < slice.end; ++i) ++m_visits[size_t(i)];
     }
     void finalize() override
     {
-        EXPECT_EQ(std::this_thread::get_id(), m_caller);
-        ++m_finalized;
+        expectCaller();
+        ++numFinalized;
         EXPECT_EQ(m_bodies, std::vector<int>(m_bodies.size(), 1));
-        EXPECT_EQ(m_visits, std::vector<int>(m_visits.size(), m_finalized));
+        EXPECT_EQ(m_visits, std::vector<int>(m_visits.size(), numFinalized));
     }
-    int numFinalized() const { return m_finalized; }
+    int numFinalized = 0;
 
 private:
+    void expectCaller() const { EXPECT_EQ(std::this_thread::get_id(), m_caller); }
+
     std::thread::id m_caller = std::this_thread::get_id();
     std::vector<int> m_visits, m_bodies;
-    int m_finalized = 0;
 };
 
 /// The same for chunks.
@@ -72,26 +63,25 @@ class CheckedChunks : public ThreadedChunkAlg
 public:
     void initialize(int numThreads) override
     {
-        ASSERT_GE(numChunks, 1);
         m_taken = std::vector<std::atomic<int>>(size_t(numChunks));
         m_inside = std::vector<std::atomic<int>>(size_t(numThreads));
     }
     void execute(int chunkIndex, int threadIndex) override
     {
-        EXPECT_EQ(m_inside[size_t(threadIndex)]++, 0); // per-thread state belongs to one body at a time
-        ++m_taken[size_t(chunkIndex)];
+        EXPECT_EQ(m_inside.at(size_t(threadIndex))++, 0); // per-thread state belongs to one body at a time
+        ++m_taken.at(size_t(chunkIndex));
         --m_inside[size_t(threadIndex)];
     }
     void finalize() override
     {
+        EXPECT_GE(numChunks, 1);
         for (const auto& taken : m_taken) EXPECT_EQ(taken, 1);
-        ++m_finalized;
+        ++numFinalized;
     }
-    int numFinalized() const { return m_finalized; }
+    int numFinalized = 0;
 
 private:
     std::vector<std::atomic<int>> m_taken, m_inside;
-    int m_finalized = 0;
 };
 
 class Pools : public testing::TestWithParam<int>
@@ -101,19 +91,23 @@ protected:
 };
 INSTANTIATE_TEST_SUITE_P(OfSizes, Pools, testing::Values(1, 2, 7));
 
+/// Runs a loop and a chunk loop, each so many times.
+void runBoth(ThreadPool& pool, int count, int rounds = 1)
+{
+    CheckedLoop loop(count);
+    CheckedChunks chunks;
+    for (int round = 1; round <= rounds; ++round) { // an object may run again
+        pool.run(loop);
+        pool.run(chunks);
+        EXPECT_TRUE(loop.numFinalized == round && chunks.numFinalized == round);
+    }
+}
+
 TEST_P(Pools, RunEveryIndexAndEveryChunkOnce)
 {
     EXPECT_EQ(pool.getNumThreads(), GetParam());
-    for (const int count : {0, 1, 5, 1000}) {
-        CheckedLoop loop(count);
-        CheckedChunks chunks;
-        for (int round = 1; round <= 3; ++round) { // an object may run again
-            pool.run(loop);
-            pool.run(chunks);
-            EXPECT_EQ(loop.numFinalized(), round);
-            EXPECT_EQ(chunks.numFinalized(), round);
-        }
-    }
+    for (const int count : {0, 1, 5, 1000}) runBoth(pool, count, 3);
+    runBoth(pool, 3, 1000); // tiny loops that follow one another closely
     std::vector<int> squares(100);
     parallelFor(pool, 100, [&squares](const Slice& slice, int threadIndex) {
         EXPECT_EQ(slice.begin, Slice(100, threadIndex, GetParam()).begin);
@@ -124,45 +118,24 @@ TEST_P(Pools, RunEveryIndexAndEveryChunkOnce)
 
 TEST_P(Pools, RunFromInsideABody)
 {
-    std::atomic<int> inner{0};
+    std::atomic<int> bodies{0};
     parallelFor(pool, 10, [&](const Slice&, int) {
-        CheckedLoop loop(100);
-        pool.run(loop);
-        CheckedChunks chunks;
-        pool.run(chunks);
+        runBoth(pool, 100);
         zn::vector<int> numbers(501);
         std::iota(numbers.begin(), numbers.end(), -250);
         std::reverse(numbers.begin(), numbers.end());
         parallelSort(numbers.begin(), numbers.end(), std::less<int>(), pool);
         EXPECT_TRUE(std::is_sorted(numbers.begin(), numbers.end()));
-        inner += loop.numFinalized() + chunks.numFinalized();
+        ++bodies;
     });
-    EXPECT_EQ(inner, 2 * GetParam());
+    EXPECT_EQ(bodies, GetParam());
 }
 
 TEST_P(Pools, RunFromSeveralThreadsAtOnce)
 {
     std::vector<std::thread> hosts;
-    for (int host = 0; host < 4; ++host)
-        hosts.emplace_back([this] {
-            for (int round = 0; round < 100; ++round) {
-                CheckedLoop loop(round);
-                pool.run(loop);
-                CheckedChunks chunks;
-                pool.run(chunks);
-                EXPECT_EQ(loop.numFinalized() + chunks.numFinalized(), 2);
-            }
-        });
+    for (int host = 0; host < 4; ++host) hosts.emplace_back([this] { runBoth(pool, 30, 100); });
     for (std::thread& host : hosts) host.join();
-}
-
-TEST_P(Pools, RunThousandsOfTinyLoops)
-{
-    for (int round = 0; round < 1000; ++round) {
-        CheckedLoop loop(3);
-        pool.run(loop);
-        ASSERT_EQ(loop.numFinalized(), 1);
-    }
 }
 
 /// Runs out of memory in one body.
@@ -210,9 +183,7 @@ TEST_P(Pools, HandTheExceptionOfTheLowestBodyToTheCaller)
     };
     failEverywhere();
     parallelFor(pool, 2, [&](const Slice&, int) { failEverywhere(); }); // while the threads are taken
-    CheckedLoop loop(100);
-    pool.run(loop);
-    EXPECT_EQ(loop.numFinalized(), 1);
+    runBoth(pool, 100);
 }
 
 TEST(ThreadPool, ThereIsOneForAllAndOneOfOneThread)

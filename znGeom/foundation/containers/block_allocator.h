@@ -55,7 +55,6 @@ public:
     template <typename U>
     NodeAllocator(const NodeAllocator<U>& other) : m_blocks(other.m_blocks)
     {}
-    // A container that was moved from keeps working, so moving an allocator shares it.
     NodeAllocator(const NodeAllocator&) = default;
     NodeAllocator& operator=(const NodeAllocator&) = default;
 

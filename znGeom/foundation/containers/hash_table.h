@@ -56,6 +56,18 @@ public:
         typename Storage::const_iterator m_at;
     };
 
+    HashTable() = default;
+    HashTable(const HashTable&) = default;
+    HashTable& operator=(const HashTable&) = default;
+    // By swapping: what was moved from gets blocks of its own, so that two threads may go on with the two.
+    HashTable(HashTable&& other) { swap(other); }
+    HashTable& operator=(HashTable&& other)
+    {
+        HashTable moved(std::move(other));
+        swap(moved);
+        return *this;
+    }
+
     static size_t hashOf(const Key& key) { return Hash()(key); }
 
     int size() const { return static_cast<int>(m_table.size()); }

@@ -44,6 +44,18 @@ public:
         Node first, last;
     };
 
+    Tree() = default;
+    Tree(const Tree&) = default;
+    Tree& operator=(const Tree&) = default;
+    // By swapping: what was moved from gets blocks of its own, so that two threads may go on with the two.
+    Tree(Tree&& other) { swap(other); }
+    Tree& operator=(Tree&& other)
+    {
+        Tree moved(std::move(other));
+        swap(moved);
+        return *this;
+    }
+
     int size() const { return static_cast<int>(m_tree.size()); }
     bool empty() const { return m_tree.empty(); }
     iterator begin() { return m_tree.begin(); }
