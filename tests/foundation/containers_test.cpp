@@ -167,26 +167,6 @@ TEST(ZnTree, KeepsEqualKeysInTheOrderOfInsertion)
     }
 }
 
-TEST(ZnTree, DistinctKeysAreFoundOrInserted)
-{
-    zn::map<std::string, int> map;
-    EXPECT_EQ(*map.getValuePtr("new"), 0);
-    *map.getValuePtr("new") = 5;
-    EXPECT_FALSE(map.insertNodeUnique("new", 6).second);
-    EXPECT_EQ(map.insertNodeUnique("new", 6).first.value().second, 5);
-    EXPECT_FALSE(map.findNode("old"));
-    EXPECT_EQ(map.size(), 1);
-
-    zn::set<int, std::greater<int>> set;
-    for (const int key : {3, 9, 3, 1, 9}) set.insert(key);
-    EXPECT_EQ(contents(set), (std::vector<int>{9, 3, 1}));
-    zn::set<int, std::greater<int>> copied;
-    copied.copy(set);
-    set.clear();
-    EXPECT_EQ(copied.size(), 3);
-    EXPECT_TRUE(copied.contains(9) && !set.contains(9) && !set.firstNode() && copied.firstNode().value() == 9);
-}
-
 struct PoorHash
 {
     size_t operator()(int key) const { return size_t(key % 7); }
@@ -285,23 +265,6 @@ TYPED_TEST(Ownership, WhatWasMovedFromIsNobodyElsesBusiness)
     worker.join();
     EXPECT_EQ(a.size(), many);
     EXPECT_EQ(b.size(), many + 1);
-}
-
-TEST(BlockAllocator, HandsOutPiecesThatDoNotOverlapAndTakesThemBack)
-{
-    constexpr size_t size = 24;
-    zn::BlockAllocator allocator(size, 10);
-    std::vector<void*> pieces;
-    for (int i = 0; i < 95; ++i) {
-        pieces.push_back(allocator.allocate());
-        std::memset(pieces.back(), i, size);
-        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(pieces.back()) % alignof(std::max_align_t), 0u);
-    }
-    for (int i = 0; i < 95; ++i)
-        for (size_t k = 0; k < size; ++k) ASSERT_EQ(static_cast<unsigned char*>(pieces[size_t(i)])[k], i);
-    void* const freed = pieces[50];
-    allocator.free(freed);
-    EXPECT_EQ(allocator.allocate(), freed);
 }
 
 struct alignas(64) CacheLine

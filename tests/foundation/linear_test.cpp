@@ -101,25 +101,6 @@ TEST(Vector, OrthogonalVectorCrossesWithTheSmallestAxisTheFirstOnTies)
     for (const auto& [v, axis] : cases) EXPECT_EQ(v.orthogonalVector(), cross(v, axis));
 }
 
-TEST(Vector, CombinesAndMeasures)
-{
-    const Vector corners[3] = {Vector::x, Vector::y, Vector::z};
-    const double weights[3] = {0.5, 0.25, 2};
-    EXPECT_EQ(combine(3, weights, corners), Vector(0.5, 0.25, 2));
-    EXPECT_TRUE(equivalent(combine(3, corners).normalized(), Vector(1, 1, 1).normalized(), 1e-15));
-    EXPECT_EQ(combine(2.0f, PointFlt(1, 0, 3), -1.0f, PointFlt(0, 1, 4)), PointFlt(2, -1, 2));
-    EXPECT_TRUE(cross(Normal::x, Normal::y) == Vector::z && cross(Vector(0, 3, 0), Normal::z) == Vector(3, 0, 0));
-    EXPECT_EQ(angle(Normal::x, -Normal::x), std::numbers::pi);
-    EXPECT_NEAR(angle(Normal::x, Normal(Vector(1, 1e-9, 0))), 1e-9, 1e-15); // where an arc cosine knows nothing
-    EXPECT_TRUE(equivalent(rotate(Vector::x, Normal::z, std::numbers::pi / 2), Vector::y, 1e-15));
-    EXPECT_EQ(project(Vector(3, 4, 5), Normal::y), Vector(0, 4, 0));
-    const double values[3] = {0, 3, 4};
-    double taken[3] = {};
-    Point p;
-    p.set(values), p.get(taken);
-    EXPECT_TRUE(std::equal(values, values + 3, taken) && p[2] == 4 && combine(p, Point::origin) == Point(0, 1.5, 2));
-}
-
 AffineMatrix randomMatrix(Random& random)
 {
     AffineMatrix m;
@@ -218,39 +199,6 @@ TEST(Matrix, RotateTakesOneDirectionToTheOtherHoweverFarApart)
     EXPECT_TRUE(equivalent(axis * half, axis, 1e-15) && equivalent(Vector::z * half, -Vector::z, 1e-15));
 }
 
-TEST(HPoint, IsInViewWithinTheBordersInFrontOfTheEye)
-{
-    const HPoint deep[] = {{2, -2, 2, 2}, Point(1, 1, 1)}, flat[] = {{0, 0, 2.1, 2}, {0, 0, -2.1, 2}, {0, 0, nan, 1}};
-    const HPoint out[] = {{2.1, 0, 0, 2}, {0, -2.1, 0, 2}, {0, 0, 0, 0}, {0, 0, 0, -1}, {nan, 0, 0, 1}, {0, 0, 0, nan}};
-    for (const HPoint& p : deep) EXPECT_TRUE(p.insideView(false) && p.insideView(true));
-    for (const HPoint& p : flat) EXPECT_TRUE(p.insideView(false) && !p.insideView(true));
-    for (const HPoint& p : out) EXPECT_FALSE(p.insideView(false) || p.insideView(true));
-}
-
-TEST(Line, ParametersComeBackAndPointsProject)
-{
-    Random random(3);
-    for (int i = 0; i < 500; ++i) {
-        const ParamLine given(random.point(), random.point());
-        const Line line(given);
-        const Point p = random.point(2);
-        double t = 0;
-        const Point foot = project(p, given, t);
-        EXPECT_EQ(t, projectParam(p, given));
-        EXPECT_LT(distance(foot, project(p, line)), 1e-12);
-        EXPECT_LT(distance(line.eval(projectParam(p, line)), foot), 1e-12);
-        EXPECT_NEAR(dot(p - foot, given.direction), 0, 1e-12);
-        EXPECT_NEAR(distance(p, line), distance(p, foot), 1e-12);
-        const Point bounded = given.projectBounded(p, 0.25, 0.5);
-        EXPECT_LT(distance(bounded, given.eval(std::clamp(t, 0.25, 0.5))), 1e-12);
-    }
-    EXPECT_EQ(ParamLine(Point(1, 0, 0), Point(4, 0, 0)).eval(1), Point(4, 0, 0));
-    const ParamLine spot(Point(1, 2, 3), Vector());
-    EXPECT_EQ(projectParam(Point(9, 9, 9), spot), 0);
-    EXPECT_EQ(project(Point(9, 9, 9), Line(spot)), spot.point);
-    EXPECT_EQ(distance(Point(1, 2, 8), Line(spot)), 5);
-}
-
 TEST(Line, MeetsAnotherOnTheFirstOneWhereTheyAreNearest)
 {
     Random random(4);
@@ -273,35 +221,6 @@ TEST(Line, MeetsAnotherOnTheFirstOneWhereTheyAreNearest)
         intersect(swapped ? x : none, swapped ? none : x, ok, perpendicular2Tol);
         EXPECT_FALSE(ok);
     }
-}
-
-TEST(Plane, HasASideADistanceAndMeetings)
-{
-    EXPECT_FALSE(Plane().isValid());
-    const ParamPlane sheet(Point(1, 0, 0), Vector(0, 2, 0), Vector(0, 1, 1));
-    EXPECT_EQ(sheet.eval(2, 3), Point(1, 7, 3));
-    EXPECT_EQ(sheet.third(), Normal::x);
-    Random random(5);
-    for (int i = 0; i < 500; ++i) {
-        const Plane a(random.point(), random.direction()), b(random.point(), random.direction());
-        const Point p = random.point();
-        EXPECT_NEAR(a.eval(p), dot(a.normal, p.asVector()) + a.calculateD(), 1e-14);
-        EXPECT_EQ(distance(p, a), std::fabs(a.eval(p)));
-        bool ok = false;
-        const Line common = intersect(a, b, ok);
-        ASSERT_TRUE(ok);
-        for (const double t : {-1.0, 1.0}) EXPECT_LT(distance(common.eval(t), a) + distance(common.eval(t), b), 1e-10);
-        const Point pierced = intersect(Line(p, random.direction().asVector()), a, ok, perpendicular2Tol);
-        ASSERT_TRUE(ok);
-        EXPECT_LT(distance(pierced, a), 1e-10);
-        intersect(a, Plane(p, -a.normal), ok);
-        EXPECT_FALSE(ok);
-        intersect(Line(p, cross(a.normal, b.normal)), a, ok, perpendicular2Tol);
-        EXPECT_FALSE(ok);
-    }
-    bool ok = true;
-    intersect(Line(Point(), Vector::z), Plane(), ok, perpendicular2Tol);
-    EXPECT_FALSE(ok);
 }
 
 TEST(Range, OverlapsTouchesAndMisses)

@@ -92,47 +92,6 @@ void fillMesh(CompactMesh& m, std::uint64_t seed)
     m.getSelectedTriangles().resize(2 * size), m.getSelectedTriangles().setBit(random.below(size));
 }
 
-TEST(CompactMesh, IsEmptyAtFirst)
-{
-    CompactMesh mesh;
-    const CompactMesh& readOnly = mesh;
-    Snapshot empty(mesh);
-    EXPECT_EQ(empty.attributes.size(), 1u);
-    EXPECT_TRUE(empty.attributes[PointMesh::VerticesName].empty());
-    for (const auto& array : empty.indices) EXPECT_TRUE(array.empty());
-    EXPECT_FALSE(mesh.getNormals() || mesh.getUVs() || mesh.getSTs() || mesh.getTriangleNormals());
-    EXPECT_FALSE(readOnly.getNormalsRaw() || readOnly.getUVsRaw() || readOnly.getSTsRaw());
-    EXPECT_EQ(mesh.getLineStripStarts().size(), 0);
-    mesh.allocNormalArray();
-    mesh.allocTriangleNormalArray();
-    mesh.resizeVertexArray(2); // the channels of an empty mesh grow with it
-    EXPECT_TRUE(mesh.getNormals() && mesh.getNormals()[1].z == 0 && mesh.getVertices()[1].z == 0);
-    mesh.clearSelection();
-    mesh.resizeVertexArray(0);
-    EXPECT_EQ(mesh.getNumVertices(), 0);
-}
-
-TEST(CompactMesh, IsMadeFromArraysOfWhichAnyMayBeAbsent)
-{
-    const MeshVertex vertices[2] = {{1, 2, 3}, {4, 5, 6}};
-    const MeshUV uvs[2] = {{0.5f, 1}, {0, 0.25f}};
-    const MeshColour colours[2] = {{1, 0, 0, 1}, {0, 1, 0, 0.5f}};
-    CompactMesh mesh(2, vertices, nullptr, uvs, colours);
-    EXPECT_EQ(copied(mesh.getVerticesRaw(), 6), (std::vector<float>{1, 2, 3, 4, 5, 6}));
-    EXPECT_EQ(copied(mesh.getUVsRaw(), 4), (std::vector<float>{0.5f, 1, 0, 0.25f}));
-    EXPECT_EQ(mesh.getAttributes(PointMesh::ColoursName)->asFloat4()[1].w, 0.5f);
-    EXPECT_FALSE(mesh.getNormals() || mesh.getNormalsComputed());
-    EXPECT_EQ(mesh.getVertices()[1].asPoint(), znLinear::Point(4, 5, 6));
-    const int corners[6] = {0, 1, 0, 1, 1, 0};
-    mesh.copyTriangles(2, corners);
-    EXPECT_EQ(mesh.getTriangles()[1][2], 0);
-    mesh.resizeLineStripArrays(5, 3);
-    std::copy_n(std::begin({2, 0, 3}), 3, mesh.getLineStripLengths());
-    const auto starts = mesh.getLineStripStarts();
-    const int* const points = mesh.getLineStripPoints();
-    EXPECT_TRUE(starts[0] == points && starts[1] == points + 2 && starts[2] == points + 2);
-}
-
 TEST(CompactMesh, MayBeMadeWithoutPositions)
 {
     const CompactMesh mesh(3, nullptr, nullptr, nullptr, nullptr);
@@ -145,36 +104,6 @@ TEST(CompactMesh, RefusesMoreVerticesThanItsArraysCanIndex)
     mesh.resizeVertexArray(3);
     EXPECT_THROW(mesh.resizeVertexArray(800000000), std::length_error); // 3 floats each would leave `int`
     EXPECT_EQ(mesh.getNumVertices(), 3);
-}
-
-TEST(CompactMesh, ChannelsKeepUpWithTheirElements)
-{
-    CompactMesh mesh;
-    fillMesh(mesh, 1);
-    const Snapshot before(mesh);
-    const int numVertices = mesh.getNumVertices(), numTriangles = mesh.getNumTriangles();
-    const size_t bytes = mesh.getSizeInBytes();
-    mesh.resizeVertexArray(numVertices + 5);
-    mesh.resizeTriangleArray(numTriangles + 4);
-    EXPECT_GE(mesh.getSizeInBytes(), bytes + 5 * (3 + 3 + 2 + 2 + 1 + 4) * sizeof(float) + 4 * 6 * sizeof(float));
-    for (int i = 0; const MeshAttributes* a = mesh.getAttributes(i); ++i) {
-        ASSERT_EQ(a->getNumElements(), numVertices + 5);
-        std::vector<float> expected = before.attributes.at(a->getName().asChar());
-        expected.resize(expected.size() + size_t(5 * a->getNumComponents()), 0.0f);
-        EXPECT_EQ(copied(a->asFloat(), int(expected.size())), expected);
-    }
-    std::vector<float> normals = before.triangleNormals;
-    normals.resize(normals.size() + 12, 0.0f);
-    EXPECT_EQ(copied(mesh.getTriangleNormalsRaw(), int(normals.size())), normals);
-    mesh.clearSelection();
-    EXPECT_EQ(mesh.getSelectedTriangles().getNumSetBits() + mesh.getSelectedVertices().getNumSetBits(), 0);
-    EXPECT_EQ(mesh.getSelectedVertices().getSize(), numVertices);
-    mesh.resizePolyArrays(6, 2);
-    EXPECT_FALSE(mesh.getPolyMaterials() || mesh.getPolyGroups());
-    mesh.allocPolyGroupArray();
-    mesh.getPolyGroups()[1] += 5;
-    mesh.allocPolyGroupArray(); // once is enough
-    EXPECT_EQ(copied(mesh.getPolyGroups(), 2), (std::vector<int>{0, 5}));
 }
 
 TEST(CompactMesh, CopiesAssignsAndSwapsAllItHoldsButNoListeners)
@@ -299,24 +228,6 @@ TEST(Attributes, AreFoundByNameAndNumber)
     }
 }
 
-TEST(Attributes, KeepARangeUntilItIsInvalidated)
-{
-    MeshAttributes channel("heat", 2, 3);
-    float min = -7, max = -7;
-    const float values[6] = {1, 10, -2, 20, NAN, 15};
-    std::copy_n(values, 6, channel.asFloat());
-    EXPECT_TRUE(channel.getRange(0, min, max) && min == -2 && max == 1);
-    EXPECT_TRUE(channel.getRange(1, min, max) && min == 10 && max == 20);
-    channel.asFloat()[1] = 5;
-    EXPECT_TRUE(channel.getRange(1, min, max) && min == 10);
-    channel.invalidateRange();
-    EXPECT_TRUE(channel.getRange(1, min, max) && min == 5);
-    channel.resize(1);
-    EXPECT_TRUE(channel.getRange(1, min, max) && max == 5);
-    channel.resize(0);
-    EXPECT_FALSE(channel.getRange(0, min, max));
-}
-
 TEST(Modified, DropsWhatTheFlagsDoNotKeep)
 {
     using Channel = MeshModification;
@@ -366,29 +277,6 @@ TEST(Modified, DropsWhatTheFlagsDoNotKeep)
                 EXPECT_EQ(heard.modified, Change::Channels(flag == flagged.modified, flagged.channel));
                 EXPECT_EQ(heard.valid, Change::Channels(flag && flag == flagged.valid, flagged.channel));
             }
-}
-
-TEST(Modified, NamesAttributesAndCarriesMaps)
-{
-    Remap vertices(3, 3);
-    MeshRemap maps(&vertices, nullptr);
-    CompactMesh mesh;
-    fillMesh(mesh, 8);
-    ChangeRecorder recorder(mesh);
-    MeshModification change(&mesh, MeshModification::TopologyChanged, &maps);
-    for (const char* name : {"normals", "uvs", "sts", "heat"}) change.vertexAttribsModified(name);
-    change.polysModified(), change.linesModified(), change.lineStripsModified(), change.coloursValid();
-    mesh.modified(change);
-    EXPECT_TRUE(mesh.getNormals() && mesh.getUVs() && mesh.getSTs() && !mesh.getTriangleNormals());
-    ASSERT_EQ(recorder.changes().size(), 1u);
-    const Change& heard = recorder.changes()[0];
-    EXPECT_TRUE(heard.hasVertexRemap && !heard.hasTriangleRemap);
-    EXPECT_EQ(heard.attributes, (std::vector<std::string>{"normals", "uvs", "sts", "heat"}));
-    const Change::Channels modified = {MeshModification::Normals,    MeshModification::UVs,
-                                       MeshModification::STs,        MeshModification::Lines,
-                                       MeshModification::LineStrips, MeshModification::Polys};
-    EXPECT_EQ(heard.modified, modified);
-    EXPECT_EQ(heard.valid, Change::Channels{MeshModification::Colours});
 }
 
 /// Hears its own messages before anybody else.

@@ -41,7 +41,7 @@ struct AffineMatrixT
     }
 
     /// The rotation that takes direction `from` to direction `to`, without translation. Opposite directions are
-    /// joined by a half turn about `from`'s `orthogonalVector`.
+    /// joined by a half turn about `from`'s `orthogonalVector`. The identity when either is invalid.
     void rotate(const Normal& from, const Normal& to);
 
     /// The determinant of the linear part.
@@ -139,6 +139,8 @@ void AffineMatrixT<T>::rotate(const Normal& from, const Normal& to)
 {
     // Of directions that are nearly opposite the cross product tells no axis: a half turn about an axis at right angles
     // to `from` brings that round, and only the small rest is turned.
+    *this = AffineMatrixT();
+    if (!from.valid || !to.valid) return;
     constexpr double nearlyOpposite = 1e-4;
     const bool halfTurn = dot(from, to) < 0 && cross(from, to).length() < nearlyOpposite;
     const Normal half(from.asVector().orthogonalVector());
@@ -151,7 +153,6 @@ void AffineMatrixT<T>::rotate(const Normal& from, const Normal& to)
         if (axis.valid) image = znLinear::rotate(image, axis, radians);
         setRow(i, VectorT<T>(T(image.dx), T(image.dy), T(image.dz)));
     }
-    setRow(3, VectorT<T>());
 }
 
 /// Within the tolerance in each of the twelve numbers.

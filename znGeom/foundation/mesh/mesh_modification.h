@@ -1,14 +1,31 @@
 /// `znGeom::MeshModification`: what a change of a mesh did.
 ///
-/// Whoever changes a mesh tells it afterwards, once, through `modified`. What each of the library's functions
-/// declares (further rows come with the functions):
+/// Whoever changes a mesh tells it afterwards, once, through `modified`. What the mutators declare, those of this
+/// library today and those that are planned to join them:
 ///
-/// | Function                | Type              | Remap    | Flags |
-/// |-------------------------|-------------------|----------|-------|
-/// | `meshCompact`           | `TopologyChanged` | vertices | `normalsModified` when normals were compared,
-/// `uvsModified` when UVs exist, `stripsAndFansModified` when strips or fans exist, `triangleNormalsValid` | |
-/// `meshTriangulate`       | `TopologyChanged` |          | `normalsValid`, `uvsValid`, `stsValid`, `coloursValid` | |
-/// `meshRead`, `meshReadObj` | `TopologyChanged` |        | none |
+// clang-format off
+/// | Function                                  | Type                | Remap               | Flags |
+/// |-------------------------------------------|---------------------|---------------------|-------|
+/// | `meshCompact`                             | `TopologyChanged`   | vertices            | `normalsModified` when normals were compared, `uvsModified` when UVs exist, `stripsAndFansModified` when strips or fans exist, `triangleNormalsValid` |
+/// | `meshTriangulate`                         | `TopologyChanged`   |                     | `normalsValid`, `uvsValid`, `stsValid`, `coloursValid` |
+/// | `meshRead`, `meshReadObj`                 | `TopologyChanged`   |                     | none |
+/// | `meshComputeNormals`, `meshNormalize`     | `AttributesChanged` |                     | `normalsModified` |
+/// | `meshComputeTriangleNormals`              | `AttributesChanged` |                     | `triangleNormalsModified` |
+/// | `MeshOrient::orient`, `meshMakeOriented`  | `TopologyChanged`   |                     | `uvsValid`, `stsValid`, `coloursValid` |
+/// | `meshReverseWinding`                      | `TopologyChanged`   |                     | `normalsValid` or `normalsModified`, `triangleNormalsModified`, `uvsValid`, `stripsAndFansModified` |
+/// | `meshReverseSelectedWinding`              | `TopologyChanged`   |                     | `normalsModified`, `triangleNormalsModified`, `uvsValid` |
+/// | `MeshDeleteSelected`                      | `TopologyChanged`   | vertices, triangles | `uvsValid` when the mesh has UVs |
+/// | `meshConcatenate`                         | `TopologyChanged`   |                     | `vertexAttribsModified` per attribute, `stripsAndFansModified` when strips were merged |
+/// | `meshExtract`                             | `TopologyChanged`   |                     | `vertexAttribsModified` per attribute |
+/// | `meshRemapStripsAndFans`                  | `TopologyChanged`   |                     | `stripsAndFansModified`, `normalsModified`, `uvsModified` |
+/// | `meshSwap`                                | `TopologyChanged`   |                     | on both meshes, per channel on either: `vertexAttribsModified`, `polysModified`, `stripsAndFansModified`, `triangleNormalsModified`, `linesModified`, `lineStripsModified` |
+/// | `meshTransform`                           | `GeometryChanged`   |                     | `normalsModified` when normals exist, for a `CompactMesh` also `triangleNormalsModified` |
+/// | `meshTransform2d`                         | `AttributesChanged` |                     | `uvsModified` for "uvs", `stsModified` for "sts" |
+/// | `meshSmoothLaplacian`, `meshSmoothBilateral` | `GeometryChanged` |                    | none |
+/// | `meshMakeManifold`, `MeshMerge`           | `TopologyChanged`   |                     | none |
+/// | triangle strip building                   | `AttributesChanged` |                     | `stripsAndFansModified` |
+/// | `reparameterizeMesh`                      | `AttributesChanged` |                     | `uvsModified` |
+// clang-format on
 #pragma once
 
 #include "znGeom/foundation/containers/vector.h"

@@ -32,7 +32,7 @@ public:
     /// The part from byte `begin` up to `end`; both must lie on character borders.
     IString part(int begin, int end) const;
 
-    friend IString plus(const IString& a, const IString& b);
+    friend ZNGEOM_API IString plus(const IString& a, const IString& b);
     friend bool operator==(const IString& a, const IString& b) { return a.m_bytes == b.m_bytes; }
 
 private:

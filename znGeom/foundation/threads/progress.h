@@ -45,7 +45,8 @@ public:
     /// Takes the cancel back and starts again at 0 with no caption; not while a call uses the object.
     void reset();
 
-    /// Watches this object, normally the root. Called on the thread that reports, by one thread at a time.
+    /// Watches this object, normally the root. Called on the thread that reports, by one thread at a time; it may
+    /// cancel but not report.
     void setObserver(Observer observer) { m_observer = std::move(observer); }
 
 private:

@@ -16,7 +16,7 @@ void ThreadedAlgBase::prepare(int numThreads)
 
 void ThreadedAlgBase::updateProgress(int threadIndex, double fraction)
 {
-    if (!m_progress) return;
+    if (!m_progress || !m_fractions) return;
     m_fractions[static_cast<size_t>(threadIndex)].store(fraction, std::memory_order_relaxed);
     if (threadIndex != 0) return;
     double sum = 0;

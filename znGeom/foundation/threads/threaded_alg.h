@@ -33,7 +33,7 @@ public:
     /// Once on the calling thread after all bodies have ended; not called when a body threw.
     virtual void finalize();
 
-    /// Where to report and whom to ask; null for a loop that does neither.
+    /// Where to report and whom to ask; null for a loop that does neither. Before the run.
     void setProgress(Progress* progress) { m_progress = progress; }
 
     /// How much of its own part a thread has done, 0 to 1. The mean over the threads reaches the `Progress` through
