@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <fstream>
 #include <sstream>
 
@@ -24,6 +25,13 @@ std::string contentOf(std::FILE* file)
     while (const std::size_t count = std::fread(chunk, 1, sizeof chunk, file)) content.append(chunk, count);
     std::fclose(file);
     return content;
+}
+
+/// The thread sanitizer would have every process with threads wait for a second at its end.
+bool doWithoutWaiting()
+{
+    const char* options = std::getenv("TSAN_OPTIONS");
+    return setenv("TSAN_OPTIONS", ((options ? options : "") + std::string(" atexit_sleep_ms=0")).c_str(), 1) == 0;
 }
 
 } // namespace
@@ -44,6 +52,7 @@ std::ostream& operator<<(std::ostream& stream, const Outcome& outcome)
 ToolProcess::ToolProcess(const std::vector<std::string>& arguments, int terminal)
     : m_out(std::tmpfile()), m_err(std::tmpfile())
 {
+    [[maybe_unused]] static const bool prepared = doWithoutWaiting();
     std::vector<std::string> words{ZNGEOM_TOOL};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> argv;
