@@ -11,9 +11,10 @@ namespace znUtil {
 
 namespace {
 
-/// How often a thread looks again before it goes to sleep: some tens of microseconds, so that loops that follow one
-/// another closely never pay for waking anybody.
-constexpr int spinsBeforeSleep = 2000;
+/// How often a thread looks again before it goes to sleep: some tens of microseconds in all, so that loops that follow
+/// one another closely never pay for waking anybody. Between two looks it leaves the memory that it waits for alone:
+/// every look takes it from the thread that is about to write there.
+constexpr int looksBeforeSleep = 64, pausesPerLook = 32;
 
 /// More than any machine has that this runs on.
 constexpr int maxThreads = 1024;
@@ -34,9 +35,9 @@ inline void relax()
 template <typename T>
 void waitWhileEqual(const std::atomic<T>& value, T old)
 {
-    for (int spin = 0; spin < spinsBeforeSleep; ++spin) {
+    for (int look = 0; look < looksBeforeSleep; ++look) {
         if (value.load(std::memory_order_acquire) != old) return;
-        relax();
+        for (int pause = 0; pause < pausesPerLook; ++pause) relax();
     }
     value.wait(old, std::memory_order_acquire);
 }
@@ -145,8 +146,9 @@ private:
         }
     }
 
-    std::atomic<unsigned> m_state{0};
-    std::atomic<int> m_pending{0};
+    static constexpr size_t cacheLine = 64;
+    alignas(cacheLine) std::atomic<unsigned> m_state{0}; ///< alone where the waiting threads look
+    alignas(cacheLine) std::atomic<int> m_pending{0};
     std::atomic<bool> m_taken{false};
     std::atomic<bool> m_stop{false};
     Job m_job = nullptr;
