@@ -63,7 +63,17 @@ ToolProcess::ToolProcess(const std::vector<std::string>& arguments, int terminal
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, fileno(m_out), STDOUT_FILENO);
     posix_spawn_file_actions_adddup2(&actions, terminal >= 0 ? terminal : fileno(m_err), STDERR_FILENO);
-    const int error = posix_spawn(&m_pid, argv[0], &actions, nullptr, argv.data(), environ);
+    // Whoever runs the tests in the background may have set Ctrl-C to be ignored, which the tool would respect.
+    sigset_t defaults;
+    sigemptyset(&defaults);
+    sigaddset(&defaults, SIGINT);
+    sigaddset(&defaults, SIGTERM);
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    posix_spawnattr_setsigdefault(&attributes, &defaults);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
+    const int error = posix_spawn(&m_pid, argv[0], &actions, &attributes, argv.data(), environ);
+    posix_spawnattr_destroy(&attributes);
     posix_spawn_file_actions_destroy(&actions);
     if (error != 0) throw std::runtime_error("the tool can't be started");
 }
