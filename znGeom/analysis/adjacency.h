@@ -34,6 +34,7 @@ ZNGEOM_API void meshAdjVertices(const CompactMesh& mesh, const MeshAdjTris& adjT
 /// \param result  replaced: per triangle the other triangles on its edge from corner 0 to 1, then on the edge from 1
 ///                to 2, then from 2 to 0, each run ascending. A boundary edge adds nothing, an edge of three triangles
 ///                two; a triangle that shares two edges is listed twice. The place in the set does not tell the edge.
+///                An edge of k triangles takes k * (k - 1) entries; a table beyond 2^31 fails with std::length_error.
 ///
 /// Edges are grouped by their lower vertex in a counting sort: linear for bounded valence, n log n for a vertex that
 /// is the lower end of very many edges.
