@@ -247,7 +247,7 @@ TEST(ObjRead, WhatDoesNotOpenChangesNothing)
 TEST(ObjRead, RealMeshes)
 {
     const std::string known = znTest::meshFile("cow.obj");
-    if (known.empty()) GTEST_SKIP();
+    if (known.empty()) GTEST_SKIP() << "no meshes in ../shared/meshes";
     for (const auto& entry : std::filesystem::directory_iterator(std::filesystem::path(known).parent_path())) {
         SCOPED_TRACE(entry.path().filename());
         if (entry.path().extension() == ".obj") expectAsStreams(TemporaryFile::readFile(entry.path()));
