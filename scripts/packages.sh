@@ -33,6 +33,7 @@ peers  header:OpenMesh/Core/System/config.h libopenmesh-dev     OpenMesh, to com
 peers  header:meshoptimizer.h             libmeshoptimizer-dev  meshoptimizer, to compare with
 peers  header:eigen3/Eigen/Core           libeigen3-dev         Eigen, which CGAL uses
 peers  header:tbb/version.h               libtbb-dev            TBB, which CGAL uses
+peers  header:embree3/rtcore.h           libembree-dev         Embree, to compare with
 LIST
 }
 

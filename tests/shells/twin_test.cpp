@@ -1,0 +1,80 @@
+#include "znGeom/shells/twin.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/check_topology.h"
+#include "tests/support/random.h"
+#include "tests/support/recorder.h"
+#include "tests/support/shapes.h"
+
+using namespace znGeom;
+using namespace znTest;
+
+namespace {
+
+struct Listener : znRTB::SignalClient
+{
+    std::vector<int> types;
+
+    explicit Listener(const TopoMesh& mesh)
+    {
+        mesh.modifiedSignal().addCallback(
+            new znRTB::FunctionArgMember<EntityModification&, Listener>(this, &Listener::take), *this);
+    }
+    void take(EntityModification& modification)
+    {
+        types.push_back(static_cast<TopoMeshModification&>(modification).getType());
+    }
+};
+
+/// Three vertices on an axis and one triangle for each of the given tips, along the axis or against it.
+std::vector<TopoMeshFace> makeBook(TopoMesh& mesh, std::initializer_list<bool> along)
+{
+    const auto a = mesh.allocVertex({0, 0, 0}), b = mesh.allocVertex({0, 0, 1});
+    std::vector<TopoMeshFace> pages;
+    for (const bool forward : along) {
+        const auto tip = mesh.allocVertex({1, double(pages.size()), 0});
+        pages.push_back(forward ? mesh.allocTriangle(a, b, tip) : mesh.allocTriangle(b, a, tip));
+    }
+    return pages;
+}
+
+} // namespace
+
+TEST(Twin, PairsFromTheLeftWhateverTheDirection)
+{
+    TopoMesh mesh;
+    const auto pages = makeBook(mesh, {true, true, true});
+    ASSERT_EQ(countBoundary(mesh), 9);
+    Listener listener(mesh);
+    LogRecorder log;
+    meshTwin(mesh);
+    EXPECT_EQ(pages[0]->edge->twin, pages[1]->edge);
+    EXPECT_FALSE(pages[2]->edge->twin);
+    EXPECT_EQ(countBoundary(mesh), 7);
+    EXPECT_TRUE(checkTopology(mesh, false));
+    EXPECT_EQ(listener.types, std::vector<int>{1});
+    meshTwin(mesh); // nothing left to pair
+    EXPECT_EQ(listener.types.size(), 1u);
+    EXPECT_EQ(log.count("meshTwin: 5 vertices: "), 2);
+
+    TopoMesh empty;
+    meshTwin(empty);
+    EXPECT_EQ(log.count("meshTwin: 0 vertices: "), 1);
+}
+
+TEST(Twin, CompletesMeshesBuiltInAnyOrder)
+{
+    CompactMesh torus;
+    makeTorus(torus, 40, 30);
+    Random random(5);
+    MeshTriangle* t = torus.getTriangles();
+    for (int i = torus.getNumTriangles() - 1; i > 0; --i) std::swap(t[i], t[random.below(i + 1)]);
+    TopoMesh mesh;
+    fill(mesh, torus);
+    EXPECT_GT(countBoundary(mesh), 0);
+    meshTwin(mesh);
+    EXPECT_EQ(countBoundary(mesh), 0);
+    EXPECT_TRUE(checkTopology(mesh));
+    for (const auto v : verticesOf(mesh)) EXPECT_TRUE(v.valence() == 6 && !v.onBoundary());
+}

@@ -1,0 +1,35 @@
+#include "znGeom/topology/topo_arena.h"
+
+#include <algorithm>
+
+#include "znGeom/foundation/util/huge_pages.h"
+
+namespace znGeom {
+
+namespace {
+
+constexpr std::size_t mostBlocksPerSlab = 64;
+
+} // namespace
+
+std::byte* TopoBlockList::addBlock(int firstNumber)
+{
+    if (m_blocksLeft == 0) {
+        const std::size_t slabBytes = m_blocksPerSlab * TopoBlock::bytes;
+        const bool huge = slabBytes >= znUtil::hugePageBytes;
+        const std::size_t alignment = huge ? znUtil::hugePageBytes : TopoBlock::bytes;
+        auto* slab = static_cast<std::byte*>(::operator new(slabBytes, std::align_val_t(alignment)));
+        m_slabs.emplace_back(slab, FreeSlab{alignment});
+        if (huge) znUtil::adviseHugePages(slab, slabBytes);
+        m_next = slab;
+        m_blocksLeft = m_blocksPerSlab;
+        m_blocksPerSlab = std::min(2 * m_blocksPerSlab, mostBlocksPerSlab);
+    }
+    --m_blocksLeft;
+    std::byte* block = m_next;
+    m_next += TopoBlock::bytes;
+    new (block) TopoBlock{firstNumber, &m_metadata};
+    return block + TopoBlock::headerBytes;
+}
+
+} // namespace znGeom

@@ -1,0 +1,176 @@
+/// `znGeom::TopoMesh`: the half-edge mesh on which connectivity is edited.
+#pragma once
+
+#include "znGeom/foundation/containers/vector.h"
+#include "znGeom/foundation/mesh/entity.h"
+#include "znGeom/topology/topo_handles.h"
+
+namespace znGeom {
+
+class TopoMesh;
+
+/// What was done to a half-edge mesh. An algorithm tells the mesh once, at its end, and only if it changed anything.
+class ZNGEOM_API TopoMeshModification : public EntityModification
+{
+public:
+    enum Type : int {
+        PositionsChanged = 0,   ///< positions only
+        ConnectivityChanged = 1 ///< elements came, went or were joined otherwise
+    };
+
+    TopoMeshModification(const TopoMesh* mesh, Type type);
+    ~TopoMeshModification() override;
+    Type getType() const { return m_type; }
+
+private:
+    Type m_type;
+};
+
+/// Vertices, half-edges and faces in three lists, in order of creation; new elements come last. Faces are polygons of
+/// three sides or more. There are no half-edges outside faces: a boundary is the absence of a twin.
+///
+/// Elements are named by handles and read directly (`edge->next->origin`); only the operations here write. No element
+/// ever moves, and no record is used a second time while the mesh lives. Handles are trusted: an operation that is
+/// asked something impossible and has a `bool` result says false and changes nothing; what the others ask for is said
+/// with each. Operations tell nobody; who edits calls `modified` once at the end.
+///
+/// At a vertex where fans of faces touch without sharing an edge, walks see the fan of the vertex's `edge`; the edits
+/// that merge or remove vertices see them all. A mesh is used by one thread at a time; different meshes are
+/// independent. A half-edge takes 64 bytes and a triangle mesh about 80 bytes a half-edge in all.
+class ZNGEOM_API TopoMesh : public Entity
+{
+public:
+    TopoMesh();
+    ~TopoMesh() override;
+    TopoMesh(const TopoMesh&) = delete;
+    TopoMesh& operator=(const TopoMesh&) = delete;
+
+    // The lists, walked through `next`, of half-edges through `listNext`
+    TopoMeshVertex firstVertex() const { return m_vertices.first; }
+    TopoMeshEdge firstEdge() const { return m_edges.first; }
+    TopoMeshFace firstFace() const { return m_faces.first; }
+    int numVertices() const { return m_vertices.count; }
+    /// Half-edges, both halves of a pair.
+    int numEdges() const { return m_edges.count; }
+    int numFaces() const { return m_faces.count; }
+    /// One more than the largest `number` of any element yet: the size of a table by numbers.
+    int vertexNumbers() const { return m_vertexArena.numMade(); }
+    int edgeNumbers() const { return m_edgeArena.numMade(); }
+    int faceNumbers() const { return m_faceArena.numMade(); }
+
+    // Building
+    TopoMeshVertex allocVertex(const znLinear::Point& point);
+    /// A face over vertices in their order; the first half-edge starts at the first. Each half-edge x to y is paired at
+    /// once with a half-edge y to x of the fan of y's `edge` that has no twin yet, so that a mesh that is built fan by
+    /// fan comes out fully twinned; any other order is completed by `meshTwin`.
+    TopoMeshFace allocTriangle(TopoMeshVertex a, TopoMeshVertex b, TopoMeshVertex c);
+    TopoMeshFace allocQuad(TopoMeshVertex a, TopoMeshVertex b, TopoMeshVertex c, TopoMeshVertex d);
+    TopoMeshFace allocFace(const zn::vector<TopoMeshVertex>& vertices);
+    /// Makes two half-edges each other's twins, whatever their directions; former twins are left without one. Slots of
+    /// `a` are copied to `b`, or those of `b` to `a` where only `b` has any.
+    void setTwins(TopoMeshEdge a, TopoMeshEdge b);
+    void setPoint(TopoMeshVertex vertex, const znLinear::Point& point) { vertex->point = point; }
+
+    /// The half-edge from `a` to `b`, or null: direction matters. Looks round `a`.
+    static TopoMeshEdge findEdge(TopoMeshVertex a, TopoMeshVertex b);
+
+    // Edges
+    /// Turns the diagonal of two triangles. `e` then names the other diagonal; both half-edges, both faces and the four
+    /// sides keep their handles, and a face's first half-edge keeps its place counted from the diagonal. False when
+    /// there is no twin, a face is no triangle, or the other diagonal exists already or would join a vertex to itself.
+    ///
+    /// It is its own inverse: the diagonal turns counter-clockwise when the first of the four vertices is one of its
+    /// ends, clockwise otherwise. An end whose `edge` left it gets the half-edge that follows in the order of
+    /// `TopoMeshEdgeVertexIterator`.
+    bool swapEdge(TopoMeshEdge e);
+    /// Merges the two ends of an edge into its end vertex and returns that; its position stays. A triangle on the edge
+    /// goes, a larger face loses a side.
+    ///
+    /// Where a triangle goes, its other two sides become one: the twin of the side before `e` keeps its handle and gets
+    /// a new twin, the twin of the side after `e` goes and its place is taken by another record. A side without a twin
+    /// leaves the other one on the boundary; corners that lose their last face stay as isolated vertices. All other
+    /// half-edges keep their handles.
+    TopoMeshVertex collapseEdge(TopoMeshEdge e);
+    /// Contracts a boundary half-edge into its end: its face goes, the end keeps its handle and position. The outer
+    /// sides join as in `collapseEdge`.
+    TopoMeshVertex contractEdge(TopoMeshEdge e) { return collapseEdge(e); }
+    /// Removes an edge and merges its faces into the face of `e`. False when there is no twin, when both sides are the
+    /// same face, or when the halves run the same way.
+    bool deleteEdge(TopoMeshEdge e);
+    /// A new vertex on an edge. `e` keeps its origin and its twin, which now starts at the new vertex; the pair from
+    /// there to the old end is new. The faces gain a side each.
+    TopoMeshVertex subdivideEdge(TopoMeshEdge e, const znLinear::Point& point);
+    /// Parts an edge: both halves become boundary, and both ends are divided where that separates their fans. The
+    /// handles stay on the side of `e`. Nothing happens on a boundary half-edge.
+    void splitEdge(TopoMeshEdge e);
+
+    // Vertices
+    /// Removes a vertex with all its faces and leaves one face over the ring of its neighbours, whose half-edges keep
+    /// their handles. At a boundary vertex a new boundary half-edge closes the ring.
+    /// \return the new face; null for an isolated vertex, at a boundary vertex of a single face, where the ring has two
+    ///         sides only, which are then joined, and where a face meets the vertex twice
+    TopoMeshFace deleteVertex(TopoMeshVertex v);
+    /// Cuts the fan of a boundary vertex along an outgoing half-edge: it and its twin become boundary, and the side of
+    /// the twin gets a copy of the vertex. The far end stays whole.
+    /// \return the copy; null when there was nothing to cut
+    TopoMeshVertex splitVertex(TopoMeshVertex v, TopoMeshEdge e);
+    /// Opens a slit at an interior vertex along an arriving and a leaving half-edge: they and their twins become
+    /// boundary, and the side across from them gets a copy of the vertex. The far ends stay whole.
+    void splitVertex(TopoMeshEdge in, TopoMeshEdge out);
+    /// Joins two boundary half-edges as twins: the end of `b` becomes the origin of `a`, the origin of `b` the end of
+    /// `a`. The vertices of `a` survive, with their positions. Nothing happens when the two belong to one face or when
+    /// an end would meet itself.
+    void mergeVertices(TopoMeshEdge a, TopoMeshEdge b);
+
+    // Faces
+    /// Removes a face; its neighbours' half-edges become boundary, its vertices stay.
+    void deleteFace(TopoMeshFace f);
+    /// Cuts a face from its vertex `a` to its vertex `b`, which are no neighbours in it. `f` keeps the sides from b
+    /// round to a; the new face gets the rest and the way back.
+    /// \return the new half-edge from a to b, which lies in `f`
+    TopoMeshEdge subdivideFace(TopoMeshFace f, TopoMeshVertex a, TopoMeshVertex b);
+    /// The same along a path of new vertices at the given points, first to last from a to b; the vertices may then be
+    /// neighbours. \return the new face
+    TopoMeshFace subdivideFace(TopoMeshFace f, TopoMeshVertex a, TopoMeshVertex b,
+                               const zn::vector<znLinear::Point>& points);
+    /// A new vertex inside a face, joined to all its corners. `f` keeps its first half-edge. \return the new vertex
+    TopoMeshVertex subdivideFace(TopoMeshFace f, const znLinear::Point& point);
+
+    /// Tells the listeners.
+    void modified(TopoMeshModification& modification) { sendMessage(modification); }
+
+private:
+    template <typename Handle>
+    struct List
+    {
+        Handle first, last;
+        int count = 0;
+    };
+
+    TopoMeshEdge makeEdge(TopoMeshVertex origin, TopoMeshFace face);
+    TopoMeshFace makeFace();
+    TopoMeshFace makeFace(const TopoMeshVertex* vertices, int count);
+    void pairWithFan(TopoMeshEdge e);
+    void removeVertex(TopoMeshVertex v);
+    void removeEdge(TopoMeshEdge e);
+    void removeFace(TopoMeshFace f);
+    void setOrigin(TopoMeshEdge e, TopoMeshVertex origin);
+    void ensureEdge(TopoMeshVertex v, TopoMeshEdge first = {}, TopoMeshEdge second = {});
+    zn::vector<TopoMeshEdge> outgoing(TopoMeshVertex v) const;
+    TopoMeshEdge collapseSide(TopoMeshEdge e);
+    TopoMeshEdge closeTriangle(TopoMeshEdge e);
+    zn::vector<TopoMeshEdge> isolateFan(TopoMeshVertex v);
+    TopoMeshFace closeRing(const zn::vector<TopoMeshEdge>& ring, bool open);
+    void mergeInto(TopoMeshVertex survivor, TopoMeshVertex dying);
+    TopoMeshVertex divideFan(TopoMeshEdge kept, TopoMeshEdge moved);
+    TopoMeshFace cutFace(TopoMeshEdge fromA, TopoMeshEdge fromB, const zn::vector<znLinear::Point>& points);
+
+    TopoArena<TopoMeshVertexRecord> m_vertexArena;
+    TopoArena<TopoMeshEdgeRecord> m_edgeArena;
+    TopoArena<TopoMeshFaceRecord> m_faceArena;
+    List<TopoMeshVertex> m_vertices;
+    List<TopoMeshEdge> m_edges;
+    List<TopoMeshFace> m_faces;
+};
+
+} // namespace znGeom
