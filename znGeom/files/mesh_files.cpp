@@ -7,6 +7,7 @@
 #include "znGeom/files/internal/decimal.h"
 #include "znGeom/files/internal/parsers.h"
 #include "znGeom/files/internal/text_file.h"
+#include "znGeom/shells/twin.h"
 
 namespace znGeom {
 
@@ -32,19 +33,24 @@ bool readFile(CompactMesh& mesh, const Filename& file, void (*parse)(TextReader&
 }
 
 /// A number with ten significant digits; a bare `float` has six.
+template <typename T>
 struct TenDigits
 {
-    float value;
+    T value;
 };
+template <typename T>
+TenDigits(T) -> TenDigits<T>;
 
-/// One line: numbers and pieces of text, one behind the other.
+/// One line, or a part of one: numbers and pieces of text, one behind the other.
 class Line
 {
 public:
-    explicit Line(TextWriter& writer) : m_writer(writer), m_at(writer.line()) {}
+    explicit Line(TextWriter& writer, std::string_view ending = "\n")
+        : m_writer(writer), m_at(writer.line()), m_ending(ending)
+    {}
     ~Line()
     {
-        *m_at++ = '\n';
+        *this << m_ending;
         m_writer.setEnd(m_at);
     }
     Line(const Line&) = delete;
@@ -54,11 +60,13 @@ public:
     Line& operator<<(int value) { return *this << std::int64_t(value); }
     Line& operator<<(std::int64_t value) { return m_at = writeInt(m_at, value), *this; }
     Line& operator<<(float value) { return m_at = writeFloat6(m_at, value), *this; }
-    Line& operator<<(TenDigits number) { return m_at = writeFloat10(m_at, number.value), *this; }
+    Line& operator<<(TenDigits<float> number) { return m_at = writeFloat10(m_at, number.value), *this; }
+    Line& operator<<(TenDigits<double> number) { return m_at = writeDouble10(m_at, number.value), *this; }
 
 private:
     TextWriter& m_writer;
     char* m_at;
+    std::string_view m_ending;
 };
 
 /// Writes the elements of an OBJ file. Channels are per vertex, so that one index serves for all of them.
@@ -118,6 +126,20 @@ void ObjWriter::writeTriangle(const MeshTriangle& triangle)
     if (isBare) line << " ";
 }
 
+/// A face of any size, in pieces for which a line has room.
+void writeFace(TextWriter& writer, TopoMeshFace face, const zn::vector<int>& indices)
+{
+    constexpr int cornersPerPiece = 16;
+    int left = face.numVertices();
+    Line(writer, "") << left;
+    for (TopoMeshEdge e = face->edge; left > 0;) {
+        Line piece(writer, left <= cornersPerPiece ? "\n" : "");
+        for (int i = std::min(left, cornersPerPiece); i > 0; --i, e = e->next)
+            piece << " " << indices[e->origin.number()];
+        left -= cornersPerPiece;
+    }
+}
+
 bool writeParts(const CompactMesh& mesh, const Subsets& subsets, const IString& library, const Filename& file)
 {
     TextWriter writer(file);
@@ -158,6 +180,16 @@ Filename materialFile(const Filename& file)
 
 void meshRead(CompactMesh& mesh, const Filename& file) { readFile(mesh, file, parsePlain); }
 
+void meshRead(TopoMesh& mesh, const Filename& file)
+{
+    TextReader text(file);
+    if (!text.isOpen()) return;
+    parsePlain(text, mesh);
+    meshTwin(mesh);
+    TopoMeshModification modification(&mesh, TopoMeshModification::ConnectivityChanged);
+    mesh.modified(modification);
+}
+
 bool meshReadObj(CompactMesh& mesh, const Filename& file) { return readFile(mesh, file, parseObj); }
 
 void meshWrite(const CompactMesh& mesh, const Filename& file)
@@ -172,6 +204,21 @@ void meshWrite(const CompactMesh& mesh, const Filename& file)
     const MeshTriangle* triangles = mesh.getTriangles();
     for (int i = 0; i < numTriangles; ++i)
         Line(writer) << "3 " << triangles[i][0] << " " << triangles[i][1] << " " << triangles[i][2];
+}
+
+void meshWrite(TopoMesh& mesh, const Filename& file)
+{
+    TextWriter writer(file);
+    if (!writer.isOpen()) return;
+    Line(writer) << mesh.numVertices() << " " << mesh.numFaces();
+    zn::vector<int> indices(mesh.vertexNumbers());
+    int count = 0;
+    for (TopoMeshVertex vertex = mesh.firstVertex(); vertex; vertex = vertex->next) {
+        indices[vertex.number()] = count++;
+        const znLinear::Point& p = vertex->point;
+        Line(writer) << TenDigits{p.x} << " " << TenDigits{p.y} << " " << TenDigits{p.z};
+    }
+    for (TopoMeshFace face = mesh.firstFace(); face; face = face->next) writeFace(writer, face, indices);
 }
 
 bool meshWriteObj(const CompactMesh& mesh, const Filename& file)

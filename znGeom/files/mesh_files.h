@@ -10,6 +10,7 @@
 #include "znGeom/foundation/mesh/mesh_adjacency.h"
 #include "znGeom/foundation/text/filename.h"
 #include "znGeom/foundation/util/color.h"
+#include "znGeom/topology/topo_mesh.h"
 
 namespace znGeom {
 
@@ -23,9 +24,18 @@ namespace znGeom {
 /// bytes of the file could hold at two bytes a number. Linear in the file's size.
 ZNGEOM_API void meshRead(CompactMesh& mesh, const znOS::Filename& file);
 
+/// Reads the plain format with faces of any size into a half-edge mesh, in `double`, and completes its twins.
+///
+/// What the mesh held stays, and the file's elements come behind it. A face of fewer than three corners, or with an
+/// index that names no vertex of the file, is left out; where the numbers end, reading ends. `meshTwin` is run, and one
+/// change of connectivity is told after it. A file that does not open changes nothing and tells nothing.
+ZNGEOM_API void meshRead(TopoMesh& mesh, const znOS::Filename& file);
+
 /// Writes the plain format: positions with ten significant digits, and the triangles. A file that does not open is
 /// left alone without a word.
 ZNGEOM_API void meshWrite(const CompactMesh& mesh, const znOS::Filename& file);
+/// The same for a half-edge mesh, in the order of its lists, faces of any size.
+ZNGEOM_API void meshWrite(TopoMesh& mesh, const znOS::Filename& file);
 
 /// Reads positions and faces of an OBJ file.
 ///

@@ -119,18 +119,22 @@ char* writeFloat(char* out, float value)
     return std::to_chars(out, out + longestNumber, value, std::chars_format::general, precision).ptr;
 }
 
-} // namespace
-
-Scan convertFloat(const char* begin, const char* end, float& value)
+/// The value of a text that is known to be a number.
+template <typename T>
+Scan convertReal(const char* begin, const char* end, T& value)
 {
     begin += *begin == '+';
     const auto result = std::from_chars(begin, end, value);
     if (result.ec == std::errc()) return Scan::Number;
     const bool huge = isHuge({begin, static_cast<size_t>(end - begin)});
-    value = huge ? std::numeric_limits<float>::infinity() : 0.0f;
+    value = huge ? std::numeric_limits<T>::infinity() : T(0);
     if (*begin == '-') value = -value;
     return huge ? Scan::TooLarge : Scan::Number;
 }
+
+} // namespace
+
+Scan convertFloat(const char* begin, const char* end, float& value) { return convertReal(begin, end, value); }
 
 Scan convertInt(const char* begin, const char* end, int& value)
 {
@@ -169,8 +173,20 @@ Scan scanFloat(const char*& at, float& value)
     return Scan::Number;
 }
 
+Scan scanDouble(const char*& at, double& value)
+{
+    const char* const begin = at;
+    float narrowed; // where the number ends is the same in any precision
+    value = 0;
+    return scanFloat(at, narrowed) == Scan::None ? Scan::None : convertReal(begin, at, value);
+}
+
 char* writeInt(char* out, std::int64_t value) { return std::to_chars(out, out + longestNumber, value).ptr; }
 char* writeFloat6(char* out, float value) { return writeFloat<6>(out, value); }
 char* writeFloat10(char* out, float value) { return writeFloat<10>(out, value); }
+char* writeDouble10(char* out, double value)
+{
+    return std::to_chars(out, out + longestNumber, value, std::chars_format::general, 10).ptr;
+}
 
 } // namespace znGeom::internal

@@ -51,6 +51,8 @@ inline Scan scanInt(const char*& at, int& value)
 /// Reads an optional sign, digits with or without a point, and an optional exponent: the nearest `float`, ties to even.
 /// A number that is too large gives an infinity, one that is too small a zero; none gives 0.
 Scan scanFloat(const char*& at, float& value);
+/// The same to the nearest `double`, at half the speed.
+Scan scanDouble(const char*& at, double& value);
 
 /// The longest text that the writers make.
 constexpr int longestNumber = 24;
@@ -60,5 +62,6 @@ constexpr int longestNumber = 24;
 char* writeInt(char* out, std::int64_t value);
 char* writeFloat6(char* out, float value);
 char* writeFloat10(char* out, float value);
+char* writeDouble10(char* out, double value);
 
 } // namespace znGeom::internal

@@ -1,78 +1,12 @@
-#include "znGeom/files/internal/decimal.h"
-#include "znGeom/files/internal/parsers.h"
-
 #include <algorithm>
-#include <cmath>
 #include <limits>
-#include <string_view>
+
+#include "znGeom/files/internal/number_reader.h"
+#include "znGeom/files/internal/parsers.h"
 
 namespace znGeom::internal {
 
 namespace {
-
-/// Reads "inf", "infinity" or "nan" in any case, with an optional sign.
-bool scanWord(const char*& at, float& value)
-{
-    using Limits = std::numeric_limits<float>;
-    const bool negative = *at == '-';
-    const char* const word = at + (negative || *at == '+');
-    const auto isAt = [word](std::string_view name) {
-        return std::equal(name.begin(), name.end(), word, [](char a, char b) { return a == (b | 0x20); });
-    };
-    const bool isNan = isAt("nan");
-    if (!isNan && !isAt("inf")) return false;
-    at = word + (isAt("infinity") ? 8 : 3);
-    value = std::copysign(isNan ? Limits::quiet_NaN() : Limits::infinity(), negative ? -1.0f : 1.0f);
-    return true;
-}
-
-/// Reads numbers with white space between them. The first thing that is no number ends the reading for good, as the
-/// end of the text does.
-///
-/// A `float` out of range is an infinity, an `int` out of range the nearest one. Besides decimal numbers "inf",
-/// "infinity" and "nan" are known, in any case, so that what was written is read back; hexadecimal forms are not.
-class NumberReader
-{
-public:
-    explicit NumberReader(TextReader& text) : m_text(text), m_at(text.begin()) {}
-
-    /// False, with `value` as it was, when there are no more numbers.
-    bool read(int& value) { return seek() && (scanInt(m_at, value) != Scan::None || end()); }
-    bool read(float& value)
-    {
-        if (!seek()) return false;
-        const char* const begin = m_at;
-        float number;
-        if (scanFloat(m_at, number) == Scan::None && !scanWord(m_at = begin, number)) return end();
-        value = number;
-        return true;
-    }
-
-    bool hasEnded() const { return m_hasEnded; }
-
-private:
-    /// To the next number; a number never goes beyond a block, which ends with a line end.
-    bool seek()
-    {
-        while (!m_hasEnded) {
-            while (m_at != m_text.end() && isSpace(*m_at)) ++m_at;
-            if (m_at != m_text.end()) return true;
-            m_hasEnded = !m_text.nextBlock();
-            m_at = m_text.begin();
-        }
-        return false;
-    }
-
-    bool end()
-    {
-        m_hasEnded = true;
-        return false;
-    }
-
-    TextReader& m_text;
-    const char* m_at;
-    bool m_hasEnded = false;
-};
 
 /// New triangles are zeros.
 void resizeTriangles(CompactMesh& mesh, int count)
@@ -129,6 +63,49 @@ void parsePlain(TextReader& text, CompactMesh& mesh)
     result.resizeVertexArray(static_cast<int>(std::min<std::int64_t>(numVertices, size / 6)));
     resizeTriangles(result, static_cast<int>(std::min<std::int64_t>(numTriangles, size / 8)));
     mesh.swap(result);
+}
+
+namespace {
+
+zn::vector<TopoMeshVertex> readVertices(NumberReader& numbers, int count, TopoMesh& mesh)
+{
+    zn::vector<TopoMeshVertex> vertices;
+    for (int i = 0; i < count; ++i) {
+        znLinear::Point point;
+        if (!numbers.read(point.x)) break;
+        if (numbers.read(point.y)) numbers.read(point.z);
+        vertices.append(mesh.allocVertex(point));
+    }
+    return vertices;
+}
+
+/// Reads the corners of a face; none when the text ends or an index names no vertex.
+void readCorners(NumberReader& numbers, const zn::vector<TopoMeshVertex>& vertices, zn::vector<TopoMeshVertex>& corners)
+{
+    corners.clear();
+    int count = 0, index = 0;
+    bool whole = numbers.read(count);
+    for (int i = 0; i < count && !numbers.hasEnded(); ++i) {
+        const bool isVertex = numbers.read(index) && index >= 0 && index < vertices.size();
+        whole = whole && isVertex;
+        if (whole) corners.append(vertices[index]);
+    }
+    if (!whole) corners.clear();
+}
+
+} // namespace
+
+void parsePlain(TextReader& text, TopoMesh& mesh)
+{
+    NumberReader numbers(text);
+    int numVertices = 0, numFaces = 0;
+    if (numbers.read(numVertices)) numbers.read(numFaces);
+    const zn::vector<TopoMeshVertex> vertices = readVertices(numbers, numVertices, mesh);
+    zn::vector<TopoMeshVertex> corners;
+    for (int i = 0; i < numFaces && !numbers.hasEnded(); ++i) {
+        readCorners(numbers, vertices, corners);
+        if (corners.size() >= 3) mesh.allocFace(corners);
+    }
 }
 
 } // namespace znGeom::internal

@@ -1,0 +1,19 @@
+/// Polygons in the plane.
+#pragma once
+
+#include "znGeom/foundation/export.h"
+
+namespace znGeom {
+
+/// Whether a point lies within a polygon, by even and odd crossings: where the polygon covers itself twice is outside.
+///
+/// \param closedPolygon  x and y of each corner in turn, the first corner again at the end
+/// \param numPoints      the number of corners, the repeated one included; below 4 nothing is within
+/// \return false also for a point that is not a number
+///
+/// Exact as far as products of `double` are, and the same for a side whichever way it runs: of polygons that tile the
+/// plane, one alone holds each point, borders and corners included. Linear; literature: Hormann, Agathos, "The point
+/// in polygon problem for arbitrary polygons" (2001).
+ZNGEOM_API bool pointPolygonIntersect2D(const float* closedPolygon, int numPoints, float x, float y);
+
+} // namespace znGeom
