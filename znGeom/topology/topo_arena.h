@@ -53,8 +53,7 @@ public:
 private:
     struct FreeSlab
     {
-        std::size_t alignment;
-        void operator()(std::byte* slab) const { ::operator delete(slab, std::align_val_t(alignment)); }
+        void operator()(std::byte* slab) const;
     };
 
     zn::BlockAllocator m_metadata;

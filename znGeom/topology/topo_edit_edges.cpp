@@ -25,12 +25,6 @@ void formTriangle(TopoMeshFace face, TopoMeshEdge diagonal, TopoMeshEdge second,
 /// Which half-edge leaves `v`: `e` or the one after it.
 TopoMeshEdge outgoingAt(TopoMeshEdge e, TopoMeshVertex v) { return e->origin == v ? e : e->next; }
 
-void unpair(TopoMeshEdge e)
-{
-    e->twin->twin = {};
-    e->twin = {};
-}
-
 } // namespace
 
 bool TopoMesh::swapEdge(TopoMeshEdge e)

@@ -54,7 +54,7 @@ TopoMeshEdge TopoMesh::closeTriangle(TopoMeshEdge e)
     removeFace(face);
     if (outer && inner) {
         // The record of `after` steps in for its twin, which starts at the apex and runs beside `kept`.
-        after->twin = replaced->twin = {};
+        unpair(after);
         setOrigin(after, apex);
         after->face = replaced->face;
         link(replaced->prev, after);

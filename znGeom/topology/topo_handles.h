@@ -168,7 +168,9 @@ struct TopoMeshVertexRecord
     TopoMeshEdge edge; ///< some outgoing half-edge; null for an isolated vertex
     TopoMeshVertex next, prev;
     TopoMetadata<16> metadata;
-    int numOutgoing = 0; ///< kept by the mesh; more than the fan of `edge` where fans touch only here
+    // Kept by the mesh.
+    int numOutgoing = 0;     ///< more than the fan of `edge` has where fans touch only here
+    unsigned closedAt = ~0u; ///< the fan of `edge` was closed when so many half-edges had been unpaired or removed
 };
 
 struct TopoMeshEdgeRecord

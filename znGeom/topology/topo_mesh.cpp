@@ -76,8 +76,8 @@ void TopoMesh::removeVertex(TopoMeshVertex v)
 /// A half-edge without a face is a removed one.
 void TopoMesh::removeEdge(TopoMeshEdge e)
 {
-    if (e->twin && e->twin->twin == e) e->twin->twin = {};
-    e->twin = {};
+    if (e->twin) unpair(e);
+    ++m_numOpenings;
     e->face = {};
     --e->origin->numOutgoing;
     unlink(m_edges, e);
@@ -87,6 +87,13 @@ void TopoMesh::removeFace(TopoMeshFace f)
 {
     f->edge = {};
     unlink(m_faces, f);
+}
+
+void TopoMesh::unpair(TopoMeshEdge e)
+{
+    e->twin->twin = {};
+    e->twin = {};
+    ++m_numOpenings;
 }
 
 void TopoMesh::setOrigin(TopoMeshEdge e, TopoMeshVertex origin)
@@ -123,13 +130,16 @@ zn::vector<TopoMeshEdge> TopoMesh::outgoing(TopoMeshVertex v) const
 
 // Building
 
-/// Pairs a new half-edge with the one half-edge without a twin that leaves its end in the fan there.
-void TopoMesh::pairWithFan(TopoMeshEdge e)
+/// The half-edge without a twin that leaves a vertex in the fan of its `edge`, or null. The vertex' `edge` becomes that
+/// half-edge, so that it is found at once the next time; a fan that is closed is not walked twice.
+inline TopoMeshEdge TopoMesh::openEnd(TopoMeshVertex v)
 {
-    const TopoMeshVertex end = endOf(e);
-    if (!end->edge) return;
-    const TopoMeshEdge last = fanEnd(end->edge);
-    if (!last->twin && last != e && endOf(last) == e->origin) setTwins(last, e);
+    if (!v->edge || v->closedAt == m_numOpenings) return {};
+    if (!v->edge->twin) return v->edge;
+    v->edge = fanEnd(v->edge);
+    if (!v->edge->twin) return v->edge;
+    v->closedAt = m_numOpenings;
+    return {};
 }
 
 TopoMeshFace TopoMesh::makeFace(const TopoMeshVertex* vertices, int count)
@@ -146,16 +156,12 @@ TopoMeshFace TopoMesh::makeFace(const TopoMeshVertex* vertices, int count)
     link(last, first);
 
     TopoMeshEdge e = first;
-    do {
-        pairWithFan(e);
-        e = e->next;
-    } while (e != first);
-    do {
-        // An `edge` without a twin, where there is one, lets the next face find it at once.
-        const TopoMeshVertex v = e->origin;
-        v->edge = fanEnd(v->edge ? v->edge : e);
-        e = e->next;
-    } while (e != first);
+    for (int i = 0; i < count; ++i, e = e->next) {
+        const TopoMeshEdge back = openEnd(vertices[i + 1 < count ? i + 1 : 0]);
+        if (back && endOf(back) == vertices[i]) setTwins(back, e);
+    }
+    for (int i = 0; i < count; ++i, e = e->next)
+        if (!vertices[i]->edge) vertices[i]->edge = e;
     return face;
 }
 
@@ -179,7 +185,7 @@ TopoMeshFace TopoMesh::allocFace(const zn::vector<TopoMeshVertex>& vertices)
 void TopoMesh::setTwins(TopoMeshEdge a, TopoMeshEdge b)
 {
     for (const TopoMeshEdge e : {a, b})
-        if (e->twin && e->twin->twin == e) e->twin->twin = {};
+        if (e->twin) unpair(e);
     a->twin = b;
     b->twin = a;
     if (a->metadata.isWritten())

@@ -150,11 +150,12 @@ private:
     TopoMeshEdge makeEdge(TopoMeshVertex origin, TopoMeshFace face);
     TopoMeshFace makeFace();
     TopoMeshFace makeFace(const TopoMeshVertex* vertices, int count);
-    void pairWithFan(TopoMeshEdge e);
     void removeVertex(TopoMeshVertex v);
     void removeEdge(TopoMeshEdge e);
     void removeFace(TopoMeshFace f);
+    void unpair(TopoMeshEdge e);
     void setOrigin(TopoMeshEdge e, TopoMeshVertex origin);
+    TopoMeshEdge openEnd(TopoMeshVertex v);
     void ensureEdge(TopoMeshVertex v, TopoMeshEdge first = {}, TopoMeshEdge second = {});
     zn::vector<TopoMeshEdge> outgoing(TopoMeshVertex v) const;
     TopoMeshEdge collapseSide(TopoMeshEdge e);
@@ -171,6 +172,7 @@ private:
     List<TopoMeshVertex> m_vertices;
     List<TopoMeshEdge> m_edges;
     List<TopoMeshFace> m_faces;
+    unsigned m_numOpenings = 0; ///< grows with each event that may open a fan
 };
 
 } // namespace znGeom
