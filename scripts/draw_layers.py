@@ -14,7 +14,9 @@ INCLUDE = re.compile(r'^#include "znGeom/(\w+)/', re.MULTILINE)
 
 # What a folder is about. A folder of the library that is missing here is drawn with its name alone.
 AROUND = {"apps/zngeom": "the tool", "examples": "small programs", "tests": "unit and fuzz tests", "bench": "benchmarks"}
-SUBSYSTEMS = {"analysis": "derived data", "editing": "changes to a mesh", "files": "mesh files"}
+SUBSYSTEMS = {"analysis": "derived data, measures", "editing": "changes to a mesh", "files": "mesh files",
+              "planar": "plane fits, polygons", "shells": "twin surfaces", "spatial": "boxes, octrees, queries",
+              "topology": "the half-edge mesh"}
 FOUNDATION = {"linear": "value types", "containers": "lists, maps, references", "mesh": "the mesh model",
               "threads": "pool, loops, progress", "output": "log, messages, timer", "signals": "callbacks",
               "text": "strings, file names", "util": "small helpers"}

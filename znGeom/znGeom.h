@@ -2,6 +2,11 @@
 #pragma once
 
 #include "znGeom/analysis/adjacency.h"
+#include "znGeom/analysis/boundaries.h"
+#include "znGeom/analysis/components.h"
+#include "znGeom/analysis/measures.h"
+#include "znGeom/analysis/mesh_cache.h"
+#include "znGeom/editing/selection.h"
 #include "znGeom/editing/triangles.h"
 #include "znGeom/editing/weld.h"
 #include "znGeom/files/mesh_files.h"
@@ -12,3 +17,9 @@
 #include "znGeom/foundation/threads.h"
 #include "znGeom/foundation/utilities.h"
 #include "znGeom/foundation/value_types.h"
+#include "znGeom/planar/plane_fit.h"
+#include "znGeom/planar/polygon.h"
+#include "znGeom/shells/twin.h"
+#include "znGeom/spatial/queries.h"
+#include "znGeom/spatial/spatial_types.h"
+#include "znGeom/topology/topo_model.h"

@@ -1,0 +1,46 @@
+/// `znGeom::MeshClosestPtOnLine`: the nearest point of a polyline that runs along mesh edges.
+#pragma once
+
+#include "znGeom/analysis/mesh_sequence.h"
+#include "znGeom/foundation/mesh/compact_mesh.h"
+#include "znGeom/foundation/mesh/mesh_adjacency.h"
+#include "znGeom/foundation/mesh/mesh_coord.h"
+
+namespace znGeom {
+
+class MeshClosestPtOnLineImpl;
+
+/// Finds nearest points on lines along the edges of a mesh, for points close to the surface.
+///
+/// Keeps a copy of the triangles along the lines, with an octree of its own. The mesh and its adjacency are borrowed
+/// and must not change. A copy shares the working data of its source: it must not outlive it. Any number of threads may
+/// query one instance.
+class ZNGEOM_API MeshClosestPtOnLine
+{
+public:
+    /// \param adjTris  built from the mesh by `meshAdjTris`
+    /// \param lines    vertices that follow each other are joined by an edge of the mesh; pairs that are not joined are
+    ///                 no part of the line
+    ///
+    /// Linear in the mesh.
+    MeshClosestPtOnLine(const CompactMesh& mesh, const MeshAdjTris& adjTris, const MeshSequence& lines);
+    MeshClosestPtOnLine(const MeshClosestPtOnLine& other) : m_impl(other.m_impl), m_owned(false) {}
+    MeshClosestPtOnLine(MeshClosestPtOnLine&& other) noexcept;
+    MeshClosestPtOnLine& operator=(const MeshClosestPtOnLine&) = delete;
+    ~MeshClosestPtOnLine();
+
+    /// \return the place on the line that is nearest to `point`, in a triangle of the mesh beside it
+    ///
+    /// The line is searched in a box about the point and the surface point nearest to it, widened by half their
+    /// distance: one that is farther than about twice the surface is not seen. A point on the surface, within
+    /// `epsilonTolFlt`, gives a line vertex of the triangle that it stands on: the last one in corner order. Where no
+    /// part of the line is found the result is the nearest place of the kept triangles, and its number counts among
+    /// those and not in the mesh. Without such triangles it is invalid.
+    MeshCoord operator()(const znLinear::Point& point) const;
+
+private:
+    MeshClosestPtOnLineImpl* m_impl;
+    bool m_owned = true;
+};
+
+} // namespace znGeom

@@ -1,0 +1,182 @@
+#include "znGeom/spatial/closest_point.h"
+
+#include <array>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+#include "znGeom/analysis/bounds.h"
+#include "znGeom/analysis/edges.h"
+#include "znGeom/foundation/containers/stamp_table.h"
+#include "znGeom/foundation/linear/intersect.h"
+#include "znGeom/foundation/output/debug_channel.h"
+#include "znGeom/foundation/output/stop_watch.h"
+#include "znGeom/spatial/internal/nearest_triangle.h"
+#include "znGeom/spatial/octree_closest.h"
+
+namespace znGeom {
+
+using namespace znLinear;
+
+namespace {
+
+constexpr double largestDouble = std::numeric_limits<double>::max();
+
+/// The largest magnitude of a coordinate in the box that an octree divides.
+double extentOf(const Octree& octree)
+{
+    const BoundingBox box = octree.getRoot().box;
+    const float extent = std::max({std::fabs(box.minX), std::fabs(box.minY), std::fabs(box.minZ), std::fabs(box.maxX),
+                                   std::fabs(box.maxY), std::fabs(box.maxZ)});
+    return static_cast<double>(extent);
+}
+
+} // namespace
+
+class ClosestPointContext final : public zn::ImplBase
+{
+public:
+    explicit ClosestPointContext(int numTriangles) : seenTriangles(numTriangles) {}
+
+    zn::StampTable seenTriangles;
+    OctreeClosestIt leaves;
+};
+
+MeshClosestPoint::MeshClosestPoint(const CompactMesh& mesh, const Octree& octree, const OctreeTris& octreeTris)
+    : m_mesh(&mesh), m_octree(&octree), m_octreeTris(&octreeTris),
+      m_context(new ClosestPointContext(mesh.getNumTriangles())), m_owned(true)
+{}
+
+MeshClosestPoint::MeshClosestPoint(const MeshClosestPoint& other)
+    : m_mesh(other.m_mesh), m_octree(other.m_octree), m_octreeTris(other.m_octreeTris), m_context(other.m_context),
+      m_owned(false)
+{}
+
+MeshClosestPoint::MeshClosestPoint(MeshClosestPoint&& other) noexcept : MeshClosestPoint(std::as_const(other))
+{
+    m_owned = std::exchange(other.m_owned, false);
+}
+
+MeshClosestPoint::~MeshClosestPoint()
+{
+    if (m_owned) delete m_context;
+}
+
+double MeshClosestPoint::compute(const Point& point, MeshCoord* coord)
+{
+    OctreeClosestIt& leaves = m_context->leaves;
+    zn::StampTable& seen = m_context->seenTriangles;
+    const std::uint32_t stamp = seen.next();
+    NearestTriangle nearest(*m_mesh, point, largestDouble, extentOf(*m_octree), coord);
+    leaves.reset(*m_octree, point);
+    bool valid = leaves.valid() && !(leaves.getDistance2() >= nearest.best2());
+    for (; valid; valid = leaves.nextWithin(nearest.best2())) {
+        const int leaf = leaves.get().node->leafIndex;
+        const int count = m_octreeTris->numTris(leaf);
+        if (count == 0) continue;
+        nearest.testAll(m_octreeTris->firstTri(leaf), count,
+                        [&seen, stamp](int triangle) { return seen.mark(triangle, stamp); });
+    }
+    return std::sqrt(nearest.best2());
+}
+
+namespace {
+
+/// The triangles of a query that were seen last, a few hundred of them. It may forget one, which is then tested again
+/// to no effect; so the start of a query costs the same for a mesh of any size.
+class LatelySeen
+{
+public:
+    LatelySeen() { m_seen.fill(-1); }
+    /// Marks a triangle; returns whether it was not among those remembered.
+    bool mark(int triangle)
+    {
+        return std::exchange(m_seen[static_cast<unsigned>(triangle) % m_seen.size()], triangle) != triangle;
+    }
+
+private:
+    std::array<int, 512> m_seen;
+};
+
+/// The box of all corners of the triangles around a vertex.
+BoundingBox neighbourBox(const CompactMesh& mesh, const int* around, int count)
+{
+    BoundingBox result;
+    for (int i = 0; i < count; ++i) {
+        BoundingBox box;
+        meshTriBoundingBox(mesh.getVertices(), mesh.getTriangles()[around[i]], box);
+        result.extend(box);
+    }
+    return result;
+}
+
+} // namespace
+
+double meshClosestPoint(const CompactMesh& mesh, const Octree& octree, const MeshAdjTris& adjTris, const Point& point,
+                        double longestEdge, double maxDistance2, const BoundingBox* neighbourBoxes, MeshCoord* coord)
+{
+    // The larger of the two, not their sum: it finds the nearest point unless a triangle reaches far into a leaf that
+    // lies beyond both.
+    const double reach = longestEdge / std::sqrt(2.0), reach2 = reach * reach;
+    const PointFlt pointFlt(point);
+    NearestTriangle nearest(mesh, point, maxDistance2, extentOf(octree), coord);
+    const auto bound2 = [&] { return std::max(reach2, nearest.best2()); };
+    LatelySeen seen;
+
+    OctreeClosestIt leaves(octree, point);
+    bool valid = leaves.valid() && !(leaves.getDistance2() >= bound2());
+    for (; valid; valid = leaves.nextWithin(bound2())) {
+        const OctreeNode& leaf = *leaves.get().node;
+        for (int i = leaf.firstPoint; i < leaf.endPoint; ++i) {
+            const int vertex = octree.pointIndices()[i];
+            const int* around = adjTris.triIndices(vertex);
+            const int count = adjTris.numTris(vertex);
+            const BoundingBox box = neighbourBoxes ? neighbourBoxes[vertex] : neighbourBox(mesh, around, count);
+            if (!(nearest.best2() > box.distance2(pointFlt))) continue;
+            nearest.testAll(around, count, [&seen](int triangle) { return seen.mark(triangle); });
+        }
+    }
+    return std::sqrt(nearest.best2());
+}
+
+double meshClosestPoint(const CompactMesh& mesh, const Octree& octree, const MeshAdjTris& adjTris, const Point& point,
+                        MeshCoord* coord)
+{
+    return meshClosestPoint(mesh, octree, adjTris, point, meshLongestEdge(mesh), largestDouble, nullptr, coord);
+}
+
+double meshClosestVertex2(const CompactMesh& mesh, const Octree& octree, const Point& point)
+{
+    znOS::StopWatch watch;
+    const MeshVertex* vertices = mesh.getVertices();
+    double best2 = largestDouble;
+    OctreeClosestIt leaves(octree, point);
+    bool valid = leaves.valid() && !(leaves.getDistance2() >= best2);
+    for (; valid; valid = leaves.nextWithin(best2)) {
+        const OctreeNode& leaf = *leaves.get().node;
+        for (int i = leaf.firstPoint; i < leaf.endPoint; ++i)
+            best2 = std::min(best2, distance2(point, vertices[octree.pointIndices()[i]].asPoint()));
+    }
+    debugChannel().print("   meshClosestVertex: %f s\n", watch.stop());
+    return best2;
+}
+
+MeshCoord meshTriClosestPt(const float* vertices, const int* triangles, int triangle, const Point& point)
+{
+    MeshCoord coord;
+    coord.project(triangle, vertices, triangles, point);
+    return coord;
+}
+
+MeshCoord meshRayClosestPt(const CompactMesh& mesh, double longestEdge, const Octree& octree,
+                           const MeshAdjTris& adjTris, const Line& line, const Point& point)
+{
+    bool ok = false;
+    const Plane level(point, Normal(line.direction));
+    MeshCoord coord;
+    meshClosestPoint(mesh, octree, adjTris, intersect(line, level, ok, perpendicular2Tol), longestEdge, largestDouble,
+                     nullptr, &coord);
+    return coord;
+}
+
+} // namespace znGeom

@@ -1,0 +1,88 @@
+/// The point of a surface that is nearest to a given point.
+///
+/// Two engines stand on two indexes. `MeshClosestPoint` reads the triangle sets of an `OctreeTris`: the choice for many
+/// queries. `meshClosestPoint` needs the vertex octree and the adjacency alone: the choice for a few, or while no
+/// triangle sets exist. Distances are kept squared in `double`; where two triangles are exactly as near, the one that
+/// is reached first stays. No function reports an error: when nothing is nearer than the distance to begin with, the
+/// coordinate stays as it was.
+#pragma once
+
+#include "znGeom/foundation/linear/line.h"
+#include "znGeom/foundation/mesh/compact_mesh.h"
+#include "znGeom/foundation/mesh/mesh_adjacency.h"
+#include "znGeom/foundation/mesh/mesh_coord.h"
+#include "znGeom/spatial/octree.h"
+
+namespace znGeom {
+
+class ClosestPointContext;
+
+/// Finds nearest points by the triangle sets of an octree.
+///
+/// Mesh, octree and triangle sets are borrowed and must not change. An instance serves one thread at a time: parallel
+/// loops make one for each. A copy shares the working memory of its source: it must not outlive it, nor run at the same
+/// time. Making one takes four bytes per triangle.
+class ZNGEOM_API MeshClosestPoint
+{
+public:
+    /// \param octree      over the vertices of `mesh` and their box
+    /// \param octreeTris  made from the two by `computeOctreeTris`
+    MeshClosestPoint(const CompactMesh& mesh, const Octree& octree, const OctreeTris& octreeTris);
+    MeshClosestPoint(const MeshClosestPoint& other);
+    MeshClosestPoint(MeshClosestPoint&& other) noexcept;
+    MeshClosestPoint& operator=(const MeshClosestPoint&) = delete;
+    ~MeshClosestPoint();
+
+    /// \param coord  gets the nearest place; may be null; untouched when there is none
+    /// \return the distance, not squared; the square root of the largest double when there is no triangle or the point
+    ///         is not a number
+    ///
+    /// A microsecond or two for points near the surface; takes no memory once the walk has grown to its size.
+    double compute(const znLinear::Point& point, MeshCoord* coord);
+
+private:
+    const CompactMesh* m_mesh;
+    const Octree* m_octree;
+    const OctreeTris* m_octreeTris;
+    ClosestPointContext* m_context;
+    bool m_owned;
+};
+
+/// Finds the nearest point by the vertex octree: nearest vertices first, and the triangles around each.
+///
+/// \param octree          over the vertices of `mesh` and their box
+/// \param adjTris         built from the mesh by `meshAdjTris`
+/// \param longestEdge     the mesh's longest edge, by `meshLongestEdge`: how far a triangle can reach from its
+/// vertices.
+///                        The walk goes on to leaves at least up to this divided by the square root of two
+/// \param maxDistance2    the squared distance to begin with: only what is strictly nearer is taken
+/// \param neighbourBoxes  one box per vertex as `meshComputeNeighbourBBoxes` makes them; null has them made as needed
+/// \param coord           gets the nearest place; may be null; untouched when nothing is nearer
+/// \return the distance, not squared; the square root of `maxDistance2` when nothing is nearer
+///
+/// Re-entrant: any number of threads share the arguments.
+ZNGEOM_API double meshClosestPoint(const CompactMesh& mesh, const Octree& octree, const MeshAdjTris& adjTris,
+                                   const znLinear::Point& point, double longestEdge, double maxDistance2,
+                                   const BoundingBox* neighbourBoxes, MeshCoord* coord);
+
+/// The same without a limit. Measures the longest edge first, at each call: linear in the triangles.
+ZNGEOM_API double meshClosestPoint(const CompactMesh& mesh, const Octree& octree, const MeshAdjTris& adjTris,
+                                   const znLinear::Point& point, MeshCoord* coord);
+
+/// \return the squared distance to the nearest vertex; the largest double for an empty octree. Prints one line.
+ZNGEOM_API double meshClosestVertex2(const CompactMesh& mesh, const Octree& octree, const znLinear::Point& point);
+
+/// The nearest place of one triangle.
+/// \param vertices, triangles  the mesh's raw arrays
+/// \return invalid when a position is not a number, or for a triangle below 0
+ZNGEOM_API MeshCoord meshTriClosestPt(const float* vertices, const int* triangles, int triangle,
+                                      const znLinear::Point& point);
+
+/// The surface place that is nearest to where a line passes level with a point: the line's point on the plane through
+/// `point` at right angles to it. The other arguments are those of `meshClosestPoint`.
+/// \return invalid for a mesh without triangles
+ZNGEOM_API MeshCoord meshRayClosestPt(const CompactMesh& mesh, double longestEdge, const Octree& octree,
+                                      const MeshAdjTris& adjTris, const znLinear::Line& line,
+                                      const znLinear::Point& point);
+
+} // namespace znGeom

@@ -1,0 +1,130 @@
+/// Four numbers that are worked on at once.
+#pragma once
+
+#include <cstddef>
+#include <cstring>
+
+namespace znGeom {
+
+#if defined(__GNUC__)
+
+/// With the operators of its elements, element by element.
+using Float4 = float __attribute__((vector_size(16)));
+using Mask4 = int __attribute__((vector_size(16)));
+
+inline Float4 lesser(Float4 a, Float4 b) { return a < b ? a : b; }
+inline Float4 greater(Float4 a, Float4 b) { return a > b ? a : b; }
+
+/// In which of the first three places the mask is set, bit i for place i.
+inline unsigned places(Mask4 mask)
+{
+#if defined(__SSE__)
+    return static_cast<unsigned>(__builtin_ia32_movmskps(reinterpret_cast<Float4>(mask))) & 7u;
+#else
+    return (mask[0] ? 1u : 0u) | (mask[1] ? 2u : 0u) | (mask[2] ? 4u : 0u);
+#endif
+}
+inline unsigned placesLess(Float4 a, Float4 b) { return places(a < b); }
+inline unsigned placesLessOrEqual(Float4 a, Float4 b) { return places(a <= b); }
+
+/// The places of `bits` from one, the rest from the other.
+inline Float4 pick(int bits, Float4 set, Float4 clear)
+{
+    alignas(16) static constexpr int masks[8][4] = {{0, 0, 0, 0},  {-1, 0, 0, 0},  {0, -1, 0, 0},  {-1, -1, 0, 0},
+                                                    {0, 0, -1, 0}, {-1, 0, -1, 0}, {0, -1, -1, 0}, {-1, -1, -1, 0}};
+    Mask4 mask;
+    std::memcpy(&mask, masks[bits], sizeof mask);
+    return mask ? set : clear;
+}
+
+#else
+
+struct Float4
+{
+    float lanes[4];
+    float& operator[](int i) { return lanes[i]; }
+    float operator[](int i) const { return lanes[i]; }
+};
+
+template <typename Operation>
+Float4 eachLane(const Float4& a, const Float4& b, const Operation& operation)
+{
+    Float4 result;
+    for (int i = 0; i < 4; ++i) result[i] = operation(a[i], b[i]);
+    return result;
+}
+
+inline Float4 operator+(Float4 a, Float4 b)
+{
+    return eachLane(a, b, [](float x, float y) { return x + y; });
+}
+inline Float4 operator-(Float4 a, Float4 b)
+{
+    return eachLane(a, b, [](float x, float y) { return x - y; });
+}
+inline Float4 operator*(Float4 a, Float4 b)
+{
+    return eachLane(a, b, [](float x, float y) { return x * y; });
+}
+inline Float4 lesser(Float4 a, Float4 b)
+{
+    return eachLane(a, b, [](float x, float y) { return x < y ? x : y; });
+}
+inline Float4 greater(Float4 a, Float4 b)
+{
+    return eachLane(a, b, [](float x, float y) { return x > y ? x : y; });
+}
+inline unsigned placesLess(Float4 a, Float4 b)
+{
+    return (a[0] < b[0] ? 1u : 0u) | (a[1] < b[1] ? 2u : 0u) | (a[2] < b[2] ? 4u : 0u);
+}
+inline unsigned placesLessOrEqual(Float4 a, Float4 b)
+{
+    return (a[0] <= b[0] ? 1u : 0u) | (a[1] <= b[1] ? 2u : 0u) | (a[2] <= b[2] ? 4u : 0u);
+}
+inline Float4 pick(int bits, Float4 set, Float4 clear)
+{
+    Float4 result = clear;
+    for (int i = 0; i < 3; ++i)
+        if (bits >> i & 1) result[i] = set[i];
+    return result;
+}
+
+#endif
+
+/// Four numbers from anywhere.
+inline Float4 loadFloat4(const float* from)
+{
+    Float4 result;
+    std::memcpy(&result, from, sizeof result);
+    return result;
+}
+
+/// Over the first three.
+inline float dot(Float4 a, Float4 b)
+{
+    const Float4 products = a * b;
+    return products[0] + products[1] + products[2];
+}
+inline float length2(Float4 v) { return dot(v, v); }
+
+/// The positions of a mesh. The fourth number of each is any number.
+class Float4Positions
+{
+public:
+    Float4Positions(const float* vertices, int count) : m_vertices(vertices), m_last(count - 1) {}
+
+    const float* at(int vertex) const { return m_vertices + 3 * std::ptrdiff_t{vertex}; }
+    Float4 operator[](int vertex) const
+    {
+        // Behind the last one there may be nothing to read.
+        const float* from = at(vertex);
+        return vertex < m_last ? loadFloat4(from) : Float4{from[0], from[1], from[2], 0};
+    }
+
+private:
+    const float* m_vertices;
+    int m_last;
+};
+
+} // namespace znGeom

@@ -1,0 +1,35 @@
+/// `znGeom::QuadtreeIntersectIt`: the leaves of a quadtree that a box meets.
+#pragma once
+
+#include <memory>
+
+#include "znGeom/spatial/quadtree.h"
+
+namespace znGeom {
+
+/// The leaves whose x and y overlap or touch those of a box, depth first in child order 0 to 3. Quadtree and query are
+/// borrowed and must outlive the traversal. Each `reset` takes memory, the end of the walk gives it back.
+class ZNGEOM_API QuadtreeIntersectIt
+{
+public:
+    /// Invalid.
+    QuadtreeIntersectIt();
+    QuadtreeIntersectIt(const Quadtree& quadtree, const BoundingBox& query);
+    QuadtreeIntersectIt(const QuadtreeIntersectIt&) = delete;
+    QuadtreeIntersectIt& operator=(const QuadtreeIntersectIt&) = delete;
+    ~QuadtreeIntersectIt();
+
+    /// Starts anew: valid unless the query misses the root.
+    void reset(const Quadtree& quadtree, const BoundingBox& query);
+    bool valid() const { return m_record != nullptr; }
+    /// Wants a valid iterator, as does `get`.
+    void next();
+    /// The current leaf.
+    QuadtreeIterator get() const;
+
+private:
+    struct Record;
+    std::unique_ptr<Record> m_record; ///< null once the walk is over
+};
+
+} // namespace znGeom
