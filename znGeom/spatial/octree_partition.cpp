@@ -8,6 +8,7 @@
 #include "znGeom/foundation/containers/checked_size.h"
 #include "znGeom/foundation/output/debug_channel.h"
 #include "znGeom/foundation/output/stop_watch.h"
+#include "znGeom/foundation/threads/parallel_for.h"
 #include "znGeom/spatial/box_predicates.h"
 #include "znGeom/spatial/internal/float4.h"
 #include "znGeom/spatial/internal/partition_on_pool.h"
@@ -329,26 +330,36 @@ private:
 using TriPartitionAlg = PartitionAlg<TriangleElements>;
 using LinePartitionAlg = PartitionAlg<LineElements>;
 
-/// What `assignFromPairs` would make of all workers' pairs one after the other, without joining them first.
+/// What `assignFromPairs` would make of all workers' pairs one after the other, without joining them first: each worker
+/// counts its own pairs per leaf, and then places them behind those of the workers before it.
 template <typename Worker>
-ArrayOfSets makeTable(int numLeaves, const std::vector<Worker>& workers)
+ArrayOfSets makeTable(int numLeaves, const std::vector<Worker>& workers, ThreadPool& pool)
 {
     std::int64_t numPairs = 0;
     for (const Worker& worker : workers) numPairs += static_cast<std::int64_t>(worker.pairs.size());
     ArrayOfSets table(numLeaves, zn::checkedSize(numPairs));
-    int* starts = table.start.write();
-    std::vector<int> next(static_cast<size_t>(numLeaves), 0);
-    for (const Worker& worker : workers)
-        for (const LeafEntry& entry : worker.pairs) ++next[static_cast<size_t>(entry.leafIndex)];
+    int *starts = table.start.write(), *elements = table.elements.write();
+    std::vector<std::vector<int>> next(workers.size());
+    const auto forEachWorker = [&](const auto& body) {
+        znUtil::parallelFor(pool, static_cast<int>(workers.size()), [&body](Slice slice, int) {
+            for (int i = slice.begin; i < slice.end; ++i) body(static_cast<size_t>(i));
+        });
+    };
+
+    forEachWorker([&](size_t i) {
+        next[i].assign(static_cast<size_t>(numLeaves), 0);
+        int* counts = next[i].data();
+        for (const LeafEntry& entry : workers[i].pairs) ++counts[entry.leafIndex];
+    });
     int total = 0;
     for (int leaf = 0; leaf < numLeaves; ++leaf) {
         starts[leaf] = total;
-        total += std::exchange(next[static_cast<size_t>(leaf)], total);
+        for (std::vector<int>& places : next) total += std::exchange(places[static_cast<size_t>(leaf)], total);
     }
-    int* elements = table.elements.write();
-    for (const Worker& worker : workers)
-        for (const LeafEntry& entry : worker.pairs)
-            elements[next[static_cast<size_t>(entry.leafIndex)]++] = entry.element;
+    forEachWorker([&](size_t i) {
+        int* places = next[i].data();
+        for (const LeafEntry& entry : workers[i].pairs) elements[places[entry.leafIndex]++] = entry.element;
+    });
     return table;
 }
 
@@ -363,7 +374,7 @@ void partition(const CompactMesh& mesh, const Octree& octree, typename Elements:
     int coherentCount = 0;
     for (const auto& worker : alg.workers) coherentCount += worker.coherentCount;
 
-    ArrayOfSets sets = makeTable(octree.numLeaves(), alg.workers);
+    ArrayOfSets sets = makeTable(octree.numLeaves(), alg.workers, pool);
     const int numPairs = sets.elements.size();
     typename Elements::Table table(sets);
     result.swap(table);

@@ -2,21 +2,26 @@
 
 #include <algorithm>
 
+#include "znGeom/foundation/util/huge_pages.h"
+
 namespace znGeom {
 
 namespace {
 
 constexpr std::size_t mostBlocksPerSlab = 64;
-constexpr std::align_val_t blockAlignment{TopoBlock::bytes};
 
 } // namespace
 
 std::byte* TopoBlockList::addBlock(int firstNumber)
 {
     if (m_blocksLeft == 0) {
-        auto* slab = ::operator new(m_blocksPerSlab* TopoBlock::bytes, blockAlignment);
-        m_slabs.emplace_back(static_cast<std::byte*>(slab));
-        m_next = m_slabs.back().get();
+        const std::size_t slabBytes = m_blocksPerSlab * TopoBlock::bytes;
+        const bool huge = slabBytes >= znUtil::hugePageBytes;
+        const std::size_t alignment = huge ? znUtil::hugePageBytes : TopoBlock::bytes;
+        auto* slab = static_cast<std::byte*>(::operator new(slabBytes, std::align_val_t(alignment)));
+        m_slabs.emplace_back(slab, FreeSlab{alignment});
+        if (huge) znUtil::adviseHugePages(slab, slabBytes);
+        m_next = slab;
         m_blocksLeft = m_blocksPerSlab;
         m_blocksPerSlab = std::min(2 * m_blocksPerSlab, mostBlocksPerSlab);
     }
@@ -26,7 +31,5 @@ std::byte* TopoBlockList::addBlock(int firstNumber)
     new (block) TopoBlock{firstNumber, &m_metadata};
     return block + TopoBlock::headerBytes;
 }
-
-void TopoBlockList::FreeSlab::operator()(std::byte* slab) const { ::operator delete(slab, blockAlignment); }
 
 } // namespace znGeom

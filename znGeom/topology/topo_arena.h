@@ -53,7 +53,8 @@ public:
 private:
     struct FreeSlab
     {
-        void operator()(std::byte* slab) const;
+        std::size_t alignment;
+        void operator()(std::byte* slab) const { ::operator delete(slab, std::align_val_t(alignment)); }
     };
 
     zn::BlockAllocator m_metadata;

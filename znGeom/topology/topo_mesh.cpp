@@ -1,5 +1,7 @@
 #include "znGeom/topology/topo_mesh.h"
 
+#include "znGeom/foundation/util/prefetch.h"
+
 #include "znGeom/topology/internal/fan.h"
 
 namespace znGeom {
@@ -144,6 +146,9 @@ inline TopoMeshEdge TopoMesh::openEnd(TopoMeshVertex v)
 
 TopoMeshFace TopoMesh::makeFace(const TopoMeshVertex* vertices, int count)
 {
+    // In a mesh of no order these are the loads that take the time: all at once rather than one after the other.
+    for (int i = 0; i < count; ++i) znUtil::prefetch(vertices[i].record());
+    for (int i = 0; i < count; ++i) znUtil::prefetch(vertices[i]->edge.record());
     const TopoMeshFace face = makeFace();
     const TopoMeshEdge first = makeEdge(vertices[0], face);
     face->edge = first;
