@@ -25,5 +25,8 @@ public:
 std::unique_ptr<Command> makeInfoCommand();
 std::unique_ptr<Command> makeWeldCommand();
 std::unique_ptr<Command> makeConvertCommand();
+std::unique_ptr<Command> makeSplitCommand();
+std::unique_ptr<Command> makeExtractCommand();
+std::unique_ptr<Command> makeClosestCommand();
 
 } // namespace tool

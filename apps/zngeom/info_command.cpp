@@ -23,19 +23,84 @@ Report::Value channelNames(const znGeom::CompactMesh& mesh)
     return names;
 }
 
+Report::Value orNull(const std::optional<double>& value) { return value ? rounded(*value) : Report::Value(nullptr); }
+
+std::string orWhyNot(const std::optional<double>& value, const std::string& whyNot)
+{
+    return value ? shownNumber(*value) : "none: " + whyNot;
+}
+
+const char* const notWound = "the triangles are not consistently wound";
+const char* const notFinite = "it is not finite";
+
+void addComponents(const MeshSummary& summary, Report& report)
+{
+    const std::string overEdges = std::to_string(summary.components);
+    const std::string overVertices = std::to_string(summary.vertexComponents);
+    report.add("components", summary.components,
+               overEdges == overVertices ? overEdges : overEdges + ", over shared vertices " + overVertices);
+    report.addForPrograms("vertex_components", summary.vertexComponents);
+}
+
+/// All loops for programs, the longest ones for people.
+void addLoops(const std::vector<BoundaryLoop>& loops, Report& report)
+{
+    constexpr std::size_t mostShown = 10;
+    Report::Value lengths = Report::Value::array(), edges = Report::Value::array();
+    report.add("boundary_loops", loops.size());
+    int open = 0;
+    for (std::size_t i = 0; i < loops.size(); ++i) {
+        lengths.push_back(rounded(loops[i].length));
+        edges.push_back(loops[i].numEdges());
+        if (!loops[i].closed) ++open;
+        if (i < mostShown)
+            report.addForPeople("  loop " + std::to_string(i + 1), "length " + shownNumber(loops[i].length) + ", " +
+                                                                       std::to_string(loops[i].numEdges()) + " edges");
+    }
+    if (loops.size() > mostShown)
+        report.addForPeople("  and more", std::to_string(loops.size() - mostShown) + " shorter ones");
+    report.addForPrograms("boundary_loop_lengths", std::move(lengths));
+    report.addForPrograms("boundary_loop_edges", std::move(edges));
+    if (open > 0)
+        report.addNote("boundary loops that don't close: " + std::to_string(open) +
+                       ", they end at edges of three triangles or more");
+}
+
+void addMeasures(const MeshSummary& summary, Report& report)
+{
+    report.add("area", orNull(summary.area), orWhyNot(summary.area, notFinite));
+    report.add("volume", orNull(summary.volume),
+               orWhyNot(summary.volume, !summary.closed                ? "the surface is not closed"
+                                        : !summary.consistentlyWound() ? notWound
+                                                                       : notFinite));
+    report.add("longest_edge", orNull(summary.edges.longest), orWhyNot(summary.edges.longest, "there is no edge"));
+    const std::optional<double>& angle = summary.largestDihedralAngle;
+    report.addForPrograms("largest_dihedral_angle", orNull(angle));
+    report.addForPeople(
+        "largest dihedral",
+        angle ? shownNumber(*angle) + " degrees"
+              : orWhyNot(angle, summary.consistentlyWound() ? "no two triangles share an edge" : notWound));
+}
+
 class InfoCommand : public Command
 {
 public:
     CLI::App* addTo(CLI::App& app) override
     {
-        CLI::App* sub = app.add_subcommand("info", "Tell what is in a mesh: counts, bounds, channels, duplicates, "
-                                                   "boundaries, non-manifold edges");
+        CLI::App* sub = app.add_subcommand("info", "Tell what is in a mesh: counts, bounds, area, volume, components, "
+                                                   "boundary loops, duplicates, non-manifold edges");
         sub->footer(
             "polygons are faces of more than three corners; triangles counts a polygon by the triangles of its fan.\n"
             "duplicate_positions are vertices at exactly the place of an earlier one: weld merges them.\n"
             "A boundary edge has one triangle, a non-manifold edge three or more; the surface is closed if it has\n"
             "no boundary edge. The valence of a vertex is the number of its neighbours; unused vertices have none\n"
-            "and don't count. Bounds leave out vertices whose coordinates are infinite or not numbers.");
+            "and don't count. Bounds leave out vertices whose coordinates are infinite or not numbers.\n"
+            "An unbalanced edge is one of several triangles, of which not as many run along it one way as the other.\n"
+            "components are triangles connected over shared edges; vertex_components over shared vertices. Boundary\n"
+            "loops are told the longest first, the first ten; --json tells all. The volume is that of a closed mesh\n"
+            "without unbalanced edges, and negative when it is inside out. The dihedral angle is the one between the\n"
+            "normals of two triangles with a common edge, in degrees: 0 where they are flat. Lengths are in the\n"
+            "units of the file, areas and volumes in their squares and cubes.");
         sub->add_option("MESH", m_path, "The mesh file")->required();
         return sub;
     }
@@ -64,15 +129,19 @@ private:
         report.add("polygons", loaded.numPolygons);
         report.add("triangles", loaded.mesh.getNumTriangles());
         report.add("degenerate_triangles", summary.degenerateTriangles);
-        report.add("edges", summary.edges);
-        report.add("boundary_edges", summary.boundaryEdges);
-        report.add("boundary_vertices", summary.boundaryVertices);
-        report.add("non_manifold_edges", summary.nonManifoldEdges);
+        report.add("edges", summary.edges.edges);
+        report.add("boundary_edges", summary.edges.boundary);
+        report.add("boundary_vertices", summary.edges.boundaryVertices);
+        report.add("non_manifold_edges", summary.edges.nonManifold);
+        report.add("unbalanced_edges", summary.edges.unbalanced);
         report.add("closed", summary.closed);
+        addComponents(summary, report);
+        addLoops(summary.boundaryLoops, report);
         report.add("valence_min", orNull(summary.valenceMin));
         report.add("valence_max", orNull(summary.valenceMax));
         report.add("min", corner(summary.bounds, &Bounds::low));
         report.add("max", corner(summary.bounds, &Bounds::high));
+        addMeasures(summary, report);
         report.add("channels", channelNames(loaded.mesh));
         report.add("memory_bytes", loaded.mesh.getSizeInBytes());
         report.addNotes(loaded.notes);

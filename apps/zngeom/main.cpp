@@ -53,7 +53,10 @@ Examples:
   zngeom info bunny.obj
   zngeom info --json scan.ply
   zngeom weld soup.stl welded.obj
-  zngeom convert model.glb model.off)";
+  zngeom convert model.glb model.off
+  zngeom split parts.obj part.obj
+  zngeom extract scan.ply rim.ply --boundary 1 --rings 3
+  zngeom closest scan.ply points.txt -o distances.txt)";
 
 /// Whatever a file or a path holds, a message is one line.
 void printError(std::string message)
@@ -122,7 +125,7 @@ try {
 
 int runTool(int argc, char** argv)
 {
-    CLI::App app("zngeom looks at triangle and polygon meshes in files, welds them, and converts them.\n\n" +
+    CLI::App app("zngeom looks at triangle and polygon meshes in files, measures them, and takes them apart.\n\n" +
                      formatsForHelp(),
                  "zngeom");
     for (const auto& [word, ours] : {std::pair{"SUBCOMMAND", "COMMAND"}, {"TEXT", "FILE"}, {"REQUIRED", ""}})
@@ -133,10 +136,11 @@ int runTool(int argc, char** argv)
 
     OutputOptions options;
     std::vector<std::pair<std::unique_ptr<Command>, CLI::App*>> commands;
-    for (auto make : {makeInfoCommand, makeWeldCommand, makeConvertCommand}) {
+    for (auto make : {makeInfoCommand, makeWeldCommand, makeConvertCommand, makeSplitCommand, makeExtractCommand,
+                      makeClosestCommand}) {
         std::unique_ptr<Command> command = make();
         CLI::App* sub = command->addTo(app)->group("Commands");
-        sub->add_flag("--json", options.json, "Print the report as one JSON object");
+        sub->add_flag("--json", options.json, "Print the report as JSON");
         sub->add_flag("-v,--verbose", options.verbose, "Show what the library does and how long it takes");
         commands.emplace_back(std::move(command), sub);
     }

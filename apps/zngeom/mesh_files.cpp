@@ -6,7 +6,6 @@
 #include "apps/zngeom/mesh_readers.h"
 #include "apps/zngeom/mesh_writers.h"
 #include "apps/zngeom/pacer.h"
-#include "apps/zngeom/pending_file.h"
 #include "znGeom/foundation/output/debug_channel.h"
 #include "znGeom/foundation/output/stop_watch.h"
 
@@ -28,15 +27,6 @@ std::string allExtensions()
     for (const FileFormat& format : fileFormats())
         for (const std::string& extension : format.extensions) list += (list.empty() ? "" : " ") + extension;
     return list;
-}
-
-void noteUnwritten(const FileFormat& format, LoadedMesh& loaded)
-{
-    const std::string missing = std::string(": ") + format.name + " files have none, not written";
-    if (loaded.mesh.getNormals() && !format.writesNormals) loaded.notes.push_back("normals" + missing);
-    if (loaded.mesh.getUVs() && !format.writesUVs) loaded.notes.push_back("texture coordinates" + missing);
-    if (loaded.numPolygons > 0)
-        loaded.notes.push_back("polygons: " + std::to_string(loaded.numPolygons) + ", written as triangles");
 }
 
 void printTime(const char* what, const std::string& path, const FileFormat& format, znOS::StopWatch& watch)
@@ -66,13 +56,20 @@ const std::vector<FileFormat>& fileFormats()
     return formats;
 }
 
-const FileFormat& formatOf(const std::string& path)
+const FileFormat* findFormat(const std::string& path)
 {
     const std::string extension = extensionOf(path);
     for (const FileFormat& format : fileFormats()) {
         const auto& known = format.extensions;
-        if (std::find(known.begin(), known.end(), extension) != known.end()) return format;
+        if (std::find(known.begin(), known.end(), extension) != known.end()) return &format;
     }
+    return nullptr;
+}
+
+const FileFormat& formatOf(const std::string& path)
+{
+    if (const FileFormat* format = findFormat(path)) return *format;
+    const std::string extension = extensionOf(path);
     const std::string problem = extension.empty() ? "no extension" : "unknown extension " + extension;
     throw Failure(path + ": " + problem + "; known are " + allExtensions());
 }
@@ -98,23 +95,46 @@ void checkOutputFormat(const std::string& path)
     if (!format.write) throw Failure(path + ": " + format.name + " is read and not written; write .glb instead");
 }
 
-void saveMesh(LoadedMesh& loaded, const std::string& path, znUtil::Progress& progress)
+std::unique_ptr<PendingFile> writeAside(const znGeom::CompactMesh& mesh, const std::string& path,
+                                        znUtil::Progress& progress)
 {
     checkOutputFormat(path);
     const FileFormat& format = formatOf(path);
     progress.setCaption("writing");
     znOS::StopWatch watch;
     try {
-        PendingFile file(path);
-        format.write(loaded.mesh, file.path().string(), progress);
+        auto file = std::make_unique<PendingFile>(path);
+        format.write(mesh, file->path().string(), progress);
         checkCancelled(progress);
-        file.commit();
+        progress.set(1);
+        printTime("wrote", path, format, watch);
+        return file;
     } catch (const Failure& failure) {
         throw Failure(path + ": " + failure.what());
     }
-    progress.set(1);
-    printTime("wrote", path, format, watch);
-    noteUnwritten(format, loaded);
+}
+
+void putInPlace(PendingFile& file, const std::string& path)
+try {
+    file.commit();
+} catch (const Failure& failure) {
+    throw Failure(path + ": " + failure.what());
+}
+
+void noteUnwritten(LoadedMesh& loaded, const std::string& path)
+{
+    const FileFormat& format = formatOf(path);
+    const std::string missing = std::string(": ") + format.name + " files have none, not written";
+    if (loaded.mesh.getNormals() && !format.writesNormals) loaded.notes.push_back("normals" + missing);
+    if (loaded.mesh.getUVs() && !format.writesUVs) loaded.notes.push_back("texture coordinates" + missing);
+    if (loaded.numPolygons > 0)
+        loaded.notes.push_back("polygons: " + std::to_string(loaded.numPolygons) + ", written as triangles");
+}
+
+void saveMesh(LoadedMesh& loaded, const std::string& path, znUtil::Progress& progress)
+{
+    putInPlace(*writeAside(loaded.mesh, path, progress), path);
+    noteUnwritten(loaded, path);
 }
 
 } // namespace tool

@@ -1,10 +1,12 @@
 /// The file formats of the tool, and reading and writing a mesh by its file's extension.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "apps/zngeom/loaded_mesh.h"
+#include "apps/zngeom/pending_file.h"
 #include "znGeom/foundation/threads/progress.h"
 
 namespace tool {
@@ -22,7 +24,10 @@ struct FileFormat
 
 const std::vector<FileFormat>& fileFormats();
 
-/// By the extension of the path. Fails for one that no format has.
+/// By the extension of the path; null for one that no format has.
+const FileFormat* findFormat(const std::string& path);
+
+/// The same. Fails for one that no format has.
 const FileFormat& formatOf(const std::string& path);
 
 /// Fails with one line that begins with the path.
@@ -31,9 +36,19 @@ void loadMesh(const std::string& path, znUtil::Progress& progress, LoadedMesh& r
 /// Finds out before any work is done whether there is a writer for this path; fails if not.
 void checkOutputFormat(const std::string& path);
 
-/// Writes the triangles to a new file, which takes the place of the old one when it is complete. Fails with one line
-/// that begins with the path, and leaves what was there as it was; so does a cancel. Adds to the mesh's notes what it
-/// has and the file doesn't.
+/// Writes the triangles to a new file beside the target, for `putInPlace`. Fails with one line that begins with the
+/// path, and leaves no file; so does a cancel.
+std::unique_ptr<PendingFile> writeAside(const znGeom::CompactMesh& mesh, const std::string& path,
+                                        znUtil::Progress& progress);
+
+/// Fails with one line that begins with the path.
+void putInPlace(PendingFile& file, const std::string& path);
+
+/// Adds to the mesh's notes what it has and a file of this path doesn't.
+void noteUnwritten(LoadedMesh& loaded, const std::string& path);
+
+/// All three: writes the triangles to a new file, which takes the place of the old one when it is complete. A failure
+/// and a cancel leave what was there as it was.
 void saveMesh(LoadedMesh& loaded, const std::string& path, znUtil::Progress& progress);
 
 } // namespace tool

@@ -2,20 +2,18 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 #include <vector>
 
 #include "apps/zngeom/pacer.h"
 #include "znGeom/analysis/adjacency.h"
+#include "znGeom/analysis/areas.h"
+#include "znGeom/analysis/edges.h"
 #include "znGeom/editing/weld.h"
 
 namespace tool {
 
 namespace {
-
-bool isFinite(const znGeom::MeshVertex& vertex)
-{
-    return std::isfinite(vertex.x) && std::isfinite(vertex.y) && std::isfinite(vertex.z);
-}
 
 std::vector<znGeom::MeshVertex> finiteVertices(const znGeom::CompactMesh& mesh)
 {
@@ -51,73 +49,11 @@ int countDuplicates(const std::vector<znGeom::MeshVertex>& vertices, znUtil::Pro
     return count - remap.range;
 }
 
-/// Counts the triangles on each edge, from the lower one of its vertices.
-class EdgeCounter
+void countNeighbours(const znGeom::CompactMesh& mesh, const znGeom::MeshAdjTris& adjTris, MeshSummary& summary)
 {
-public:
-    EdgeCounter(const znGeom::CompactMesh& mesh, const znGeom::MeshAdjTris& adjTris,
-                const znGeom::MeshAdjVertices& adjVertices)
-        : m_mesh(mesh), m_adjTris(adjTris), m_adjVertices(adjVertices),
-          m_trianglesTo(static_cast<std::size_t>(mesh.getNumVertices())), m_onBoundary(mesh.getNumVertices())
-    {}
-
-    void countFrom(int vertex, MeshSummary& summary)
-    {
-        countTriangles(vertex);
-        for (int i = 0; i < m_adjVertices.numNeighbours(vertex); ++i) {
-            const int neighbour = m_adjVertices.neighbours(vertex)[i];
-            if (neighbour < vertex) continue;
-            int& triangles = m_trianglesTo[static_cast<std::size_t>(neighbour)];
-            ++summary.edges;
-            if (triangles >= 3) ++summary.nonManifoldEdges;
-            if (triangles == 1) {
-                ++summary.boundaryEdges;
-                m_onBoundary.setBit(vertex);
-                m_onBoundary.setBit(neighbour);
-            }
-            triangles = 0;
-        }
-    }
-
-    int numBoundaryVertices() const { return m_onBoundary.getNumSetBits(); }
-
-private:
-    /// A triangle that has an edge twice, because a corner is repeated, counts once.
-    void countTriangles(int vertex)
-    {
-        int previous = -1;
-        for (int i = 0; i < m_adjTris.numTris(vertex); ++i) {
-            const int triangle = m_adjTris.triIndices(vertex)[i];
-            if (triangle == previous) continue;
-            previous = triangle;
-            int counted = vertex;
-            for (const int corner : m_mesh.getTriangles()[triangle].corners) {
-                if (corner == vertex || corner == counted) continue;
-                ++m_trianglesTo[static_cast<std::size_t>(corner)];
-                counted = corner;
-            }
-        }
-    }
-
-    const znGeom::CompactMesh& m_mesh;
-    const znGeom::MeshAdjTris& m_adjTris;
-    const znGeom::MeshAdjVertices& m_adjVertices;
-    std::vector<int> m_trianglesTo; ///< per vertex, from the present one; zero between two
-    znGeom::BitVector m_onBoundary;
-};
-
-void summarizeNeighbourhoods(const znGeom::CompactMesh& mesh, znUtil::Progress& progress, MeshSummary& summary)
-{
-    znGeom::MeshAdjTris adjTris;
     znGeom::MeshAdjVertices adjVertices;
-    znGeom::meshAdjTris(mesh, adjTris);
-    checkCancelled(progress);
     znGeom::meshAdjVertices(mesh, adjTris, adjVertices);
-
-    Pacer pacer(progress, static_cast<std::size_t>(mesh.getNumVertices()));
-    EdgeCounter counter(mesh, adjTris, adjVertices);
     for (int vertex = 0; vertex < mesh.getNumVertices(); ++vertex) {
-        pacer.at(static_cast<std::size_t>(vertex));
         if (adjTris.numTris(vertex) == 0) {
             ++summary.unusedVertices;
             continue;
@@ -125,13 +61,77 @@ void summarizeNeighbourhoods(const znGeom::CompactMesh& mesh, znUtil::Progress& 
         const int valence = adjVertices.numNeighbours(vertex);
         summary.valenceMin = std::min(summary.valenceMin.value_or(valence), valence);
         summary.valenceMax = std::max(summary.valenceMax.value_or(valence), valence);
-        counter.countFrom(vertex, summary);
     }
-    summary.boundaryVertices = counter.numBoundaryVertices();
-    summary.closed = mesh.getNumTriangles() > 0 && summary.boundaryEdges == 0;
+}
+
+std::optional<double> finite(double value) { return std::isfinite(value) ? std::optional(value) : std::nullopt; }
+
+/// Six times the volume is the sum of the parallelepipeds from any point to the triangles; one amid the mesh keeps
+/// digits where the mesh lies far from the origin.
+std::optional<double> computeVolume(const znGeom::CompactMesh& mesh, const Bounds& bounds)
+{
+    const auto middle = [&](int axis) { return (double(bounds.low[axis]) + double(bounds.high[axis])) / 2; };
+    const znLinear::Point origin(middle(0), middle(1), middle(2));
+    double sum = 0;
+    for (int i = 0; i < mesh.getNumTriangles(); ++i) {
+        const auto corner = [&](int which) {
+            return mesh.getVertices()[mesh.getTriangles()[i][which]].asPoint() - origin;
+        };
+        sum += dot(corner(0), cross(corner(1), corner(2)));
+    }
+    return finite(sum / 6);
+}
+
+bool hasNormal(const znGeom::CompactMesh& mesh, const znGeom::MeshTriangle& triangle)
+{
+    const auto corner = [&](int which) { return mesh.getVertices()[triangle[which]].asPoint(); };
+    return znLinear::Normal(cross(corner(2) - corner(1), corner(0) - corner(1))).isValid();
+}
+
+/// In degrees. Triangles without area have no direction and are left out.
+double largestDihedralAngle(const znGeom::CompactMesh& mesh)
+{
+    std::vector<znGeom::MeshTriangle> triangles;
+    std::copy_if(mesh.getTriangles(), mesh.getTriangles() + mesh.getNumTriangles(), std::back_inserter(triangles),
+                 [&mesh](const znGeom::MeshTriangle& triangle) { return hasNormal(mesh, triangle); });
+    znGeom::CompactMesh faces;
+    faces.copyVertices(mesh.getNumVertices(), mesh.getVertices());
+    faces.resizeTriangleArray(static_cast<int>(triangles.size()));
+    std::copy(triangles.begin(), triangles.end(), faces.getTriangles());
+    znGeom::MeshAdjTris adjTris;
+    znGeom::meshAdjTris(faces, adjTris);
+    return znGeom::meshMaxDihedralAngle(faces, adjTris) * 180 / std::numbers::pi;
+}
+
+void summarizeSurface(const znGeom::CompactMesh& mesh, znUtil::Progress& progress, MeshSummary& summary)
+{
+    znUtil::Progress phase;
+    progress.subPhase(0.6, phase);
+    const Surface surface(mesh, phase);
+    countNeighbours(mesh, surface.adjTris(), summary);
+    checkCancelled(progress);
+
+    summary.edges = surface.edgeCounts();
+    summary.closed = mesh.getNumTriangles() > 0 && summary.edges.boundary == 0;
+    summary.components = surface.components(Across::Edges).count();
+    summary.vertexComponents = surface.components(Across::Vertices).count();
+    summary.boundaryLoops = surface.boundaryLoops();
+    checkCancelled(progress);
+    progress.set(0.8);
+
+    summary.area = finite(double(znGeom::meshArea(mesh, znGeom::MeshChannelVertices)));
+    if (summary.closed && summary.consistentlyWound() && summary.bounds)
+        summary.volume = computeVolume(mesh, *summary.bounds);
+    if (summary.edges.edges > summary.edges.boundary && summary.consistentlyWound())
+        summary.largestDihedralAngle = largestDihedralAngle(mesh);
 }
 
 } // namespace
+
+bool isFinite(const znGeom::MeshVertex& vertex)
+{
+    return std::isfinite(vertex.x) && std::isfinite(vertex.y) && std::isfinite(vertex.z);
+}
 
 int countDegenerateTriangles(const znGeom::CompactMesh& mesh)
 {
@@ -157,7 +157,7 @@ MeshSummary summarizeMesh(const znGeom::CompactMesh& mesh, znUtil::Progress& pro
     checkCancelled(progress);
 
     progress.subPhase(0.5, phase);
-    summarizeNeighbourhoods(mesh, phase, summary);
+    summarizeSurface(mesh, phase, summary);
     return summary;
 }
 

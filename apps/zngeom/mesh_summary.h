@@ -3,6 +3,7 @@
 
 #include <optional>
 
+#include "apps/zngeom/surface.h"
 #include "znGeom/foundation/mesh/compact_mesh.h"
 #include "znGeom/foundation/threads/progress.h"
 
@@ -24,19 +25,28 @@ struct MeshSummary
     // Triangles
     int degenerateTriangles = 0; ///< with a corner repeated
 
-    // Neighbourhoods; edges join two different vertices of a triangle
+    // Neighbourhoods
     std::optional<int> valenceMin, valenceMax; ///< the number of neighbours of a used vertex
-    int edges = 0;
-    int boundaryEdges = 0;    ///< of one triangle
-    int nonManifoldEdges = 0; ///< of three triangles or more
-    int boundaryVertices = 0; ///< at the end of a boundary edge
+    EdgeCounts edges;
+    int components = 0, vertexComponents = 0; ///< over shared edges, and over shared vertices
+    std::vector<BoundaryLoop> boundaryLoops;  ///< the longest first
 
     /// Whether there are triangles, and all their edges have another one.
     bool closed = false;
+    /// Whether neighbours run along their common edges in opposite directions.
+    bool consistentlyWound() const { return edges.unbalanced == 0; }
+
+    // Measures, in the units of the file; none where a number is not finite
+    std::optional<double> area;
+    std::optional<double> volume;               ///< of a closed and consistently wound mesh; negative when inside out
+    std::optional<double> largestDihedralAngle; ///< degrees, 0 where flat; of a consistently wound mesh
 };
 
 /// Throws `Cancelled` when the user has asked to stop. n log n in the vertices, linear in the triangles.
 MeshSummary summarizeMesh(const znGeom::CompactMesh& mesh, znUtil::Progress& progress);
+
+/// Whether the three coordinates are numbers and not infinite.
+bool isFinite(const znGeom::MeshVertex& vertex);
 
 /// The number of triangles with a corner repeated.
 int countDegenerateTriangles(const znGeom::CompactMesh& mesh);

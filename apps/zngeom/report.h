@@ -2,7 +2,9 @@
 #pragma once
 
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tool {
@@ -15,9 +17,16 @@ public:
     using Value = nlohmann::ordered_json;
 
     /// \param key  small letters and underscores; people see blanks for these
-    void add(const char* key, Value value);
+    void add(const char* key, const Value& value);
+    /// \param shown  what people see instead of the value
+    void add(const char* key, Value value, std::string shown);
+    void addForPrograms(const char* key, Value value);
+    void addForPeople(std::string label, std::string shown);
     void addNote(std::string note);
     void addNotes(const std::vector<std::string>& notes);
+
+    /// Prints this text and nothing else, for people and for programs: the result of a command that has one.
+    void setOutput(std::string text) { m_output = std::move(text); }
 
     /// Ends in a line end. Notes follow the values.
     std::string text() const;
@@ -26,10 +35,17 @@ public:
 
 private:
     Value m_values = Value::object();
+    std::vector<std::pair<std::string, std::string>> m_lines; ///< label and text
+    std::optional<std::string> m_output;
     std::vector<std::string> m_notes;
 };
 
 /// The same number in as many decimal digits as a `float` needs: 0.1 and not 0.10000000149.
 double shortest(float value);
+
+/// As many decimal digits as numbers have that were computed from `float` positions.
+Report::Value rounded(double value);
+/// What people see of it: 8.0, or "none" for what is not finite.
+std::string shownNumber(double value);
 
 } // namespace tool

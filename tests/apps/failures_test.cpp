@@ -10,17 +10,6 @@ namespace toolTest {
 
 namespace {
 
-/// Expects status 1, nothing on standard output and one line on standard error with the given words in it.
-void expectOneLine(const Outcome& outcome, const std::vector<std::string>& words, const std::string& what)
-{
-    EXPECT_EQ(outcome.status, 1) << what << outcome;
-    EXPECT_EQ(outcome.out, "") << what;
-    EXPECT_TRUE(outcome.err.starts_with("zngeom: ")) << what << outcome;
-    EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << what << outcome;
-    for (const std::string& word : words)
-        EXPECT_NE(outcome.err.find(word), std::string::npos) << word << what << outcome;
-}
-
 /// A text with the first occurrence of some words replaced.
 std::string with(std::string text, const std::string& words, const std::string& others)
 {
@@ -125,7 +114,20 @@ TEST(ToolFailures, WhatCannotBeReadOrWrittenIsSaid)
 TEST(ToolUsage, WrongUseIsStatusTwoAndHelpIsHelp)
 {
     const std::vector<std::vector<std::string>> wrong{
-        {}, {"inform"}, {"info"}, {"info", "a.obj", "b.obj"}, {"weld", "a.obj"}, {"info", "--loud", "a.obj"}};
+        {},
+        {"inform"},
+        {"info"},
+        {"info", "a.obj", "b.obj"},
+        {"weld", "a.obj"},
+        {"info", "--loud", "a.obj"},
+        {"split", "a.obj"},
+        {"split", "a.obj", "b.obj", "--parts", "0"},
+        {"split", "a.obj", "b.obj", "--by", "faces"},
+        {"split", "a.obj", "b.obj", "--parts", "2", "--by", "edges"},
+        {"extract", "a.obj", "b.obj"},
+        {"extract", "a.obj", "b.obj", "--component", "1", "--boundary", "1"},
+        {"extract", "a.obj", "b.obj", "--component", "1", "--rings", "2"},
+        {"closest", "a.obj"}};
     for (const auto& arguments : wrong) {
         const Outcome outcome = runTool(arguments);
         EXPECT_EQ(outcome.status, 2) << outcome;
@@ -134,8 +136,8 @@ TEST(ToolUsage, WrongUseIsStatusTwoAndHelpIsHelp)
     }
     const Outcome help = runTool({"--help"});
     EXPECT_EQ(help.status, 0);
-    for (const char* word :
-         {"info", "weld", "convert", ".obj", ".ply", ".off", ".stl", ".glb", ".gltf", ".txt", "Ctrl-C"})
+    for (const char* word : {"info", "weld", "convert", "split", "extract", "closest", ".obj", ".ply", ".off", ".stl",
+                             ".glb", ".gltf", ".txt", "Ctrl-C"})
         EXPECT_NE(help.out.find(word), std::string::npos) << word;
     EXPECT_NE(runTool({"weld", "--help"}).out.find("--positions"), std::string::npos);
     EXPECT_TRUE(runTool({"--version"}).out.starts_with("zngeom "));

@@ -139,6 +139,91 @@ TEST(ToolInfo, CountsWhatIsWrongWithASurface)
         expectValues(info(scratch.write("file.obj", content)), expected, what);
 }
 
+TEST(ToolInfo, MeasuresASurfaceAndItsParts)
+{
+    const std::string cube = cubeObj(), top = "f 5 6 8 7\n";
+    std::string oneTurned = cube;
+    oneTurned.replace(oneTurned.find(top), top.size(), "f 7 8 6 5\n");
+    const Json none = Json::array();
+    const std::string moebius = "v 0 0 0\nv 1 0 0\nv 2 0 0\nv 0 1 1\nv 1 1 1\nv 2 1 1\n"
+                                "f 1 2 4\nf 2 5 4\nf 2 3 5\nf 3 6 5\nf 3 4 6\nf 4 1 6\n";
+    const std::vector<std::tuple<std::string, std::string, Json>> files{
+        {"cube",
+         cube,
+         {{"components", 1},
+          {"vertex_components", 1},
+          {"boundary_loops", 0},
+          {"boundary_loop_lengths", none},
+          {"closed", true},
+          {"unbalanced_edges", 0},
+          {"area", 24},
+          {"volume", 8},
+          {"longest_edge", 2.828427},
+          {"largest_dihedral_angle", 90}}},
+        {"far away", cubeObj("9999", "10001"), {{"min", {9999, -1, -1}}, {"volume", 8}}},
+        {"inside out", cubeObj("1", "-1"), {{"area", 24}, {"volume", -8}, {"largest_dihedral_angle", 90}}},
+        {"one face turned",
+         oneTurned,
+         {{"closed", true}, {"unbalanced_edges", 4}, {"volume", nullptr}, {"largest_dihedral_angle", nullptr}}},
+        {"tetrahedra",
+         tetrahedraObj(),
+         {{"components", 2},
+          {"vertex_components", 1},
+          {"volume", 0.3333333},
+          {"longest_edge", 1.414214},
+          {"largest_dihedral_angle", 125.2644}}},
+        {"annulus",
+         annulusObj(),
+         {{"boundary_loops", 2},
+          {"boundary_loop_lengths", {16, 8}},
+          {"boundary_loop_edges", {4, 4}},
+          {"area", 12},
+          {"volume", nullptr},
+          {"largest_dihedral_angle", 0}}},
+        {"borders that touch",
+         "v 0 0 0\nv 3 0 0\nv 0 4 0\nv -6 0 0\nv 0 -8 0\nf 1 2 3\nf 1 4 5\n",
+         {{"components", 2}, {"vertex_components", 1}, {"boundary_loop_lengths", {24, 12}}}},
+        {"one-sided", moebius, {{"boundary_loop_edges", {6}}, {"unbalanced_edges", 1}, {"components", 1}}},
+        {"three triangles on an edge",
+         "v 0 0 0\nv 1 0 0\nv 0 1 0\nv 0 -1 0\nv 0 0 1\nf 1 2 3\nf 1 2 4\nf 2 1 5\n",
+         {{"components", 1}, {"boundary_loop_edges", {4, 2}}, {"unbalanced_edges", 1}}},
+        {"a sliver on a flat square",
+         "v 0 0 0\nv 2 0 0\nv 2 2 0\nv 0 2 0\nv 1 0 0\nf 1 2 3\nf 1 3 4\nf 2 1 5\n",
+         {{"area", 4}, {"largest_dihedral_angle", 0}}},
+        {"no number",
+         "v nan 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n",
+         {{"area", nullptr}, {"boundary_loop_lengths", {nullptr}}}},
+        {"corners repeated", "v 0 0 0\nv 1 0 0\nf 1 1 1\nf 1 2 2\n", {{"components", 2}, {"vertex_components", 1}}},
+        {"points alone",
+         "v 0 0 0\n",
+         {{"components", 0}, {"boundary_loops", 0}, {"area", 0}, {"longest_edge", nullptr}}},
+    };
+    const Scratch scratch;
+    for (const auto& [what, content, expected] : files)
+        expectValues(info(scratch.write("file.obj", content)), expected, what);
+}
+
+TEST(ToolInfo, TellsPeopleTheLongestLoopsAndWhatHasNoValue)
+{
+    const Scratch scratch;
+    std::string triangles;
+    for (int i = 1; i <= 12; ++i) {
+        const std::string size = std::to_string(i);
+        triangles += "v 0 0 " + size + "\nv " + size + " 0 " + size + "\nv 0 " + size + " " + size + "\nf -3 -2 -1\n";
+    }
+    const Outcome soup = runTool({"info", scratch.write("soup.obj", triangles)});
+    for (const char* line :
+         {"\ncomponents            12\n", "\n  loop 1              length 40.97056, 3 edges\n",
+          "\n  and more            2 shorter ones\n", "\nvolume                none: the surface is not closed\n"})
+        EXPECT_NE(soup.out.find(line), std::string::npos) << line << soup;
+    EXPECT_EQ(info(scratch.path("soup.obj"))["boundary_loop_lengths"].size(), 12U);
+
+    const Outcome tetrahedra = runTool({"info", scratch.write("two.obj", tetrahedraObj())});
+    for (const char* line :
+         {"\ncomponents            2, over shared vertices 1\n", "\nlargest dihedral      125.2644 degrees\n"})
+        EXPECT_NE(tetrahedra.out.find(line), std::string::npos) << line << tetrahedra;
+}
+
 TEST(ToolInfo, ReadsThePlyAndOffOfOtherPrograms)
 {
     const std::string rich =

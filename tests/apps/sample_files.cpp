@@ -138,4 +138,39 @@ std::string triangleGltf()
            R"(AAABAAIAAAACAAEA"}]})";
 }
 
+std::string cubeObj(const std::string& first, const std::string& second)
+{
+    std::string text;
+    for (const char* yz : {" -1 -1\n", " 1 -1\n", " -1 1\n", " 1 1\n"})
+        for (const std::string& x : {first, second}) text += "v " + x + yz;
+    return text + "f 1 3 4 2\nf 5 6 8 7\nf 1 2 6 5\nf 3 7 8 4\nf 1 5 7 3\nf 2 4 8 6\n";
+}
+
+std::string tetrahedraObj()
+{
+    return "v 0 0 0\nv 1 0 0\nv 0 1 0\nv 0 0 1\nv -1 0 0\nv 0 -1 0\nv 0 0 -1\nv -0.5 -0.25 -0.25\n"
+           "f 1 3 2\nf 1 2 4\nf 1 4 3\nf 2 3 4\nf 1 5 6\nf 1 7 5\nf 1 6 7\nf 7 6 8\nf 6 5 8\nf 5 7 8\n";
+}
+
+std::string annulusObj()
+{
+    return "v -2 -2 0\nv 2 -2 0\nv 2 2 0\nv -2 2 0\nv -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\n"
+           "f 1 2 6 5\nf 2 3 7 6\nf 3 4 8 7\nf 4 1 5 8\n";
+}
+
+std::string gridObj(int side)
+{
+    std::string text;
+    for (int y = 0; y <= side; ++y)
+        for (int x = 0; x <= side; ++x) text += "v " + std::to_string(x) + " " + std::to_string(y) + " 0\n";
+    for (int y = 0; y < side; ++y)
+        for (int x = 1; x <= side; ++x) {
+            const int low = y * (side + 1) + x, high = low + side + 1;
+            for (const int corner : {low, low + 1, high + 1, high})
+                text += (corner == low ? "f " : " ") + std::to_string(corner);
+            text += "\n";
+        }
+    return text;
+}
+
 } // namespace toolTest

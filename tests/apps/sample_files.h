@@ -20,4 +20,15 @@ std::string boxBinaryStl();
 /// along x.
 std::string triangleGltf();
 
+/// A cube of squares, from -1 to 1 along y and z and between two numbers along x; inside out where the first is the
+/// larger one.
+std::string cubeObj(const std::string& first = "-1", const std::string& second = "1");
+/// Two tetrahedra of volume 1/6 that touch at their first vertex: one of 4 triangles, and one of 6, since a face of it
+/// is divided in three.
+std::string tetrahedraObj();
+/// A flat square of side 4 with a square hole of side 2, as four quadrangles.
+std::string annulusObj();
+/// A flat square of `side` times `side` unit squares.
+std::string gridObj(int side);
+
 } // namespace toolTest

@@ -110,6 +110,29 @@ TEST(ToolCancel, InterruptedAnywhereItLeavesTheOldFileOrTheWholeNewOne)
     }
 }
 
+TEST(ToolCancel, InterruptedWhileSplittingItLeavesAllFilesOrNone)
+{
+    const Scratch scratch;
+    const std::string in = scratch.write("in.obj", gridObj(150));
+    const auto started = std::chrono::steady_clock::now();
+    report({"split", in, scratch.path("part.ply"), "--parts", "20"});
+    const auto time = std::chrono::steady_clock::now() - started;
+    constexpr int places = 8;
+    for (int place = 0; place <= places; ++place) {
+        for (int part = 1; part <= 20; ++part) scratch.write("part-" + std::to_string(part) + ".ply", "old");
+        ToolProcess tool({"split", in, scratch.path("part.ply"), "--parts", "20"});
+        std::this_thread::sleep_for(time * place / places);
+        tool.signal(SIGINT);
+        const Outcome outcome = tool.wait();
+        int numOld = 0;
+        for (int part = 1; part <= 20; ++part)
+            numOld += scratch.read("part-" + std::to_string(part) + ".ply") == "old" ? 1 : 0;
+        EXPECT_TRUE(numOld == 0 || numOld == 20) << place << " " << numOld << outcome;
+        EXPECT_TRUE(outcome.status != 130 || numOld == 20) << place << " " << outcome;
+        EXPECT_EQ(scratch.names().size(), 21U) << place;
+    }
+}
+
 } // namespace
 
 } // namespace toolTest

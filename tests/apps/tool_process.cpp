@@ -88,6 +88,16 @@ Outcome ToolProcess::wait()
     return outcome;
 }
 
+void expectOneLine(const Outcome& outcome, const std::vector<std::string>& words, const std::string& what)
+{
+    EXPECT_EQ(outcome.status, 1) << what << outcome;
+    EXPECT_EQ(outcome.out, "") << what;
+    EXPECT_TRUE(outcome.err.starts_with("zngeom: ")) << what << outcome;
+    EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << what << outcome;
+    for (const std::string& word : words)
+        EXPECT_NE(outcome.err.find(word), std::string::npos) << word << what << outcome;
+}
+
 Outcome runTool(const std::vector<std::string>& arguments) { return ToolProcess(arguments).wait(); }
 
 Json report(std::vector<std::string> arguments)

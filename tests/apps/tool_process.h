@@ -39,6 +39,9 @@ private:
     std::FILE *m_out, *m_err;
 };
 
+/// Expects status 1, nothing on standard output and one line on standard error with the given words in it.
+void expectOneLine(const Outcome& outcome, const std::vector<std::string>& words, const std::string& what);
+
 Outcome runTool(const std::vector<std::string>& arguments);
 
 /// The report of a call with `--json`.

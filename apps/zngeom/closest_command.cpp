@@ -1,0 +1,233 @@
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <filesystem>
+
+#include "apps/zngeom/byte_sink.h"
+#include "apps/zngeom/command.h"
+#include "apps/zngeom/mesh_files.h"
+#include "apps/zngeom/pacer.h"
+#include "apps/zngeom/part_options.h"
+#include "apps/zngeom/point_reader.h"
+#include "znGeom/analysis/bounds.h"
+#include "znGeom/foundation/threads/thread_pool.h"
+#include "znGeom/spatial/closest_point.h"
+#include "znGeom/spatial/octree_partition.h"
+
+namespace tool {
+
+namespace {
+
+struct Closest
+{
+    double distance = 0;
+    znGeom::MeshCoord place;
+};
+
+/// The queries of a slice of the points, each thread with an engine of its own.
+class ClosestLoop : public znUtil::ThreadedAlg
+{
+public:
+    ClosestLoop(const znGeom::CompactMesh& mesh, const znGeom::Octree& octree, const znGeom::OctreeTris& octreeTris,
+                const std::vector<znGeom::MeshVertex>& points)
+        : m_mesh(mesh), m_octree(octree), m_octreeTris(octreeTris), m_points(points), m_found(points.size())
+    {}
+
+    void execute(int threadIndex, int numThreads) override
+    {
+        constexpr int queriesPerLook = 256;
+        const znUtil::Slice slice(static_cast<int>(m_points.size()), threadIndex, numThreads);
+        znGeom::MeshClosestPoint closest(m_mesh, m_octree, m_octreeTris);
+        for (int i = slice.begin; i < slice.end; ++i) {
+            if ((i - slice.begin) % queriesPerLook == 0) {
+                if (cancelled(threadIndex)) return;
+                updateProgress(threadIndex, static_cast<double>(i - slice.begin) / slice.size());
+            }
+            Closest& found = m_found[static_cast<std::size_t>(i)];
+            found.distance = closest.compute(m_points[static_cast<std::size_t>(i)].asPoint(), &found.place);
+        }
+    }
+
+    std::vector<Closest> takeResult() { return std::move(m_found); }
+
+private:
+    const znGeom::CompactMesh& m_mesh;
+    const znGeom::Octree& m_octree;
+    const znGeom::OctreeTris& m_octreeTris;
+    const std::vector<znGeom::MeshVertex>& m_points;
+    std::vector<Closest> m_found;
+};
+
+/// May be cancelled.
+std::vector<Closest> findClosest(const znGeom::CompactMesh& mesh, const std::vector<znGeom::MeshVertex>& points,
+                                 znUtil::Progress& progress)
+{
+    constexpr int leafCapacity = 16;
+    znUtil::Progress phase;
+    progress.subPhase(0.2, phase);
+    phase.setCaption("indexing");
+    znGeom::BoundingBox box;
+    znGeom::meshBoundingBox(mesh, box);
+    const znGeom::Octree octree(mesh.getNumVertices(), mesh.getVerticesRaw(), box, true, leafCapacity);
+    checkCancelled(progress);
+    znGeom::OctreeTris octreeTris;
+    znGeom::computeOctreeTris(mesh, octree, octreeTris);
+    checkCancelled(progress);
+
+    progress.subPhase(0.8, phase);
+    phase.setCaption("closest");
+    ClosestLoop loop(mesh, octree, octreeTris, points);
+    loop.setProgress(&phase);
+    znUtil::ThreadPool::get().run(loop);
+    checkCancelled(progress);
+    return loop.takeResult();
+}
+
+/// Nine digits, which is more than mesh files have.
+void appendNumber(std::string& text, double value)
+{
+    char digits[32];
+    text.append(digits, std::to_chars(digits, digits + sizeof digits, value, std::chars_format::general, 9).ptr);
+}
+
+void appendLine(const Closest& closest, std::string& text)
+{
+    appendNumber(text, closest.distance);
+    text += ' ' + std::to_string(closest.place.triangle);
+    for (const double weight : closest.place.weights) appendNumber(text += ' ', weight);
+    text += '\n';
+}
+
+/// All members are finite numbers, which are the same in JSON.
+void appendObject(const Closest& closest, std::string& text)
+{
+    appendNumber(text += "{\"distance\":", closest.distance);
+    text += ",\"triangle\":" + std::to_string(closest.place.triangle) + ",\"weights\":";
+    char separator = '[';
+    for (const double weight : closest.place.weights) {
+        appendNumber(text += separator, weight);
+        separator = ',';
+    }
+    text += "]}";
+}
+
+std::string listing(const std::vector<Closest>& all, bool json)
+{
+    std::string text;
+    for (const Closest& closest : all) {
+        if (!json) {
+            appendLine(closest, text);
+            continue;
+        }
+        text += text.empty() ? "[" : ",\n";
+        appendObject(closest, text);
+    }
+    return json ? text + "]\n" : text;
+}
+
+void writeText(const std::string& text, const std::string& path)
+try {
+    PendingFile file(path);
+    ByteSink sink(file.path().string());
+    sink.text(text);
+    sink.finish();
+    file.commit();
+} catch (const Failure& failure) {
+    throw Failure(path + ": " + failure.what());
+}
+
+class ClosestCommand : public Command
+{
+public:
+    CLI::App* addTo(CLI::App& app) override
+    {
+        m_sub = app.add_subcommand("closest", "Tell for each of some points where a mesh is nearest");
+        m_sub->footer(
+            "Writes one line for each point, in their order: the distance in the units of the file, the number of\n"
+            "the nearest triangle, and the weights of its three corners, which add up to 1: the nearest place is the\n"
+            "sum of the corners by their weights. Triangles are counted from 0 in the order of the mesh file, a\n"
+            "polygon by the triangles of its fan. --json writes an array of objects with distance, triangle and\n"
+            "weights. With -o the lines go to a file, and the numbers of the whole are printed.\n"
+            "A text has the x y z of a point on each line, divided by blanks or commas; # starts a comment. All\n"
+            "coordinates must be finite, and are taken in the precision of meshes, that of a float. A .txt file is\n"
+            "a text with points unless its first line has two numbers, as that of a mesh does.");
+        m_sub->add_option("MESH", m_mesh, "The mesh file")->required();
+        m_sub->add_option("POINTS", m_points, "A text file with points, or a mesh file for its vertices")->required();
+        m_sub->add_option("-o,--output", m_output, "The file to write, instead of standard output");
+        return m_sub;
+    }
+
+    Report run(znUtil::Progress& progress) override
+    {
+        if (!m_output.empty()) checkOutputIsNoInput();
+        znUtil::Progress phase;
+        LoadedMesh loaded;
+        progress.subPhase(0.3, phase);
+        loadMesh(m_mesh, phase, loaded);
+        checkHasTriangles(loaded.mesh, m_mesh);
+        checkFinite(loaded.mesh.getVertices(), loaded.mesh.getNumVertices(), m_mesh);
+
+        progress.subPhase(0.1, phase);
+        const std::vector<znGeom::MeshVertex> points = loadPoints(m_points, phase);
+        progress.subPhase(0.6, phase);
+        const std::vector<Closest> found = findClosest(loaded.mesh, points, phase);
+        checkAllFound(found);
+
+        // The flag is that of all commands; here it is about the lines as well.
+        const bool json = m_sub->get_option("--json")->count() > 0;
+        Report report;
+        if (m_output.empty()) {
+            report.setOutput(listing(found, json));
+            return report;
+        }
+        writeText(listing(found, json), m_output);
+        describe(found, report);
+        report.addNotes(loaded.notes);
+        return report;
+    }
+
+private:
+    void checkOutputIsNoInput() const
+    {
+        std::error_code error;
+        for (const std::string& input : {m_mesh, m_points})
+            if (std::filesystem::equivalent(input, m_output, error))
+                throw Failure(m_output + ": is read, and not overwritten by distances");
+    }
+
+    void checkAllFound(const std::vector<Closest>& found) const
+    {
+        const auto lost = std::find_if(found.begin(), found.end(), [](const Closest& c) { return !c.place.valid(); });
+        if (lost != found.end())
+            throw Failure(m_points + ": point " + std::to_string(lost - found.begin()) +
+                          ", counted from 0, is too far from the mesh to measure");
+    }
+
+    void describe(const std::vector<Closest>& found, Report& report) const
+    {
+        double smallest = found.front().distance, largest = smallest, sum = 0, sumOfSquares = 0;
+        for (const Closest& closest : found) {
+            smallest = std::min(smallest, closest.distance);
+            largest = std::max(largest, closest.distance);
+            sum += closest.distance;
+            sumOfSquares += closest.distance * closest.distance;
+        }
+        const double count = static_cast<double>(found.size());
+        report.add("mesh", m_mesh);
+        report.add("output", m_output);
+        report.add("points", found.size());
+        report.add("distance_min", rounded(smallest));
+        report.add("distance_max", rounded(largest));
+        report.add("distance_mean", rounded(sum / count));
+        report.add("distance_rms", rounded(std::sqrt(sumOfSquares / count)));
+    }
+
+    CLI::App* m_sub = nullptr;
+    std::string m_mesh, m_points, m_output;
+};
+
+} // namespace
+
+std::unique_ptr<Command> makeClosestCommand() { return std::make_unique<ClosestCommand>(); }
+
+} // namespace tool

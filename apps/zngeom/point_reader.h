@@ -1,0 +1,23 @@
+/// Reading points.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "znGeom/foundation/mesh/mesh_records.h"
+#include "znGeom/foundation/threads/progress.h"
+
+namespace tool {
+
+/// The vertices of a mesh file, or the points of a text file: x y z on each line, divided by blanks or commas; "#"
+/// starts a comment, and empty lines are passed over. Text is what no mesh format has the extension of; a file of the
+/// plain format's extensions is text where its first line doesn't hold two numbers.
+///
+/// Fails with one line that begins with the path; in a text it names the line. Coordinates are finite. May be
+/// cancelled.
+std::vector<znGeom::MeshVertex> loadPoints(const std::string& path, znUtil::Progress& progress);
+
+/// Fails for a mesh with a vertex whose coordinates are infinite or not numbers.
+void checkFinite(const znGeom::MeshVertex* vertices, int count, const std::string& path);
+
+} // namespace tool

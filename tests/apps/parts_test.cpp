@@ -1,0 +1,114 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "tests/apps/sample_files.h"
+#include "tests/apps/tool_process.h"
+
+namespace toolTest {
+
+namespace {
+
+TEST(ToolSplit, WritesEachPartToAFileTheLargestFirst)
+{
+    const std::vector<std::tuple<std::vector<std::string>, std::vector<int>, std::vector<int>>> cases{
+        {{}, {6, 4}, {5, 4}},
+        {{"--by", "vertices"}, {10}, {8}},
+        {{"--parts", "3"}, {4, 3, 3}, {}},
+        {{"--parts", "99"}, std::vector<int>(10, 1), std::vector<int>(10, 3)},
+    };
+    for (const auto& [options, triangles, vertices] : cases) {
+        const Scratch scratch;
+        std::vector<std::string> arguments{"split", scratch.write("in.obj", tetrahedraObj()), scratch.path("out.ply")};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        const Json result = report(arguments);
+        ASSERT_EQ(result["files"].size(), triangles.size()) << result;
+        EXPECT_EQ(result["parts"], triangles.size());
+        EXPECT_EQ(scratch.names().size(), triangles.size() + 1);
+        for (std::size_t i = 0; i < triangles.size(); ++i) {
+            const Json& file = result["files"][i];
+            EXPECT_EQ(file["file"], scratch.path("out-" + std::to_string(i + 1) + ".ply"));
+            const Json part = info(file["file"]);
+            EXPECT_EQ(part["triangles"], triangles[i]) << result;
+            EXPECT_EQ(part["triangles"], file["triangles"]);
+            EXPECT_EQ(part["vertices"], file["vertices"]);
+            EXPECT_EQ(part["unused_vertices"], 0);
+            if (i < vertices.size()) {
+                EXPECT_EQ(part["vertices"], vertices[i]) << result;
+            }
+            if (options.empty()) {
+                EXPECT_EQ(part["volume"], 0.1666667);
+            }
+        }
+    }
+}
+
+TEST(ToolSplit, WritesAllFilesOrNone)
+{
+    const Scratch scratch;
+    const std::string in = scratch.write("in.obj", tetrahedraObj()), out = scratch.path("out.obj");
+    scratch.write("out-1.obj", "old");
+    std::filesystem::create_directory(scratch.path("out-2.obj"));
+    expectOneLine(runTool({"split", in, out}), {scratch.path("out-2.obj"), "folder"}, "onto a folder");
+    expectOneLine(runTool({"split", in, out, "--most", "1"}), {in, "2 files", "--most"}, "too many components");
+    expectOneLine(runTool({"split", in, out, "--parts", "5000000", "--most", "9"}), {"10 files"}, "too many parts");
+    EXPECT_EQ(scratch.read("out-1.obj"), "old");
+    EXPECT_EQ(scratch.names().size(), 3U) << "something was left behind";
+}
+
+TEST(ToolExtract, KeepsNormalsAndTextureCoordinates)
+{
+    const std::string vertices =
+        "v 0 0 0\nv 2 0 0\nv 0 2 0\nvn 0 0 1\nvn 0 1 0\nvn 1 0 0\nvt 0.5 0.25\nvt 1 0\nvt 0 1\n";
+    const std::string small = vertices + "f 1/1/1 2/2/2 3/3/3\n";
+    const std::string large = "v 0 0 1\nv 2 0 1\nv 2 2 1\nv 0 2 1\nvn 1 0 0\nvn 1 0 0\nvn 0 0 1\nvn 0 0 1\n"
+                              "vt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\nf 4/4/4 5/5/5 6/6/6\nf 4/4/4 6/6/6 7/7/7\n";
+    const Scratch scratch;
+    const std::string both = scratch.write("both.obj", small + large), out = scratch.path("out.obj");
+    const Json result = report({"extract", both, out, "--component", "2"});
+    EXPECT_EQ(result["triangles"], 1);
+    EXPECT_EQ(scratch.read("out.obj"), small);
+    report({"extract", both, out, "--component", "1"});
+    EXPECT_EQ(info(out)["area"], 4);
+    EXPECT_EQ(info(out)["channels"], Json({"vertices", "normals", "uvs"}));
+    report({"split", both, out});
+    EXPECT_EQ(scratch.read("out-1.obj"), scratch.read("out.obj"));
+    EXPECT_EQ(scratch.read("out-2.obj"), small);
+}
+
+TEST(ToolExtract, TakesRingsOfTrianglesRoundALoop)
+{
+    const Scratch scratch;
+    const std::string grid = scratch.write("grid.obj", gridObj(6)), out = scratch.path("rim.ply");
+    // What is left out are the squares between vertices that lie further inside than so many rings.
+    for (const auto& [rings, triangles] : {std::pair{"1", 40}, {"2", 64}, {"3", 72}, {"2000000000", 72}}) {
+        const Json result = report({"extract", grid, out, "--boundary", "1", "--rings", rings});
+        EXPECT_EQ(result["triangles"], triangles) << rings;
+        EXPECT_EQ(result["boundary_loop_length"], 24);
+    }
+    EXPECT_EQ(report({"extract", grid, out, "--boundary", "1"})["triangles"], 40);
+    EXPECT_EQ(info(out)["boundary_loop_lengths"], Json({24, 16}));
+    // The second loop of the ring that was just written is its inner one, and all its triangles lie at both.
+    EXPECT_EQ(report({"extract", out, out, "--boundary", "2"})["boundary_loop_length"], 16);
+}
+
+TEST(ToolExtract, SaysWhatIsNotThere)
+{
+    const Scratch scratch;
+    const std::string cube = scratch.write("cube.obj", cubeObj()), out = scratch.write("out.obj", "old");
+    const std::string points = scratch.write("points.obj", "v 0 0 0\n");
+    const std::vector<std::pair<std::vector<std::string>, std::string>> cases{
+        {{"extract", cube, out, "--component", "2"}, "no component 2, the mesh has 1"},
+        {{"extract", cube, out, "--boundary", "1"}, "no boundary loop 1, the mesh has none"},
+        {{"extract", points, out, "--component", "1"}, "no triangles"},
+        {{"split", points, out}, "no triangles"},
+        {{"split", cube, scratch.path("out.gltf")}, "not written"},
+    };
+    for (const auto& [arguments, words] : cases) expectOneLine(runTool(arguments), {words}, arguments[1]);
+    EXPECT_EQ(scratch.read("out.obj"), "old");
+    EXPECT_EQ(scratch.names().size(), 3U);
+}
+
+} // namespace
+
+} // namespace toolTest
