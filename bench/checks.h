@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 namespace bench {
 
@@ -31,6 +32,19 @@ RelationSum triangleNeighbours(const Soup& soup);
 
 /// The number of different positions.
 int distinctPositions(const Soup& soup);
+
+double areaOf(const Soup& soup);
+/// The number of parts of a mesh that share no vertex.
+int components(const Soup& soup);
+/// The number of vertices on edges that one triangle alone has.
+int borderVertices(const Soup& soup);
+
+/// Whether vertex normals, three floats each, are the directions of the sums of the unit normals around the vertices,
+/// but for one vertex in a thousand: of sums that almost cancel out each library makes something else.
+bool areVertexNormals(const Soup& soup, const float* normals);
+
+/// The distances from points, three floats each, to the surface.
+std::vector<double> distancesTo(const Soup& soup, const std::vector<float>& points);
 
 /// True when `triangles`, taken in order, have corners where those of `soup` are, within a relative `tolerance`
 /// of the largest coordinate.

@@ -5,6 +5,8 @@
 
 #include <filesystem>
 #include <functional>
+#include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -34,6 +36,17 @@ private:
 
 /// The meshes that are there: those from files are left out where the folder of meshes is missing.
 const std::vector<Input>& inputs();
+
+/// A `Subject`, which is made from a `Soup`, of this input: made when first asked for and kept, for what takes longer
+/// to make than to measure.
+template <class Subject>
+Subject& madeOnce(const Input& input)
+{
+    static std::map<const Input*, std::unique_ptr<Subject>> made;
+    std::unique_ptr<Subject>& subject = made[&input];
+    if (!subject) subject = std::make_unique<Subject>(input.soup());
+    return *subject;
+}
 
 /// A name for a file in the temporary folder, which is removed when the program ends.
 std::string temporaryFile(const std::string& name);

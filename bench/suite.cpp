@@ -1,6 +1,8 @@
 #include "bench/suite.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <optional>
@@ -38,17 +40,37 @@ benchmark::internal::Benchmark* enlist(const std::string& name, std::function<vo
     return benchmark::RegisterBenchmark(name.c_str(), std::move(run))->UseManualTime()->Unit(benchmark::kMillisecond);
 }
 
-void enlist(const Benchmark& listedBenchmark, const Input& input)
+void enlist(const Benchmark& listedBenchmark, const Input& input, int repetitions)
 {
     auto verdict = std::make_shared<std::optional<bool>>();
-    enlist(listedBenchmark.work + "/" + listedBenchmark.who + "/" + input.name(),
-           [&listedBenchmark, &input, verdict](benchmark::State& state) {
-               if (!verdict->has_value()) *verdict = listedBenchmark.agrees(input);
-               if (verdict->value())
-                   listedBenchmark.run(state, input);
-               else
-                   state.SkipWithError("the result differs from what it must be");
-           });
+    benchmark::internal::Benchmark* entry =
+        enlist(listedBenchmark.work + "/" + listedBenchmark.who + "/" + input.name(),
+               [&listedBenchmark, &input, verdict](benchmark::State& state) {
+                   if (!verdict->has_value()) *verdict = listedBenchmark.agrees(input);
+                   if (verdict->value())
+                       listedBenchmark.run(state, input);
+                   else
+                       state.SkipWithError("the result differs from what it must be");
+               });
+    const int most = listedBenchmark.mostRepetitions;
+    if (most > 0 && most < repetitions) entry->Repetitions(most);
+}
+
+bool runsOn(const Benchmark& benchmark, const Input& input)
+{
+    const std::vector<std::string>& names = benchmark.onInputs;
+    return names.empty() || std::find(names.begin(), names.end(), input.name()) != names.end();
+}
+
+/// What `--benchmark_repetitions=...` asks for; the argument stays for Google Benchmark.
+int repetitionsAskedFor(int argc, char** argv)
+{
+    constexpr char option[] = "--benchmark_repetitions=";
+    constexpr std::size_t length = sizeof(option) - 1;
+    int repetitions = 1;
+    for (int i = 0; i < argc; ++i)
+        if (std::strncmp(argv[i], option, length) == 0) repetitions = std::atoi(argv[i] + length);
+    return repetitions;
 }
 
 bool reuseMemory = false;
@@ -90,6 +112,21 @@ void releaseFreeMemory()
 #endif
 }
 
+std::size_t heapInUse()
+{
+#if defined(__GLIBC__) && (__GLIBC__ > 2 || __GLIBC_MINOR__ >= 33)
+    const struct mallinfo2 info = mallinfo2();
+    return info.uordblks + info.hblkhd;
+#else
+    return 0;
+#endif
+}
+
+void countBytesPerHalfedge(benchmark::State& state, std::size_t bytes, std::size_t halfedges)
+{
+    state.counters["bytes_per_halfedge"] = static_cast<double>(bytes) / static_cast<double>(halfedges);
+}
+
 bool measure(Benchmark benchmark)
 {
     listed().push_back(std::move(benchmark));
@@ -116,6 +153,7 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "--memory is fresh or reused\n");
         return 1;
     }
+    const int repetitions = bench::repetitionsAskedFor(argc, argv);
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
 #ifdef __clang__
@@ -125,7 +163,8 @@ int main(int argc, char** argv)
 #endif
     benchmark::AddCustomContext("memory", bench::reuseMemory ? "reused" : "fresh");
     for (const bench::Benchmark& benchmark : bench::listed())
-        for (const bench::Input& input : bench::inputs()) bench::enlist(benchmark, input);
+        for (const bench::Input& input : bench::inputs())
+            if (bench::runsOn(benchmark, input)) bench::enlist(benchmark, input, repetitions);
     // A fixed number of turns: each is a batch, and one chosen on a quiet machine takes minutes on a busy one.
     for (const bench::Alone& alone : bench::listedAlone()) bench::enlist(alone.name, alone.run)->Iterations(200);
     benchmark::RunSpecifiedBenchmarks();

@@ -10,8 +10,10 @@
 #include <benchmark/benchmark.h>
 
 #include <chrono>
+#include <cstddef>
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace bench {
 
@@ -22,9 +24,13 @@ struct Benchmark
     /// Does the work once, before any timing, and says whether the result is right; a wrong one isn't timed.
     std::function<bool(const Input&)> agrees;
     std::function<void(benchmark::State&, const Input&)> run;
+    /// At most so many repetitions, for work that takes seconds; 0 for as many as the run is asked for.
+    int mostRepetitions = 0;
+    /// The names of the inputs to run on; empty for all.
+    std::vector<std::string> onInputs = {};
 };
 
-/// Lists a benchmark to run on every input; the result is of no meaning and lets a namespace-scope constant call it.
+/// Lists a benchmark to run on its inputs; the result is of no meaning and lets a namespace-scope constant call it.
 bool measure(Benchmark benchmark);
 
 /// Lists a benchmark of tiny work that needs no mesh; time it with `timeTinyWork`.
@@ -36,6 +42,12 @@ bool usesPeer(const std::string& name, const std::string& version);
 /// Hands the allocator's free pages back, so that results are written to fresh memory as in the first call of a
 /// program; without this the order of the benchmarks decides. Does nothing under `--memory=reused`.
 void releaseFreeMemory();
+
+/// The bytes that are allocated now, what the allocator adds to each block included; 0 where it doesn't tell.
+std::size_t heapInUse();
+
+/// Reports what a half-edge mesh takes: bytes per half-edge, the vertices and faces that go with it included.
+void countBytesPerHalfedge(benchmark::State& state, std::size_t bytes, std::size_t halfedges);
 
 /// Times `work(prepare())` alone: what `prepare` costs, and what destroying the result costs, is left out.
 template <class Prepare, class Work>

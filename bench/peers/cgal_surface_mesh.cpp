@@ -1,7 +1,8 @@
-// CGAL builds its half-edge mesh from arrays.
+// CGAL builds its half-edge mesh from arrays, and finds its components.
 #include "bench/checks.h"
 #include "bench/suite.h"
 
+#include <CGAL/Polygon_mesh_processing/connected_components.h>
 #include <CGAL/Simple_cartesian.h>
 #include <CGAL/Surface_mesh.h>
 #include <CGAL/version.h>
@@ -67,18 +68,62 @@ bool neighboursAgree(const bench::Input& input, Build&& buildMesh)
 template <class Build>
 bool measureBuild(const char* who, Build buildMesh)
 {
-    return bench::measure(
-        {"halfedges", who, [=](const bench::Input& input) { return neighboursAgree(input, buildMesh); },
-         [=](benchmark::State& state, const bench::Input& input) {
-             bench::timeWork(
-                 state, [&] { return &input.soup(); }, [=](const bench::Soup* soup) { return buildMesh(*soup); });
-         }});
+    return bench::measure({"halfedges", who,
+                           [=](const bench::Input& input) { return neighboursAgree(input, buildMesh); },
+                           [=](benchmark::State& state, const bench::Input& input) {
+                               std::size_t before = 0, built = 0;
+                               bench::timeWork(
+                                   state,
+                                   [&] {
+                                       before = bench::heapInUse();
+                                       return &input.soup();
+                                   },
+                                   [&](const bench::Soup* soup) {
+                                       auto mesh = buildMesh(*soup);
+                                       built = bench::heapInUse();
+                                       return mesh;
+                                   });
+                               bench::countBytesPerHalfedge(state, built - before, input.soup().triangles.size());
+                           }});
+}
+
+using FaceComponents = Mesh::Property_map<Mesh::Face_index, std::size_t>;
+
+int components(const Mesh& mesh, FaceComponents ofFaces)
+{
+    return static_cast<int>(CGAL::Polygon_mesh_processing::connected_components(mesh, ofFaces));
+}
+
+struct ComponentsSubject
+{
+    std::unique_ptr<Mesh> mesh;
+    FaceComponents ofFaces;
+
+    explicit ComponentsSubject(const bench::Soup& soup)
+        : mesh(build(soup)), ofFaces(mesh->add_property_map<Mesh::Face_index, std::size_t>("f:component").first)
+    {}
+};
+
+/// It connects across edges alone; where parts touch at a vertex it finds more of them and isn't timed.
+bool componentsAgree(const bench::Input& input)
+{
+    const auto& subject = bench::madeOnce<ComponentsSubject>(input);
+    return components(*subject.mesh, subject.ofFaces) == bench::components(input.soup());
+}
+
+void runComponents(benchmark::State& state, const bench::Input& input)
+{
+    const auto& subject = bench::madeOnce<ComponentsSubject>(input);
+    bench::timeWork(
+        state, [&] { return &subject; },
+        [](const ComponentsSubject* given) { return components(*given->mesh, given->ofFaces); });
 }
 
 [[maybe_unused]] const bool listed[] = {
     bench::usesPeer("CGAL", CGAL_VERSION_STR),
     measureBuild("CGAL", build),
     measureBuild("CGAL_at_once", buildAtOnce),
+    bench::measure({"components", "CGAL", componentsAgree, runComponents}),
 };
 
 } // namespace

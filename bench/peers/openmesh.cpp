@@ -1,4 +1,4 @@
-// OpenMesh builds its half-edge mesh from arrays, and writes it as OBJ.
+// OpenMesh builds its half-edge mesh from arrays, gives it normals, and writes it as OBJ.
 #include "bench/checks.h"
 #include "bench/suite.h"
 
@@ -66,11 +66,43 @@ void runWriting(benchmark::State& state, const Input& input)
         state, [&] { return std::filesystem::remove(file); }, [&](bool) { return write(*mesh, file); });
 }
 
+struct NormalsSubject
+{
+    std::unique_ptr<Mesh> mesh;
+
+    explicit NormalsSubject(const bench::Soup& soup) : mesh(build(soup))
+    {
+        mesh->request_face_normals();
+        mesh->request_vertex_normals();
+    }
+};
+
+bool computeNormals(Mesh& mesh)
+{
+    mesh.update_normals();
+    return true;
+}
+
+bool normalsAgree(const Input& input)
+{
+    Mesh& mesh = *bench::madeOnce<NormalsSubject>(input).mesh;
+    computeNormals(mesh);
+    return bench::areVertexNormals(input.soup(), mesh.vertex_normals()->data());
+}
+
+void runNormals(benchmark::State& state, const Input& input)
+{
+    const auto& mesh = bench::madeOnce<NormalsSubject>(input).mesh;
+    bench::timeWork(
+        state, [&] { return mesh.get(); }, [](Mesh* subject) { return computeNormals(*subject); });
+}
+
 std::string version() { return std::to_string(OM_VERSION >> 16) + "." + std::to_string((OM_VERSION >> 8) & 0xff); }
 
 [[maybe_unused]] const bool listed[] = {
     bench::usesPeer("OpenMesh", version()),
     bench::measure({"halfedges", "OpenMesh", neighboursAgree, runBuild}),
+    bench::measure({"normals", "OpenMesh", normalsAgree, runNormals}),
     bench::measure({"write_obj", "OpenMesh", writingAgrees, runWriting}),
 };
 

@@ -1,0 +1,76 @@
+/// Nearest points by one library or another: the same queries, split over threads in the same way.
+#pragma once
+
+#include "bench/suite.h"
+
+#include <cstddef>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace bench {
+
+constexpr int numQueries = 100'000;
+
+/// Whether distances are those of brute force, for a few of the points; within what `float` allows.
+bool closestAgrees(const Input& input, Spread spread, const std::vector<double>& distances);
+
+/// The points of which `closestAgrees` gets the distances.
+std::vector<float> checkedPoints(const Input& input, Spread spread);
+
+/// The distances of all points, three floats each; an even part on each thread.
+template <class Index>
+std::vector<double> closestDistances(const Index& index, const std::vector<float>& points, int numThreads)
+{
+    const std::size_t count = points.size() / 3;
+    std::vector<double> distances(count);
+    std::vector<std::thread> threads;
+    for (int thread = numThreads - 1; thread >= 0; --thread) {
+        const auto part = static_cast<std::size_t>(thread), parts = static_cast<std::size_t>(numThreads);
+        const std::size_t begin = count * part / parts, end = count * (part + 1) / parts;
+        const auto work = [&index, &points, &distances, begin, end] {
+            index.distances(points.data() + 3 * begin, end - begin, distances.data() + begin);
+        };
+        if (thread > 0)
+            threads.emplace_back(work);
+        else
+            work();
+    }
+    for (std::thread& thread : threads) thread.join();
+    return distances;
+}
+
+/// Lists the works: points near the surface and spread out, on one thread and on two.
+///
+/// \tparam Index  is made from a `Soup`; has `void distances(const float* points, std::size_t count, double* distances)
+///                const`, for any number of threads at once
+///
+/// These take seconds: two repetitions of each, and two threads on few meshes.
+template <class Index>
+bool measureClosest(const std::string& who)
+{
+    const auto list = [&](std::string work, Spread spread, int numThreads, std::vector<std::string> onInputs) {
+        measure(
+            {std::move(work), who,
+             [=](const Input& input) {
+                 const std::vector<float> points = checkedPoints(input, spread);
+                 return closestAgrees(input, spread, closestDistances(madeOnce<Index>(input), points, numThreads));
+             },
+             [=](benchmark::State& state, const Input& input) {
+                 const Index& index = madeOnce<Index>(input);
+                 const std::vector<float> points = queryPoints(input.soup(), spread, numQueries);
+                 timeWork(
+                     state, [&] { return &points; },
+                     [&](const std::vector<float>* subject) { return closestDistances(index, *subject, numThreads); });
+             },
+             2, std::move(onInputs)});
+    };
+    const std::vector<std::string> many{"bunny", "torus_small", "torus", "torus_shuffled"}, few{"torus_small", "torus"};
+    list("closest_near", Spread::near, 1, many);
+    list("closest_wide", Spread::wide, 1, many);
+    list("closest_near_two_threads", Spread::near, 2, few);
+    list("closest_wide_two_threads", Spread::wide, 2, few);
+    return true;
+}
+
+} // namespace bench

@@ -1,0 +1,63 @@
+// The half-edge mesh from arrays, built and twinned, and what it takes of memory.
+#include "bench/checks.h"
+#include "bench/suite.h"
+#include "znGeom/shells/twin.h"
+#include "znGeom/topology/topo_model.h"
+
+#include <memory>
+#include <vector>
+
+namespace {
+
+using bench::Input;
+using znGeom::TopoMesh;
+
+std::unique_ptr<TopoMesh> build(const bench::Soup& soup)
+{
+    auto mesh = std::make_unique<TopoMesh>();
+    std::vector<znGeom::TopoMeshVertex> vertices;
+    vertices.reserve(soup.positions.size() / 3);
+    for (std::size_t i = 0; i < soup.positions.size(); i += 3)
+        vertices.push_back(mesh->allocVertex(znLinear::Point(znLinear::PointFlt(&soup.positions[i]))));
+    const auto vertexAt = [&](std::size_t corner) {
+        return vertices[static_cast<std::size_t>(soup.triangles[corner])];
+    };
+    for (std::size_t i = 0; i < soup.triangles.size(); i += 3)
+        mesh->allocTriangle(vertexAt(i), vertexAt(i + 1), vertexAt(i + 2));
+    znGeom::meshTwin(*mesh);
+    return mesh;
+}
+
+bool neighboursAgree(const Input& input)
+{
+    const auto mesh = build(input.soup());
+    bench::RelationSum neighbours;
+    for (znGeom::TopoMeshEdge edge = mesh->firstEdge(); edge; edge = edge->listNext) {
+        const znGeom::TopoMeshVertex end = edge->next->origin;
+        if (edge->twin && (edge->twin->origin != end || edge->twin->twin != edge)) return false;
+        neighbours.add(edge->origin.number(), end.number());
+        if (!edge->twin) neighbours.add(end.number(), edge->origin.number());
+    }
+    return neighbours == bench::vertexNeighbours(input.soup());
+}
+
+void runBuild(benchmark::State& state, const Input& input)
+{
+    std::size_t before = 0, built = 0;
+    bench::timeWork(
+        state,
+        [&] {
+            before = bench::heapInUse();
+            return &input.soup();
+        },
+        [&](const bench::Soup* soup) {
+            auto mesh = build(*soup);
+            built = bench::heapInUse();
+            return mesh;
+        });
+    bench::countBytesPerHalfedge(state, built - before, input.soup().triangles.size());
+}
+
+[[maybe_unused]] const bool listed = bench::measure({"topo_mesh", "znGeom", neighboursAgree, runBuild});
+
+} // namespace
