@@ -421,3 +421,41 @@ TEST(ClosestPoint, fromARayLevelWithAPoint)
     const Vector expected = Point(2, 0, 0.5).asVector().normalized().asVector();
     EXPECT_TRUE(equivalent(place, expected.asPoint(), 0.02));
 }
+
+/// The search by boxes finds the same triangle and the same bits as the walk leaf by leaf, which is what a table
+/// without boxes gets; also where several triangles are exactly as near.
+TEST(ClosestPoint, theSearchByBoxesEqualsTheWalk)
+{
+    znTest::Random random(11);
+    CompactMesh meshes[5];
+    znTest::makeTorus(meshes[0], 60, 30);
+    znTest::makeGrid(meshes[1], 40, 33); // flat: distances to its plane, to sides and to corners are exactly equal
+    znTest::makeCube(meshes[2]);
+    znTest::makeNoisyScan(meshes[3], 50, 50);
+    znTest::makeSphere(meshes[4], 4);
+    int ties = 0;
+    for (const CompactMesh& mesh : meshes) {
+        BoundingBox box;
+        meshBoundingBox(mesh, box);
+        const Octree octree(mesh.getNumVertices(), mesh.getVerticesRaw(), box, true, 16);
+        OctreeTris tris;
+        computeOctreeTris(mesh, octree, tris);
+        ArrayOfSets table = tris.getData();
+        const OctreeTris plain(table);
+        ASSERT_TRUE(tris.searchData() && !plain.searchData());
+        MeshClosestPoint search(mesh, octree, tris), walk(mesh, octree, plain);
+        const Point middle = box.center();
+        const double size = static_cast<double>(box.diagonalLength());
+        for (int i = 0; i < 4000; ++i) {
+            Point p = middle + random.vector(i % 2 ? 0.6 * size : 20 * size);
+            if (i % 4 == 0) p = mesh.getVertices()[random.below(mesh.getNumVertices())].asPoint();
+            if (i % 3 == 0) p = Point(std::round(2 * p.x) / 2, std::round(2 * p.y) / 2, std::round(2 * p.z) / 2);
+            MeshCoord found, expected;
+            ASSERT_EQ(search.compute(p, &found), walk.compute(p, &expected));
+            ASSERT_EQ(found.triangle, expected.triangle) << p.x << ' ' << p.y << ' ' << p.z;
+            ASSERT_TRUE(std::equal(found.weights, found.weights + 3, expected.weights));
+            ties += expected.onVertex(mesh.getVerticesRaw(), mesh.getTrianglesRaw(), 1e-9, nullptr);
+        }
+    }
+    EXPECT_GT(ties, 4000);
+}

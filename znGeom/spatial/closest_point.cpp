@@ -11,6 +11,7 @@
 #include "znGeom/foundation/linear/intersect.h"
 #include "znGeom/foundation/output/debug_channel.h"
 #include "znGeom/foundation/output/stop_watch.h"
+#include "znGeom/spatial/internal/nearest_search.h"
 #include "znGeom/spatial/internal/nearest_triangle.h"
 #include "znGeom/spatial/octree_closest.h"
 
@@ -63,6 +64,21 @@ MeshClosestPoint::~MeshClosestPoint()
 }
 
 double MeshClosestPoint::compute(const Point& point, MeshCoord* coord)
+{
+    const SearchBoxes* boxes = SearchBoxes::of(*m_octreeTris);
+    const bool isFinite = std::isfinite(point.x) && std::isfinite(point.y) && std::isfinite(point.z);
+    if (boxes && isFinite) {
+        NearestSearch search(*m_mesh, *m_octree, *m_octreeTris, *boxes, extentOf(*m_octree), point);
+        if (search.run()) {
+            if (coord) *coord = search.coord();
+            return std::sqrt(search.distance2());
+        }
+    }
+    return walk(point, coord);
+}
+
+/// Leaf by leaf with rising distance.
+double MeshClosestPoint::walk(const Point& point, MeshCoord* coord)
 {
     OctreeClosestIt& leaves = m_context->leaves;
     zn::StampTable& seen = m_context->seenTriangles;

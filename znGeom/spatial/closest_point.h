@@ -41,6 +41,8 @@ public:
     double compute(const znLinear::Point& point, MeshCoord* coord);
 
 private:
+    double walk(const znLinear::Point& point, MeshCoord* coord);
+
     const CompactMesh* m_mesh;
     const Octree* m_octree;
     const OctreeTris* m_octreeTris;

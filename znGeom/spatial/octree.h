@@ -36,6 +36,8 @@ public:
     int numLeaves() const { return m_tree.numLeaves; }
     /// The number of levels, at least 1.
     int maxDepth() const { return m_tree.maxDepth; }
+    /// Cells in all, leaves and those that are split; their records stand side by side from that of the root on.
+    int numNodes() const { return m_tree.nodes.size(); }
     /// The point numbers, leaf by leaf.
     const int* pointIndices() const { return m_tree.pointIndices.read(); }
     /// As given to the constructor.
@@ -61,10 +63,20 @@ public:
     /// Null for a leaf beyond the table.
     const int* firstTri(int leaf) const { return leaf < m_table.getNumSets() ? m_table.getSet(leaf) : nullptr; }
     const ArrayOfSets& getData() const { return m_table; }
-    void swap(OctreeTris& other) { m_table.swap(other.m_table); }
+    void swap(OctreeTris& other)
+    {
+        m_table.swap(other.m_table);
+        m_searchData.swap(other.m_searchData);
+    }
+
+    /// What `computeOctreeTris` leaves here for searches of nearest points, theirs to know what it is; null in a table
+    /// that was made otherwise.
+    const zn::ReferenceCount* searchData() const { return m_searchData.get(); }
+    void setSearchData(const zn::Reference<zn::ReferenceCount>& data) { m_searchData = data; }
 
 private:
     ArrayOfSets m_table;
+    zn::Reference<zn::ReferenceCount> m_searchData;
 };
 
 /// For each leaf of an octree, the lines that touch it.

@@ -97,6 +97,48 @@ public:
     }
 
     double best2() const { return m_best2; }
+    /// Nothing at a larger squared distance can be nearest.
+    float reach2() const { return m_reach2; }
+
+    /// The place of a triangle that is nearest to the query.
+    struct Candidate
+    {
+        MeshCoord coord;
+        znLinear::Point place;
+        double distance2;
+    };
+
+    /// Whether more than a look at the corners is needed.
+    bool mayBeNearest(int triangle) const { return !m_bounds.isBehind(triangle, m_towards, m_reach); }
+
+    /// Projects the query on a triangle; false when it has no place.
+    bool measure(int triangle, Candidate& candidate) const
+    {
+        if (!candidate.coord.project(triangle, m_vertices, m_triangles, m_query)) return false;
+        candidate.place = candidate.coord.evaluate(m_vertices, m_triangles);
+        candidate.distance2 = distance2(m_query, candidate.place);
+        return true;
+    }
+
+    /// Makes a place the nearest one.
+    void take(const Candidate& candidate)
+    {
+        m_best2 = candidate.distance2;
+        m_found = true;
+        if (m_coord) *m_coord = candidate.coord;
+        lowerReach(m_best2);
+        // Where the query lies on the surface, nothing is behind.
+        znLinear::Vector towards = m_query - candidate.place;
+        if (!towards.normalize()) towards = znLinear::Vector();
+        m_towards =
+            Float4{static_cast<float>(towards.dx), static_cast<float>(towards.dy), static_cast<float>(towards.dz), 0};
+    }
+
+    /// Lets the corners of some triangles bound the distance before any of them is measured.
+    void boundBy(const int* triangles, int count)
+    {
+        lowerReach(static_cast<double>(m_bounds.upper2(triangles, count)));
+    }
 
     /// Tests triangles in order. `mark(triangle)` is asked about those that need a projection; those for which it
     /// answers false have been tested before.
@@ -106,10 +148,9 @@ public:
         for (; count > 0; triangles += m_bounds.capacity, count -= m_bounds.capacity) {
             const int size = std::min(count, m_bounds.capacity);
             m_bounds.computeLower(triangles, size);
-            if (!m_found) lowerReach(static_cast<double>(m_bounds.upper2(triangles, size)));
+            if (!m_found) boundBy(triangles, size);
             for (int i = 0; i < size; ++i)
-                if (!(m_bounds.lower2[i] > m_reach2) && !m_bounds.isBehind(triangles[i], m_towards, m_reach) &&
-                    mark(triangles[i]))
+                if (!(m_bounds.lower2[i] > m_reach2) && mayBeNearest(triangles[i]) && mark(triangles[i]))
                     test(triangles[i]);
         }
     }
@@ -119,23 +160,10 @@ private:
     /// covers by far what projection and evaluation in `double` lose.
     static constexpr double lossFlt = 2e-6;
 
-    /// Projects the query on the triangle and takes the place if it is nearer.
     void test(int triangle)
     {
-        MeshCoord coord;
-        if (!coord.project(triangle, m_vertices, m_triangles, m_query)) return;
-        const znLinear::Point place = coord.evaluate(m_vertices, m_triangles);
-        const double d2 = distance2(m_query, place);
-        if (!(m_best2 > d2)) return;
-        m_best2 = d2;
-        m_found = true;
-        if (m_coord) *m_coord = coord;
-        lowerReach(d2);
-        // Where the query lies on the surface, nothing is behind.
-        znLinear::Vector towards = m_query - place;
-        if (!towards.normalize()) towards = znLinear::Vector();
-        m_towards =
-            Float4{static_cast<float>(towards.dx), static_cast<float>(towards.dy), static_cast<float>(towards.dz), 0};
+        Candidate candidate;
+        if (measure(triangle, candidate) && m_best2 > candidate.distance2) take(candidate);
     }
 
     /// A triangle is known to be within the square root of `distance2`.

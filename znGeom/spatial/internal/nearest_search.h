@@ -1,0 +1,55 @@
+/// The fast search for the nearest triangle.
+#pragma once
+
+#include "znGeom/spatial/internal/nearest_triangle.h"
+#include "znGeom/spatial/internal/search_boxes.h"
+
+namespace znGeom {
+
+/// Finds the nearest triangle depth first, the nearer child first, by the boxes of what lies in each cell.
+///
+/// The answer is that of a walk over the leaves by rising distance of their cells, in which the first of several
+/// triangles at exactly the same distance stays: with the nearest triangle its nearest leaf is kept, and a triangle
+/// that is exactly as near replaces it only from a nearer leaf. Where that does not decide - two leaves at exactly the
+/// same distance, or a distance that is not beyond that of the leaf - the search says so, and such a walk has to be
+/// made.
+class NearestSearch
+{
+public:
+    NearestSearch(const CompactMesh& mesh, const Octree& octree, const OctreeTris& octreeTris, const SearchBoxes& boxes,
+                  double extent, const znLinear::Point& query)
+        : m_nodes(octree.getRoot().node), m_rootCell(octree.getRoot().box), m_table(octreeTris.getData()),
+          m_boxes(boxes), m_query(query), m_nearest(mesh, query, std::numeric_limits<double>::max(), extent, &m_coord)
+    {}
+
+    /// \return false when another search has to decide
+    bool run();
+
+    double distance2() const { return m_nearest.best2(); }
+    const MeshCoord& coord() const { return m_coord; }
+
+private:
+    struct Pending
+    {
+        BoundingBox cell;
+        float lower2; ///< below the squared distance of anything in it
+        int node;
+    };
+
+    int pushChildren(const Pending& parent, Pending* stack, int size) const;
+    void testLeaf(const Pending& leaf);
+    void testTriangle(int triangle, const Pending& leaf);
+
+    const OctreeNode* m_nodes;
+    BoundingBox m_rootCell;
+    const ArrayOfSets& m_table;
+    const SearchBoxes& m_boxes;
+    znLinear::PointFlt m_query;
+    MeshCoord m_coord;
+    NearestTriangle m_nearest;
+    int m_leaf = -1;      ///< the nearest leaf seen that has the nearest triangle
+    double m_leafKey = 0; ///< its squared distance
+    bool m_undecided = false;
+};
+
+} // namespace znGeom
