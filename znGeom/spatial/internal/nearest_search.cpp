@@ -1,5 +1,9 @@
 #include "znGeom/spatial/internal/nearest_search.h"
 
+#include <algorithm>
+
+#include "znGeom/foundation/util/prefetch.h"
+
 namespace znGeom {
 
 namespace {
@@ -7,7 +11,7 @@ namespace {
 /// Levels of an octree at most, times the seven siblings that may wait on each.
 constexpr int stackSize = 24 * 7 + 1;
 
-/// A lower bound for the squared distance of a point from each of eight boxes.
+/// A bound from below for the squared distance of a point from each of eight boxes.
 void boundSiblings(const SearchBoxes::Siblings& boxes, const float* p, float* lower2)
 {
     for (int i = 0; i < 8; ++i) lower2[i] = 0;
@@ -43,69 +47,96 @@ void boundEntries(const std::uint8_t* bytes, int stride, int count, const Search
 bool NearestSearch::run()
 {
     Pending stack[stackSize];
-    stack[0] = {m_rootCell, 0, 0};
+    stack[0] = {m_rootCell, 0, m_boxes.root(), -1, 0};
     for (int size = 1; size > 0;) {
         const Pending cell = stack[--size];
-        if (cell.lower2 > m_nearest.reach2()) continue;
-        if (m_nodes[cell.node].isLeaf) {
+        if (m_nearest.isBeyond(cell.lower2)) continue;
+        if (cell.content.isLeaf()) {
             testLeaf(cell);
-            if (m_undecided) return false;
+            if (m_isUndecided) return false;
         } else {
             size = pushChildren(cell, stack, size);
         }
     }
-    return m_leaf >= 0 && m_leafKey < m_nearest.best2();
+    return m_nearest.isFound() && m_best.leafDistance2 < m_nearest.best2();
 }
 
-/// The nearest child on top.
+/// The nearest child on top. What a child leads to is asked for now, since it will be needed a little later.
 int NearestSearch::pushChildren(const Pending& parent, Pending* stack, int size) const
 {
-    const int firstChild = parent.node + m_nodes[parent.node].firstChild;
+    const SearchBoxes::Siblings& children = m_boxes.siblings(parent.content.first);
     float lower2[8];
-    boundSiblings(m_boxes.siblings(firstChild), &m_query.x, lower2);
+    boundSiblings(children, &m_query.x, lower2);
     const int bottom = size;
     for (int child = 0; child < 8; ++child) {
-        if (lower2[child] > m_nearest.reach2()) continue;
+        if (m_nearest.isBeyond(lower2[child]) || children.cells[child].count == 0) continue;
+        prefetch(children.cells[child]);
         int place = size++;
         for (; place > bottom && stack[place - 1].lower2 < lower2[child]; --place) stack[place] = stack[place - 1];
-        stack[place] = {parent.cell, lower2[child], firstChild + child};
+        stack[place] = {parent.cell, lower2[child], children.cells[child], parent.content.first, child};
         OctreeIterator::halve(stack[place].cell, child);
     }
     return size;
 }
 
-void NearestSearch::testLeaf(const Pending& leaf)
+void NearestSearch::prefetch(SearchBoxes::Cell cell) const
 {
-    const int number = m_nodes[leaf.node].leafIndex;
-    const int start = m_table.start[number], count = m_table.getSetSize(number);
-    const int* triangles = m_table.elements.read() + start;
-    const std::uint8_t* bytes = m_boxes.entries(start);
-    const SearchBoxes::Scale scale(m_boxes.box(leaf.node));
-    for (int first = 0; first < count; first += TriangleBounds::capacity) {
-        const int size = std::min(count - first, TriangleBounds::capacity);
-        float lower2[TriangleBounds::capacity];
-        boundEntries(bytes + first, count, size, scale, &m_query.x, lower2);
-        if (m_leaf < 0) m_nearest.boundBy(triangles + first, size);
-        for (int i = 0; i < size; ++i)
-            if (!(lower2[i] > m_nearest.reach2())) testTriangle(triangles[first + i], leaf);
+    constexpr int lineBytes = 64;
+    const auto lines = [](const void* begin, int bytes) {
+        for (int at = 0; at < bytes; at += lineBytes) znUtil::prefetch(static_cast<const char*>(begin) + at);
+    };
+    if (cell.isLeaf()) {
+        lines(m_boxes.entries(cell.first), 6 * std::min(cell.count, TriangleBounds::capacity));
+        lines(m_entries + cell.first, 4 * std::min(cell.count, TriangleBounds::capacity));
+    } else {
+        lines(&m_boxes.siblings(cell.first), static_cast<int>(sizeof(SearchBoxes::Siblings)));
     }
 }
 
-void NearestSearch::testTriangle(int triangle, const Pending& leaf)
+void NearestSearch::testLeaf(const Pending& leaf)
+{
+    const auto [first, count] = leaf.content;
+    const SearchBoxes::Scale scale(leaf.siblings < 0 ? m_boxes.rootBox()
+                                                     : m_boxes.siblings(leaf.siblings).box(leaf.child));
+    for (int done = 0; done < count; done += TriangleBounds::capacity) {
+        const int size = std::min(count - done, TriangleBounds::capacity);
+        float lower2[TriangleBounds::capacity];
+        boundEntries(m_boxes.entries(first) + done, count, size, scale, &m_query.x, lower2);
+        testEntries(leaf, first + done, size, lower2);
+    }
+}
+
+/// Tests those entries that may be nearest, the one that seems so first: it tells the others how far is too far.
+void NearestSearch::testEntries(const Pending& leaf, int first, int count, float* lower2)
+{
+    const int* triangles = m_entries + first;
+    int kept[TriangleBounds::capacity];
+    if (!m_nearest.isFound()) m_nearest.boundByCorners(triangles, count);
+    const int numKept = m_nearest.sift(triangles, count, lower2, kept);
+    if (numKept == 0) return;
+    const int seemsNearest = static_cast<int>(std::min_element(lower2, lower2 + numKept) - lower2);
+    testEntry(leaf, first + kept[seemsNearest]);
+    for (int i = 0; i < numKept; ++i)
+        if (i != seemsNearest && !m_nearest.isBeyond(lower2[i])) testEntry(leaf, first + kept[i]);
+}
+
+void NearestSearch::testEntry(const Pending& leaf, int entry)
 {
     NearestTriangle::Candidate candidate;
-    if (!m_nearest.mayBeNearest(triangle) || !m_nearest.measure(triangle, candidate)) return;
-    const int number = m_nodes[leaf.node].leafIndex;
-    if (candidate.distance2 > m_nearest.best2() || (candidate.distance2 == m_nearest.best2() && number == m_leaf))
-        return; // within a leaf the first one stays
-    const double key = leaf.cell.distance2(m_query);
-    if (candidate.distance2 == m_nearest.best2() && m_leaf >= 0) {
-        m_undecided = m_undecided || (key == m_leafKey && triangle != m_coord.triangle);
-        if (!(key < m_leafKey)) return;
+    const int triangle = m_entries[entry];
+    if (!m_nearest.measure(triangle, candidate) || candidate.distance2 > m_nearest.best2()) return;
+    const Place place{entry, leaf.content.first, leaf.cell.distance2(m_query)};
+    if (m_nearest.isFound() && candidate.distance2 == m_nearest.best2()) {
+        if (place.leaf == m_best.leaf) {
+            if (entry > m_best.entry) return;
+        } else {
+            m_isUndecided =
+                m_isUndecided || (place.leafDistance2 == m_best.leafDistance2 && triangle != m_coord.triangle);
+            if (!(place.leafDistance2 < m_best.leafDistance2)) return;
+        }
     }
     m_nearest.take(candidate);
-    m_leaf = number;
-    m_leafKey = key;
+    m_best = place;
 }
 
 } // namespace znGeom

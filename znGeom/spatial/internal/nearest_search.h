@@ -10,16 +10,16 @@ namespace znGeom {
 ///
 /// The answer is that of a walk over the leaves by rising distance of their cells, in which the first of several
 /// triangles at exactly the same distance stays: with the nearest triangle its nearest leaf is kept, and a triangle
-/// that is exactly as near replaces it only from a nearer leaf. Where that does not decide - two leaves at exactly the
-/// same distance, or a distance that is not beyond that of the leaf - the search says so, and such a walk has to be
-/// made.
+/// that is exactly as near replaces it only from a nearer leaf, or from an earlier place in the same one. Where that
+/// does not decide - two leaves at exactly the same distance, or a distance that is not beyond that of the leaf - the
+/// search says so, and such a walk has to be made.
 class NearestSearch
 {
 public:
     NearestSearch(const CompactMesh& mesh, const Octree& octree, const OctreeTris& octreeTris, const SearchBoxes& boxes,
                   double extent, const znLinear::Point& query)
-        : m_nodes(octree.getRoot().node), m_rootCell(octree.getRoot().box), m_table(octreeTris.getData()),
-          m_boxes(boxes), m_query(query), m_nearest(mesh, query, std::numeric_limits<double>::max(), extent, &m_coord)
+        : m_rootCell(octree.getRoot().box), m_entries(octreeTris.getData().elements.read()), m_boxes(boxes),
+          m_query(query), m_nearest(mesh, query, std::numeric_limits<double>::max(), extent, &m_coord)
     {}
 
     /// \return false when another search has to decide
@@ -29,27 +29,35 @@ public:
     const MeshCoord& coord() const { return m_coord; }
 
 private:
+    /// A cell that waits.
     struct Pending
     {
         BoundingBox cell;
         float lower2; ///< below the squared distance of anything in it
-        int node;
+        SearchBoxes::Cell content;
+        int siblings, child; ///< where its box is
+    };
+    /// An entry of the triangle sets, the first one of its leaf, and the squared distance of that leaf.
+    struct Place
+    {
+        int entry = -1, leaf = -1;
+        double leafDistance2 = 0;
     };
 
     int pushChildren(const Pending& parent, Pending* stack, int size) const;
+    void prefetch(SearchBoxes::Cell cell) const;
     void testLeaf(const Pending& leaf);
-    void testTriangle(int triangle, const Pending& leaf);
+    void testEntries(const Pending& leaf, int first, int count, float* lower2);
+    void testEntry(const Pending& leaf, int entry);
 
-    const OctreeNode* m_nodes;
     BoundingBox m_rootCell;
-    const ArrayOfSets& m_table;
+    const int* m_entries; ///< the triangles of all leaves
     const SearchBoxes& m_boxes;
     znLinear::PointFlt m_query;
     MeshCoord m_coord;
     NearestTriangle m_nearest;
-    int m_leaf = -1;      ///< the nearest leaf seen that has the nearest triangle
-    double m_leafKey = 0; ///< its squared distance
-    bool m_undecided = false;
+    Place m_best; ///< the first place, in the order of the walk, of the nearest triangle
+    bool m_isUndecided = false;
 };
 
 } // namespace znGeom

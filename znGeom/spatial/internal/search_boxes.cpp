@@ -76,33 +76,44 @@ private:
     zn::vector<BoundingBox> m_boxes;
 };
 
+/// Cells stand in the array of records behind the root, eight siblings side by side.
+int siblingsOf(int node) { return (node - 1) / 8; }
+int childNumberOf(int node) { return (node - 1) % 8; }
+
 } // namespace
 
 SearchBoxes::SearchBoxes(const CompactMesh& mesh, const Octree& octree, const ArrayOfSets& table,
                          znUtil::ThreadPool& pool)
-    : m_siblings((octree.numNodes() - 1) / 8),
+    : m_siblings(std::make_unique_for_overwrite<Siblings[]>(static_cast<size_t>(siblingsOf(octree.numNodes())))),
       m_entries(zn::checkedSize(6 * static_cast<std::int64_t>(table.elements.size())))
 {
     const OctreeNode* nodes = octree.getRoot().node;
-    Siblings* siblings = m_siblings.write();
+    Siblings* all = m_siblings.get();
     std::uint8_t* entries = m_entries.write();
-    if (nodes->isLeaf) m_root = LeafBoxes(mesh, table).fill(0, entries);
-    znUtil::parallelFor(pool, m_siblings.size(), [&](znUtil::Slice slice, int) {
+    const auto cellOf = [&](int node) -> Cell {
+        if (!nodes[node].isLeaf) return {siblingsOf(node + nodes[node].firstChild), -1};
+        const int leaf = nodes[node].leafIndex;
+        return {table.start[leaf], table.getSetSize(leaf)};
+    };
+    m_root = cellOf(0);
+    if (m_root.isLeaf()) m_rootBox = LeafBoxes(mesh, table).fill(0, entries);
+    znUtil::parallelFor(pool, siblingsOf(octree.numNodes()), [&](znUtil::Slice slice, int) {
         LeafBoxes leaves(mesh, table);
-        for (int node = 8 * slice.begin + 1; node < 8 * slice.end + 1; ++node)
-            if (nodes[node].isLeaf)
-                siblings[blockOf(node)].set((node - 1) % 8, leaves.fill(nodes[node].leafIndex, entries));
+        for (int node = 8 * slice.begin + 1; node < 8 * slice.end + 1; ++node) {
+            Siblings& siblings = all[siblingsOf(node)];
+            siblings.cells[childNumberOf(node)] = cellOf(node);
+            if (nodes[node].isLeaf) siblings.set(childNumberOf(node), leaves.fill(nodes[node].leafIndex, entries));
+        }
     });
     // Children stand behind their parents.
     for (int node = octree.numNodes() - 1; node >= 0; --node) {
         if (nodes[node].isLeaf) continue;
-        const Siblings& children = siblings[blockOf(node + nodes[node].firstChild)];
-        BoundingBox all;
-        for (int child = 0; child < 8; ++child) all.extend(children.box(child));
+        BoundingBox box;
+        for (int child = 0; child < 8; ++child) box.extend(all[cellOf(node).first].box(child));
         if (node == 0)
-            m_root = all;
+            m_rootBox = box;
         else
-            siblings[blockOf(node)].set((node - 1) % 8, all);
+            all[siblingsOf(node)].set(childNumberOf(node), box);
     }
 }
 

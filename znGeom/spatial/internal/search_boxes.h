@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 
 #include "znGeom/foundation/mesh/compact_mesh.h"
 #include "znGeom/foundation/threads/thread_pool.h"
@@ -11,20 +12,30 @@ namespace znGeom {
 
 /// For each cell the box of its triangles, which is smaller than the cell where the surface passes through it, and
 /// larger where triangles reach out of it; and for each entry of the triangle sets the triangle's own box in six bytes.
-/// Made by `computeOctreeTris` and kept in the `OctreeTris`: about 10 bytes an entry, in the order in which a search
-/// reads them.
+/// Made by `computeOctreeTris` and kept in the `OctreeTris`: about 12 bytes an entry, in the order in which a search
+/// reads them, so that it needs neither the records of the cells nor the starts of the sets.
 class SearchBoxes : public zn::ReferenceCount
 {
 public:
-    /// The boxes of eight siblings, coordinate by coordinate.
-    struct Siblings
+    /// What a search needs to go on from a cell.
+    struct Cell
+    {
+        int first; ///< the entry with which a leaf begins, or the number of the children in the list of siblings
+        int count; ///< the entries of a leaf; -1 for a cell that is split
+
+        bool isLeaf() const { return count >= 0; }
+    };
+
+    /// Eight siblings, coordinate by coordinate.
+    struct alignas(64) Siblings
     {
         float low[3][8], high[3][8];
+        Cell cells[8];
 
         BoundingBox box(int child) const;
         void set(int child, const BoundingBox& box);
     };
-    static_assert(sizeof(Siblings) == 48 * sizeof(float));
+    static_assert(sizeof(Siblings) == 256);
 
     /// What a byte of an entry means: `low[axis] + byte * step[axis]`, with the minima rounded down and the maxima up.
     struct Scale
@@ -39,20 +50,16 @@ public:
     /// Those of a table; null for a table that has none.
     static const SearchBoxes* of(const OctreeTris& tris) { return static_cast<const SearchBoxes*>(tris.searchData()); }
 
-    /// The boxes of a cell's children. \param firstChild  the number of its first child's record
-    const Siblings& siblings(int firstChild) const { return m_siblings.read()[blockOf(firstChild)]; }
-    /// The box of a cell by the number of its record.
-    BoundingBox box(int node) const { return node == 0 ? m_root : siblings(node).box((node - 1) % 8); }
-    /// Six bytes an entry of a leaf with `count` entries that begin at `start` of the table: all minima in x, in y, in
-    /// z, then all maxima.
-    const std::uint8_t* entries(int start) const { return m_entries.read() + 6 * static_cast<std::ptrdiff_t>(start); }
+    Cell root() const { return m_root; }
+    const BoundingBox& rootBox() const { return m_rootBox; }
+    const Siblings& siblings(int number) const { return m_siblings[static_cast<size_t>(number)]; }
+    /// Six bytes an entry of a leaf: all minima in x, in y, in z, then all maxima.
+    const std::uint8_t* entries(int first) const { return m_entries.read() + 6 * static_cast<std::ptrdiff_t>(first); }
 
 private:
-    /// Cells stand in the array of records after the root, eight siblings side by side.
-    static int blockOf(int node) { return (node - 1) / 8; }
-
-    BoundingBox m_root;
-    Array<Siblings> m_siblings;
+    Cell m_root;
+    BoundingBox m_rootBox;
+    std::unique_ptr<Siblings[]> m_siblings;
     Array<std::uint8_t> m_entries;
 };
 
