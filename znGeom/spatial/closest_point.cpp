@@ -68,7 +68,7 @@ double MeshClosestPoint::compute(const Point& point, MeshCoord* coord)
     const SearchBoxes* boxes = SearchBoxes::of(*m_octreeTris);
     const bool isFinite = std::isfinite(point.x) && std::isfinite(point.y) && std::isfinite(point.z);
     if (boxes && isFinite) {
-        NearestSearch search(*m_mesh, *m_octree, *m_octreeTris, *boxes, extentOf(*m_octree), point);
+        NearestSearch search(*m_mesh, *m_octreeTris, *boxes, extentOf(*m_octree), point);
         if (search.run()) {
             if (coord) *coord = search.coord();
             return std::sqrt(search.distance2());

@@ -47,7 +47,7 @@ void boundEntries(const std::uint8_t* bytes, int stride, int count, const Search
 bool NearestSearch::run()
 {
     Pending stack[stackSize];
-    stack[0] = {m_rootCell, 0, m_boxes.root(), -1, 0};
+    stack[0] = {0, -1, m_boxes.root()};
     for (int size = 1; size > 0;) {
         const Pending cell = stack[--size];
         if (m_nearest.isBeyond(cell.lower2)) continue;
@@ -73,8 +73,7 @@ int NearestSearch::pushChildren(const Pending& parent, Pending* stack, int size)
         prefetch(children.cells[child]);
         int place = size++;
         for (; place > bottom && stack[place - 1].lower2 < lower2[child]; --place) stack[place] = stack[place - 1];
-        stack[place] = {parent.cell, lower2[child], children.cells[child], parent.content.first, child};
-        OctreeIterator::halve(stack[place].cell, child);
+        stack[place] = {lower2[child], 8 * parent.content.first + child, children.cells[child]};
     }
     return size;
 }
@@ -96,8 +95,7 @@ void NearestSearch::prefetch(SearchBoxes::Cell cell) const
 void NearestSearch::testLeaf(const Pending& leaf)
 {
     const auto [first, count] = leaf.content;
-    const SearchBoxes::Scale scale(leaf.siblings < 0 ? m_boxes.rootBox()
-                                                     : m_boxes.siblings(leaf.siblings).box(leaf.child));
+    const SearchBoxes::Scale scale(m_boxes.box(leaf.cell));
     for (int done = 0; done < count; done += TriangleBounds::capacity) {
         const int size = std::min(count - done, TriangleBounds::capacity);
         float lower2[TriangleBounds::capacity];
@@ -125,7 +123,7 @@ void NearestSearch::testEntry(const Pending& leaf, int entry)
     NearestTriangle::Candidate candidate;
     const int triangle = m_entries[entry];
     if (!m_nearest.measure(triangle, candidate) || candidate.distance2 > m_nearest.best2()) return;
-    const Place place{entry, leaf.content.first, leaf.cell.distance2(m_query)};
+    const Place place{entry, leaf.content.first, m_boxes.cellBox(leaf.cell).distance2(m_query)};
     if (m_nearest.isFound() && candidate.distance2 == m_nearest.best2()) {
         if (place.leaf == m_best.leaf) {
             if (entry > m_best.entry) return;

@@ -16,10 +16,10 @@ namespace znGeom {
 class NearestSearch
 {
 public:
-    NearestSearch(const CompactMesh& mesh, const Octree& octree, const OctreeTris& octreeTris, const SearchBoxes& boxes,
-                  double extent, const znLinear::Point& query)
-        : m_rootCell(octree.getRoot().box), m_entries(octreeTris.getData().elements.read()), m_boxes(boxes),
-          m_query(query), m_nearest(mesh, query, std::numeric_limits<double>::max(), extent, &m_coord)
+    NearestSearch(const CompactMesh& mesh, const OctreeTris& octreeTris, const SearchBoxes& boxes, double extent,
+                  const znLinear::Point& query)
+        : m_entries(octreeTris.getData().elements.read()), m_boxes(boxes), m_query(query),
+          m_nearest(mesh, query, std::numeric_limits<double>::max(), extent, &m_coord)
     {}
 
     /// \return false when another search has to decide
@@ -32,10 +32,9 @@ private:
     /// A cell that waits.
     struct Pending
     {
-        BoundingBox cell;
         float lower2; ///< below the squared distance of anything in it
+        int cell;     ///< its number
         SearchBoxes::Cell content;
-        int siblings, child; ///< where its box is
     };
     /// An entry of the triangle sets, the first one of its leaf, and the squared distance of that leaf.
     struct Place
@@ -50,7 +49,6 @@ private:
     void testEntries(const Pending& leaf, int first, int count, float* lower2);
     void testEntry(const Pending& leaf, int entry);
 
-    BoundingBox m_rootCell;
     const int* m_entries; ///< the triangles of all leaves
     const SearchBoxes& m_boxes;
     znLinear::PointFlt m_query;

@@ -84,7 +84,8 @@ int childNumberOf(int node) { return (node - 1) % 8; }
 
 SearchBoxes::SearchBoxes(const CompactMesh& mesh, const Octree& octree, const ArrayOfSets& table,
                          znUtil::ThreadPool& pool)
-    : m_siblings(std::make_unique_for_overwrite<Siblings[]>(static_cast<size_t>(siblingsOf(octree.numNodes())))),
+    : m_rootCellBox(octree.getRoot().box), m_parents(siblingsOf(octree.numNodes())),
+      m_siblings(std::make_unique_for_overwrite<Siblings[]>(static_cast<size_t>(siblingsOf(octree.numNodes())))),
       m_entries(zn::checkedSize(6 * static_cast<std::int64_t>(table.elements.size())))
 {
     const OctreeNode* nodes = octree.getRoot().node;
@@ -108,13 +109,25 @@ SearchBoxes::SearchBoxes(const CompactMesh& mesh, const Octree& octree, const Ar
     // Children stand behind their parents.
     for (int node = octree.numNodes() - 1; node >= 0; --node) {
         if (nodes[node].isLeaf) continue;
+        const int children = cellOf(node).first;
+        m_parents[children] = node - 1;
         BoundingBox box;
-        for (int child = 0; child < 8; ++child) box.extend(all[cellOf(node).first].box(child));
+        for (int child = 0; child < 8; ++child) box.extend(all[children].box(child));
         if (node == 0)
             m_rootBox = box;
         else
             all[siblingsOf(node)].set(childNumberOf(node), box);
     }
+}
+
+BoundingBox SearchBoxes::cellBox(int cell) const
+{
+    int children[32];
+    int depth = 0;
+    for (; cell >= 0; cell = m_parents[cell / 8]) children[depth++] = cell % 8;
+    BoundingBox box = m_rootCellBox;
+    while (depth > 0) OctreeIterator::halve(box, children[--depth]);
+    return box;
 }
 
 } // namespace znGeom

@@ -17,10 +17,11 @@ namespace znGeom {
 class SearchBoxes : public zn::ReferenceCount
 {
 public:
-    /// What a search needs to go on from a cell.
+    /// What a search needs to go on from a cell. A cell's number is that of its record, less one: eight siblings begin
+    /// at a multiple of eight, and the root is -1.
     struct Cell
     {
-        int first; ///< the entry with which a leaf begins, or the number of the children in the list of siblings
+        int first; ///< the entry with which a leaf begins, or an eighth of the number of the first child
         int count; ///< the entries of a leaf; -1 for a cell that is split
 
         bool isLeaf() const { return count >= 0; }
@@ -51,14 +52,18 @@ public:
     static const SearchBoxes* of(const OctreeTris& tris) { return static_cast<const SearchBoxes*>(tris.searchData()); }
 
     Cell root() const { return m_root; }
-    const BoundingBox& rootBox() const { return m_rootBox; }
-    const Siblings& siblings(int number) const { return m_siblings[static_cast<size_t>(number)]; }
+    const Siblings& siblings(int eighth) const { return m_siblings[static_cast<size_t>(eighth)]; }
+    /// The box of what lies in a cell.
+    BoundingBox box(int cell) const { return cell < 0 ? m_rootBox : siblings(cell / 8).box(cell % 8); }
+    /// The box of the cell itself. Walks up to the root and down again.
+    BoundingBox cellBox(int cell) const;
     /// Six bytes an entry of a leaf: all minima in x, in y, in z, then all maxima.
     const std::uint8_t* entries(int first) const { return m_entries.read() + 6 * static_cast<std::ptrdiff_t>(first); }
 
 private:
     Cell m_root;
-    BoundingBox m_rootBox;
+    BoundingBox m_rootBox, m_rootCellBox;
+    zn::vector<int> m_parents; ///< the number of the cell to which eight siblings belong
     std::unique_ptr<Siblings[]> m_siblings;
     Array<std::uint8_t> m_entries;
 };
