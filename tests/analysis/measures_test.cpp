@@ -3,16 +3,13 @@
 #include <cmath>
 #include <cstring>
 #include <numbers>
-#include <regex>
 #include <utility>
 
 #include <gtest/gtest.h>
 
 #include "tests/support/moving_allocator.h"
-#include "tests/support/random.h"
-#include "tests/support/recorder.h"
-#include "tests/support/shapes.h"
-#include "znGeom/analysis/adjacency.h"
+#include "tests/support/tangles.h"
+#include "tests/support/timed_lines.h"
 #include "znGeom/foundation/linear/tolerance.h"
 
 using namespace znGeom;
@@ -35,8 +32,8 @@ CompactMesh makeMesh(const std::vector<MeshVertex>& vertices, const std::vector<
 /// Triangles in no order among few vertices, degenerate and doubled ones too, positions that sums round.
 CompactMesh makeTangle(znTest::Random& random, int numVertices, int numTriangles)
 {
-    std::vector<MeshVertex> vertices(static_cast<size_t>(numVertices));
-    std::vector<MeshTriangle> triangles(static_cast<size_t>(numTriangles));
+    std::vector<MeshVertex> vertices(numVertices);
+    std::vector<MeshTriangle> triangles(numTriangles);
     for (MeshVertex& v : vertices) v.set(float(random.real()), float(random.real()), float(random.real(-0.3, 1)));
     for (MeshTriangle& t : triangles)
         for (int& corner : t.corners) corner = random.below(numVertices);
@@ -57,26 +54,11 @@ Normal plainNormal(const CompactMesh& mesh, int triangle, int first = 0)
     return length > 0 ? Normal(Promise(), v.dx / length, v.dy / length, v.dz / length) : Normal::z;
 }
 
-std::vector<float> plainVertexNormals(const CompactMesh& mesh)
-{
-    std::vector<float> sums(static_cast<size_t>(3 * mesh.getNumVertices()));
-    for (int t = 0; t < mesh.getNumTriangles(); ++t)
-        for (const int v : mesh.getTriangles()[t].corners)
-            for (int c = 0; c < 3; ++c) sums[static_cast<size_t>(3 * v + c)] += float(plainNormal(mesh, t)[c]);
-    meshNormalize(sums.data(), mesh.getNumVertices());
-    return sums;
-}
-
 MeshPlacement place(const CompactMesh* mesh, float scale, float shift = 0)
 {
     MeshPlacement placement{AffineMatrixFlt(scale), mesh};
     placement.matrix.m[3][0] = shift;
     return placement;
-}
-
-bool isTimed(const std::string& line, const char* beginning)
-{
-    return std::regex_match(line, std::regex(std::string(beginning) + "\\d+\\.\\d{6} s\n"));
 }
 
 } // namespace
@@ -86,12 +68,15 @@ TEST(Normals, ofVerticesAreSumsInTheOrderOfTheTriangles)
     znTest::Random random(1);
     for (int round = 0; round < 40; ++round) {
         CompactMesh mesh = makeTangle(random, 3 + random.below(round < 35 ? 30 : 20000), random.below(5000));
-        const std::vector<float> expected = plainVertexNormals(mesh);
+        std::vector<float> sums(3 * mesh.getNumVertices());
+        for (int i = 0; i < 9 * mesh.getNumTriangles(); ++i)
+            sums[3 * mesh.getTrianglesRaw()[i / 3] + i % 3] += float(plainNormal(mesh, i / 9)[i % 3]);
+        meshNormalize(sums.data(), mesh.getNumVertices());
         if (round % 2) mesh.setArrayAllocator(new znTest::MovingAllocator);
         for (int again = 0; again < 2; ++again) meshComputeNormals(mesh);
         meshComputeTriangleNormals(mesh);
         const CompactMesh& read = mesh;
-        ASSERT_EQ(std::memcmp(read.getNormalsRaw(), expected.data(), expected.size() * sizeof(float)), 0) << round;
+        ASSERT_EQ(std::memcmp(read.getNormalsRaw(), sums.data(), sums.size() * sizeof(float)), 0) << round;
         for (int t = 0; t < mesh.getNumTriangles(); ++t)
             ASSERT_EQ(VectorFlt(read.getTriangleNormalsRaw() + 3 * t), VectorFlt(plainNormal(read, t).asVector()));
     }
@@ -140,10 +125,9 @@ TEST(Normals, whatIsTold)
     }
     using enum MeshModification::Channel;
     EXPECT_EQ(told, (znTest::Change::Channels{Normals, Normals, TriangleNormals}));
-    ASSERT_EQ(log.lines().size(), 3u);
-    EXPECT_EQ(log.lines()[0], "meshComputeNormals:  vertices 8  triangles 12\n");
-    EXPECT_EQ(log.lines()[1], "meshComputeTriangleNormals:  vertices 8  triangles 12\n");
-    EXPECT_TRUE(isTimed(log.lines()[2], "  normalized: "));
+    EXPECT_EQ(withoutTimes(log),
+              (znTest::Lines{"meshComputeNormals:  vertices 8  triangles 12\n",
+                             "meshComputeTriangleNormals:  vertices 8  triangles 12\n", "  normalized: # s\n"}));
 }
 
 TEST(Bounds, ofVerticesAndSelections)
@@ -186,19 +170,17 @@ TEST(Bounds, ofArrangementsHoldTransformedBoxes)
     arrangementBoundingBox(placements, box);
     EXPECT_EQ(box.minPt(), PointFlt(-1, 0, 0));
     EXPECT_EQ(box.maxPt(), PointFlt(12, 2, 0));
-    EXPECT_TRUE(isTimed(log.lines().front(), "meshBoundingBox: 0 vertices  "));
-    EXPECT_TRUE(isTimed(log.lines().back(), "arrangementBoundingBox: 4 meshes  "));
+    EXPECT_EQ(withoutTimes(log).front(), "meshBoundingBox: 0 vertices  # s\n");
+    EXPECT_EQ(withoutTimes(log).back(), "arrangementBoundingBox: 4 meshes  # s\n");
 }
 
 TEST(Bounds, ofTrianglesAndNeighbourhoods)
 {
     znTest::Random random(3);
     const CompactMesh mesh = makeTangle(random, 60, 60);
-    MeshAdjTris adjTris;
-    meshAdjTris(mesh, adjTris);
     zn::vector<BoundingBox> boxes(60), expectedBoxes(60), around(60), expectedAround(60);
     meshTriBoundingBoxes(mesh.getVertices(), mesh.getTriangles(), 60, boxes.data());
-    meshComputeNeighbourBBoxes(mesh, adjTris, around.data());
+    meshComputeNeighbourBBoxes(mesh, znTest::adjTrisOf(mesh), around.data());
     for (int t = 0; t < 60; ++t) {
         for (int i = 0; i < 3; ++i) expectedBoxes[t].extend(PointFlt(cornerOf(mesh, t, i)));
         for (const int v : mesh.getTriangles()[t].corners) expectedAround[v].extend(expectedBoxes[t]);
@@ -273,8 +255,7 @@ TEST(Edges, anglesOfACube)
 {
     CompactMesh cube;
     znTest::makeCube(cube);
-    MeshAdjTris adjTris;
-    meshAdjTris(cube, adjTris);
+    const MeshAdjTris adjTris = znTest::adjTrisOf(cube);
     EXPECT_EQ(meshMaxDihedralAngle(cube, adjTris), pi / 2);
     const znTest::LogRecorder log;
     MeshDihedralAnglesResult result;
@@ -282,8 +263,8 @@ TEST(Edges, anglesOfACube)
     for (const auto& [degrees, count] : expected) {
         meshFindAnglesLessThan(cube, adjTris, degrees, result);
         EXPECT_EQ(result.edges.size(), count) << degrees;
-        EXPECT_TRUE(isTimed(log.lines().back(), "   meshFindAnglesLessThan: "));
     }
+    EXPECT_EQ(withoutTimes(log), znTest::Lines(5, "   meshFindAnglesLessThan: # s\n"));
     zn::vector<int> adjacent{99};
     result.getAdjacentTriangles(cube, adjTris, adjacent);
     EXPECT_EQ(adjacent, (zn::vector<int>{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11}));
@@ -299,9 +280,9 @@ TEST(Edges, anglesEqualThePlainSearch)
         CompactMesh mesh = makeTangle(random, 4 + random.below(12), 5 + random.below(60));
         if (round < 3) znTest::makeSphere(mesh, round);
         const MeshTriangle* triangles = mesh.getTriangles();
-        const auto cornerAt = [&](int t, int v) {
-            return static_cast<int>(std::find(triangles[t].corners, triangles[t].corners + 3, v) -
-                                    triangles[t].corners);
+        const auto cornerAt = [triangles](int t, int v) {
+            const int* corners = triangles[t].corners;
+            return int(std::find(corners, corners + 3, v) - corners);
         };
         const double degrees = random.real(-20, 200), limit = pi - degrees / 180 * pi;
         double largest = 0;
@@ -319,8 +300,7 @@ TEST(Edges, anglesEqualThePlainSearch)
                 for (const int v : triangles[u].corners)
                     if (v == a) sharp.append({a, next});
             }
-        MeshAdjTris adjTris;
-        meshAdjTris(mesh, adjTris);
+        const MeshAdjTris adjTris = znTest::adjTrisOf(mesh);
         EXPECT_EQ(meshMaxDihedralAngle(mesh, adjTris), largest) << round;
         MeshDihedralAnglesResult result;
         meshFindAnglesLessThan(mesh, adjTris, degrees, result);

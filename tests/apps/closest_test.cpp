@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <array>
 #include <sstream>
 
 #include "tests/apps/sample_files.h"
@@ -10,60 +9,31 @@ namespace toolTest {
 
 namespace {
 
-/// The place that the weights of an answer stand for, by the plain text of the mesh.
-std::array<double, 3> placeOf(const Json& answer, const std::string& plainMesh)
-{
-    std::istringstream text(plainMesh);
-    std::size_t numVertices = 0, numTriangles = 0;
-    text >> numVertices >> numTriangles;
-    std::vector<std::array<double, 3>> vertices(numVertices);
-    for (auto& vertex : vertices) text >> vertex[0] >> vertex[1] >> vertex[2];
-    std::vector<std::array<std::size_t, 4>> triangles(numTriangles);
-    for (auto& triangle : triangles) text >> triangle[0] >> triangle[1] >> triangle[2] >> triangle[3];
-    std::array<double, 3> place{};
-    for (std::size_t corner = 0; corner < 3; ++corner)
-        for (std::size_t axis = 0; axis < 3; ++axis)
-            place[axis] +=
-                answer["weights"][corner].get<double>() * vertices[triangles.at(answer["triangle"])[corner + 1]][axis];
-    return place;
-}
-
 TEST(ToolClosest, TellsDistanceTriangleAndWeights)
 {
     const Scratch scratch;
-    const std::string cube = scratch.write("cube.obj", cubeObj());
-    report({"convert", cube, scratch.path("cube.txt")});
-    const std::string plain = scratch.read("cube.txt");
-    const std::string points = scratch.write(
-        "points.xyz", "# x y z\n0.25 0.5 5\n\n3,0.25,0.5\r\n\t+2, 2, 2 # a corner\n5e-1 .25 0.875\n1 1 1");
-    const std::vector<std::pair<double, std::array<double, 3>>> expected{
-        {4, {0.25, 0.5, 1}}, {2, {1, 0.25, 0.5}}, {1.73205081, {1, 1, 1}}, {0.125, {0.5, 0.25, 1}}, {0, {1, 1, 1}}};
+    const std::string mesh =
+        scratch.write("mesh.obj", "v 0 0 0\nv 4 0 0\nv 0 4 0\nv 0 0 100\nv 4 0 100\nv 0 4 100\nf 1 2 3\nf 4 5 6\n");
+    const std::string points =
+        scratch.write("points.xyz", "# x y z\n1 2 5\n\n1,-3,0\r\n\t-1, -1, 101 # a corner\n+1e0 1 .99e2\n0 4 0");
+    const Json expected = Json::parse(R"([{"distance": 5, "triangle": 0, "weights": [0.25, 0.25, 0.5]},
+                                          {"distance": 3, "triangle": 0, "weights": [0.75, 0.25, 0]},
+                                          {"distance": 1.73205081, "triangle": 1, "weights": [1, 0, 0]},
+                                          {"distance": 1, "triangle": 1, "weights": [0.5, 0.25, 0.25]},
+                                          {"distance": 0, "triangle": 0, "weights": [0, 0, 1]}])");
+    const Outcome json = runTool({"closest", mesh, points, "--json"});
+    EXPECT_EQ(Json::parse(json.out, nullptr, false), expected) << json;
+    EXPECT_EQ(runTool({"closest", mesh, points}).out,
+              "5 0 0.25 0.25 0.5\n3 0 0.75 0.25 0\n1.73205081 1 1 0 0\n1 1 0.5 0.25 0.25\n0 0 0 0 1\n");
 
-    const Outcome json = runTool({"closest", cube, points, "--json"}), lines = runTool({"closest", cube, points});
-    const Json answers = Json::parse(json.out, nullptr, false);
-    ASSERT_EQ(answers.size(), expected.size()) << json;
-    std::istringstream text(lines.out);
-    for (std::size_t i = 0; i < expected.size(); ++i) {
-        const Json& answer = answers[i];
-        EXPECT_EQ(answer["distance"], expected[i].first) << i;
-        const auto place = placeOf(answer, plain);
-        for (std::size_t axis = 0; axis < 3; ++axis) EXPECT_NEAR(place[axis], expected[i].second[axis], 1e-8) << i;
-        double distance = 0, weights[3];
-        int triangle = -1;
-        text >> distance >> triangle >> weights[0] >> weights[1] >> weights[2];
-        EXPECT_EQ(Json({{"distance", distance}, {"triangle", triangle}, {"weights", weights}}), answer) << lines;
-    }
-    std::string rest;
-    EXPECT_FALSE(text >> rest) << rest;
-
-    const Json summary = report({"closest", cube, points, "-o", scratch.path("out.json")});
+    const Json summary = report({"closest", mesh, points, "-o", scratch.path("out.json")});
     EXPECT_EQ(scratch.read("out.json"), json.out);
     EXPECT_EQ(summary["points"], 5);
-    EXPECT_EQ(summary["distance_max"], 4);
-    EXPECT_EQ(summary["distance_mean"], 1.57141);
+    EXPECT_EQ(summary["distance_max"], 5);
+    EXPECT_EQ(summary["distance_mean"], 2.14641);
 }
 
-TEST(ToolClosest, KeepsTheOrderOfThePoints)
+TEST(ToolClosest, KeepsTheOrderOfThePointsAndTakesTheVerticesOfAMesh)
 {
     const Scratch scratch;
     std::string points;
@@ -74,16 +44,12 @@ TEST(ToolClosest, KeepsTheOrderOfThePoints)
     for (std::string line; std::getline(lines, line); ++count)
         ASSERT_TRUE(line.starts_with(std::to_string(count) + " ")) << count << ": " << line;
     EXPECT_EQ(count, 3000);
-}
 
-TEST(ToolClosest, TakesTheVerticesOfAMesh)
-{
-    const Scratch scratch;
     const std::string grid = scratch.write("grid.obj", gridObj(9));
     // A plain file has the extension of a text; its first line tells.
     report({"convert", grid, scratch.path("grid.txt")});
-    for (const std::string& points : {grid, scratch.path("grid.txt")}) {
-        const Json summary = report({"closest", grid, points, "-o", scratch.path("out.txt")});
+    for (const std::string& mesh : {grid, scratch.path("grid.txt")}) {
+        const Json summary = report({"closest", grid, mesh, "-o", scratch.path("out.txt")});
         EXPECT_EQ(summary["points"], 100);
         EXPECT_EQ(summary["distance_max"], 0);
     }

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <iterator>
+#include <sstream>
 
 #include "tests/apps/sample_files.h"
 #include "tests/apps/tool_process.h"
@@ -101,35 +103,28 @@ TEST(ToolFailures, WhatCannotBeReadOrWrittenIsSaid)
     const std::string box = scratch.write("box.obj", boxObj());
     std::filesystem::create_directory(scratch.path("folder.obj"));
     const std::string folder = scratch.path("folder.obj"), missing = scratch.path("missing.obj");
-    expectOneLine(runTool({"info", missing}), {missing, "No such file"}, "missing");
-    expectOneLine(runTool({"info", folder}), {folder, "folder"}, "a folder");
-    expectOneLine(runTool({"convert", box, folder}), {folder, "folder"}, "onto a folder");
-    expectOneLine(runTool({"convert", box, scratch.path("no/where.obj")}), {"No such file"}, "into no folder");
-    expectOneLine(runTool({"convert", box, scratch.path("box.xyz")}), {"unknown extension"}, "no format");
-    // What is to be written is looked at before what is to be read.
-    expectOneLine(runTool({"convert", missing, scratch.path("box.xyz")}), {"unknown extension"}, "no format");
+    const std::vector<std::pair<std::vector<std::string>, std::vector<std::string>>> cases{
+        {{"info", missing}, {missing, "No such file"}},
+        {{"info", folder}, {folder, "folder"}},
+        {{"convert", box, folder}, {folder, "folder"}},
+        {{"convert", box, scratch.path("no/where.obj")}, {"No such file"}},
+        {{"convert", box, scratch.path("box.xyz")}, {"unknown extension"}},
+        // What is to be written is looked at before what is to be read.
+        {{"convert", missing, scratch.path("box.xyz")}, {"unknown extension"}},
+    };
+    for (const auto& [arguments, words] : cases) expectOneLine(runTool(arguments), words, arguments.back());
     EXPECT_EQ(scratch.names(), (std::vector<std::string>{"box.obj", "folder.obj"}));
 }
 
 TEST(ToolUsage, WrongUseIsStatusTwoAndHelpIsHelp)
 {
-    const std::vector<std::vector<std::string>> wrong{
-        {},
-        {"inform"},
-        {"info"},
-        {"info", "a.obj", "b.obj"},
-        {"weld", "a.obj"},
-        {"info", "--loud", "a.obj"},
-        {"split", "a.obj"},
-        {"split", "a.obj", "b.obj", "--parts", "0"},
-        {"split", "a.obj", "b.obj", "--by", "faces"},
-        {"split", "a.obj", "b.obj", "--parts", "2", "--by", "edges"},
-        {"extract", "a.obj", "b.obj"},
-        {"extract", "a.obj", "b.obj", "--component", "1", "--boundary", "1"},
-        {"extract", "a.obj", "b.obj", "--component", "1", "--rings", "2"},
-        {"closest", "a.obj"}};
-    for (const auto& arguments : wrong) {
-        const Outcome outcome = runTool(arguments);
+    for (const char* line :
+         {"", "inform", "info", "info a.obj b.obj", "weld a.obj", "info --loud a.obj", "split a.obj",
+          "split a.obj b.obj --parts 0", "split a.obj b.obj --by faces", "split a.obj b.obj --parts 2 --by edges",
+          "extract a.obj b.obj", "extract a.obj b.obj --component 1 --boundary 1",
+          "extract a.obj b.obj --component 1 --rings 2", "closest a.obj"}) {
+        std::istringstream words(line);
+        const Outcome outcome = runTool({std::istream_iterator<std::string>(words), {}});
         EXPECT_EQ(outcome.status, 2) << outcome;
         EXPECT_EQ(outcome.out, "");
         EXPECT_NE(outcome.err.find("--help"), std::string::npos) << outcome;

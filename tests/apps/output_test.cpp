@@ -59,10 +59,9 @@ TEST(ToolConvert, DoesNotWriteWhatAFormatHasNoPlaceFor)
     const std::string cloud = scratch.write("cloud.obj", "v 0 0 0\nv 1 2 3\n");
     report({"convert", cloud, scratch.path("cloud.glb")});
     EXPECT_EQ(info(scratch.path("cloud.glb"))["max"], Json({1, 2, 3}));
-
-    EXPECT_EQ(runTool({"convert", scratch.write("nan.obj", "v nan 0 0\n"), scratch.path("nan.glb")}).status, 1);
-    EXPECT_EQ(runTool({"convert", scratch.write("none.txt", "0 0\n"), scratch.path("none.glb")}).status, 1);
-    EXPECT_EQ(runTool({"convert", cloud, scratch.path("cloud.gltf")}).status, 1);
+    const std::string nan = scratch.write("nan.obj", "v nan 0 0\n"), none = scratch.write("none.txt", "0 0\n");
+    for (const auto& [from, to] : {std::pair(nan, "nan.glb"), {none, "none.glb"}, {cloud, "cloud.gltf"}})
+        expectOneLine(runTool({"convert", from, scratch.path(to)}), {}, to);
     EXPECT_EQ(scratch.names(), (std::vector<std::string>{"cloud.glb", "cloud.obj", "nan.obj", "none.txt"}));
 }
 
@@ -115,21 +114,17 @@ TEST(ToolOutput, ReplacesAFileAsAWhole)
 }
 
 /// While it lives, no process started here may write a file larger than this.
-class FileSizeLimit
+struct FileSizeLimit
 {
-public:
     explicit FileSizeLimit(rlim_t bytes)
     {
-        getrlimit(RLIMIT_FSIZE, &m_former);
-        const rlimit limit{bytes, m_former.rlim_max};
+        getrlimit(RLIMIT_FSIZE, &former);
+        const rlimit limit{bytes, former.rlim_max};
         setrlimit(RLIMIT_FSIZE, &limit);
     }
-    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &m_former); }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &former); }
 
-private:
-    rlimit m_former{};
+    rlimit former{};
 };
 
 TEST(ToolOutput, TellsOfAFullDiskAndLeavesTheOldFile)
@@ -137,7 +132,6 @@ TEST(ToolOutput, TellsOfAFullDiskAndLeavesTheOldFile)
     const Scratch scratch;
     std::string points;
     for (int i = 0; i < 3000; ++i) points += "v " + std::to_string(i) + " 0.125 0.5\n";
-    const std::string mesh = scratch.write("mesh.obj", points + "f 1 2 3\n");
     std::string facets = "f 1 2 3\n";
     for (int i = 0; i < 11; ++i) facets += facets.substr(0, 16384);
     const std::string manyFaces = scratch.write("faces.obj", points + facets);
@@ -145,14 +139,11 @@ TEST(ToolOutput, TellsOfAFullDiskAndLeavesTheOldFile)
         const std::string out = scratch.write(name, "old");
         for (const char* command : {"convert", "weld"}) {
             const FileSizeLimit limit(20000);
-            const Outcome outcome = runTool({command, manyFaces, out});
-            EXPECT_EQ(outcome.status, 1) << name << outcome;
-            EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << name << outcome;
-            EXPECT_NE(outcome.err.find("can't be written"), std::string::npos) << name << outcome;
+            expectOneLine(runTool({command, manyFaces, out}), {"can't be written"}, name);
         }
         EXPECT_EQ(scratch.read(name), "old") << name;
     }
-    EXPECT_EQ(scratch.names().size(), 8U) << "something was left behind";
+    EXPECT_EQ(scratch.names().size(), 7U) << "something was left behind";
 }
 
 } // namespace

@@ -152,12 +152,6 @@ std::string tetrahedraObj()
            "f 1 3 2\nf 1 2 4\nf 1 4 3\nf 2 3 4\nf 1 5 6\nf 1 7 5\nf 1 6 7\nf 7 6 8\nf 6 5 8\nf 5 7 8\n";
 }
 
-std::string annulusObj()
-{
-    return "v -2 -2 0\nv 2 -2 0\nv 2 2 0\nv -2 2 0\nv -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\n"
-           "f 1 2 6 5\nf 2 3 7 6\nf 3 4 8 7\nf 4 1 5 8\n";
-}
-
 std::string gridObj(int side)
 {
     std::string text;

@@ -26,8 +26,6 @@ std::string cubeObj(const std::string& first = "-1", const std::string& second =
 /// Two tetrahedra of volume 1/6 that touch at their first vertex: one of 4 triangles, and one of 6, since a face of it
 /// is divided in three.
 std::string tetrahedraObj();
-/// A flat square of side 4 with a square hole of side 2, as four quadrangles.
-std::string annulusObj();
 /// A flat square of `side` times `side` unit squares.
 std::string gridObj(int side);
 

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -10,8 +9,6 @@
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
-
-extern char** environ;
 
 namespace toolTest {
 
@@ -25,13 +22,6 @@ std::string contentOf(std::FILE* file)
     while (const std::size_t count = std::fread(chunk, 1, sizeof chunk, file)) content.append(chunk, count);
     std::fclose(file);
     return content;
-}
-
-/// The thread sanitizer would have every process with threads wait for a second at its end.
-bool doWithoutWaiting()
-{
-    const char* options = std::getenv("TSAN_OPTIONS");
-    return setenv("TSAN_OPTIONS", ((options ? options : "") + std::string(" atexit_sleep_ms=0")).c_str(), 1) == 0;
 }
 
 } // namespace
@@ -52,30 +42,24 @@ std::ostream& operator<<(std::ostream& stream, const Outcome& outcome)
 ToolProcess::ToolProcess(const std::vector<std::string>& arguments, int terminal)
     : m_out(std::tmpfile()), m_err(std::tmpfile())
 {
-    [[maybe_unused]] static const bool prepared = doWithoutWaiting();
     std::vector<std::string> words{ZNGEOM_TOOL};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> argv;
     for (std::string& word : words) argv.push_back(word.data());
     argv.push_back(nullptr);
-
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, fileno(m_out), STDOUT_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, terminal >= 0 ? terminal : fileno(m_err), STDERR_FILENO);
+    // The thread sanitizer would have every process with threads wait for a second at its end.
+    const char* options = std::getenv("TSAN_OPTIONS");
+    const std::string withoutWaiting = (options ? options : "") + std::string(" atexit_sleep_ms=0");
+    m_pid = fork();
+    if (m_pid < 0) throw std::runtime_error("the tool can't be started");
+    if (m_pid > 0) return;
+    setenv("TSAN_OPTIONS", withoutWaiting.c_str(), 1);
+    dup2(fileno(m_out), STDOUT_FILENO);
+    dup2(terminal >= 0 ? terminal : fileno(m_err), STDERR_FILENO);
     // Whoever runs the tests in the background may have set Ctrl-C to be ignored, which the tool would respect.
-    sigset_t defaults;
-    sigemptyset(&defaults);
-    sigaddset(&defaults, SIGINT);
-    sigaddset(&defaults, SIGTERM);
-    posix_spawnattr_t attributes;
-    posix_spawnattr_init(&attributes);
-    posix_spawnattr_setsigdefault(&attributes, &defaults);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
-    const int error = posix_spawn(&m_pid, argv[0], &actions, &attributes, argv.data(), environ);
-    posix_spawnattr_destroy(&attributes);
-    posix_spawn_file_actions_destroy(&actions);
-    if (error != 0) throw std::runtime_error("the tool can't be started");
+    for (const int number : {SIGINT, SIGTERM}) ::signal(number, SIG_DFL);
+    execv(argv[0], argv.data());
+    _exit(127);
 }
 
 void ToolProcess::signal(int number) const { kill(m_pid, number); }
@@ -84,8 +68,7 @@ Outcome ToolProcess::wait()
 {
     int status = 0;
     waitpid(m_pid, &status, 0);
-    Outcome outcome{WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), contentOf(m_out), contentOf(m_err)};
-    return outcome;
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), contentOf(m_out), contentOf(m_err)};
 }
 
 void expectOneLine(const Outcome& outcome, const std::vector<std::string>& words, const std::string& what)

@@ -2,9 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
-#include <filesystem>
 #include <iterator>
-#include <locale>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -12,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include "tests/files/temporary_file.h"
-#include "tests/support/meshes.h"
 #include "tests/support/moving_allocator.h"
 #include "tests/support/random.h"
 #include "tests/support/recorder.h"
@@ -26,28 +23,17 @@ namespace {
 using Face = std::vector<int>;
 using Faces = std::vector<Face>;
 
-std::istringstream streamOf(const std::string& text)
-{
-    std::istringstream in(text);
-    in.imbue(std::locale::classic());
-    return in;
-}
-
 /// The vertex indices of a face line, from what follows its "f ".
 Face streamFace(const std::string& text)
 {
-    std::istringstream in = streamOf(text);
+    std::istringstream in(text);
     Face face;
     while (in.good()) {
         int v = -1, unused;
         in >> v;
-        if (in.good() && in.peek() == '/') {
+        for (int slash = 1; slash <= 2 && in.good() && in.peek() == '/'; ++slash) {
             in.get();
-            if (in.peek() != '/') in >> unused;
-            if (in.good() && in.peek() == '/') {
-                in.get();
-                in >> unused;
-            }
+            if (slash == 2 || in.peek() != '/') in >> unused;
         }
         face.push_back(v);
     }
@@ -63,7 +49,7 @@ void streamObj(const std::string& text, std::vector<float>& positions, Faces& fa
         line.erase(0, std::min(line.find_first_not_of(" \t\v\f\r"), line.size()));
         if (line.starts_with("v ")) {
             float x = 0, y = 0, z = 0;
-            streamOf(line.substr(2)) >> x >> y >> z;
+            std::istringstream(line.substr(2)) >> x >> y >> z;
             positions.insert(positions.end(), {x, y, z});
         }
         if (line.starts_with("f ")) faces.push_back(streamFace(line.substr(2)));
@@ -111,8 +97,8 @@ void expectAsStreams(const std::string& text)
         ASSERT_EQ(std::memcmp(mesh.getVerticesRaw() + i, &positions[i], sizeof(float)), 0)
             << "number " << i << ": " << mesh.getVerticesRaw()[i] << " and not " << positions[i];
     const bool hasPolygon = std::any_of(faces.begin(), faces.end(), [](const Face& face) { return face.size() > 3; });
-    ASSERT_EQ(hasPolygon ? polygonsOf(mesh) : trianglesOf(mesh), faces);
-    ASSERT_EQ(hasPolygon ? mesh.getNumTriangles() : mesh.getNumPolys(), 0);
+    ASSERT_EQ(polygonsOf(mesh), hasPolygon ? faces : Faces());
+    ASSERT_EQ(trianglesOf(mesh), hasPolygon ? Faces() : faces);
 }
 
 std::vector<std::string> wordsOf(const std::string& text)
@@ -133,7 +119,7 @@ std::string randomLine(znTest::Random& random)
     static const Pieces entries = wordsOf("1 2 74 +5 12/3 13//14 6/7/8 9/ 10/1/ 11// "
                                           "500 0 -1 2147483648 -2147483649 1/99999999999");
     static const Pieces gaps{" ", " ", "  ", "\t", "\r", "/", ""}, ends{"\n", "\r\n", " \n", "\r\r\n", " \r\n"};
-    static const std::string letters = "0123456789+-.eE/ \t\r\v\fnft#$infax";
+    static const std::string letters("0123456789+-.eE/ \t\r\v\fnft#$infax\0", 32);
     const auto pick = [&random](const auto& list, int rare) {
         const int size = static_cast<int>(list.size());
         return list[static_cast<size_t>(random.below(random.oneIn(8) ? size : size - rare))];
@@ -149,27 +135,19 @@ std::string randomLine(znTest::Random& random)
     return line + pick(ends, 3);
 }
 
-TEST(ObjRead, RandomLinesAreReadAsByStreams)
+TEST(ObjRead, RandomLinesAreReadAsByStreamsWhereverTheFileEnds)
 {
-    for (int file = 0; file < 12; ++file) {
+    znTest::Random random(1);
+    for (int file = 0; file < 1000; ++file) {
         SCOPED_TRACE(file);
-        znTest::Random random(static_cast<std::uint64_t>(file));
         std::string text;
-        for (int i = 0; i < 4000; ++i) text += randomLine(random);
-        // Lines longer than any buffer, the last of them without a line end.
-        if (file == 1) text += "f 1 2" + std::string(700000, ' ') + "3\nv 1 -2e60 3" + std::string(300000, '0');
+        for (int i = file < 4 ? 8000 : random.below(20); i >= 0; --i) text += randomLine(random);
+        if (file == 1) // lines longer than any buffer
+            text += "f 1 2" + std::string(700000, ' ') + "3\nv 1 -2e60 3" + std::string(300000, '0');
+        else if (random.oneIn(2))
+            text.resize(static_cast<size_t>(random.below(static_cast<int>(text.size()))));
         expectAsStreams(text);
     }
-}
-
-TEST(ObjRead, EveryBeginningOfAFile)
-{
-    const std::string text =
-        "# two\r\nv 0 0 0\nv 1.5 -2e-1 +3 4\r\n v .5 5. 1e2\nvn 0 0 1\nvt .5 .5\nf 1/1/1 2/1/1 3/1/1\n"
-        "f 3//1 2//1 1//1\r\nf 3/1 2/1 1/1\nusemtl a\nv 1 1 1\nf 1 2 3 4";
-    for (size_t length = 0; length <= text.size(); ++length) expectAsStreams(text.substr(0, length));
-    using namespace std::string_literals;
-    expectAsStreams("v 1 \0 3\nf 1 1 1\0\nf 1 1 1"s);
 }
 
 TEST(ObjRead, WhichFacesAreKept)
@@ -207,7 +185,7 @@ TEST(ObjRead, OnePolygonMakesAllFacesPolygons)
     EXPECT_EQ(mesh.getNumPolys(), 4);
 }
 
-TEST(ObjRead, ReplacesPositionsAndTellsOnce)
+TEST(ObjRead, ReplacesPositionsAndTellsOnceUnlessTheFileDoesNotOpen)
 {
     CompactMesh mesh;
     mesh.setArrayAllocator(new znTest::MovingAllocator);
@@ -215,6 +193,13 @@ TEST(ObjRead, ReplacesPositionsAndTellsOnce)
     mesh.allocNormalArray();
     mesh.allocAttributes("weight", 1)->asFloat()[0] = 5;
     const znTest::ChangeRecorder recorder(mesh);
+    const TemporaryFile file;
+    for (const znOS::Filename& name : {file.name(), znOS::Filename(file.folder.string().c_str())}) {
+        EXPECT_FALSE(meshReadObj(mesh, name));
+        meshRead(mesh, name);
+    }
+    EXPECT_TRUE(mesh.getNumTriangles() == 12 && recorder.changes().empty());
+
     readText(mesh, "v 1 2 3\nv 4 5 6\nv 7 8 9\nf 3 2 1\n");
     EXPECT_EQ(mesh.getNumVertices(), 3);
     EXPECT_EQ(mesh.getVertices()[2].y, 8);
@@ -228,30 +213,6 @@ TEST(ObjRead, ReplacesPositionsAndTellsOnce)
     readText(mesh, "");
     EXPECT_EQ(mesh.getNumVertices() + mesh.getNumTriangles(), 0);
     EXPECT_EQ(recorder.changes().size(), 2u);
-}
-
-TEST(ObjRead, WhatDoesNotOpenChangesNothing)
-{
-    CompactMesh mesh;
-    znTest::makeCube(mesh);
-    const znTest::ChangeRecorder recorder(mesh);
-    const TemporaryFile file;
-    for (const znOS::Filename& name : {file.name(), znOS::Filename(file.folder.string().c_str())}) {
-        EXPECT_FALSE(meshReadObj(mesh, name));
-        meshRead(mesh, name);
-    }
-    EXPECT_EQ(mesh.getNumTriangles(), 12);
-    EXPECT_TRUE(recorder.changes().empty());
-}
-
-TEST(ObjRead, RealMeshes)
-{
-    const std::string known = znTest::meshFile("cow.obj");
-    if (known.empty()) GTEST_SKIP() << "no meshes in ../shared/meshes";
-    for (const auto& entry : std::filesystem::directory_iterator(std::filesystem::path(known).parent_path())) {
-        SCOPED_TRACE(entry.path().filename());
-        if (entry.path().extension() == ".obj") expectAsStreams(TemporaryFile::readFile(entry.path()));
-    }
 }
 
 } // namespace

@@ -1,10 +1,10 @@
 #include "znGeom/files/mesh_files.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdio>
 #include <string>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -23,13 +23,8 @@ namespace {
 using Floats = std::vector<float>;
 using Ints = std::vector<int>;
 
-struct Content
-{
-    Floats positions;
-    Ints corners;
-
-    bool operator==(const Content& other) const = default;
-};
+/// Positions and corners.
+using Content = std::pair<Floats, Ints>;
 
 Content contentOf(const CompactMesh& mesh)
 {
@@ -53,24 +48,23 @@ Content scanText(const std::string& text)
     const TemporaryFile file;
     file.write(text);
     std::FILE* in = std::fopen(file.path.string().c_str(), "rb");
+    const auto scanInt = [in](int& value) { std::ignore = std::fscanf(in, "%d", &value); };
     int numVertices = 0, numFaces = 0, unused = 0;
-    std::ignore = std::fscanf(in, "%d %d\n", &numVertices, &numFaces);
+    scanInt(numVertices);
+    scanInt(numFaces);
     const int bytes = static_cast<int>(text.size());
-    Content content{Floats(3 * static_cast<size_t>(std::clamp(numVertices, 0, bytes / 6))),
-                    Ints(3 * static_cast<size_t>(std::clamp(numFaces, 0, bytes / 8)))};
-    for (size_t i = 0; i < content.positions.size(); i += 3) {
-        float* p = &content.positions[i];
-        std::ignore = std::fscanf(in, "%f %f %f\n", p, p + 1, p + 2);
-    }
-    for (size_t i = 0; i < content.corners.size(); i += 3) {
-        int* c = &content.corners[i];
-        std::ignore = std::fscanf(in, "%d", &unused) + std::fscanf(in, "%d %d %d", c, c + 1, c + 2);
+    Floats positions(3 * static_cast<size_t>(std::clamp(numVertices, 0, bytes / 6)));
+    Ints corners(3 * static_cast<size_t>(std::clamp(numFaces, 0, bytes / 8)));
+    for (float& x : positions) std::ignore = std::fscanf(in, "%f", &x);
+    for (size_t i = 0; i < corners.size(); ++i) {
+        if (i % 3 == 0) scanInt(unused);
+        scanInt(corners[i]);
     }
     std::fclose(in);
-    return content;
+    return {positions, corners};
 }
 
-TEST(PlainRead, NumbersAreReadAsByTheCLibrary)
+TEST(PlainRead, FilesThatBreakOffAreReadAsByTheCLibrary)
 {
     // The last two end the reading.
     static const char* const numbers[] = {
@@ -79,49 +73,39 @@ TEST(PlainRead, NumbersAreReadAsByTheCLibrary)
         "inf", "-INF", "Infinity", "x",    "3x"};
     static const char* const gaps[] = {" ", "\n", "\r\n", "\t", " \v\f "};
     znTest::Random random(7);
-    for (int round = 0; round < 500; ++round) {
+    for (int round = 0; round < 2000; ++round) {
         std::string text = std::to_string(random.below(9)) + " " + std::to_string(random.below(9)) + "\n";
         const int numNumbers = random.oneIn(4) ? 21 : 19;
         for (int i = random.below(60); i > 0; --i)
             text.append(numbers[random.below(numNumbers)]).append(gaps[random.below(5)]);
+        if (random.oneIn(2)) text.resize(static_cast<size_t>(random.below(static_cast<int>(text.size()))));
+        text.resize(text.find_last_not_of("+-eEinfINFty") + 1); // C libraries differ in what half a number is
         ASSERT_EQ(readText(text), scanText(text)) << text;
     }
-}
-
-TEST(PlainRead, EveryBeginningOfAFile)
-{
-    CompactMesh cube;
-    znTest::makeCube(cube);
-    const TemporaryFile file;
-    meshWrite(cube, file.name());
-    const std::string text = file.read();
-    for (size_t length = 0; length <= text.size(); ++length)
-        ASSERT_EQ(readText(text.substr(0, length)), scanText(text.substr(0, length))) << length;
-    EXPECT_EQ(readText(text), contentOf(cube));
 }
 
 TEST(PlainRead, TheHeaderIsNotBelievedWhatTheFileIsTooSmallFor)
 {
     EXPECT_EQ(readText("2000000000 2000000000\n1 2 3\n"), (Content{{1, 2, 3, 0, 0, 0, 0, 0, 0, 0, 0, 0}, Ints(9)}));
-    EXPECT_EQ(readText("99999999999 1\n").positions, Floats(6));
-    EXPECT_EQ(readText("2000000000 5\nx" + std::string(59, ' ')).positions.size(), 3u * (74 / 6));
+    EXPECT_EQ(readText("99999999999 1\n").first, Floats(6));
+    EXPECT_EQ(readText("2000000000 5\nx" + std::string(59, ' ')).first.size(), 3u * (74 / 6));
     for (const char* text : {"-1 -1\n1 2 3\n 3 0 0 0", "", "0 0\n", "x", "-", "3", "0 0 1 2 3", "\n\n"})
         EXPECT_EQ(readText(text), Content()) << text;
     // As tight as numbers can stand.
-    EXPECT_EQ(readText("2+1+1-1+1-1+1.5.5+3+0-1+2").positions, (Floats{1, -1, 1, -1, 1.5f, .5f}));
+    EXPECT_EQ(readText("2+1+1-1+1-1+1.5.5+3+0-1+2").first, (Floats{1, -1, 1, -1, 1.5f, .5f}));
 }
 
 TEST(PlainRead, OddContents)
 {
     // The count of a face is read and dropped: a quadrilateral puts the rest out of step.
-    EXPECT_EQ(readText("1 2\n0 0 0\n4 0 1 2 3\n3 0 1 2\n").corners, (Ints{0, 1, 2, 3, 0, 1}));
+    EXPECT_EQ(readText("1 2\n0 0 0\n4 0 1 2 3\n3 0 1 2\n").second, (Ints{0, 1, 2, 3, 0, 1}));
     // Indices are not looked at, and those that no int holds are the nearest one.
-    EXPECT_EQ(readText("0 1\n3 -7 99999999999 5").corners, (Ints{-7, 2147483647, 5}));
+    EXPECT_EQ(readText("0 1\n3 -7 99999999999 5").second, (Ints{-7, 2147483647, 5}));
     // The first thing that is no number ends the reading, be it half a number or a zero byte.
     for (const std::string& end : {std::string("x"), std::string("--3"), std::string("1e"), std::string(1, '\0')})
         EXPECT_EQ(readText("2 1\n1 2 " + end + " 4 5 6\n3 1 1 1\n"), (Content{{1, 2, 0, 0, 0, 0}, {0, 0, 0}})) << end;
-    EXPECT_EQ(readText("0 2\n3 1 - 5 3 6 7 8").corners, (Ints{1, 0, 0, 0, 0, 0}));
-    EXPECT_EQ(readText("1 0\n0x10 2 3\n").positions, Floats(3));
+    EXPECT_EQ(readText("0 2\n3 1 - 5 3 6 7 8").second, (Ints{1, 0, 0, 0, 0, 0}));
+    EXPECT_EQ(readText("1 0\n0x10 2 3\n").first, Floats(3));
 }
 
 TEST(PlainRead, ReplacesEverythingAndTellsOnce)

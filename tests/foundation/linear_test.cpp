@@ -2,7 +2,7 @@
 
 #include <cmath>
 #include <limits>
-#include <numbers>
+#include <tuple>
 
 #include "tests/support/random.h"
 
@@ -15,10 +15,7 @@ constexpr double inf = std::numeric_limits<double>::infinity();
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 
 static_assert(std::is_convertible_v<PointFlt, Point> && std::is_constructible_v<PointFlt, Point>);
-static_assert(std::is_convertible_v<AffineMatrixFlt, AffineMatrix> &&
-              std::is_constructible_v<AffineMatrixFlt, AffineMatrix>);
-static_assert(std::is_constructible_v<ProjMatrixFlt, ProjMatrix> && std::is_convertible_v<Vector, Normal>);
-static_assert(sizeof(Point2Flt) == 8 && sizeof(ProjMatrixFlt) == 64 && sizeof(AffineMatrix2) == 48);
+static_assert(std::is_convertible_v<AffineMatrixFlt, AffineMatrix> && std::is_convertible_v<Vector, Normal>);
 static_assert(std::is_same_v<decltype(distance(PointFlt(), PointFlt())), float>);
 static_assert(std::is_same_v<decltype(combine(1, Normal(), 1, Normal())), Vector>);
 
@@ -26,8 +23,7 @@ static_assert(std::is_same_v<decltype(combine(1, Normal(), 1, Normal())), Vector
 template <typename T, typename Tol>
 void expectStrict(const T& a, const T& b, Tol difference)
 {
-    EXPECT_FALSE(equivalent(a, b, difference));
-    EXPECT_FALSE(equivalent(b, a, difference));
+    EXPECT_FALSE(equivalent(a, b, difference) || equivalent(b, a, difference));
     EXPECT_TRUE(equivalent(a, b, difference * Tol(1.001)));
 }
 
@@ -35,11 +31,9 @@ TEST(Tolerance, ADifferenceOfExactlyTheToleranceIsADifference)
 {
     for (int axis = 0; axis < 3; ++axis) {
         Point p(1, 2, 3);
-        PointFlt f(1, 2, 3);
         Normal n = Normal::z;
-        p[axis] += 0.5, f[axis] += 0.5f, n[axis] += 0.5;
+        p[axis] += 0.5, n[axis] += 0.5;
         expectStrict(p, Point(1, 2, 3), 0.5);
-        expectStrict(f, PointFlt(1, 2, 3), 0.5f);
         expectStrict(n, Normal::z, 0.5);
         for (int row = 0; row < 4; ++row) {
             AffineMatrixFlt m;
@@ -52,13 +46,10 @@ TEST(Tolerance, ADifferenceOfExactlyTheToleranceIsADifference)
     EXPECT_FALSE(equivalent(Point(nan, 0, 0), Point(nan, 0, 0), 1.0));
 
     const Plane floor(Point(7, 7, 1), Normal::z);
-    EXPECT_FALSE(isAbove(Point(0, 0, 1.5), floor, 0.5));
-    EXPECT_TRUE(isAbove(Point(0, 0, 1.5), floor, 0.499));
+    EXPECT_TRUE(isAbove(Point(0, 0, 1.5), floor, 0.499) && !isAbove(Point(0, 0, 1.5), floor, 0.5));
     const Normal turned(Promise(), 0.5, std::sqrt(0.75), 0);
-    EXPECT_FALSE(isParallel(Normal::x, turned, 0.5));
-    EXPECT_TRUE(isParallel(Normal::x, turned, 0.501));
-    EXPECT_FALSE(isParallel(Normal::x, -Normal::x, parallelTol));
-    EXPECT_FALSE(isParallel(Normal::x, Normal(), parallelTol));
+    EXPECT_TRUE(isParallel(Normal::x, turned, 0.501) && !isParallel(Normal::x, turned, 0.5));
+    EXPECT_FALSE(isParallel(Normal::x, -Normal::x, parallelTol) || isParallel(Normal::x, Normal(), parallelTol));
 }
 
 TEST(Vector, NormalizesOrSaysThatItHasNoLength)
@@ -81,16 +72,9 @@ TEST(Vector, NormalizesOrSaysThatItHasNoLength)
         EXPECT_TRUE(!v.normalize() || std::fabs(v.length() - 1) < 1e-6f) << exponent;
     }
     Vector2 flat(3, 4), none(0, 0);
-    EXPECT_TRUE(flat.normalize() && !none.normalize());
-    EXPECT_TRUE(equivalent(flat, Vector2(0.6, 0.8), 1e-15));
-    Normal n;
-    const double values[3] = {0, 0, 5};
-    n.set(Promise(), values);
-    EXPECT_TRUE(n.valid && n.dz == 5);
-    n.set(values);
-    EXPECT_EQ(n, Normal::z);
-    n = Vector();
-    EXPECT_FALSE(n.valid);
+    EXPECT_TRUE(flat.normalize() && !none.normalize() && equivalent(flat, Vector2(0.6, 0.8), 1e-15));
+    const Normal promised(Promise(), 0, 0, 5); // as it is
+    EXPECT_TRUE(promised.valid && promised.dz == 5);
 }
 
 TEST(Vector, OrthogonalVectorCrossesWithTheSmallestAxisTheFirstOnTies)
@@ -103,10 +87,8 @@ TEST(Vector, OrthogonalVectorCrossesWithTheSmallestAxisTheFirstOnTies)
 
 AffineMatrix randomMatrix(Random& random)
 {
-    AffineMatrix m;
-    do {
-        m.setFrame(random.point(5), random.vector(), random.vector(), random.vector());
-    } while (std::fabs(m.det3x3()) < 0.05);
+    AffineMatrix m(0.0);
+    while (std::fabs(m.det3x3()) < 0.05) m.setFrame(random.point(5), random.vector(), random.vector(), random.vector());
     return m;
 }
 
@@ -116,9 +98,6 @@ TEST(Matrix, RowVectorsAreMultipliedFromTheLeft)
     for (int i = 0; i < 12; ++i) m[i / 3][i % 3] = i + 1;
     EXPECT_EQ(Point(1, 10, 100) * m, Point(751, 863, 975));
     EXPECT_EQ(Vector(1, 10, 100) * m, Vector(741, 852, 963));
-    const AffineMatrixFlt flt(m);
-    EXPECT_EQ((&flt.m[0][0])[9], 10.0f);
-    EXPECT_EQ(AffineMatrix(1.0), AffineMatrix::Identity);
     EXPECT_EQ(Point(1, 1, 1) * AffineMatrix(3.0), Point(3, 3, 3));
 
     AffineMatrix2 frame;
@@ -137,8 +116,7 @@ TEST(Matrix, IdentitiesHoldOnRandomMatrices)
         AffineMatrix first = a, twice = a;
         first.preMult(b);
         EXPECT_EQ(first, b * a);
-        EXPECT_TRUE(twice.invert() && twice.invert());
-        EXPECT_TRUE(equivalent(twice, a, 1e-11));
+        EXPECT_TRUE(twice.invert() && twice.invert() && equivalent(twice, a, 1e-11));
         EXPECT_TRUE(equivalent(p * a * a.inverse(), p, 1e-11));
         EXPECT_NEAR((a * b).det3x3(), a.det3x3() * b.det3x3(), 1e-12);
 
@@ -168,10 +146,7 @@ TEST(Matrix, ASingularOneIsReportedAndLeftAlone)
     for (AffineMatrix m : {flat, unknown}) {
         bool ok = true;
         m.normalMatrix(ok);
-        EXPECT_FALSE(ok);
-        EXPECT_FALSE(m.invert());
-        EXPECT_EQ(m.row(3), m.inverse().row(3));
-        EXPECT_FALSE(ProjMatrix(m).invertFast());
+        EXPECT_FALSE(ok || m.invert() || ProjMatrix(m).invertFast());
     }
     EXPECT_EQ(flat.inverse(), flat);
 }
@@ -180,7 +155,7 @@ TEST(Matrix, RotateTakesOneDirectionToTheOtherHoweverFarApart)
 {
     Random random(2);
     const double offsets[] = {0, 1e-17, 1e-16, 1e-15, 1e-12, 1e-9, 1e-5, 0.1, 1};
-    for (int i = 0; i < 2000; ++i)
+    for (int i = 0; i < 1000; ++i)
         for (const double offset : offsets)
             for (const double sign : {1.0, -3.0}) {
                 const Normal from = random.direction();
@@ -188,9 +163,9 @@ TEST(Matrix, RotateTakesOneDirectionToTheOtherHoweverFarApart)
                 AffineMatrix m(7.0);
                 m.rotate(from, to);
                 ASSERT_LT((from.asVector() * m - to.asVector()).length(), 1e-9) << sign << " " << offset;
-                ASSERT_NEAR(m.det3x3(), 1, 1e-12);
-                const Vector v = random.vector();
+                const Vector v = random.vector(); // lengths and sense stay
                 ASSERT_NEAR((v * m).length(), v.length(), 1e-12);
+                ASSERT_NEAR(m.det3x3(), 1, 1e-12);
             }
     // Opposite directions: a half turn about the first one's orthogonal vector, which stays where it is.
     AffineMatrix half;
@@ -214,63 +189,43 @@ TEST(Line, MeetsAnotherOnTheFirstOneWhereTheyAreNearest)
         EXPECT_EQ(intersect(first, beside, ok, perpendicular2Tol), first.point);
         EXPECT_FALSE(ok);
     }
-    const Line none(Point(1, 2, 3), Vector());
-    for (const bool swapped : {false, true}) {
-        bool ok = true;
-        const Line x(Point(), Vector::x);
-        intersect(swapped ? x : none, swapped ? none : x, ok, perpendicular2Tol);
-        EXPECT_FALSE(ok);
-    }
+    const Line none(Point(1, 2, 3), Vector()), x(Point(), Vector::x);
+    bool ok[2] = {true, true};
+    intersect(x, none, ok[0], perpendicular2Tol), intersect(none, x, ok[1], perpendicular2Tol);
+    EXPECT_FALSE(ok[0] || ok[1]);
 }
 
 TEST(Range, OverlapsTouchesAndMisses)
 {
-    struct Case
-    {
-        Range1d a, b;
-        double tol;
-        bool meets;
-        double size, gap;
-    };
-    const Case cases[] = {{{0, 2}, {1, 3}, 0, true, 1, 0},       {{0, 3}, {1, 2}, 0, true, 1, 0},
-                          {{0, 1}, {1, 2}, 0, true, 0, 0},       {{0, 1}, {1.5, 2}, 0.5, false, 0, 0.5},
-                          {{0, 1}, {1.5, 2}, 0.6, true, 0, 0.5}, {{0.1, 0.3}, {0.7, 0.9}, 0, false, 0, 0.7 - 0.3},
-                          {{}, {0, 1}, 9, false, 0, inf},        {{-inf, inf}, {3, 1}, 0, true, 2, 0}};
-    for (const Case& c : cases) {
-        EXPECT_EQ(c.a.intersects(c.b, c.tol), c.meets);
-        EXPECT_EQ(c.b.intersects(c.a, c.tol), c.meets);
-        EXPECT_EQ(intersect(c.a, c.b, c.tol).size(), c.size);
-        EXPECT_EQ(intersect(c.b, c.a, c.tol).size(), c.size);
-        EXPECT_EQ(distance(c.a, c.b), c.gap);
-    }
+    // Two ranges and a tolerance: whether they meet, the size of what is common, the gap.
+    const std::tuple<Range1d, Range1d, double, bool, double, double> cases[] = {
+        {{0, 2}, {1, 3}, 0, true, 1, 0},       {{0, 1}, {1, 2}, 0, true, 0, 0}, {{0, 1}, {1.5, 2}, 0.5, false, 0, 0.5},
+        {{0, 1}, {1.5, 2}, 0.6, true, 0, 0.5}, {{}, {0, 1}, 9, false, 0, inf},  {{-inf, inf}, {3, 1}, 0, true, 2, 0}};
+    for (const auto& [first, second, tol, meets, size, gap] : cases)
+        for (const auto& [a, b] : {std::pair(first, second), std::pair(second, first)}) {
+            EXPECT_EQ(a.intersects(b, tol), meets);
+            EXPECT_EQ(intersect(a, b, tol).size(), size);
+            EXPECT_EQ(distance(a, b), gap);
+        }
     EXPECT_TRUE(Range1d(0, 1).contains(1, 0) && !Range1d(0, 1).contains(1.5, 0.5) && !Range1d().contains(0, 1e300));
     Range1d grown;
     for (const double value : {4.0, nan, -1.0, 2.0}) grown.include(value);
     EXPECT_EQ(grown, Range1d(-1, 4));
 
-    Range3d box;
-    const double a[3] = {1, 2, 3}, b[3] = {-1, 0, 5};
-    box.set(a);
-    box.include(b);
+    const Range3d box(Point(1, 2, 3), Point(-1, 0, 5));
     EXPECT_EQ(box.mid(), Point(0, 1, 4));
-    EXPECT_TRUE(box.intersects(Range3d(Point(1, 2, 3), Point(9, 9, 9)), 0));
-    EXPECT_FALSE(box.intersects(Range3d(Point(1, 2, 5.1), Point(9, 9, 9)), 0.05));
     Range2d square = Range2d::unitSquare;
     square.include(Range2d(Point2(3, 0.5), Point2(2, 0.6)));
-    EXPECT_EQ(square.size(), Point2(3, 1));
-    EXPECT_EQ(square.area(), 3);
-    EXPECT_FALSE(square.contains(Point2(3.5, 0.5), 0.5));
-    EXPECT_EQ(Range2d().area(), 0);
-    EXPECT_EQ(Range2d(Point2(2, 6), Point2(0, 3)).mid(), Point2(1, 4.5));
-    for (int axis = 0; axis < 3; ++axis) { // apart along one axis is apart
-        Range3d beside = box;
+    EXPECT_EQ(square, Range2d(Point2(3, 1), Point2(0, 0)));
+    EXPECT_TRUE(square.area() == 3 && Range2d().area() == 0 && square.mid() == Point2(1.5, 0.5));
+    const auto expectApart = [](const auto& range, int axis) { // apart along one axis is apart
+        auto beside = range;
+        EXPECT_TRUE(beside.intersects(range, 0) && beside.contains(range.mid(), 0));
         beside[axis].set(50, 60);
-        EXPECT_TRUE(!beside.intersects(box, 1) && !beside.contains(box.mid(), 1) && box.contains(box.mid(), 0));
-        if (axis == 2) continue;
-        Range2d next = square;
-        next[axis].set(50, 60);
-        EXPECT_TRUE(!next.intersects(square, 1) && !next.contains(square.mid(), 1) && square.intersects(square, 0));
-    }
+        EXPECT_FALSE(beside.intersects(range, 1) || beside.contains(range.mid(), 1));
+    };
+    for (int axis = 0; axis < 3; ++axis) expectApart(box, axis);
+    for (int axis = 0; axis < 2; ++axis) expectApart(square, axis);
 }
 
 TEST(Cylinder, IsHitTwiceOnceOrNever)
@@ -282,8 +237,7 @@ TEST(Cylinder, IsHitTwiceOnceOrNever)
         const ParamLine line(random.point(2), random.point(2));
         const double radius = random.real(0.1, 1);
         bool ok = false;
-        const Line straight(line);
-        const bool near = distance(intersect(straight, axis, ok, 0), axis) < radius;
+        const bool near = distance(intersect(Line(line), axis, ok, 0), axis) < radius;
         double t[2] = {};
         ASSERT_EQ(intersectCylinder(line, axis, radius, t), near ? 2 : 0);
         hitTwice += near;
@@ -297,8 +251,7 @@ TEST(Cylinder, IsHitTwiceOnceOrNever)
     EXPECT_GT(hitTwice, 100);
     double t[2] = {};
     const Line z(Point(), Vector::z);
-    EXPECT_EQ(intersectCylinder(ParamLine(Point(-5, 1, 7), Vector(2, 0, 1)), z, 1, t), 1);
-    EXPECT_EQ(t[0], 2.5);
+    EXPECT_TRUE(intersectCylinder(ParamLine(Point(-5, 1, 7), Vector(2, 0, 1)), z, 1, t) == 1 && t[0] == 2.5);
     EXPECT_EQ(intersectCylinder(ParamLine(Point(0.5, 0, 0), Vector()), z, 1, t), 0);
     EXPECT_EQ(intersectCylinder(ParamLine(Point(nan, 0, 0), Vector::x), z, 1, t), 0);
 }
@@ -319,57 +272,37 @@ TEST(Segments, MeetAsExactArithmeticSays)
         for (Point2& corner : p) corner.set(random.below(4), random.below(4));
         const double o[4] = {orientation(p[0], p[1], p[2]), orientation(p[0], p[1], p[3]),
                              orientation(p[2], p[3], p[0]), orientation(p[2], p[3], p[1])};
-        const bool crossing = o[0] * o[1] < 0 && o[2] * o[3] < 0;
+        const bool crossing = o[0] * o[1] < 0 && o[2] * o[3] < 0, along = cross(p[1] - p[0], p[3] - p[2]) == 0;
         const bool expected = crossing || within(p[0], p[1], p[2]) || within(p[0], p[1], p[3]) ||
                               within(p[2], p[3], p[0]) || within(p[2], p[3], p[1]);
-        double t = -1;
+        ++kinds[expected][along];
+        if (i % 2 && !along) { // turned, so that rounding moves the ends that touch
+            AffineMatrix2 turned;
+            turned.setFrame(Point2(0.1, 0.7), Vector2(std::cos(i), std::sin(i)), Vector2(-std::sin(i), std::cos(i)));
+            for (Point2& corner : p) corner = corner * turned;
+        }
+        double t = -1, ray = -1, segment = -1;
         Point2 meeting(-9, -9);
-        bool parallel = !expected;
+        bool parallel = !along;
         ASSERT_EQ(doLineSegmentsIntersect(p[0], p[1], p[2], p[3], t, meeting, parallel, perpendicular2Tol), expected);
-        ASSERT_EQ(parallel, cross(p[1] - p[0], p[3] - p[2]) == 0);
-        ++kinds[expected][parallel];
+        ASSERT_EQ(parallel, along);
         if (!expected) {
             ASSERT_TRUE(t == -1 && meeting == Point2(-9, -9));
             continue;
         }
-        ASSERT_TRUE(t >= 0 && t <= 1);
-        ASSERT_TRUE(equivalent(meeting, p[0] + (p[1] - p[0]) * t, 1e-12));
-        const Point2 nearest =
-            p[2] + (p[3] - p[2]) *
-                       std::clamp(dot(meeting - p[2], p[3] - p[2]) / std::max((p[3] - p[2]).length2(), 1e-9), 0.0, 1.0);
-        ASSERT_LT(distance(meeting, nearest), 1e-12);
-        if (parallel && p[0] != p[1]) { // no point of the second segment comes earlier on the first
-            const double ends[2] = {dot(p[2] - p[0], p[1] - p[0]), dot(p[3] - p[0], p[1] - p[0])};
-            const double earliest = std::max(0.0, std::min(ends[0], ends[1])) / (p[1] - p[0]).length2();
-            ASSERT_NEAR(t, earliest, 1e-12);
+        const Vector2 first = p[1] - p[0], second = p[3] - p[2];
+        ASSERT_TRUE(t >= 0 && t <= 1 && equivalent(meeting, p[0] + first * t, 1e-12));
+        if (along && p[0] != p[1]) { // no point of the second segment comes earlier on the first
+            const double earliest = std::min(dot(p[2] - p[0], first), dot(p[3] - p[0], first)) / first.length2();
+            ASSERT_NEAR(t, std::max(0.0, earliest), 1e-12);
         }
 
         // The ray from the first point through the second meets the second segment at the latest there.
-        double ray = -1, segment = -1;
-        ASSERT_TRUE(
-            doesRayIntersectLineSegment(p[0], p[1] - p[0], p[2], p[3], ray, segment, parallel, perpendicular2Tol));
+        ASSERT_TRUE(doesRayIntersectLineSegment(p[0], first, p[2], p[3], ray, segment, parallel, perpendicular2Tol));
         ASSERT_NEAR(ray, t, 1e-12);
-        ASSERT_TRUE(equivalent(p[2] + (p[3] - p[2]) * segment, meeting, 1e-12));
+        ASSERT_TRUE(segment >= 0 && segment <= 1 && equivalent(p[2] + second * segment, meeting, 1e-12));
     }
     for (const auto& [crossingKind, parallelKind] : kinds) EXPECT_TRUE(crossingKind > 1000 && parallelKind > 1000);
-}
-
-TEST(Segments, ThatShareAnEndMeetThere)
-{
-    Random random(8);
-    for (int i = 0; i < 2000; ++i) {
-        const Point2 shared(random.real(), random.real());
-        const Point2 a(random.real(), random.real()), b(random.real(), random.real());
-        for (int ends = 0; ends < 4; ++ends) {
-            double t = -1;
-            Point2 meeting;
-            bool parallel = false;
-            const bool first = ends & 1, second = ends & 2;
-            ASSERT_TRUE(doLineSegmentsIntersect(first ? a : shared, first ? shared : a, second ? b : shared,
-                                                second ? shared : b, t, meeting, parallel, perpendicular2Tol));
-            ASSERT_LT(distance(meeting, shared), 1e-9);
-        }
-    }
 }
 
 TEST(Rays, MeetSegmentsInFrontOfThem)

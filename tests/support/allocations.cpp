@@ -24,6 +24,12 @@ void* operator new(std::size_t size)
     throw std::bad_alloc();
 }
 
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept
+{
+    ++allocated;
+    return std::malloc(size > 0 ? size : 1);
+}
+
 void operator delete(void* block) noexcept
 {
     if (block) ++freed;

@@ -134,7 +134,8 @@ void TriangleBounds::boundByPlanes(const int* triangles, int count, float* lower
         const float before = greater(lesser(lesser(alongA, alongB), alongC), 0.0f);
         // Where a corner is no number, a product too large, or the point on the triangle, nothing is known.
         const float bound2 = before * (before / length2);
-        lower2[i] = (bound2 > 0) & (bound2 < std::numeric_limits<float>::infinity()) ? bound2 : 0.0f;
+        const bool isKnown = (bound2 > 0) & (bound2 < std::numeric_limits<float>::infinity());
+        lower2[i] = isKnown ? bound2 : 0.0f;
     }
 }
 
