@@ -93,8 +93,8 @@ TEST(TopoFiles, BadFacesAreLeftOutAndTruncatedFilesEnd)
         readText(cut, std::string(twoPolygons, length));
         EXPECT_TRUE(checkTopology(cut)) << length;
     }
-    for (const char* hostile :
-         {"2147483647 2147483647\n", "-3 -4\n1 2 3", "1 1\n0 0 0\n2147483647 0 0 0", "x", "3 nan"}) {
+    for (const char* hostile : {"2147483647 2147483647\n", "-3 -4\n1 2 3", "1 1\n0 0 0\n2147483647 0 0 0",
+                                "1 2\n0 0 0\n3 0 0 0\n4 0 0 0 0\n", "x", "3 nan"}) {
         TopoMesh small;
         readText(small, hostile);
         EXPECT_TRUE(small.numVertices() <= 1 && checkTopology(small, false)) << hostile;

@@ -379,7 +379,7 @@ void partition(const CompactMesh& mesh, const Octree& octree, typename Elements:
     const int numPairs = sets.elements.size();
     typename Elements::Table table(sets);
     if constexpr (std::is_same_v<typename Elements::Table, OctreeTris>)
-        table.setSearchData(new SearchBoxes(mesh, octree, table.getData(), pool));
+        if (SearchBoxes::canHold(numPairs)) table.setSearchData(new SearchBoxes(mesh, octree, table.getData(), pool));
     result.swap(table);
 
     const float count = static_cast<float>(elements.count);

@@ -162,8 +162,9 @@ TopoMeshFace TopoMesh::makeFace(const TopoMeshVertex* vertices, int count)
 
     TopoMeshEdge e = first;
     for (int i = 0; i < count; ++i, e = e->next) {
-        const TopoMeshEdge back = openEnd(vertices[i + 1 < count ? i + 1 : 0]);
-        if (back && endOf(back) == vertices[i]) setTwins(back, e);
+        // A face that has a vertex twice may find its own half-edges.
+        const TopoMeshEdge back = e->twin ? TopoMeshEdge() : openEnd(vertices[i + 1 < count ? i + 1 : 0]);
+        if (back && back != e && endOf(back) == vertices[i]) setTwins(back, e);
     }
     for (int i = 0; i < count; ++i, e = e->next)
         if (!vertices[i]->edge) vertices[i]->edge = e;

@@ -3,7 +3,6 @@
 #include <cmath>
 
 #include "znGeom/analysis/bounds.h"
-#include "znGeom/foundation/containers/checked_size.h"
 #include "znGeom/foundation/threads/parallel_for.h"
 
 namespace znGeom {
@@ -86,7 +85,7 @@ SearchBoxes::SearchBoxes(const CompactMesh& mesh, const Octree& octree, const Ar
                          znUtil::ThreadPool& pool)
     : m_rootCellBox(octree.getRoot().box), m_parents(siblingsOf(octree.numNodes())),
       m_siblings(std::make_unique_for_overwrite<Siblings[]>(static_cast<size_t>(siblingsOf(octree.numNodes())))),
-      m_entries(zn::checkedSize(6 * static_cast<std::int64_t>(table.elements.size())))
+      m_entries(6 * table.elements.size())
 {
     const OctreeNode* nodes = octree.getRoot().node;
     Siblings* all = m_siblings.get();

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <memory>
 
 #include "znGeom/foundation/mesh/compact_mesh.h"
@@ -45,6 +46,9 @@ public:
 
         explicit Scale(const BoundingBox& box);
     };
+
+    /// Whether so many entries can be counted in bytes; a table of more does without boxes.
+    static constexpr bool canHold(int numEntries) { return numEntries <= std::numeric_limits<int>::max() / 6; }
 
     SearchBoxes(const CompactMesh& mesh, const Octree& octree, const ArrayOfSets& table, znUtil::ThreadPool& pool);
 
