@@ -66,6 +66,25 @@ void timeWork(benchmark::State& state, Prepare&& prepare, Work&& work)
     }
 }
 
+/// Times `build(soup)` of a half-edge mesh, and reports what the mesh takes.
+template <class Build>
+void timeHalfedgeBuild(benchmark::State& state, const Input& input, Build&& build)
+{
+    std::size_t before = 0, built = 0;
+    timeWork(
+        state,
+        [&] {
+            before = heapInUse();
+            return &input.soup();
+        },
+        [&](const Soup* soup) {
+            auto mesh = build(*soup);
+            built = heapInUse();
+            return mesh;
+        });
+    countBytesPerHalfedge(state, built - before, input.soup().triangles.size());
+}
+
 /// Times work of less than a microsecond: `work` runs `batch` times between two looks at the clock.
 template <class Work>
 void timeTinyWork(benchmark::State& state, Work&& work)

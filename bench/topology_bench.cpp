@@ -41,22 +41,7 @@ bool neighboursAgree(const Input& input)
     return neighbours == bench::vertexNeighbours(input.soup());
 }
 
-void runBuild(benchmark::State& state, const Input& input)
-{
-    std::size_t before = 0, built = 0;
-    bench::timeWork(
-        state,
-        [&] {
-            before = bench::heapInUse();
-            return &input.soup();
-        },
-        [&](const bench::Soup* soup) {
-            auto mesh = build(*soup);
-            built = bench::heapInUse();
-            return mesh;
-        });
-    bench::countBytesPerHalfedge(state, built - before, input.soup().triangles.size());
-}
+void runBuild(benchmark::State& state, const Input& input) { bench::timeHalfedgeBuild(state, input, build); }
 
 [[maybe_unused]] const bool listed = bench::measure({"topo_mesh", "znGeom", neighboursAgree, runBuild});
 

@@ -71,19 +71,7 @@ bool measureBuild(const char* who, Build buildMesh)
     return bench::measure({"halfedges", who,
                            [=](const bench::Input& input) { return neighboursAgree(input, buildMesh); },
                            [=](benchmark::State& state, const bench::Input& input) {
-                               std::size_t before = 0, built = 0;
-                               bench::timeWork(
-                                   state,
-                                   [&] {
-                                       before = bench::heapInUse();
-                                       return &input.soup();
-                                   },
-                                   [&](const bench::Soup* soup) {
-                                       auto mesh = buildMesh(*soup);
-                                       built = bench::heapInUse();
-                                       return mesh;
-                                   });
-                               bench::countBytesPerHalfedge(state, built - before, input.soup().triangles.size());
+                               bench::timeHalfedgeBuild(state, input, buildMesh);
                            }});
 }
 

@@ -94,18 +94,6 @@ void extract(CompactMesh& target, const CompactMesh& source, const Part& part)
     debugChannel().print("  copied triangles: %f s\n", watch.stop());
 }
 
-/// The members below `count`, ascending: a selection may be older than the mesh.
-zn::vector<int> listMembers(const BitVector& bits, int count)
-{
-    zn::vector<int> members(bits.getNumSetBits());
-    int* next = members.data();
-    forEachSetBit(bits, [&next, count](int i) {
-        if (i < count) *next++ = i;
-    });
-    members.setSize(static_cast<int>(next - members.data()));
-    return members;
-}
-
 } // namespace
 
 void meshExtract(CompactMesh& target, const CompactMesh& source, const MeshSubset& subset)

@@ -12,6 +12,7 @@
 #include "znGeom/foundation/containers/checked_size.h"
 #include "znGeom/foundation/containers/impl_base.h"
 #include "znGeom/foundation/linear/line.h"
+#include "znGeom/foundation/mesh/bit_runs.h"
 #include "znGeom/spatial/closest_point.h"
 #include "znGeom/spatial/octree_partition.h"
 #include "znGeom/spatial/octree_traversal.h"
@@ -45,15 +46,6 @@ int edgeSlot(const MeshTriangle& triangle, int u, int w)
         if ((a == u && b == w) || (a == w && b == u)) return slot;
     }
     return -1;
-}
-
-zn::vector<int> membersOf(const BitVector& bits)
-{
-    zn::vector<int> members;
-    members.reserve(bits.getNumSetBits());
-    for (int i = 0; i < bits.getSize(); ++i)
-        if (bits.isSet(i)) members.append(i);
-    return members;
 }
 
 /// The lines on their mesh, and a copy of the triangles along them. A triangle is along a line when two of its corners
@@ -96,7 +88,8 @@ private:
         MeshSelect select(fullMesh, fullAdjTris, triangles, vertices);
         select.selectTrianglesFromVertices(2);
         select.selectVerticesFromTriangles();
-        const zn::vector<int> localVertices = membersOf(vertices), localTriangles = membersOf(triangles);
+        const zn::vector<int> localVertices = listMembers(vertices, vertices.getSize());
+        const zn::vector<int> localTriangles = listMembers(triangles, triangles.getSize());
         const MeshSubset subset(localVertices.size(), localVertices.data(), localTriangles.size(),
                                 localTriangles.data());
         meshExtract(*localMesh, fullMesh, subset);

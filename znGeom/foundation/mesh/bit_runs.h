@@ -19,6 +19,18 @@ void forEachSetBit(const BitVector& bits, const Visit& visit)
         for (std::uint32_t left = words[w]; left != 0; left &= left - 1) visit(32 * w + std::countr_zero(left));
 }
 
+/// The members below `limit`, ascending: a set may be older than what it is about, and larger.
+inline zn::vector<int> listMembers(const BitVector& bits, int limit)
+{
+    zn::vector<int> members(bits.getNumSetBits());
+    int* next = members.data();
+    forEachSetBit(bits, [&next, limit](int i) {
+        if (i < limit) *next++ = i;
+    });
+    members.setSize(static_cast<int>(next - members.data()));
+    return members;
+}
+
 /// Calls `visit(begin, end)` for the runs of indices below the size that are not in the set, ascending. A run ends at
 /// a multiple of 32 at the latest, where the next one may go on. The set must stay as it is meanwhile.
 template <typename Visit>
