@@ -2,7 +2,7 @@
 #pragma once
 
 #include "bench/generate.h"
-#include "znGeom/foundation/mesh_model.h"
+#include "znGeom/foundation/mesh.h"
 
 #include <algorithm>
 #include <memory>

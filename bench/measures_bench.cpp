@@ -3,7 +3,7 @@
 #include "bench/compact.h"
 #include "bench/streams.h"
 #include "bench/suite.h"
-#include "znGeom/analysis/measures.h"
+#include "znGeom/analysis.h"
 
 #include <cmath>
 #include <memory>

@@ -6,7 +6,7 @@
 #include "bench/suite.h"
 #include "znGeom/analysis/adjacency.h"
 #include "znGeom/analysis/boundaries.h"
-#include "znGeom/editing/selection.h"
+#include "znGeom/editing.h"
 
 #include <algorithm>
 #include <iterator>

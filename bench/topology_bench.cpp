@@ -1,8 +1,8 @@
 // The half-edge mesh from arrays, built and twinned, and what it takes of memory.
 #include "bench/checks.h"
 #include "bench/suite.h"
-#include "znGeom/shells/twin.h"
-#include "znGeom/topology/topo_model.h"
+#include "znGeom/topology.h"
+#include "znGeom/topology/twin.h"
 
 #include <memory>
 #include <vector>

@@ -2,7 +2,9 @@
 """Checks how files include one another.
 
 Every include of a file of this repository is written from its root and names a file that exists, the library includes
-nothing outside znGeom/, znGeom/foundation/ includes nothing outside itself, and includes form no circle.
+nothing outside znGeom/, and includes form no circle. The folders of the library stand in rows: a file includes its own
+folder and the rows above it. Beside each folder stands the header of its name, which includes all public headers in
+it, and znGeom/znGeom.h includes all of these.
 """
 
 import re
@@ -12,6 +14,22 @@ from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[2]
 FOLDERS = ("znGeom", "tests", "apps", "bench", "examples")
+ROWS = (
+    ("foundation/machine",),
+    ("foundation/containers",),
+    ("foundation/util", "foundation/linear", "foundation/text", "foundation/output", "foundation/signals"),
+    ("foundation/threads",),
+    ("foundation/mesh",),
+    ("topology",),
+    ("planar", "solvers"),
+    ("files",),
+    ("analysis",),
+    ("editing", "spatial"),
+    ("cache", "scopes"),
+    ("repair", "simplify", "shells", "curves", "parameterize", "primitives"),
+)
+ROW_OF = {f"znGeom/{folder}": row for row, folders in enumerate(ROWS) for folder in folders}
+UMBRELLA = "znGeom/znGeom.h"
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.MULTILINE)
 
 
@@ -38,9 +56,42 @@ def broken_rule(file, name, quoted):
             return "stands in angle brackets inside the library"
         if not name.startswith("znGeom/"):
             return "leads out of the library"
-        if file.startswith("znGeom/foundation/") and not name.startswith("znGeom/foundation/"):
-            return "leads out of foundation"
+        return broken_order(file, name)
     return None
+
+
+def folder_of(file):
+    """The folder of the table in which a file lies, or None: what lies in `internal` belongs to the folder above."""
+    folder = file.rpartition("/")[0].removesuffix("/internal")
+    return folder if folder in ROW_OF else None
+
+
+def is_group(file):
+    """Whether a file is the header of a folder, or of all of them."""
+    return file == UMBRELLA or (ROOT / file.removesuffix(".h")).is_dir()
+
+
+def broken_order(file, name):
+    """The rule about the order of folders that one include within the library breaks, or None."""
+    if is_group(file):
+        return None
+    if is_group(name):
+        return "includes a whole folder inside the library"
+    mine, other = folder_of(file), folder_of(name)
+    if mine is None:
+        return "stands in a file whose folder is in no row"
+    return None if mine == other or (other and ROW_OF[other] < ROW_OF[mine]) else "is a step upward or sideways"
+
+
+def missing_in_groups(graph):
+    """Public headers that the header of their folder misses, and headers of folders that the next higher one misses."""
+    for file in graph:
+        if not file.startswith("znGeom/") or not file.endswith(".h") or "/internal/" in file or file == UMBRELLA:
+            continue
+        folder = file.rpartition("/")[0]
+        group = UMBRELLA if folder == "znGeom" else f"{folder}.h"
+        if file not in graph.get(group, []):
+            yield f"{group} does not include {file}"
 
 
 def find_circle(graph):
@@ -60,6 +111,7 @@ def main():
             graph[file].append(name)
             if rule := broken_rule(file, name, quoted):
                 errors.append(f"{file}: the include of {name} {rule}")
+    errors += missing_in_groups(graph)
     if circle := find_circle(graph):
         errors.append("includes form a circle: " + " -> ".join(circle))
 

@@ -1,4 +1,4 @@
-#include "znGeom/analysis/measures.h"
+#include "znGeom/analysis.h"
 
 #include <cmath>
 #include <cstring>

@@ -1,4 +1,4 @@
-#include "znGeom/editing/selection.h"
+#include "znGeom/editing.h"
 
 #include <algorithm>
 #include <cmath>

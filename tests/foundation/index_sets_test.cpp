@@ -6,7 +6,7 @@
 
 #include "tests/support/moving_allocator.h"
 #include "tests/support/random.h"
-#include "znGeom/foundation/mesh_model.h"
+#include "znGeom/foundation/mesh.h"
 
 namespace {
 

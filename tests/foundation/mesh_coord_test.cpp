@@ -5,7 +5,7 @@
 #include <tuple>
 
 #include "tests/support/random.h"
-#include "znGeom/foundation/mesh_model.h"
+#include "znGeom/foundation/mesh.h"
 
 namespace {
 

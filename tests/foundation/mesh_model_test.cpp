@@ -1,4 +1,4 @@
-#include "znGeom/foundation/mesh_model.h"
+#include "znGeom/foundation/mesh.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 #include <sstream>
 #include <string>
 
-#include "znGeom/foundation/strings.h"
+#include "znGeom/foundation/text.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "tests/support/random.h"
-#include "znGeom/foundation/utilities.h"
+#include "znGeom/foundation/util.h"
 
 namespace {
 

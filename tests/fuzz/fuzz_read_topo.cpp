@@ -3,7 +3,7 @@
 
 #include "tests/fuzz/parse_both_ways.h"
 #include "tests/support/check_topology.h"
-#include "znGeom/shells/twin.h"
+#include "znGeom/topology/twin.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, size_t size)
 {

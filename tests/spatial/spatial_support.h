@@ -6,8 +6,8 @@
 #include "tests/support/random.h"
 #include "tests/support/shapes.h"
 #include "znGeom/analysis/bounds.h"
+#include "znGeom/spatial.h"
 #include "znGeom/spatial/octree.h"
-#include "znGeom/spatial/spatial_types.h"
 
 namespace znTest {
 

@@ -5,8 +5,8 @@
 
 #include <gtest/gtest.h>
 
-#include "znGeom/foundation/mesh_model.h"
-#include "znGeom/topology/topo_model.h"
+#include "znGeom/foundation/mesh.h"
+#include "znGeom/topology.h"
 
 namespace znTest {
 

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "znGeom/foundation/value_types.h"
+#include "znGeom/foundation/linear.h"
 
 namespace znTest {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "znGeom/foundation/mesh_model.h"
+#include "znGeom/foundation/mesh.h"
 #include "znGeom/foundation/threads.h"
 
 namespace znTest {

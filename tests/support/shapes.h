@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "znGeom/foundation/mesh_model.h"
+#include "znGeom/foundation/mesh.h"
 
 namespace znTest {
 

@@ -8,7 +8,7 @@
 #include "tests/support/check_topology.h"
 #include "tests/support/random.h"
 #include "tests/support/shapes.h"
-#include "znGeom/shells/twin.h"
+#include "znGeom/topology/twin.h"
 
 using namespace znGeom;
 using namespace znTest;

@@ -5,9 +5,9 @@
 #pragma once
 
 #include "znGeom/foundation/containers/list.h"
+#include "znGeom/foundation/linear/bounding_box.h"
 #include "znGeom/foundation/mesh/compact_mesh.h"
 #include "znGeom/foundation/mesh/mesh_adjacency.h"
-#include "znGeom/spatial/bounding_box.h"
 
 namespace znGeom {
 

@@ -4,9 +4,9 @@
 
 #include "znGeom/analysis/adjacency.h"
 #include "znGeom/foundation/containers/checked_size.h"
+#include "znGeom/foundation/machine/prefetch.h"
 #include "znGeom/foundation/output/debug_channel.h"
 #include "znGeom/foundation/output/stop_watch.h"
-#include "znGeom/foundation/util/prefetch.h"
 
 namespace znGeom {
 

@@ -7,7 +7,7 @@
 #include "znGeom/files/internal/decimal.h"
 #include "znGeom/files/internal/parsers.h"
 #include "znGeom/files/internal/text_file.h"
-#include "znGeom/shells/twin.h"
+#include "znGeom/topology/twin.h"
 
 namespace znGeom {
 

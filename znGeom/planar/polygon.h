@@ -1,7 +1,7 @@
 /// Polygons in the plane.
 #pragma once
 
-#include "znGeom/foundation/export.h"
+#include "znGeom/foundation/machine/export.h"
 
 namespace znGeom {
 

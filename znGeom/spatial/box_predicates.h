@@ -1,7 +1,7 @@
 /// Where boxes, frusta, spheres, triangles, segments and planes meet. Touching counts as meeting everywhere.
 #pragma once
 
-#include "znGeom/spatial/bounding_box.h"
+#include "znGeom/foundation/linear/bounding_box.h"
 #include "znGeom/spatial/frustum.h"
 #include "znGeom/spatial/sphere.h"
 

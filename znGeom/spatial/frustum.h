@@ -1,9 +1,9 @@
 /// `znGeom::Frustum`: the volume that a view or a pick rectangle sees.
 #pragma once
 
-#include "znGeom/foundation/export.h"
 #include "znGeom/foundation/linear/line.h"
 #include "znGeom/foundation/linear/plane.h"
+#include "znGeom/foundation/machine/export.h"
 
 namespace znGeom {
 

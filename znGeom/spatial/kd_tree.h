@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "znGeom/foundation/containers/vector.h"
-#include "znGeom/foundation/export.h"
+#include "znGeom/foundation/machine/export.h"
 
 namespace znGeom {
 

@@ -4,7 +4,7 @@
 #include <limits>
 #include <vector>
 
-#include "znGeom/foundation/util/prefetch.h"
+#include "znGeom/foundation/machine/prefetch.h"
 
 namespace znGeom {
 

@@ -4,8 +4,8 @@
 #include <cstdint>
 
 #include "znGeom/foundation/containers/vector.h"
+#include "znGeom/foundation/linear/bounding_box.h"
 #include "znGeom/foundation/mesh/array.h"
-#include "znGeom/spatial/bounding_box.h"
 
 namespace znGeom {
 

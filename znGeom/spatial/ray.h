@@ -1,8 +1,8 @@
 /// Rays and where they meet triangles and boxes.
 #pragma once
 
+#include "znGeom/foundation/linear/bounding_box.h"
 #include "znGeom/foundation/mesh/mesh_records.h"
-#include "znGeom/spatial/bounding_box.h"
 
 namespace znGeom {
 

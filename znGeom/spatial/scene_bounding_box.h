@@ -1,7 +1,7 @@
 /// `znGeom::SceneBoundingBox`: the box of a scene under additions and removals.
 #pragma once
 
-#include "znGeom/spatial/bounding_box.h"
+#include "znGeom/foundation/linear/bounding_box.h"
 
 namespace znGeom {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "znGeom/foundation/util/huge_pages.h"
+#include "znGeom/foundation/machine/huge_pages.h"
 
 namespace znGeom {
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "znGeom/foundation/containers/block_allocator.h"
-#include "znGeom/foundation/export.h"
+#include "znGeom/foundation/machine/export.h"
 
 namespace znGeom {
 

@@ -1,6 +1,6 @@
 #include "znGeom/topology/topo_mesh.h"
 
-#include "znGeom/foundation/util/prefetch.h"
+#include "znGeom/foundation/machine/prefetch.h"
 
 #include "znGeom/topology/internal/fan.h"
 

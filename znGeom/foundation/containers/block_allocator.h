@@ -6,7 +6,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "znGeom/foundation/export.h"
+#include "znGeom/foundation/machine/export.h"
 
 namespace zn {
 

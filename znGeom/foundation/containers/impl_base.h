@@ -1,7 +1,7 @@
 /// `zn::ImplBase`: the root of hidden implementations.
 #pragma once
 
-#include "znGeom/foundation/export.h"
+#include "znGeom/foundation/machine/export.h"
 
 namespace zn {
 

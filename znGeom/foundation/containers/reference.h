@@ -4,7 +4,7 @@
 #include <concepts>
 #include <utility>
 
-#include "znGeom/foundation/export.h"
+#include "znGeom/foundation/machine/export.h"
 
 namespace zn {
 

@@ -6,7 +6,7 @@
 #include <memory>
 #include <utility>
 
-#include "znGeom/foundation/util/prefetch.h"
+#include "znGeom/foundation/machine/prefetch.h"
 
 namespace zn {
 

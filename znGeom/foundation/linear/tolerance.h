@@ -1,7 +1,7 @@
 /// The five process-wide tolerances, and the one way in which they are compared.
 #pragma once
 
-#include "znGeom/foundation/export.h"
+#include "znGeom/foundation/machine/export.h"
 
 namespace znLinear {
 

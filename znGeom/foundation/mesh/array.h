@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "znGeom/foundation/containers/reference.h"
-#include "znGeom/foundation/export.h"
+#include "znGeom/foundation/machine/export.h"
 
 namespace znGeom {
 

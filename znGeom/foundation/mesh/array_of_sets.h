@@ -1,6 +1,8 @@
 /// `znGeom::ArrayOfSets`: many sets of integers in two flat arrays.
 #pragma once
 
+#include <span>
+
 #include "znGeom/foundation/mesh/array.h"
 
 namespace znGeom {
@@ -22,6 +24,8 @@ public:
     int getSetSize(int set) const { return setEnd(set) - start[set]; }
     int* getSet(int set) { return elements.write() + start[set]; }
     const int* getSet(int set) const { return elements.read() + start[set]; }
+    /// The elements of a set, for `for (int element : sets.members(set))`; good until the table changes.
+    std::span<const int> members(int set) const { return {getSet(set), static_cast<size_t>(getSetSize(set))}; }
 
     void swap(ArrayOfSets& other)
     {

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "znGeom/foundation/containers/vector.h"
-#include "znGeom/foundation/export.h"
+#include "znGeom/foundation/machine/export.h"
 
 namespace znGeom {
 

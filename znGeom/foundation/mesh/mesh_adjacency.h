@@ -17,6 +17,8 @@ public:
     int getNumVertices() const { return m_table.getNumSets(); }
     int numTris(int vertex) const { return m_table.getSetSize(vertex); }
     const int* triIndices(int vertex) const { return m_table.getSet(vertex); }
+    /// The triangles around a vertex, for `for (int triangle : adjTris.around(vertex))`.
+    std::span<const int> around(int vertex) const { return m_table.members(vertex); }
 
     /// Copies the three corner indices of each triangle around `vertex`.
     /// \param out        room for three ints per triangle
@@ -43,6 +45,8 @@ public:
     int getNumTriangles() const { return m_table.getNumSets(); }
     int numTris(int triangle) const { return m_table.getSetSize(triangle); }
     const int* triIndices(int triangle) const { return m_table.getSet(triangle); }
+    /// The triangles across the edges of a triangle.
+    std::span<const int> around(int triangle) const { return m_table.members(triangle); }
     const ArrayOfSets& table() const { return m_table; }
 
     void swap(MeshTriAdjTris& other) { m_table.swap(other.m_table); }
@@ -72,6 +76,11 @@ public:
 
     int numNeighbours(int vertex) const { return data[offsets[vertex]]; }
     const int* neighbours(int vertex) const { return data + offsets[vertex] + 1; }
+    /// The neighbours of a vertex, for `for (int neighbour : adjVertices.around(vertex))`.
+    std::span<const int> around(int vertex) const
+    {
+        return {neighbours(vertex), static_cast<size_t>(numNeighbours(vertex))};
+    }
 
     void swap(MeshAdjVertices& other);
 };

@@ -1,7 +1,7 @@
 /// `znGeom::MeshCoord`: a barycentric position in a triangle.
 #pragma once
 
-#include "znGeom/foundation/export.h"
+#include "znGeom/foundation/machine/export.h"
 #include "znGeom/foundation/mesh/mesh_records.h"
 
 namespace znGeom {

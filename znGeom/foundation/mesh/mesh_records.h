@@ -41,9 +41,37 @@ struct MeshTriangle
 {
     int corners[3];
 
-    int& operator[](int corner) { return corners[corner]; }
-    const int& operator[](int corner) const { return corners[corner]; }
+    constexpr int& operator[](int corner) { return corners[corner]; }
+    constexpr const int& operator[](int corner) const { return corners[corner]; }
 };
+
+/// The corner of a triangle after a corner, and the one before it: 0, 1, 2, 0, ...
+constexpr int cornerAfter(int corner) { return corner == 2 ? 0 : corner + 1; }
+constexpr int cornerBefore(int corner) { return corner == 0 ? 2 : corner - 1; }
+
+/// The first corner of a triangle that holds a vertex; -1 when none does.
+constexpr int cornerOf(const MeshTriangle& triangle, int vertex)
+{
+    return triangle[0] == vertex ? 0 : triangle[1] == vertex ? 1 : triangle[2] == vertex ? 2 : -1;
+}
+
+constexpr bool hasVertex(const MeshTriangle& triangle, int vertex)
+{
+    return triangle[0] == vertex || triangle[1] == vertex || triangle[2] == vertex;
+}
+
+/// Whether the triangle runs from one vertex straight to another.
+constexpr bool hasDirectedEdge(const MeshTriangle& triangle, int from, int to)
+{
+    return (triangle[0] == from && triangle[1] == to) || (triangle[1] == from && triangle[2] == to) ||
+           (triangle[2] == from && triangle[0] == to);
+}
+
+/// Whether a corner repeats the vertex of another one.
+constexpr bool repeatsVertex(const MeshTriangle& triangle)
+{
+    return triangle[0] == triangle[1] || triangle[1] == triangle[2] || triangle[2] == triangle[0];
+}
 
 /// Two vertex indices.
 struct MeshLine

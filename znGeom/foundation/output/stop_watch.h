@@ -3,7 +3,7 @@
 
 #include <chrono>
 
-#include "znGeom/foundation/export.h"
+#include "znGeom/foundation/machine/export.h"
 
 namespace znOS {
 

@@ -7,7 +7,7 @@
 #include <mutex>
 #include <string>
 
-#include "znGeom/foundation/export.h"
+#include "znGeom/foundation/machine/export.h"
 
 namespace znOS {
 

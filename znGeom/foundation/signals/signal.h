@@ -7,7 +7,7 @@
 
 #include <memory>
 
-#include "znGeom/foundation/export.h"
+#include "znGeom/foundation/machine/export.h"
 
 namespace znRTB {
 

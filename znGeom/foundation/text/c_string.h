@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "znGeom/foundation/export.h"
+#include "znGeom/foundation/machine/export.h"
 
 namespace znString {
 

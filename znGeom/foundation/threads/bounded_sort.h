@@ -9,7 +9,7 @@
 
 namespace znUtil {
 
-namespace boundedSortDetail {
+namespace internal {
 
 constexpr std::ptrdiff_t insertionLength = 24;
 
@@ -69,7 +69,7 @@ void sortRange(Iterator begin, Iterator end, int depthLeft, Less& less)
             return;
         }
         medianToFront(begin, end, less);
-        const Iterator pivot = boundedSortDetail::partition(begin, end, less);
+        const Iterator pivot = internal::partition(begin, end, less);
         // The shorter side on the stack, the longer one in this loop.
         if (pivot - begin < end - pivot) {
             sortRange(begin, pivot, depthLeft, less);
@@ -82,7 +82,7 @@ void sortRange(Iterator begin, Iterator end, int depthLeft, Less& less)
     insertionSort(begin, end, less);
 }
 
-} // namespace boundedSortDetail
+} // namespace internal
 
 /// Sorts [begin, end) in place by `less`; n log n comparisons at the worst, equal elements in no particular order.
 ///
@@ -93,7 +93,7 @@ template <typename Iterator, typename Less>
 void boundedSort(Iterator begin, Iterator end, Less less)
 {
     const auto count = static_cast<std::size_t>(end - begin);
-    boundedSortDetail::sortRange(begin, end, 2 * static_cast<int>(std::bit_width(count)), less);
+    internal::sortRange(begin, end, 2 * static_cast<int>(std::bit_width(count)), less);
 }
 
 } // namespace znUtil

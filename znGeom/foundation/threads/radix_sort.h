@@ -4,7 +4,7 @@
 #include <bit>
 #include <cstdint>
 
-#include "znGeom/foundation/export.h"
+#include "znGeom/foundation/machine/export.h"
 #include "znGeom/foundation/threads/thread_pool.h"
 
 namespace znUtil {

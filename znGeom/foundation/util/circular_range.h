@@ -2,7 +2,7 @@
 #pragma once
 
 #include "znGeom/foundation/containers/vector.h"
-#include "znGeom/foundation/export.h"
+#include "znGeom/foundation/machine/export.h"
 
 namespace znUtil {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "znGeom/foundation/util/prefetch.h"
+#include "znGeom/foundation/machine/prefetch.h"
 
 namespace znGeom {
 

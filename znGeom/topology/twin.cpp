@@ -1,4 +1,4 @@
-#include "znGeom/shells/twin.h"
+#include "znGeom/topology/twin.h"
 
 #include <memory>
 #include <utility>

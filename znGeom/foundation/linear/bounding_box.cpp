@@ -1,4 +1,4 @@
-#include "znGeom/spatial/bounding_box.h"
+#include "znGeom/foundation/linear/bounding_box.h"
 
 namespace znGeom {
 

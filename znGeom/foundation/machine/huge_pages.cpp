@@ -1,4 +1,4 @@
-#include "znGeom/foundation/util/huge_pages.h"
+#include "znGeom/foundation/machine/huge_pages.h"
 
 #if defined(__linux__)
 #include <sys/mman.h>

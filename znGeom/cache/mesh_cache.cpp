@@ -1,4 +1,4 @@
-#include "znGeom/analysis/mesh_cache.h"
+#include "znGeom/cache/mesh_cache.h"
 
 #include <tuple>
 

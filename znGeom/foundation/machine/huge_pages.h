@@ -3,7 +3,7 @@
 
 #include <cstddef>
 
-#include "znGeom/foundation/export.h"
+#include "znGeom/foundation/machine/export.h"
 
 namespace znUtil {
 

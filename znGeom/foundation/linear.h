@@ -5,6 +5,7 @@
 #pragma once
 
 #include "znGeom/foundation/linear/affine_matrix.h"
+#include "znGeom/foundation/linear/bounding_box.h"
 #include "znGeom/foundation/linear/intersect.h"
 #include "znGeom/foundation/linear/line.h"
 #include "znGeom/foundation/linear/normal.h"

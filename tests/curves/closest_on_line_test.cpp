@@ -1,4 +1,4 @@
-#include "znGeom/spatial/closest_on_line.h"
+#include "znGeom/curves/closest_on_line.h"
 
 #include <algorithm>
 #include <cmath>

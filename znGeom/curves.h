@@ -1,0 +1,4 @@
+/// Curves on meshes.
+#pragma once
+
+#include "znGeom/curves/closest_on_line.h"

@@ -1,0 +1,9 @@
+/// Welding, triangles from polygons, and selections: growing, deleting, copying out and dividing.
+#pragma once
+
+#include "znGeom/editing/delete_selected.h"
+#include "znGeom/editing/extract.h"
+#include "znGeom/editing/partition.h"
+#include "znGeom/editing/select.h"
+#include "znGeom/editing/triangles.h"
+#include "znGeom/editing/weld.h"

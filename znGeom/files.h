@@ -1,0 +1,4 @@
+/// Mesh files.
+#pragma once
+
+#include "znGeom/files/mesh_files.h"

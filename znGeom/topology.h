@@ -1,0 +1,9 @@
+/// The half-edge mesh, its elements, the walks over them, positions on it, and the pairing of its halves.
+#pragma once
+
+#include "znGeom/topology/topo_arena.h"
+#include "znGeom/topology/topo_handles.h"
+#include "znGeom/topology/topo_iterators.h"
+#include "znGeom/topology/topo_mesh.h"
+#include "znGeom/topology/topo_point.h"
+#include "znGeom/topology/twin.h"
