@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "znGeom/foundation/mesh.h"
+#include "znGeom/foundation/output.h"
 #include "znGeom/foundation/threads.h"
 
 namespace znTest {
