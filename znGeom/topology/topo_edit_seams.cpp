@@ -93,15 +93,16 @@ TopoMeshVertex TopoMesh::divideVertex(TopoMeshEdge kept, TopoMeshEdge moved)
 /// Lets everything that starts at `dying` start at `survivor`, and removes it.
 void TopoMesh::mergeInto(TopoMeshVertex survivor, TopoMeshVertex dying)
 {
+    if (!dying->linkedBack) linkBack(dying);
     TopoMeshEdge last;
     for (const TopoMeshEdge e : outgoingOf(dying)) {
         e->origin = survivor;
         last = e;
     }
     if (last) { // both lists become one
-        const TopoMeshEdge second = survivor->firstOut;
-        last->outNext = second ? second.number() : -1;
-        if (second) second->outPrev = last.number();
+        last->outNext = survivor->firstOut;
+        if (survivor->linkedBack && survivor->firstOut >= 0)
+            TopoBlock::numbered(last.record(), survivor->firstOut)->outPrev = last.number();
         survivor->firstOut = dying->firstOut;
         survivor->numOutgoing += dying->numOutgoing;
         if (!survivor->edge) survivor->edge = dying->edge;

@@ -101,9 +101,10 @@ struct TopoMeshVertexRecord
     TopoMeshVertex next, prev;
     [[no_unique_address]] TopoMetadata<TopoMeshVertexRecord, 16> metadata;
     // Kept by the mesh.
-    TopoMeshEdge firstOut;   ///< where the list of all outgoing half-edges begins: the newest; null without any
-    int numOutgoing = 0;     ///< -1 for a removed vertex
+    int firstOut = -1;   ///< the number of the half-edge at which the list of all outgoing ones begins; -1 without any
+    int numOutgoing = 0; ///< -1 for a removed vertex
     unsigned closedAt = ~0u; ///< the fan of `edge` was closed when so many half-edges had been unpaired or removed
+    bool linkedBack = false; ///< whether `outPrev` holds in the list
 };
 
 struct TopoMeshEdgeRecord
@@ -115,6 +116,7 @@ struct TopoMeshEdgeRecord
     [[no_unique_address]] TopoMetadata<TopoMeshEdgeRecord, 20> metadata;
     TopoMeshEdge listNext, listPrev;
     // Kept by the mesh: the neighbours in the list of half-edges that leave the same origin, by number; -1 for none.
+    // The way back is laid when it is first needed: a mesh that is only built never touches the older half-edges again.
     int outNext = -1, outPrev = -1;
 };
 

@@ -75,7 +75,7 @@ TopoMeshFace TopoMesh::makeFace() { return append(m_faces, TopoMeshFace(m_faceAr
 
 void TopoMesh::removeVertex(TopoMeshVertex v)
 {
-    v->edge = v->firstOut = {};
+    v->edge = {};
     v->numOutgoing = -1;
     unlink(m_vertices, v);
 }
@@ -106,11 +106,11 @@ void TopoMesh::unpair(TopoMeshEdge e)
 void TopoMesh::attach(TopoMeshEdge e)
 {
     const TopoMeshVertex v = e->origin;
-    const TopoMeshEdge second = v->firstOut;
+    const int number = e.number();
     e->outPrev = -1;
-    e->outNext = second ? second.number() : -1;
-    if (second) second->outPrev = e.number();
-    v->firstOut = e;
+    e->outNext = v->firstOut;
+    if (v->linkedBack && v->firstOut >= 0) TopoBlock::numbered(e.record(), v->firstOut)->outPrev = number;
+    v->firstOut = number;
     if (!v->edge) v->edge = e;
     ++v->numOutgoing;
 }
@@ -119,16 +119,27 @@ void TopoMesh::attach(TopoMeshEdge e)
 void TopoMesh::detach(TopoMeshEdge e)
 {
     const TopoMeshVertex v = e->origin;
-    const TopoMeshEdge next = topoStep::nextOutgoing(e);
-    if (e->outPrev < 0)
-        v->firstOut = next;
-    else
+    if (v->firstOut == e.number()) {
+        v->firstOut = e->outNext;
+    } else {
+        if (!v->linkedBack) linkBack(v);
         TopoBlock::numbered(e.record(), e->outPrev)->outNext = e->outNext;
-    if (next) next->outPrev = e->outPrev;
+    }
+    if (v->linkedBack && e->outNext >= 0) TopoBlock::numbered(e.record(), e->outNext)->outPrev = e->outPrev;
     --v->numOutgoing;
     if (v->edge != e) return;
-    v->edge = v->firstOut;
+    v->edge = v->firstOut < 0 ? TopoMeshEdge() : TopoMeshEdge(TopoBlock::numbered(e.record(), v->firstOut));
     v->closedAt = ~0u;
+}
+
+void TopoMesh::linkBack(TopoMeshVertex v)
+{
+    int before = -1;
+    for (const TopoMeshEdge e : outgoingOf(v)) {
+        e->outPrev = before;
+        before = e.number();
+    }
+    v->linkedBack = true;
 }
 
 void TopoMesh::setOrigin(TopoMeshEdge e, TopoMeshVertex origin)
@@ -156,10 +167,7 @@ TopoMeshFace TopoMesh::makeFace(const TopoMeshVertex* vertices, int count)
 {
     // In a mesh of no order these are the loads that take the time: all at once rather than one after the other.
     for (int i = 0; i < count; ++i) znUtil::prefetch(vertices[i].record());
-    for (int i = 0; i < count; ++i) {
-        znUtil::prefetch(vertices[i]->edge.record());
-        znUtil::prefetch(vertices[i]->firstOut.record());
-    }
+    for (int i = 0; i < count; ++i) znUtil::prefetch(vertices[i]->edge.record());
     const TopoMeshFace face = makeFace();
     const TopoMeshEdge first = makeLooseEdge(vertices[0], face);
     face->edge = first;

@@ -179,6 +179,7 @@ private:
     void unpair(TopoMeshEdge e);
     void attach(TopoMeshEdge e);
     void detach(TopoMeshEdge e);
+    void linkBack(TopoMeshVertex v);
     void setOrigin(TopoMeshEdge e, TopoMeshVertex origin);
     TopoMeshEdge openEnd(TopoMeshVertex v);
     void pairWithOpen(TopoMeshEdge e);

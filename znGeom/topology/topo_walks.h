@@ -123,6 +123,11 @@ inline TopoMeshEdge nextOutgoing(TopoMeshEdge e)
     return e->outNext < 0 ? TopoMeshEdge() : TopoMeshEdge(TopoBlock::numbered(e.record(), e->outNext));
 }
 
+inline TopoMeshEdge firstOutgoing(TopoMeshVertex v)
+{
+    return v->edge ? TopoMeshEdge(TopoBlock::numbered(v->edge.record(), v->firstOut)) : TopoMeshEdge();
+}
+
 } // namespace topoStep
 
 using TopoVertexRange = TopoRange<TopoMeshVertex, topoStep::nextVertex>;
@@ -146,7 +151,7 @@ inline TopoFanRange fanOf(TopoMeshEdge e) { return TopoFanRange(fanBegin(e)); }
 inline TopoFanRange fanOf(TopoMeshVertex v) { return TopoFanRange(v->edge ? fanBegin(v->edge) : TopoMeshEdge()); }
 
 /// All half-edges that leave a vertex, of all fans that touch there, the newest first.
-inline TopoOutgoingRange outgoingOf(TopoMeshVertex v) { return TopoOutgoingRange(v->firstOut); }
+inline TopoOutgoingRange outgoingOf(TopoMeshVertex v) { return TopoOutgoingRange(topoStep::firstOutgoing(v)); }
 
 /// Whether a half-edge runs between two vertices, one way or the other. Looks round the one that fewer leave.
 ZNGEOM_API bool areJoined(TopoMeshVertex a, TopoMeshVertex b);
