@@ -104,12 +104,6 @@ int cornerBefore(const MeshTriangle& triangle, int vertex)
     return triangle[(corner + 2) % 3];
 }
 
-bool hasDirectedEdge(const MeshTriangle& triangle, int from, int to)
-{
-    return (triangle[0] == from && triangle[1] == to) || (triangle[1] == from && triangle[2] == to) ||
-           (triangle[2] == from && triangle[0] == to);
-}
-
 } // namespace
 
 void meshAdjTris(const CompactMesh& mesh, MeshAdjTris& result)
