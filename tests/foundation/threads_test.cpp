@@ -113,6 +113,22 @@ TEST_P(Pools, RunBodiesAndChunksOnceFromAnywhere)
     EXPECT_EQ(bodies, GetParam());
 }
 
+TEST_P(Pools, JoinResultsInTheOrderOfTheThreads)
+{
+    for (const int count : {0, 3, 1000}) {
+        const auto numbers = parallelReduce(
+            pool, count, std::vector<int>{-1},
+            [](Slice slice) {
+                std::vector<int> part(size_t(slice.size()));
+                std::iota(part.begin(), part.end(), slice.begin);
+                return part;
+            },
+            [](auto& all, auto& part) { all.insert(all.end(), part.begin(), part.end()); });
+        ASSERT_EQ(numbers.size(), size_t(count) + 1);
+        for (int i = -1; i < count; ++i) ASSERT_EQ(numbers[size_t(i + 1)], i);
+    }
+}
+
 /// Runs out of memory in one body.
 struct FailingLoop : ThreadedAlg
 {

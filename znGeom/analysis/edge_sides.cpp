@@ -8,9 +8,13 @@
 #include "znGeom/foundation/containers/checked_size.h"
 #include "znGeom/foundation/output/debug_channel.h"
 #include "znGeom/foundation/output/stop_watch.h"
+#include "znGeom/foundation/threads/counting_sort.h"
 #include "znGeom/foundation/threads/internal/pieces.h"
 
 namespace znGeom {
+
+using znUtil::Slice;
+using znUtil::ThreadPool;
 
 namespace {
 
@@ -27,16 +31,16 @@ class SideBuckets
 public:
     explicit SideBuckets(const CompactMesh& mesh)
         : m_numSides(zn::checkedSize(std::int64_t{3} * mesh.getNumTriangles())), m_corners(mesh.getTrianglesRaw()),
-          m_ends(mesh.getNumVertices() + 1, 0),
+          m_starts(mesh.getNumVertices() + 1),
           m_seen(std::make_unique_for_overwrite<SeenSide[]>(static_cast<size_t>(m_numSides)))
     {
-        // Counted one place further on, so that filling moves each bucket's number from its beginning to its end.
-        int* ends = m_ends.data();
-        forEachSide([ends](int low, int, int) { ++ends[low + 1]; });
-        for (int v = 1; v < m_ends.size(); ++v) ends[v] += ends[v - 1];
-        forEachSide([this, ends](int low, int high, int side) {
-            m_seen[static_cast<size_t>(ends[low]++)] = seenSide(high, side);
-        });
+        ThreadPool& pool = ThreadPool::get();
+        znUtil::CountingSort sort(pool, m_starts.size());
+        const auto visit = [this, &pool](int thread, const auto& take) {
+            forEachSide(Slice(m_numSides, thread, pool.getNumThreads()), take);
+        };
+        sort.count(visit, m_starts.data());
+        sort.place(visit, [this](int place, SeenSide seen) { m_seen[static_cast<size_t>(place)] = seen; });
     }
 
     int numSides() const { return m_numSides; }
@@ -44,25 +48,24 @@ public:
     /// The sides of one bucket by their other vertices, those of one edge ascending.
     std::span<const SeenSide> sorted(int vertex)
     {
-        SeenSide* first = m_seen.get() + (vertex == 0 ? 0 : m_ends[vertex - 1]);
-        SeenSide* last = m_seen.get() + m_ends[vertex];
+        SeenSide *first = m_seen.get() + m_starts[vertex], *last = m_seen.get() + m_starts[vertex + 1];
         std::sort(first, last);
         return {first, last};
     }
 
 private:
-    template <typename Visit>
-    void forEachSide(const Visit& visit) const
+    template <typename Take>
+    void forEachSide(Slice slice, const Take& take) const
     {
-        for (int side = 0; side < m_numSides; ++side) {
+        for (int side = slice.begin; side < slice.end; ++side) {
             const int from = m_corners[side], to = m_corners[cornerAtSideEnd(side)];
-            if (from != to) visit(std::min(from, to), std::max(from, to), side);
+            if (from != to) take(std::min(from, to), seenSide(std::max(from, to), side));
         }
     }
 
     int m_numSides;
     const int* m_corners;
-    zn::vector<int> m_ends; ///< per vertex the end of its bucket
+    zn::vector<int> m_starts; ///< per vertex the beginning of its bucket, and the end of the last one
     std::unique_ptr<SeenSide[]> m_seen;
 };
 

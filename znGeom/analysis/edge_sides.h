@@ -39,9 +39,8 @@ constexpr int cornerAtSideEnd(int side) { return side % 3 == 2 ? side - 2 : side
 /// \param result    replaced: the edges in the order of their lower vertices, then of their higher ones
 /// \return false after a cancel
 ///
-/// Sides are grouped by their lower vertex in a counting sort: linear for bounded valence, n log n for a vertex that is
-/// the lower end of very many edges. On the calling thread. A mesh of more than 2^31 sides fails with
-/// std::length_error.
+/// Sides are grouped by their lower vertex in a counting sort on all threads: linear for bounded valence, n log n for a
+/// vertex that is the lower end of very many edges. A mesh of more than 2^31 sides fails with std::length_error.
 ZNGEOM_API bool meshEdgeSides(const CompactMesh& mesh, znUtil::Progress& progress, MeshEdgeSides& result);
 inline void meshEdgeSides(const CompactMesh& mesh, MeshEdgeSides& result)
 {

@@ -2,8 +2,7 @@
 
 #include <algorithm>
 
-#include "znGeom/foundation/containers/vector.h"
-#include "znGeom/foundation/threads/parallel_for.h"
+#include "znGeom/foundation/threads/parallel_reduce.h"
 
 namespace znGeom {
 
@@ -54,14 +53,13 @@ private:
 
 double meshMaxFoldAngle(const CompactMesh& mesh, const MeshEdgeSides& sides)
 {
-    znUtil::ThreadPool& pool = znUtil::ThreadPool::get();
-    zn::vector<double> largest(pool.getNumThreads());
-    znUtil::parallelFor(pool, sides.getNumEdges(), [&](znUtil::Slice slice, int thread) {
+    const auto largestOf = [&](znUtil::Slice slice) {
         SharpestFold fold(mesh);
         for (int edge = slice.begin; edge < slice.end; ++edge) fold.lookAt(sides.sides(edge));
-        largest[thread] = fold.radians();
-    });
-    return *std::max_element(largest.begin(), largest.end());
+        return fold.radians();
+    };
+    return znUtil::parallelReduce(znUtil::ThreadPool::get(), sides.getNumEdges(), 0.0, largestOf,
+                                  [](double& largest, double found) { largest = std::max(largest, found); });
 }
 
 } // namespace znGeom
