@@ -80,7 +80,7 @@ CompactMesh frame(const std::vector<std::array<int, 3>>& triangles)
 
 } // namespace
 
-TEST(EdgeSides, AndTheCensusEqualAPlainList)
+TEST(EdgeSides, andTheCensusEqualAPlainList)
 {
     znTest::Random random(1);
     for (int round = 0; round < 300; ++round) {
@@ -122,7 +122,7 @@ TEST(EdgeSides, AndTheCensusEqualAPlainList)
     }
 }
 
-TEST(MeshCensus, LeavesOutWhatIsNotFinite)
+TEST(MeshCensus, leavesOutWhatIsNotFinite)
 {
     const float inf = INFINITY;
     const CompactMesh mesh = withPositions({{NAN, 0, 0}, {1, 2, 3}, {4, 6, 3}, {0, -inf, 0}, {9, 9, 9}, {5, 5, 5}},
@@ -140,7 +140,7 @@ TEST(MeshCensus, LeavesOutWhatIsNotFinite)
     EXPECT_FALSE(meshCountEdges(point, sidesOf(point)).isClosed());
 }
 
-TEST(BorderLoops, TakeEveryBoundaryEdgeOnceAndStayWithinTheirFans)
+TEST(BorderLoops, takeEveryBoundaryEdgeOnceAndStayWithinTheirFans)
 {
     znTest::Random random(2);
     for (int round = 0; round < 300; ++round) {
@@ -201,7 +201,7 @@ TEST(BorderLoops, TakeEveryBoundaryEdgeOnceAndStayWithinTheirFans)
     }
 }
 
-TEST(BorderLoops, ByHand)
+TEST(BorderLoops, byHand)
 {
     CompactMesh mobius, sphere;
     znTest::makeMobiusBand(mobius, 12);
@@ -239,7 +239,7 @@ TEST(BorderLoops, ByHand)
     EXPECT_TRUE(loops.isClosed(0));
 }
 
-TEST(PathLengths, AddUpTheSidesAndTheClosingOne)
+TEST(PathLengths, addUpTheSidesAndTheClosingOne)
 {
     const CompactMesh mesh = frame({});
     const MeshSequence paths(zn::vector<zn::vector<int>>{{0, 1, 2}, {}, {5}, {4, 5, 6, 7}});
@@ -250,7 +250,7 @@ TEST(PathLengths, AddUpTheSidesAndTheClosingOne)
     EXPECT_EQ(lengths, (zn::vector<double>{8 + std::sqrt(32.0), 0, 0, 8}));
 }
 
-TEST(TriangleComponents, EqualPlainLabellingTheLargestFirst)
+TEST(TriangleComponents, equalPlainLabellingTheLargestFirst)
 {
     znTest::Random random(3);
     for (int round = 0; round < 300; ++round) {
@@ -285,7 +285,7 @@ TEST(TriangleComponents, EqualPlainLabellingTheLargestFirst)
     }
 }
 
-TEST(MeshVolume, CountsInsideOutAsNegativeAndKeepsItsDigitsFarAway)
+TEST(MeshVolume, countsInsideOutAsNegativeAndKeepsItsDigitsFarAway)
 {
     CompactMesh cube, torus;
     znTest::makeCube(cube);
@@ -299,7 +299,7 @@ TEST(MeshVolume, CountsInsideOutAsNegativeAndKeepsItsDigitsFarAway)
     EXPECT_NEAR(meshVolume(torus), 2 * std::pow(std::numbers::pi * 0.4, 2), 0.01);
 }
 
-TEST(FoldAngle, IsThatOfTheSurfaceAndNotOfSlivers)
+TEST(FoldAngle, isThatOfTheSurfaceAndNotOfSlivers)
 {
     const double pi = std::numbers::pi;
     CompactMesh cube, grid;
@@ -322,7 +322,7 @@ TEST(FoldAngle, IsThatOfTheSurfaceAndNotOfSlivers)
     EXPECT_EQ(meshMaxFoldAngle(grid, sidesOf(grid)), meshMaxDihedralAngle(grid, znTest::adjTrisOf(grid)));
 }
 
-TEST(EdgeSides, AndWhatIsMadeOfThemStayAsTheyWereAfterACancel)
+TEST(EdgeSides, andWhatIsMadeOfThemStayAsTheyWereAfterACancel)
 {
     CompactMesh mesh, other;
     znTest::makeGrid(mesh, 200, 150);
