@@ -10,11 +10,6 @@ namespace znGeom {
 
 namespace {
 
-bool isFinite(const MeshVertex& vertex)
-{
-    return std::isfinite(vertex.x) && std::isfinite(vertex.y) && std::isfinite(vertex.z);
-}
-
 /// Per vertex the number of its edges; -1 where no triangle uses it.
 zn::vector<int> findValences(const CompactMesh& mesh, const MeshEdgeSides& sides)
 {

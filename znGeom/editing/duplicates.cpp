@@ -1,7 +1,5 @@
 #include "znGeom/editing/duplicates.h"
 
-#include <cmath>
-
 #include "znGeom/editing/internal/vertex_order.h"
 
 namespace znGeom {
@@ -16,11 +14,8 @@ int meshCountDuplicates(const PointMesh& mesh, znUtil::Progress& progress)
 
     const MeshVertex* vertices = mesh.getVertices();
     int count = 0;
-    for (int place = 0; place < order.count; ++place) {
-        if (!order.sameAsBefore(place)) continue;
-        const MeshVertex& vertex = vertices[order.vertex(place)];
-        count += std::isfinite(vertex.x) && std::isfinite(vertex.y) && std::isfinite(vertex.z);
-    }
+    for (int place = 0; place < order.count; ++place)
+        count += order.sameAsBefore(place) && isFinite(vertices[order.vertex(place)]);
     progress.set(1);
     return count;
 }
