@@ -1,6 +1,7 @@
 /// The element records of a mesh: plain data, whose arrays are read as flat `float` and `int` arrays.
 #pragma once
 
+#include <cmath>
 #include <type_traits>
 
 #include "znGeom/foundation/linear/affine_matrix.h"
@@ -18,6 +19,12 @@ struct MeshVertex
     void set(const float* values) { set(values[0], values[1], values[2]); }
     void set(const double* values) { set(float(values[0]), float(values[1]), float(values[2])); }
 };
+
+/// Whether all three coordinates are numbers and not infinite.
+inline bool isFinite(const MeshVertex& vertex)
+{
+    return std::isfinite(vertex.x) && std::isfinite(vertex.y) && std::isfinite(vertex.z);
+}
 
 struct MeshNormal
 {
