@@ -3,6 +3,8 @@
 
 #include <type_traits>
 
+#include "znGeom/foundation/machine/language.h"
+
 namespace znLinear {
 
 /// The nearest `float`.
