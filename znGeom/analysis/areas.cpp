@@ -3,8 +3,7 @@
 #include <cmath>
 
 #include "znGeom/foundation/linear/tolerance.h"
-#include "znGeom/foundation/threads/slice.h"
-#include "znGeom/foundation/threads/thread_pool.h"
+#include "znGeom/foundation/threads/parallel_reduce.h"
 
 namespace znGeom {
 
@@ -25,37 +24,24 @@ bool isLinearIdentity(const AffineMatrix& matrix)
     return matrix.row(0) == Vector::x && matrix.row(1) == Vector::y && matrix.row(2) == Vector::z;
 }
 
-/// Sums the areas of the triangles, each thread those of its slice into its own slot.
-class MeshAreaAlg : public znUtil::ThreadedAlg
+/// Sums the areas of the triangles of a slice.
+class SurfaceArea
 {
 public:
     /// \param coordinates  null to measure in space
-    MeshAreaAlg(const MeshPlacement& placement, const MeshUV* coordinates)
+    SurfaceArea(const MeshPlacement& placement, const MeshUV* coordinates)
         : m_matrix(placement.matrix), m_isIdentity(isLinearIdentity(m_matrix)),
           m_vertices(placement.mesh->getVertices()), m_coordinates(coordinates),
-          m_triangles(placement.mesh->getTriangles()), m_numTriangles(placement.mesh->getNumTriangles())
+          m_triangles(placement.mesh->getTriangles())
     {}
 
-    void initialize(int numThreads) override { m_sums.setSize(numThreads); }
-
-    void execute(int threadIndex, int numThreads) override
+    double sum(znUtil::Slice slice) const
     {
-        const znUtil::Slice slice(m_numTriangles, threadIndex, numThreads);
-        double sum = 0;
         if (m_coordinates)
-            sum = sumOf(slice, [this](const MeshTriangle& triangle) { return planeParallelogram(triangle); });
-        else if (m_isIdentity)
-            sum = sumOf(slice, [this](const MeshTriangle& triangle) { return parallelogram<false>(triangle); });
-        else
-            sum = sumOf(slice, [this](const MeshTriangle& triangle) { return parallelogram<true>(triangle); });
-        m_sums[threadIndex] = 0.5 * sum;
-    }
-
-    float result() const
-    {
-        double sum = 0;
-        for (const double part : m_sums) sum += part;
-        return static_cast<float>(sum);
+            return sumOf(slice, [this](const MeshTriangle& triangle) { return planeParallelogram(triangle); });
+        if (m_isIdentity)
+            return sumOf(slice, [this](const MeshTriangle& triangle) { return parallelogram<false>(triangle); });
+        return sumOf(slice, [this](const MeshTriangle& triangle) { return parallelogram<true>(triangle); });
     }
 
 private:
@@ -64,7 +50,7 @@ private:
     {
         double sum = 0;
         for (int i = slice.begin; i < slice.end; ++i) sum += area(m_triangles[i]);
-        return sum;
+        return 0.5 * sum;
     }
 
     /// Edges are transformed and not points: what lies far from the origin loses no digits to the translation.
@@ -91,8 +77,6 @@ private:
     const MeshVertex* m_vertices;
     const MeshUV* m_coordinates;
     const MeshTriangle* m_triangles;
-    int m_numTriangles;
-    zn::vector<double> m_sums;
 };
 
 } // namespace
@@ -109,9 +93,10 @@ float meshArea(const MeshPlacement& placement, MeshChannel channel)
     if (!placement.mesh) return 0;
     const MeshUV* coordinates = textureCoordinates(*placement.mesh, channel);
     if (channel != MeshChannelVertices && !coordinates) return 0;
-    MeshAreaAlg alg(placement, coordinates);
-    znUtil::ThreadPool::get().run(alg);
-    return alg.result();
+    const SurfaceArea area(placement, coordinates);
+    return static_cast<float>(znUtil::parallelReduce(
+        znUtil::ThreadPool::get(), placement.mesh->getNumTriangles(), 0.0,
+        [&area](znUtil::Slice slice) { return area.sum(slice); }, [](double& sum, double part) { sum += part; }));
 }
 
 float meshArea(const zn::list<MeshPlacement>& placements, MeshChannel channel, zn::vector<float>& fractions)
