@@ -7,11 +7,10 @@
 
 #include "znGeom/analysis/bounds.h"
 #include "znGeom/analysis/edges.h"
-#include "znGeom/foundation/containers/stamp_table.h"
 #include "znGeom/foundation/linear/intersect.h"
 #include "znGeom/foundation/output/debug_channel.h"
 #include "znGeom/foundation/output/stop_watch.h"
-#include "znGeom/spatial/internal/nearest_search.h"
+#include "znGeom/spatial/internal/closest_batch.h"
 #include "znGeom/spatial/internal/nearest_triangle.h"
 #include "znGeom/spatial/octree_closest.h"
 
@@ -23,77 +22,70 @@ namespace {
 
 constexpr double largestDouble = std::numeric_limits<double>::max();
 
-/// The largest magnitude of a coordinate in the box that an octree divides.
-double extentOf(const Octree& octree)
-{
-    const BoundingBox box = octree.getRoot().box;
-    const float extent = std::max({std::fabs(box.minX), std::fabs(box.minY), std::fabs(box.minZ), std::fabs(box.maxX),
-                                   std::fabs(box.maxY), std::fabs(box.maxZ)});
-    return static_cast<double>(extent);
-}
+/// What making a tree costs for each triangle, in the units of `ClosestEngine::walked`.
+constexpr double treeCost = 4;
+
+/// What a walk costs at the least, in the same units.
+constexpr double leastWalk = 200;
 
 } // namespace
 
 class ClosestPointContext final : public zn::ImplBase
 {
 public:
-    explicit ClosestPointContext(int numTriangles) : seenTriangles(numTriangles) {}
+    explicit ClosestPointContext(const internal::ClosestIndex& index) : m_index(index), m_engine(index) {}
 
-    zn::StampTable seenTriangles;
-    OctreeClosestIt leaves;
+    double compute(const Point& point, MeshCoord* coord)
+    {
+        if (!m_index.tree && m_engine.walked() > worthOfTree()) makeTree(znUtil::ThreadPool::get());
+        return m_engine.compute(point, coord);
+    }
+    bool compute(const internal::ClosestQuestions& questions, znUtil::Progress* progress, znUtil::ThreadPool& pool)
+    {
+        if (!m_index.tree && m_engine.walked() + leastWalk * questions.count > worthOfTree()) makeTree(pool);
+        return internal::computeAll(m_index, questions, progress, pool);
+    }
+
+private:
+    double worthOfTree() const { return treeCost * m_index.mesh.getNumTriangles(); }
+    void makeTree(znUtil::ThreadPool& pool)
+    {
+        m_ownTree = new TriangleTree(m_index.mesh, pool);
+        m_index.tree = m_ownTree.get();
+        m_engine.useTree(*m_index.tree);
+    }
+
+    internal::ClosestIndex m_index;
+    zn::Reference<TriangleTree> m_ownTree;
+    internal::ClosestEngine m_engine;
 };
 
 MeshClosestPoint::MeshClosestPoint(const CompactMesh& mesh, const Octree& octree, const OctreeTris& octreeTris)
-    : m_mesh(&mesh), m_octree(&octree), m_octreeTris(&octreeTris),
-      m_context(new ClosestPointContext(mesh.getNumTriangles())), m_owned(true)
+    : m_context(new ClosestPointContext({mesh, octree, octreeTris, nullptr})), m_owned(true)
 {}
 
-MeshClosestPoint::MeshClosestPoint(const MeshClosestPoint& other)
-    : m_mesh(other.m_mesh), m_octree(other.m_octree), m_octreeTris(other.m_octreeTris), m_context(other.m_context),
-      m_owned(false)
+MeshClosestPoint::MeshClosestPoint(const CompactMesh& mesh, const Octree& octree, const OctreeTris& octreeTris,
+                                   const TriangleTree& tree)
+    : m_context(new ClosestPointContext({mesh, octree, octreeTris, &tree})), m_owned(true)
 {}
 
-MeshClosestPoint::MeshClosestPoint(MeshClosestPoint&& other) noexcept : MeshClosestPoint(std::as_const(other))
-{
-    m_owned = std::exchange(other.m_owned, false);
-}
+MeshClosestPoint::MeshClosestPoint(const MeshClosestPoint& other) : m_context(other.m_context), m_owned(false) {}
+
+MeshClosestPoint::MeshClosestPoint(MeshClosestPoint&& other) noexcept
+    : m_context(other.m_context), m_owned(std::exchange(other.m_owned, false))
+{}
 
 MeshClosestPoint::~MeshClosestPoint()
 {
     if (m_owned) delete m_context;
 }
 
-double MeshClosestPoint::compute(const Point& point, MeshCoord* coord)
-{
-    const SearchBoxes* boxes = SearchBoxes::of(*m_octreeTris);
-    const bool isFinite = std::isfinite(point.x) && std::isfinite(point.y) && std::isfinite(point.z);
-    if (boxes && isFinite) {
-        NearestSearch search(*m_mesh, *m_octreeTris, *boxes, extentOf(*m_octree), point);
-        if (search.run()) {
-            if (coord) *coord = search.coord();
-            return std::sqrt(search.distance2());
-        }
-    }
-    return walk(point, coord);
-}
+double MeshClosestPoint::compute(const Point& point, MeshCoord* coord) { return m_context->compute(point, coord); }
 
-/// Leaf by leaf with rising distance.
-double MeshClosestPoint::walk(const Point& point, MeshCoord* coord)
+bool MeshClosestPoint::compute(const Point* points, int count, MeshCoord* places, double* distances,
+                               znUtil::Progress* progress, znUtil::ThreadPool& pool)
 {
-    OctreeClosestIt& leaves = m_context->leaves;
-    zn::StampTable& seen = m_context->seenTriangles;
-    const std::uint32_t stamp = seen.next();
-    NearestTriangle nearest(*m_mesh, point, largestDouble, extentOf(*m_octree), coord);
-    leaves.reset(*m_octree, point);
-    bool valid = leaves.valid() && !(leaves.getDistance2() >= nearest.best2());
-    for (; valid; valid = leaves.nextWithin(nearest.best2())) {
-        const int leaf = leaves.get().node->leafIndex;
-        const int count = m_octreeTris->numTris(leaf);
-        if (count == 0) continue;
-        nearest.testAll(m_octreeTris->firstTri(leaf), count,
-                        [&seen, stamp](int triangle) { return seen.mark(triangle, stamp); });
-    }
-    return std::sqrt(nearest.best2());
+    return m_context->compute({points, count, places, distances}, progress, pool);
 }
 
 namespace {
@@ -135,7 +127,7 @@ double meshClosestPoint(const CompactMesh& mesh, const Octree& octree, const Mes
     // lies beyond both.
     const double reach = longestEdge / std::sqrt(2.0), reach2 = reach * reach;
     const PointFlt pointFlt(point);
-    NearestTriangle nearest(mesh, point, maxDistance2, extentOf(octree), coord);
+    internal::NearestTriangle nearest(mesh, point, maxDistance2, octree.getRoot().box, coord);
     const auto bound2 = [&] { return std::max(reach2, nearest.best2()); };
     LatelySeen seen;
 
