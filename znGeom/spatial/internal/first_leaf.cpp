@@ -11,9 +11,6 @@ using znLinear::PointFlt;
 
 namespace {
 
-/// Levels of an octree at most, times the seven siblings that may wait on each.
-constexpr int stackSize = 24 * 7 + 8;
-
 /// Which children of a cell that meets a box meet it as well: bit i for child i.
 unsigned meetingChildren(const BoundingBox& cell, const BoundingBox& box)
 {
@@ -34,13 +31,18 @@ bool overlapOnEveryAxis(const BoundingBox& a, const BoundingBox& b)
 
 } // namespace
 
+/// On each level seven siblings may wait.
+FirstLeaf::FirstLeaf(const Octree& octree, const OctreeTris& octreeTris)
+    : m_octree(octree), m_octreeTris(octreeTris), m_stack(8 * static_cast<size_t>(octree.maxDepth()))
+{}
+
 /// The lowest cell that a box can be followed to while a single child meets it.
 OctreeIterator FirstLeaf::descend(const BoundingBox& box) const
 {
     OctreeIterator cell = m_octree.getRoot();
     while (!cell.node->isLeaf) {
         const unsigned meeting = meetingChildren(cell.box, box);
-        if (!std::has_single_bit(meeting)) break;
+        if (meeting == 0 || (meeting & (meeting - 1)) != 0) break;
         cell.descend(std::countr_zero(meeting));
     }
     return cell;
@@ -68,7 +70,7 @@ int FirstLeaf::find(const SoughtTriangle* sought, int count, const PointFlt& poi
     m_count = count;
     BoundingBox box;
     for (int i = 0; i < count; ++i) box.extend(sought[i].box);
-    Cell stack[stackSize];
+    Cell* const stack = m_stack.data();
     stack[0].at = descend(box);
     stack[0].distance2 = stack[0].at.box.distance2(point);
     double least2 = within2;

@@ -1,6 +1,8 @@
 /// Which of several triangles that are exactly as near a walk over the leaves of an octree meets first.
 #pragma once
 
+#include <vector>
+
 #include "znGeom/spatial/octree_closest.h"
 
 namespace znGeom::internal {
@@ -17,7 +19,7 @@ struct SoughtTriangle
 class FirstLeaf
 {
 public:
-    FirstLeaf(const Octree& octree, const OctreeTris& octreeTris) : m_octree(octree), m_octreeTris(octreeTris) {}
+    FirstLeaf(const Octree& octree, const OctreeTris& octreeTris);
 
     /// \param sought   ascending numbers
     /// \param within2  leaves that are not nearer than the root of this do not count
@@ -41,6 +43,7 @@ private:
 
     const Octree& m_octree;
     const OctreeTris& m_octreeTris;
+    std::vector<Cell> m_stack;
     const SoughtTriangle* m_sought = nullptr;
     int m_count = 0;
 };

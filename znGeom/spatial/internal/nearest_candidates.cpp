@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <utility>
 
 #include "znGeom/foundation/machine/clones.h"
 #include "znGeom/foundation/machine/prefetch.h"
@@ -19,7 +20,7 @@ using Candidate = NearestCandidates::Candidate;
 constexpr int width = PackedTriangles::width;
 
 /// At most ten levels, and seven siblings that wait on each.
-constexpr int stackSize = 10 * (width - 1) + width;
+constexpr int stackSize = 10 * (width - 1) + width + 1;
 
 /// The bits of a squared distance above a number: they ascend as the distances do.
 using Key = std::uint64_t;
@@ -108,26 +109,28 @@ ZNGEOM_INLINE void testLeaf(const Leaf& leaf, int number, const float* q, Found&
     found.count = static_cast<size_t>(next - found.list.data());
 }
 
-/// Puts the children that are within reach on top of the keys at `bottom`, the nearest one last.
+/// Puts the children that are within reach on the stack, the nearest one last and the rest as they come: by the time
+/// that it is their turn most are beyond reach, and not worth the wrong guesses of a sort.
 /// \return how many
-ZNGEOM_INLINE int sortChildren(const Node& node, int firstNumber, const float* q, float reach2, Key* bottom)
+ZNGEOM_INLINE int pushChildren(const Node& node, int firstNumber, const float* q, float reach2, Key* top)
 {
     float lower2[width];
     boundChildren(node, q, lower2);
-    unsigned within = 0;
-    for (int i = 0; i < width; ++i) within |= static_cast<unsigned>(lower2[i] <= reach2) << i;
-    int count = 0;
-    for (; within != 0; within &= within - 1) {
-        const int i = std::countr_zero(within);
+    Key least = std::numeric_limits<Key>::max();
+    int count = 0, leastAt = 0;
+    for (int i = 0; i < width; ++i) {
         const Key key = makeKey(lower2[i], firstNumber + i);
-        int place = count++;
-        for (; place > 0 && bottom[place - 1] < key; --place) bottom[place] = bottom[place - 1];
-        bottom[place] = key;
+        top[count] = key;
+        leastAt = key < least ? count : leastAt;
+        least = key < least ? key : least;
+        count += lower2[i] <= reach2;
     }
+    if (count > 1) std::swap(top[leastAt], top[count - 1]);
     return count;
 }
 
-/// Depth first, the nearer child first. What a child leads to is asked for now, since it will be needed a little later.
+/// Depth first, the nearest child first. What a child leads to is asked for now, since it will be needed a little
+/// later.
 ZNGEOM_CLONES void findCandidates(const PackedTriangles& tree, const float* query, Found& found)
 {
     const Node* const nodes = tree.nodes.get();
@@ -142,15 +145,16 @@ ZNGEOM_CLONES void findCandidates(const PackedTriangles& tree, const float* quer
         const int node = numberOf(key);
         Key* const children = stack + size;
         if (node < firstLowest) {
-            const int count = sortChildren(nodes[node], width * node + 1, q, found.reach2, children);
+            const int count = pushChildren(nodes[node], width * node + 1, q, found.reach2, children);
             for (int i = 0; i < count; ++i) prefetchLines(nodes[numberOf(children[i])]);
             size += count;
             continue;
         }
-        int count = sortChildren(nodes[node], width * (node - firstLowest), q, found.reach2, children);
+        int count = pushChildren(nodes[node], width * (node - firstLowest), q, found.reach2, children);
         for (int i = count; i-- > 0;) prefetchLines(leaves[numberOf(children[i])]);
-        while (count-- > 0 && boundOf(children[count]) <= found.reach2)
-            testLeaf(leaves[numberOf(children[count])], numberOf(children[count]), q, found);
+        while (count-- > 0)
+            if (boundOf(children[count]) <= found.reach2)
+                testLeaf(leaves[numberOf(children[count])], numberOf(children[count]), q, found);
     }
 }
 
