@@ -231,15 +231,6 @@ MeshClosestPtOnLine::MeshClosestPtOnLine(const CompactMesh& mesh, const MeshAdjT
     : m_impl(new MeshClosestPtOnLineImpl(mesh, adjTris, lines))
 {}
 
-MeshClosestPtOnLine::MeshClosestPtOnLine(MeshClosestPtOnLine&& other) noexcept
-    : m_impl(other.m_impl), m_owned(std::exchange(other.m_owned, false))
-{}
-
-MeshClosestPtOnLine::~MeshClosestPtOnLine()
-{
-    if (m_owned) delete m_impl;
-}
-
 MeshCoord MeshClosestPtOnLine::operator()(const Point& point) const { return m_impl->closest(point); }
 
 } // namespace znGeom

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "znGeom/analysis/mesh_sequence.h"
+#include "znGeom/foundation/containers/impl_base.h"
 #include "znGeom/foundation/mesh/compact_mesh.h"
 #include "znGeom/foundation/mesh/mesh_adjacency.h"
 #include "znGeom/foundation/mesh/mesh_coord.h"
@@ -24,10 +25,9 @@ public:
     ///
     /// Linear in the mesh.
     MeshClosestPtOnLine(const CompactMesh& mesh, const MeshAdjTris& adjTris, const MeshSequence& lines);
-    MeshClosestPtOnLine(const MeshClosestPtOnLine& other) : m_impl(other.m_impl), m_owned(false) {}
-    MeshClosestPtOnLine(MeshClosestPtOnLine&& other) noexcept;
+    MeshClosestPtOnLine(const MeshClosestPtOnLine& other) = default;
+    MeshClosestPtOnLine(MeshClosestPtOnLine&& other) noexcept = default;
     MeshClosestPtOnLine& operator=(const MeshClosestPtOnLine&) = delete;
-    ~MeshClosestPtOnLine();
 
     /// \return the place on the line that is nearest to `point`, in a triangle of the mesh beside it
     ///
@@ -39,8 +39,7 @@ public:
     MeshCoord operator()(const znLinear::Point& point) const;
 
 private:
-    MeshClosestPtOnLineImpl* m_impl;
-    bool m_owned = true;
+    zn::ImplPointer<MeshClosestPtOnLineImpl> m_impl;
 };
 
 } // namespace znGeom

@@ -8,7 +8,7 @@
 #include "znGeom/foundation/containers/checked_size.h"
 #include "znGeom/foundation/output/debug_channel.h"
 #include "znGeom/foundation/output/stop_watch.h"
-#include "znGeom/foundation/threads/parallel_for.h"
+#include "znGeom/foundation/threads/counting_sort.h"
 #include "znGeom/spatial/box_predicates.h"
 #include "znGeom/spatial/internal/float4.h"
 #include "znGeom/spatial/internal/partition_on_pool.h"
@@ -330,36 +330,21 @@ private:
 using TriPartitionAlg = PartitionAlg<TriangleElements>;
 using LinePartitionAlg = PartitionAlg<LineElements>;
 
-/// What `assignFromPairs` would make of all workers' pairs one after the other, without joining them first: each worker
-/// counts its own pairs per leaf, and then places them behind those of the workers before it.
+/// What `assignFromPairs` would make of all workers' pairs one after the other.
+/// \param workers  one per thread of the pool
 template <typename Worker>
 ArrayOfSets makeTable(int numLeaves, const std::vector<Worker>& workers, ThreadPool& pool)
 {
     std::int64_t numPairs = 0;
     for (const Worker& worker : workers) numPairs += static_cast<std::int64_t>(worker.pairs.size());
     ArrayOfSets table(numLeaves, zn::checkedSize(numPairs));
-    int *starts = table.start.write(), *elements = table.elements.write();
-    std::vector<std::vector<int>> next(workers.size());
-    const auto forEachWorker = [&](const auto& body) {
-        znUtil::parallelFor(pool, static_cast<int>(workers.size()), [&body](Slice slice, int) {
-            for (int i = slice.begin; i < slice.end; ++i) body(static_cast<size_t>(i));
-        });
+    const auto visit = [&workers](int thread, const auto& take) {
+        for (const LeafEntry& entry : workers[static_cast<size_t>(thread)].pairs) take(entry.leafIndex, entry.element);
     };
-
-    forEachWorker([&](size_t i) {
-        next[i].assign(static_cast<size_t>(numLeaves), 0);
-        int* counts = next[i].data();
-        for (const LeafEntry& entry : workers[i].pairs) ++counts[entry.leafIndex];
-    });
-    int total = 0;
-    for (int leaf = 0; leaf < numLeaves; ++leaf) {
-        starts[leaf] = total;
-        for (std::vector<int>& places : next) total += std::exchange(places[static_cast<size_t>(leaf)], total);
-    }
-    forEachWorker([&](size_t i) {
-        int* places = next[i].data();
-        for (const LeafEntry& entry : workers[i].pairs) elements[places[entry.leafIndex]++] = entry.element;
-    });
+    znUtil::CountingSort sort(pool, numLeaves);
+    sort.count(visit, table.start.write());
+    int* const elements = table.elements.write();
+    sort.place(visit, [elements](int place, int element) { elements[place] = element; });
     return table;
 }
 

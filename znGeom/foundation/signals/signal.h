@@ -121,15 +121,17 @@ private:
 
     SignalBase* m_signal; ///< null once the signal is gone
     std::unique_ptr<FunctionBase> m_function;
-    Connection* m_next = nullptr;         ///< in the signal's list
-    SignalClient* m_client = nullptr;     ///< null for a connection that nobody ends
-    Connection* m_nextOfClient = nullptr; ///< in the client's list
-    int m_locks = 0;                      ///< emissions that stand at this item
+    Connection* m_next = nullptr; ///< in the signal's list
+    Connection* m_previous = nullptr;
+    Connection* m_nextOfClient = nullptr;  ///< in the client's list
+    Connection** m_linkOfClient = nullptr; ///< what points here in that list; null when no client ends this connection
+    int m_locks = 0;                       ///< emissions that stand at this item
     bool m_blocked = false;
     bool m_removing = false;
 };
 
-/// Base of a listener: its connections end with it. A copy of a listener has none.
+/// Base of a listener: its connections end with it. A copy of a listener has none. Whichever side ends a connection, it
+/// costs the same however many there are.
 class ZNGEOM_API SignalClient
 {
 public:

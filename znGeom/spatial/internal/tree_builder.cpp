@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "znGeom/foundation/threads/parallel_for.h"
+#include "znGeom/foundation/threads/counting_sort.h"
 
 namespace znGeom {
 
@@ -277,31 +277,20 @@ private:
         return {p[0], p[1], p[2], i};
     }
 
-    /// A stable counting sort by cell: each thread counts and then places its slice of the points.
     void sortIntoCells()
     {
-        constexpr int numCells = Rules::numSortedCells;
         const SortedCells<Axes> cells(m_box);
         const int numThreads = m_pool.getNumThreads();
-        zn::vector<int> starts(numThreads * numCells);
-        const auto cellOf = [&](int i) { return cells.cellOf(m_source + 3 * static_cast<std::ptrdiff_t>(i)); };
-
-        znUtil::parallelFor(m_pool, m_numPoints, [&](Slice slice, int thread) {
-            int* counts = starts.data() + thread * numCells;
-            for (int i = slice.begin; i < slice.end; ++i) ++counts[cellOf(i)];
-        });
-        int sum = 0;
-        for (int cell = 0; cell < numCells; ++cell) {
-            m_cellStarts[static_cast<size_t>(cell)] = sum;
-            for (int thread = 0; thread < numThreads; ++thread)
-                sum += std::exchange(starts[thread * numCells + cell], sum);
-        }
-        m_cellStarts[numCells] = sum;
-        znUtil::parallelFor(m_pool, m_numPoints, [&](Slice slice, int thread) {
-            int* places = starts.data() + thread * numCells;
+        const auto visit = [&](int thread, const auto& take) {
+            const Slice slice(m_numPoints, thread, numThreads);
             for (int i = slice.begin; i < slice.end; ++i)
-                m_points[static_cast<size_t>(places[cellOf(i)]++)] = pointAt(i);
-        });
+                take(cells.cellOf(m_source + 3 * static_cast<std::ptrdiff_t>(i)), i);
+        };
+        znUtil::CountingSort sort(m_pool, Rules::numSortedCells);
+        sort.count(visit, m_cellStarts.data());
+        m_cellStarts.back() = m_numPoints;
+        TreePoint* const points = m_points.get();
+        sort.place(visit, [this, points](int place, int i) { points[place] = pointAt(i); });
     }
 
     /// Splits a cell of the sorted levels; what lies below them becomes tasks. No deeper than those levels.
