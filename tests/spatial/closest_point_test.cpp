@@ -471,6 +471,7 @@ TEST(ClosestPoint, aLargeTriangleIsFoundInLeavesWithoutItsVertices)
     meshAdjTris(mesh, adjTris);
     MeshClosestPoint closest(mesh, octree, tris);
     Random random(7);
+    expectEngines(Indexed(mesh), makeQueries(random, mesh, 20));
     for (int i = 0; i < 500; ++i) {
         const Point p(random.real(-15, 15), random.real(-15, 15), random.real(0.9, 30));
         MeshCoord found, other;

@@ -1,8 +1,10 @@
 #include "znGeom/spatial/closest_point.h"
 
 #include <array>
+#include <bitset>
 #include <cmath>
 #include <limits>
+#include <optional>
 #include <utility>
 
 #include "znGeom/analysis/bounds.h"
@@ -118,6 +120,73 @@ BoundingBox neighbourBox(const CompactMesh& mesh, const int* around, int count)
     return result;
 }
 
+/// The vertices that still matter when the walk only goes on because triangles reach far: the corners of those that are
+/// nearer than the best so far, found by one pass over the mesh. In general there are none.
+class VerticesOfNearer
+{
+public:
+    VerticesOfNearer(const CompactMesh& mesh, const internal::NearestTriangle& nearest)
+    {
+        for (const int triangle : nearest.listNearer(mesh.getNumTriangles()))
+            for (const int vertex : mesh.getTriangles()[triangle].corners) m_bits.set(bitOf(vertex));
+    }
+    bool none() const { return m_bits.none(); }
+    /// False for a vertex that does not matter; true for some of these as well.
+    bool mayHave(int vertex) const { return m_bits.test(bitOf(vertex)); }
+
+private:
+    static constexpr size_t numBits = 1024;
+    static size_t bitOf(int vertex) { return static_cast<size_t>(vertex) % numBits; }
+
+    std::bitset<numBits> m_bits;
+};
+
+/// The walk of `meshClosestPoint`.
+class VertexWalk
+{
+public:
+    VertexWalk(const CompactMesh& mesh, const MeshAdjTris& adjTris, const BoundingBox* neighbourBoxes,
+               const Point& point, internal::NearestTriangle& nearest)
+        : m_mesh(mesh), m_adjTris(adjTris), m_neighbourBoxes(neighbourBoxes), m_point(point), m_nearest(nearest)
+    {}
+
+    void run(const Octree& octree, double reach2)
+    {
+        const auto bound2 = [&] { return std::max(reach2, m_nearest.best2()); };
+        const int patience = m_mesh.getNumTriangles() / 40;
+        int numBeyond = 0; // vertices farther than the best so far
+        OctreeClosestIt leaves(octree, m_point);
+        bool valid = leaves.valid() && !(leaves.getDistance2() >= bound2());
+        for (; valid; valid = leaves.nextWithin(bound2())) {
+            const OctreeNode& leaf = *leaves.get().node;
+            if (leaves.getDistance2() >= m_nearest.best2()) numBeyond += leaf.endPoint - leaf.firstPoint;
+            // To make boxes for all vertices within reach would be dearer than to look at all triangles once.
+            if (numBeyond > patience && !m_neighbourBoxes && !m_matter) m_matter.emplace(m_mesh, m_nearest);
+            if (m_matter && m_matter->none()) return;
+            for (int i = leaf.firstPoint; i < leaf.endPoint; ++i) test(octree.pointIndices()[i]);
+        }
+    }
+
+private:
+    void test(int vertex)
+    {
+        if (m_matter && !m_matter->mayHave(vertex)) return;
+        const int* around = m_adjTris.triIndices(vertex);
+        const int count = m_adjTris.numTris(vertex);
+        const BoundingBox box = m_neighbourBoxes ? m_neighbourBoxes[vertex] : neighbourBox(m_mesh, around, count);
+        if (!(m_nearest.best2() > box.distance2(m_point))) return;
+        m_nearest.testAll(around, count, [this](int triangle) { return m_seen.mark(triangle); });
+    }
+
+    const CompactMesh& m_mesh;
+    const MeshAdjTris& m_adjTris;
+    const BoundingBox* m_neighbourBoxes;
+    PointFlt m_point;
+    internal::NearestTriangle& m_nearest;
+    LatelySeen m_seen;
+    std::optional<VerticesOfNearer> m_matter;
+};
+
 } // namespace
 
 double meshClosestPoint(const CompactMesh& mesh, const Octree& octree, const MeshAdjTris& adjTris, const Point& point,
@@ -125,25 +194,9 @@ double meshClosestPoint(const CompactMesh& mesh, const Octree& octree, const Mes
 {
     // The larger of the two, not their sum: it finds the nearest point unless a triangle reaches far into a leaf that
     // lies beyond both.
-    const double reach = longestEdge / std::sqrt(2.0), reach2 = reach * reach;
-    const PointFlt pointFlt(point);
+    const double reach = longestEdge / std::sqrt(2.0);
     internal::NearestTriangle nearest(mesh, point, maxDistance2, octree.getRoot().box, coord);
-    const auto bound2 = [&] { return std::max(reach2, nearest.best2()); };
-    LatelySeen seen;
-
-    OctreeClosestIt leaves(octree, point);
-    bool valid = leaves.valid() && !(leaves.getDistance2() >= bound2());
-    for (; valid; valid = leaves.nextWithin(bound2())) {
-        const OctreeNode& leaf = *leaves.get().node;
-        for (int i = leaf.firstPoint; i < leaf.endPoint; ++i) {
-            const int vertex = octree.pointIndices()[i];
-            const int* around = adjTris.triIndices(vertex);
-            const int count = adjTris.numTris(vertex);
-            const BoundingBox box = neighbourBoxes ? neighbourBoxes[vertex] : neighbourBox(mesh, around, count);
-            if (!(nearest.best2() > box.distance2(pointFlt))) continue;
-            nearest.testAll(around, count, [&seen](int triangle) { return seen.mark(triangle); });
-        }
-    }
+    VertexWalk(mesh, adjTris, neighbourBoxes, point, nearest).run(octree, reach * reach);
     return std::sqrt(nearest.best2());
 }
 

@@ -1,6 +1,7 @@
 #include "znGeom/spatial/internal/nearest_triangle.h"
 
 #include <algorithm>
+#include <numeric>
 
 #include "znGeom/foundation/machine/prefetch.h"
 #include "znGeom/spatial/internal/triangle_bounds.h"
@@ -108,6 +109,24 @@ int NearestTriangle::sift(const int* triangles, int count, float* lower2, int* k
         numLeft += !isBeyond(lower2[i]);
     }
     return numLeft;
+}
+
+std::vector<int> NearestTriangle::listNearer(int numTriangles) const
+{
+    std::vector<int> nearer;
+    int triangles[capacity], kept[capacity];
+    float lower2[capacity];
+    Candidate candidate;
+    for (int first = 0; first < numTriangles; first += capacity) {
+        const int count = std::min(capacity, numTriangles - first);
+        std::iota(triangles, triangles + count, first);
+        m_bounds.boundByBoxes(triangles, count, lower2);
+        const int numKept = sift(triangles, count, lower2, kept);
+        for (int i = 0; i < numKept; ++i)
+            if (measure(triangles[kept[i]], candidate) && m_best2 > candidate.distance2)
+                nearer.push_back(triangles[kept[i]]);
+    }
+    return nearer;
 }
 
 } // namespace znGeom::internal

@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <limits>
+#include <vector>
 
 #include "znGeom/foundation/mesh/compact_mesh.h"
 #include "znGeom/foundation/mesh/mesh_coord.h"
@@ -90,14 +91,8 @@ public:
         }
     }
 
-    /// Whether a triangle may be nearer than the best so far. For `count` triangles, at most
-    /// `TriangleBounds::capacity`. \param kept  gets the places in the list of those that may \return how many
-    int keepNearer(const int* triangles, int count, int* kept) const
-    {
-        float lower2[TriangleBounds::capacity];
-        m_bounds.boundByBoxes(triangles, count, lower2);
-        return sift(triangles, count, lower2, kept);
-    }
+    /// Lists all triangles of the mesh that are nearer than the best so far. Linear in the mesh.
+    std::vector<int> listNearer(int numTriangles) const;
 
 private:
     bool isBeyond(float lower2) const { return lower2 > m_reach2; }
