@@ -12,7 +12,6 @@
 #include "znGeom/spatial/box_predicates.h"
 #include "znGeom/spatial/internal/float4.h"
 #include "znGeom/spatial/internal/partition_on_pool.h"
-#include "znGeom/spatial/internal/search_boxes.h"
 
 namespace znGeom {
 
@@ -363,8 +362,6 @@ void partition(const CompactMesh& mesh, const Octree& octree, typename Elements:
     ArrayOfSets sets = makeTable(octree.numLeaves(), alg.workers, pool);
     const int numPairs = sets.elements.size();
     typename Elements::Table table(sets);
-    if constexpr (std::is_same_v<typename Elements::Table, OctreeTris>)
-        if (SearchBoxes::canHold(numPairs)) table.setSearchData(new SearchBoxes(mesh, octree, table.getData(), pool));
     result.swap(table);
 
     const float count = static_cast<float>(elements.count);
