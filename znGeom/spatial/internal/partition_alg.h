@@ -30,14 +30,15 @@ public:
     template <typename Record>
     bool place(int element, const Record& record)
     {
-        const WideBox box = m_elements.box(element);
+        const typename Elements::Element placed = m_elements[element];
+        const WideBox box = placed.box();
         if (m_lastLeaf.node && m_lastLeaf.box.contains(box)) {
             record(LeafEntry{m_lastLeaf.node->leafIndex, element});
             return true;
         }
         m_search.forEachLeaf(box, [&](const Cell& leaf) {
             m_lastLeaf = leaf;
-            if (m_elements.touchesLeaf(element, leaf.box)) record(LeafEntry{leaf.node->leafIndex, element});
+            if (placed.touches(leaf.box)) record(LeafEntry{leaf.node->leafIndex, element});
         });
         return false;
     }
@@ -60,7 +61,7 @@ private:
     /// Whether the element forces the last leaf: it meets a single one, or lies wholly within none.
     bool endsAtKnownLeaf(int element)
     {
-        const WideBox box = m_elements.box(element);
+        const WideBox box = m_elements[element].box();
         int numMet = 0;
         bool withinOne = false;
         Cell last;

@@ -21,23 +21,30 @@ public:
           m_triangles(mesh.getTriangles())
     {}
 
-    /// The box that `meshTriBoundingBox` makes.
-    WideBox box(int triangle) const
+    /// One triangle.
+    struct Element
     {
-        WideBox result = WideBox::of(BoundingBox());
-        for (const int corner : m_triangles[triangle].corners) result.extend(m_positions[corner]);
-        return result;
-    }
+        Float4 corners[3];
 
-    /// `intersects(leaf box, p0, p1, p2)`, which needs no work where a corner lies in the leaf.
-    bool touchesLeaf(int triangle, const WideBox& leaf) const
+        /// The box that `meshTriBoundingBox` makes.
+        WideBox box() const
+        {
+            WideBox result = WideBox::of(BoundingBox());
+            for (const Float4& corner : corners) result.extend(corner);
+            return result;
+        }
+        /// `intersects(leaf box, p0, p1, p2)`, which needs no work where a corner lies in the leaf.
+        bool touches(const WideBox& leaf) const
+        {
+            if (leaf.contains(corners[0]) || leaf.contains(corners[1]) || leaf.contains(corners[2])) return true;
+            return intersects(leaf.narrow(), asFloats(corners[0]), asFloats(corners[1]), asFloats(corners[2]));
+        }
+    };
+
+    Element operator[](int triangle) const
     {
         const MeshTriangle& corners = m_triangles[triangle];
-        if (leaf.contains(m_positions[corners[0]]) || leaf.contains(m_positions[corners[1]]) ||
-            leaf.contains(m_positions[corners[2]]))
-            return true;
-        return intersects(leaf.narrow(), m_positions.at(corners[0]), m_positions.at(corners[1]),
-                          m_positions.at(corners[2]));
+        return {{m_positions[corners[0]], m_positions[corners[1]], m_positions[corners[2]]}};
     }
 
     int count;
@@ -59,17 +66,21 @@ public:
         : count(mesh.getNumLines()), m_positions(mesh.getVerticesRaw(), mesh.getNumVertices()), m_lines(mesh.getLines())
     {}
 
-    WideBox box(int line) const
+    /// One line.
+    struct Element
     {
-        const Float4 start = m_positions[m_lines[line][0]];
-        WideBox result{start, start};
-        result.extend(m_positions[m_lines[line][1]]);
-        return result;
-    }
-    bool touchesLeaf(int line, const WideBox& leaf) const
-    {
-        return intersects(leaf.narrow(), m_positions.at(m_lines[line][0]), m_positions.at(m_lines[line][1]));
-    }
+        Float4 start, end;
+
+        WideBox box() const
+        {
+            WideBox result{start, start};
+            result.extend(end);
+            return result;
+        }
+        bool touches(const WideBox& leaf) const { return intersects(leaf.narrow(), asFloats(start), asFloats(end)); }
+    };
+
+    Element operator[](int line) const { return {m_positions[m_lines[line][0]], m_positions[m_lines[line][1]]}; }
 
     int count;
 

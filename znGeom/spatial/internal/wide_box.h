@@ -25,20 +25,11 @@ struct WideBox
 
     /// As the functions of `BoundingBox` of the same names.
     bool isValid() const { return placesLessOrEqual(low, high) == 7; }
-    bool intersects(const WideBox& box) const
-    {
-        return (placesLessOrEqual(low, box.high) & placesLessOrEqual(box.low, high)) == 7;
-    }
-    bool contains(const WideBox& box) const
-    {
-        return (placesLessOrEqual(low, box.low) & placesLessOrEqual(box.high, high)) == 7;
-    }
-    bool contains(Float4 point) const { return (placesLessOrEqual(low, point) & placesLessOrEqual(point, high)) == 7; }
+    bool intersects(const WideBox& box) const { return places((low <= box.high) & (box.low <= high)) == 7; }
+    bool contains(const WideBox& box) const { return places((low <= box.low) & (box.high <= high)) == 7; }
+    bool contains(Float4 point) const { return places((low <= point) & (point <= high)) == 7; }
     /// Without touching a face, beyond which there may be another cell.
-    bool containsStrictly(const WideBox& box) const
-    {
-        return (placesLess(low, box.low) & placesLess(box.high, high)) == 7;
-    }
+    bool containsStrictly(const WideBox& box) const { return places((low < box.low) & (box.high < high)) == 7; }
     void extend(Float4 point)
     {
         low = lesser(point, low);
