@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -279,11 +280,15 @@ private:
     {
         const SortedCells<Axes> cells(m_box);
         const int numThreads = m_pool.getNumThreads();
-        const auto visit = [&](int thread, const auto& take) {
+        const auto cellOf = std::make_unique_for_overwrite<std::uint16_t[]>(static_cast<size_t>(m_numPoints));
+        const auto visit = [this, numThreads, cellOf = cellOf.get()](int thread, const auto& take) {
             const Slice slice(m_numPoints, thread, numThreads);
-            for (int i = slice.begin; i < slice.end; ++i)
-                take(cells.cellOf(m_source + 3 * static_cast<std::ptrdiff_t>(i)), i);
+            for (int i = slice.begin; i < slice.end; ++i) take(cellOf[i], i);
         };
+        znUtil::parallelFor(m_pool, m_numPoints, [&, cellOf = cellOf.get()](Slice slice, int) {
+            for (int i = slice.begin; i < slice.end; ++i)
+                cellOf[i] = static_cast<std::uint16_t>(cells.cellOf(m_source + 3 * std::ptrdiff_t{i}));
+        });
         znUtil::CountingSort sort(m_pool, Rules::numSortedCells);
         sort.count(visit, m_cellStarts.data());
         m_cellStarts.back() = m_numPoints;
