@@ -1,7 +1,7 @@
 #include "apps/zngeom/command.h"
 #include "apps/zngeom/mesh_files.h"
-#include "apps/zngeom/mesh_summary.h"
 #include "apps/zngeom/pacer.h"
+#include "znGeom/analysis/census.h"
 #include "znGeom/editing/weld.h"
 
 namespace tool {
@@ -48,7 +48,7 @@ public:
         report.add("vertices", loaded.mesh.getNumVertices());
         report.add("merged", before - loaded.mesh.getNumVertices());
         report.add("triangles", loaded.mesh.getNumTriangles());
-        report.add("degenerate_triangles", countDegenerateTriangles(loaded.mesh));
+        report.add("degenerate_triangles", znGeom::meshCountDegenerateTriangles(loaded.mesh));
         report.addNotes(loaded.notes);
         return report;
     }

@@ -97,13 +97,6 @@ private:
     zn::StampTable m_stamps;
 };
 
-/// The corner in front of the one that holds `vertex`: of the first such corner where there are several.
-int cornerBefore(const MeshTriangle& triangle, int vertex)
-{
-    const int corner = triangle[0] == vertex ? 0 : triangle[1] == vertex ? 1 : 2;
-    return triangle[(corner + 2) % 3];
-}
-
 } // namespace
 
 void meshAdjTris(const CompactMesh& mesh, MeshAdjTris& result)
@@ -163,7 +156,8 @@ void sortAdjTris(int vertex, int count, const int* tris, const MeshTriangle* tri
 {
     sorted = zn::vector<int>(tris, tris + count);
     for (int i = 0; i + 1 < count; ++i) {
-        const int target = cornerBefore(triangles[sorted[i]], vertex);
+        const MeshTriangle& triangle = triangles[sorted[i]];
+        const int target = triangle[cornerBefore(std::max(cornerOf(triangle, vertex), 0))];
         for (int j = i + 1; j < count; ++j) {
             if (!hasDirectedEdge(triangles[sorted[j]], vertex, target)) continue;
             std::swap(sorted[i + 1], sorted[j]);
@@ -176,17 +170,13 @@ bool getSharedEdgeAdjacentTriangle(const int& triangle, int edge, const MeshTria
                                    const MeshAdjTris& adjTris, int& neighbour, int& neighbourCorner)
 {
     neighbourCorner = -1;
-    const int start = triangles[triangle][edge], end = triangles[triangle][(edge + 1) % 3];
-    const int* candidates = adjTris.triIndices(start);
-    for (int i = 0; i < adjTris.numTris(start); ++i) {
-        if (candidates[i] == triangle) continue;
-        const MeshTriangle& candidate = triangles[candidates[i]];
-        for (int corner = 0; corner < 3; ++corner) {
-            if (candidate[corner] != end) continue;
-            neighbourCorner = corner;
-            neighbour = candidates[i];
-            return true;
-        }
+    const int start = triangles[triangle][edge], end = triangles[triangle][cornerAfter(edge)];
+    for (const int candidate : adjTris.around(start)) {
+        const int corner = cornerOf(triangles[candidate], end);
+        if (candidate == triangle || corner < 0) continue;
+        neighbourCorner = corner;
+        neighbour = candidate;
+        return true;
     }
     return false;
 }

@@ -6,21 +6,15 @@ namespace znGeom {
 
 namespace {
 
-bool isFollowedBy(const MeshTriangle& triangle, int from, int to)
-{
-    return (triangle[0] == from && triangle[1] == to) || (triangle[1] == from && triangle[2] == to) ||
-           (triangle[2] == from && triangle[0] == to);
-}
-
 /// Whether a triangle that `counts` has the directed edge.
 template <typename Counts>
-bool hasDirectedEdge(const MeshTriangle* triangles, const MeshAdjTris& adjTris, int from, int to, const Counts& counts)
+bool anyHasDirectedEdge(const MeshTriangle* triangles, const MeshAdjTris& adjTris, int from, int to,
+                        const Counts& counts)
 {
     // Such a triangle is in the sets of both ends. The rim of a large fan would otherwise search its hub at each step.
     const int end = adjTris.numTris(to) < adjTris.numTris(from) ? to : from;
-    const int* tris = adjTris.triIndices(end);
-    for (int i = 0; i < adjTris.numTris(end); ++i)
-        if (counts(tris[i]) && isFollowedBy(triangles[tris[i]], from, to)) return true;
+    for (const int triangle : adjTris.around(end))
+        if (counts(triangle) && hasDirectedEdge(triangles[triangle], from, to)) return true;
     return false;
 }
 
@@ -89,12 +83,11 @@ struct RegionStep
     bool operator()(int vertex, int& next) const
     {
         const auto inRegion = [this](int triangle) { return regionOf[triangle] == region; };
-        const int* tris = adjTris.triIndices(vertex);
-        for (int i = 0; i < adjTris.numTris(vertex); ++i) {
-            if (!inRegion(tris[i])) continue;
-            next = Boundary::findEdge(vertex, triangles[tris[i]]);
+        for (const int triangle : adjTris.around(vertex)) {
+            if (!inRegion(triangle)) continue;
+            next = Boundary::findEdge(vertex, triangles[triangle]);
             if (vertexRegions.getSetSize(next) <= 1 && !isBorderVertex(next, adjTris, adjVertices)) continue;
-            if (!hasDirectedEdge(triangles, adjTris, next, vertex, inRegion)) return true;
+            if (!anyHasDirectedEdge(triangles, adjTris, next, vertex, inRegion)) return true;
         }
         return false;
     }
@@ -104,23 +97,21 @@ struct RegionStep
 
 int Boundary::findEdge(int vertex, const MeshTriangle& triangle)
 {
-    for (int corner = 0; corner < 3; ++corner)
-        if (triangle[corner] == vertex) return triangle[corner == 2 ? 0 : corner + 1];
-    return -1;
+    const int corner = cornerOf(triangle, vertex);
+    return corner < 0 ? -1 : triangle[cornerAfter(corner)];
 }
 
 bool Boundary::hasEdge(const CompactMesh& mesh, const MeshAdjTris& adjTris, int from, int to)
 {
-    return hasDirectedEdge(mesh.getTriangles(), adjTris, from, to, [](int) { return true; });
+    return anyHasDirectedEdge(mesh.getTriangles(), adjTris, from, to, [](int) { return true; });
 }
 
 bool Boundary::walkBoundary(int vertex, int& next, const CompactMesh& mesh, const MeshAdjTris& adjTris,
                             const MeshAdjVertices& adjVertices)
 {
     const MeshTriangle* triangles = mesh.getTriangles();
-    const int* tris = adjTris.triIndices(vertex);
-    for (int i = 0; i < adjTris.numTris(vertex); ++i) {
-        next = findEdge(vertex, triangles[tris[i]]);
+    for (const int triangle : adjTris.around(vertex)) {
+        next = findEdge(vertex, triangles[triangle]);
         if (isBorderVertex(next, adjTris, adjVertices) && !hasEdge(mesh, adjTris, next, vertex)) return true;
     }
     return false;

@@ -5,6 +5,7 @@
 #include "znGeom/foundation/containers/disjoint_sets.h"
 #include "znGeom/foundation/output/debug_channel.h"
 #include "znGeom/foundation/output/stop_watch.h"
+#include "znGeom/topology/topo_walks.h"
 
 namespace znGeom {
 
@@ -70,17 +71,14 @@ int meshComponents(TopoMesh& mesh)
         open.append(face);
     };
     int count = 0;
-    for (TopoMeshFace first = mesh.firstFace(); first; first = first->next) {
+    for (const TopoMeshFace first : facesOf(mesh)) {
         if (seen.isSet(first.number())) continue;
         ++count;
         for (see(first); !open.empty();) {
             const TopoMeshFace face = open.back();
             open.eraseBack();
-            TopoMeshEdge e = face->edge;
-            do {
-                if (e->twin) see(e->twin->face);
-                e = e->next;
-            } while (e != face->edge);
+            for (const TopoMeshEdge side : sidesOf(face))
+                if (side->twin) see(side->twin->face);
         }
     }
     return count;

@@ -19,7 +19,7 @@ struct Edge
 
     Edge(const int* corners, int slot)
     {
-        const int a = corners[slot], b = corners[slot == 2 ? 0 : slot + 1];
+        const int a = corners[slot], b = corners[cornerAfter(slot)];
         low = std::min(a, b);
         high = std::max(a, b);
     }

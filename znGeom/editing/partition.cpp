@@ -55,11 +55,6 @@ private:
     zn::vector<zn::vector<std::uint64_t>> m_levels;
 };
 
-bool hasCorner(const MeshTriangle& triangle, int vertex)
-{
-    return triangle[0] == vertex || triangle[1] == vertex || triangle[2] == vertex;
-}
-
 /// The triangles that share edges, found through the triangles around vertices.
 class EdgeNeighbours
 {
@@ -75,7 +70,7 @@ public:
     {
         const MeshTriangle& corners = m_triangles[triangle];
         for (int slot = 0; slot < 3; ++slot) {
-            const int a = corners[slot], b = corners[(slot + 1) % 3], third = corners[(slot + 2) % 3];
+            const int a = corners[slot], b = corners[cornerAfter(slot)], third = corners[cornerBefore(slot)];
             if (a == b || a == third) continue; // a triangle that names a vertex twice has one edge, named twice
             if (m_adjTris.numTris(a) < m_adjTris.numTris(b))
                 visitAround(a, b, triangle, visit);
@@ -88,10 +83,11 @@ private:
     template <typename Visit>
     void visitAround(int vertex, int other, int triangle, const Visit& visit) const
     {
-        const int* around = m_adjTris.triIndices(vertex);
-        for (int i = 0; i < m_adjTris.numTris(vertex); ++i) {
-            const bool listedTwice = i > 0 && around[i] == around[i - 1];
-            if (around[i] != triangle && !listedTwice && hasCorner(m_triangles[around[i]], other)) visit(around[i]);
+        int previous = -1; // a triangle that names the vertex twice is listed twice in a row
+        for (const int neighbour : m_adjTris.around(vertex)) {
+            if (neighbour != triangle && neighbour != previous && hasVertex(m_triangles[neighbour], other))
+                visit(neighbour);
+            previous = neighbour;
         }
     }
 
@@ -193,13 +189,11 @@ IndexLists listVertices(const CompactMesh& mesh, const MeshAdjTris& adjTris, con
                         int numParts)
 {
     IndexLists vertices(numParts);
-    for (int v = 0; v < mesh.getNumVertices(); ++v) {
-        const int* around = adjTris.triIndices(v);
-        for (int i = 0; i < adjTris.numTris(v); ++i) {
-            zn::vector<int>& list = vertices[partOf[around[i]]];
+    for (int v = 0; v < mesh.getNumVertices(); ++v)
+        for (const int triangle : adjTris.around(v)) {
+            zn::vector<int>& list = vertices[partOf[triangle]];
             if (list.empty() || list.back() != v) list.append(v);
         }
-    }
     return vertices;
 }
 

@@ -149,11 +149,10 @@ void MeshSelect::selectTrianglesRecursive(bool oneStep)
         for (const int vertex : triangle.corners) {
             if (passed.isSet(vertex)) continue;
             passed.setBit(vertex);
-            const int* around = m_adjTris->triIndices(vertex);
-            for (int i = 0; i < m_adjTris->numTris(vertex); ++i) {
-                if (m_selectedTriangles->isSet(around[i])) continue;
-                m_selectedTriangles->setBit(around[i]);
-                if (!oneStep) stack.append(around[i]);
+            for (const int neighbour : m_adjTris->around(vertex)) {
+                if (m_selectedTriangles->isSet(neighbour)) continue;
+                m_selectedTriangles->setBit(neighbour);
+                if (!oneStep) stack.append(neighbour);
             }
         }
     }
@@ -193,10 +192,10 @@ void MeshSelect::addTrianglesAt(const MeshCoord& coord)
     // A weight of zero says so at any distance from the origin; the computed distance is lost to rounding far out.
     int side = -1;
     for (int corner = 0; corner < 3; ++corner)
-        if (coord.weights[corner] == 0) side = (corner + 1) % 3;
+        if (coord.weights[corner] == 0) side = cornerAfter(corner);
     if (side < 0 && coord.onEdge(vertices, triangles, znLinear::epsilonTol, &which)) side = which;
     for (int corner = 0; corner < 3; ++corner)
-        if (side < 0 || corner == side || corner == (side + 1) % 3) addTrianglesAround(corners[corner]);
+        if (side < 0 || corner == side || corner == cornerAfter(side)) addTrianglesAround(corners[corner]);
 }
 
 void MeshSelect::addTrianglesAround(int vertex)

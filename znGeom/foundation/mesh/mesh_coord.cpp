@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "znGeom/foundation/linear/line.h"
+#include "znGeom/foundation/mesh/mesh_records.h"
 
 namespace znGeom {
 
@@ -42,10 +43,10 @@ bool planeWeights(const Point& a, const Point& b, const Point& c, const Point& p
 /// The closest point to p on side `side` of a triangle: its squared distance, and its weights.
 double sideWeights(const Point corners[3], int side, const Point& p, double* weights)
 {
-    const int next = (side + 1) % 3;
+    const int next = cornerAfter(side);
     const ParamLine line(corners[side], corners[next]);
     const double t = std::clamp(projectParam(p, line), 0.0, 1.0);
-    weights[side] = 1.0 - t, weights[next] = t, weights[(side + 2) % 3] = 0.0;
+    weights[side] = 1.0 - t, weights[next] = t, weights[cornerBefore(side)] = 0.0;
     return distance2(p, line.eval(t));
 }
 
@@ -70,7 +71,8 @@ int longestSide(const Point corners[3])
 {
     int longest = 0;
     for (int side = 1; side < 3; ++side)
-        if (distance2(corners[side], corners[(side + 1) % 3]) > distance2(corners[longest], corners[(longest + 1) % 3]))
+        if (distance2(corners[side], corners[cornerAfter(side)]) >
+            distance2(corners[longest], corners[cornerAfter(longest)]))
             longest = side;
     return longest;
 }
