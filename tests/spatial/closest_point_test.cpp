@@ -90,7 +90,7 @@ Found byVertices(const Indexed& on, const Point& query)
         for (int i = leaf.node->firstPoint; i < leaf.node->endPoint; ++i) {
             const int v = on.octree->pointIndices()[i];
             if (!(search.best2 > on.neighbourBoxes[size_t(v)].distance2(PointFlt(query)))) continue;
-            for (int j = 0; j < on.adjTris.numTris(v); ++j) search.test(on.adjTris.triIndices(v)[j]);
+            for (const int triangle : on.adjTris.around(v)) search.test(triangle);
         }
     }
     return search.found();
