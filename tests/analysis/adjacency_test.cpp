@@ -62,7 +62,7 @@ void expectAllTables(const CompactMesh& mesh)
 
 } // namespace
 
-TEST(Adjacency, tablesEqualBruteForce)
+TEST(Adjacency, TablesEqualBruteForce)
 {
     znTest::Random random(1);
     for (int round = 0; round < 600; ++round) {
@@ -92,7 +92,7 @@ TEST(Adjacency, tablesEqualBruteForce)
     }
 }
 
-TEST(Adjacency, linesOfTheLog)
+TEST(Adjacency, LinesOfTheLog)
 {
     CompactMesh mesh;
     znTest::makeCube(mesh);
@@ -106,7 +106,7 @@ TEST(Adjacency, linesOfTheLog)
                                                 "MeshTriAdjTris: 8 vertices 12 triangles #\n"}));
 }
 
-TEST(SortAdjTris, walksTheFanFromTheFirstTriangle)
+TEST(SortAdjTris, WalksTheFanFromTheFirstTriangle)
 {
     // Around vertex 0: (0,1,2) (0,2,3) (0,3,4) (0,4,1), given in no order.
     const MeshTriangle triangles[] = {{{0, 1, 2}}, {{3, 4, 0}}, {{2, 3, 0}}, {{1, 0, 4}}};
@@ -123,7 +123,7 @@ TEST(SortAdjTris, walksTheFanFromTheFirstTriangle)
     EXPECT_EQ(sorted({}), Fan());
 }
 
-TEST(SharedEdge, findsTheFirstTriangleOfEitherWinding)
+TEST(SharedEdge, FindsTheFirstTriangleOfEitherWinding)
 {
     // 1 lies across (0,1) of 0 with the same winding sense, 2 is a third triangle there, 3 touches at vertex 2 only.
     const CompactMesh mesh = makeMesh(7, {{{0, 1, 2}}, {{3, 0, 1}}, {{1, 0, 4}}, {{2, 5, 6}}});

@@ -80,7 +80,7 @@ CompactMesh frame(const std::vector<std::array<int, 3>>& triangles)
 
 } // namespace
 
-TEST(EdgeSides, andTheCensusEqualAPlainList)
+TEST(EdgeSides, AndTheCensusEqualAPlainList)
 {
     znTest::Random random(1);
     for (int round = 0; round < 300; ++round) {
@@ -122,7 +122,7 @@ TEST(EdgeSides, andTheCensusEqualAPlainList)
     }
 }
 
-TEST(MeshCensus, leavesOutWhatIsNotFinite)
+TEST(MeshCensus, LeavesOutWhatIsNotFinite)
 {
     const float inf = INFINITY;
     const CompactMesh mesh = withPositions({{NAN, 0, 0}, {1, 2, 3}, {4, 6, 3}, {0, -inf, 0}, {9, 9, 9}, {5, 5, 5}},
@@ -201,7 +201,7 @@ double takeLoop(const MeshBorderLoops& loops, int loop, PlainBorder& border)
 
 } // namespace
 
-TEST(BorderLoops, takeEveryBoundaryEdgeOnceAndStayWithinTheirFans)
+TEST(BorderLoops, TakeEveryBoundaryEdgeOnceAndStayWithinTheirFans)
 {
     znTest::Random random(2);
     for (int round = 0; round < 300 && !testing::Test::HasFailure(); ++round) {
@@ -222,7 +222,7 @@ TEST(BorderLoops, takeEveryBoundaryEdgeOnceAndStayWithinTheirFans)
     }
 }
 
-TEST(BorderLoops, byHand)
+TEST(BorderLoops, ByHand)
 {
     CompactMesh mobius, sphere;
     znTest::makeMobiusBand(mobius, 12);
@@ -260,7 +260,7 @@ TEST(BorderLoops, byHand)
     EXPECT_TRUE(loops.isClosed(0));
 }
 
-TEST(PathLengths, addUpTheSidesAndTheClosingOne)
+TEST(PathLengths, AddUpTheSidesAndTheClosingOne)
 {
     const CompactMesh mesh = frame({});
     const MeshSequence paths(zn::vector<zn::vector<int>>{{0, 1, 2}, {}, {5}, {4, 5, 6, 7}});
@@ -271,7 +271,7 @@ TEST(PathLengths, addUpTheSidesAndTheClosingOne)
     EXPECT_EQ(lengths, (zn::vector<double>{8 + std::sqrt(32.0), 0, 0, 8}));
 }
 
-TEST(TriangleComponents, equalPlainLabellingTheLargestFirst)
+TEST(TriangleComponents, EqualPlainLabellingTheLargestFirst)
 {
     znTest::Random random(3);
     for (int round = 0; round < 300; ++round) {
@@ -306,7 +306,7 @@ TEST(TriangleComponents, equalPlainLabellingTheLargestFirst)
     }
 }
 
-TEST(MeshVolume, countsInsideOutAsNegativeAndKeepsItsDigitsFarAway)
+TEST(MeshVolume, CountsInsideOutAsNegativeAndKeepsItsDigitsFarAway)
 {
     CompactMesh cube, torus;
     znTest::makeCube(cube);
@@ -320,7 +320,7 @@ TEST(MeshVolume, countsInsideOutAsNegativeAndKeepsItsDigitsFarAway)
     EXPECT_NEAR(meshVolume(torus), 2 * std::pow(std::numbers::pi * 0.4, 2), 0.01);
 }
 
-TEST(FoldAngle, isThatOfTheSurfaceAndNotOfSlivers)
+TEST(FoldAngle, IsThatOfTheSurfaceAndNotOfSlivers)
 {
     const double pi = std::numbers::pi;
     CompactMesh cube, grid;
@@ -343,7 +343,7 @@ TEST(FoldAngle, isThatOfTheSurfaceAndNotOfSlivers)
     EXPECT_EQ(meshMaxFoldAngle(grid, sidesOf(grid)), meshMaxDihedralAngle(grid, znTest::adjTrisOf(grid)));
 }
 
-TEST(EdgeSides, andWhatIsMadeOfThemStayAsTheyWereAfterACancel)
+TEST(EdgeSides, AndWhatIsMadeOfThemStayAsTheyWereAfterACancel)
 {
     CompactMesh mesh, other;
     znTest::makeGrid(mesh, 200, 150);

@@ -36,7 +36,7 @@ public:
 
 } // namespace
 
-TEST(MeshCache, givesTheSameObjectsUntilAnyChange)
+TEST(MeshCache, GivesTheSameObjectsUntilAnyChange)
 {
     CompactMesh mesh, other;
     znTest::makeGrid(mesh, 6, 5);
@@ -61,7 +61,7 @@ TEST(MeshCache, givesTheSameObjectsUntilAnyChange)
     EXPECT_EQ(numShared(last, objectsOf(cache, mesh)), 0);
 }
 
-TEST(MeshCache, theOctreesParameterIsTheCapacityOfANewOne)
+TEST(MeshCache, TheOctreesParameterIsTheCapacityOfANewOne)
 {
     CompactMesh mesh;
     znTest::makeTorus(mesh, 30, 20);
@@ -85,7 +85,7 @@ TEST(MeshCache, theOctreesParameterIsTheCapacityOfANewOne)
     EXPECT_EQ(cache.getBoundaries(empty)->size(), 0);
 }
 
-TEST(MeshCache, aMeshThatDiesTakesItsRecordAlong)
+TEST(MeshCache, AMeshThatDiesTakesItsRecordAlong)
 {
     SimpleMeshCache cache;
     zn::Reference<MeshAdjTris> held;
@@ -100,7 +100,7 @@ TEST(MeshCache, aMeshThatDiesTakesItsRecordAlong)
     EXPECT_EQ(held->getCount(), 1);
 }
 
-TEST(MeshCache, anyNumberOfMeshesDiesInAnyOrder)
+TEST(MeshCache, AnyNumberOfMeshesDiesInAnyOrder)
 {
     // A search through the connections for each that ends would take minutes here.
     constexpr int numMeshes = 30000;
@@ -127,7 +127,7 @@ TEST(MeshCache, anyNumberOfMeshesDiesInAnyOrder)
     EXPECT_EQ(object->getCount(), 1);
 }
 
-TEST(MeshCache, askingAndInvalidatingForEverGrowsByNothing)
+TEST(MeshCache, AskingAndInvalidatingForEverGrowsByNothing)
 {
     const CompactMesh mesh;
     const zn::Reference<MeshAdjTris> object(new MeshAdjTris);

@@ -8,7 +8,7 @@
 using namespace znGeom;
 using znTest::toVector;
 
-TEST(Triangulate, makesTheFanOfEachPolygonOnce)
+TEST(Triangulate, MakesTheFanOfEachPolygonOnce)
 {
     const std::vector<int> lengths{4, 2, 3, 0, 5}, points{0, 1, 2, 3, 6, 7, 3, 2, 4, 0, 2, 4, 6, 7};
     CompactMesh mesh;

@@ -121,7 +121,7 @@ void expectWelded(const CompactMesh& before, IMeshVertexEqualityChecker* checker
 
 } // namespace
 
-TEST(Weld, equalsThePlainAlgorithm)
+TEST(Weld, EqualsThePlainAlgorithm)
 {
     znTest::Random random(1);
     NearInX nearInX;
@@ -139,7 +139,7 @@ TEST(Weld, equalsThePlainAlgorithm)
 }
 
 /// Runs of every length: all vertices at few places, in planes, on lines, and apart.
-TEST(Weld, orderOfManyVerticesIsTheSameOnAnyPool)
+TEST(Weld, OrderOfManyVerticesIsTheSameOnAnyPool)
 {
     znUtil::ThreadPool one(1), two(2), seven(7);
     znTest::Random random(2);
@@ -167,7 +167,7 @@ TEST(Weld, orderOfManyVerticesIsTheSameOnAnyPool)
     }
 }
 
-TEST(Weld, tellsOnceWhatItDidAndLeavesOtherChannelsAlone)
+TEST(Weld, TellsOnceWhatItDidAndLeavesOtherChannelsAlone)
 {
     CompactMesh mesh, cube;
     znTest::makeCube(cube);
@@ -232,7 +232,7 @@ TEST(Weld, tellsOnceWhatItDidAndLeavesOtherChannelsAlone)
     EXPECT_EQ(remap.getDomainSize(), 0);
 }
 
-TEST(Weld, notANumbersAreSameAsNothing)
+TEST(Weld, NotANumbersAreSameAsNothing)
 {
     CompactMesh mesh;
     mesh.resizeVertexArray(600);
@@ -243,7 +243,7 @@ TEST(Weld, notANumbersAreSameAsNothing)
     EXPECT_EQ(mesh.getNumVertices(), 600 - 199) << "the 200 vertices without one become one";
 }
 
-TEST(Duplicates, areAsManyAsWeldingMergesOfWhatIsFinite)
+TEST(Duplicates, AreAsManyAsWeldingMergesOfWhatIsFinite)
 {
     znTest::Random random(5);
     for (int round = 0; round < 100; ++round) {
