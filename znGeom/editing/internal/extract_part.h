@@ -16,7 +16,7 @@ struct Part
 
 /// Copies a part as `meshExtract` does.
 /// \param newVertices  one entry per vertex of the source: those of the part are set to their new numbers, and corners
-///                     become what stands here
+///                     become these numbers
 void extractPart(CompactMesh& target, const CompactMesh& source, const Part& part, int* newVertices);
 
 } // namespace znGeom::internal
