@@ -73,7 +73,7 @@ struct Walks
 
 } // namespace
 
-TEST(Boundaries, loopsByHand)
+TEST(Boundaries, LoopsByHand)
 {
     CompactMesh sphere, grid, ring;
     znTest::makeSphere(sphere, 2);
@@ -96,7 +96,7 @@ TEST(Boundaries, loopsByHand)
     EXPECT_EQ(loopsOf(MeshBoundaries(sequence)), (Loops{{4, 5}, {}, {6}}));
 }
 
-TEST(Boundaries, ofMeshesAndTheirRegionsEqualThePlainWalk)
+TEST(Boundaries, OfMeshesAndTheirRegionsEqualThePlainWalk)
 {
     znTest::Random random(1);
     CompactMesh pair;

@@ -50,7 +50,7 @@ std::set<int> trianglesOf(const std::vector<int>& sides)
     return triangles;
 }
 
-/// Labels that spread over what `spread` calls together until nothing changes.
+/// Labels that spread over everything that `spread` connects until nothing changes.
 template <typename Spread>
 std::vector<int> spreadLabels(int count, const Spread& spread)
 {
@@ -80,7 +80,7 @@ CompactMesh frame(const std::vector<std::array<int, 3>>& triangles)
 
 } // namespace
 
-TEST(EdgeSides, andTheCensusEqualAPlainList)
+TEST(EdgeSides, AndTheCensusEqualAPlainList)
 {
     znTest::Random random(1);
     for (int round = 0; round < 300; ++round) {
@@ -122,7 +122,7 @@ TEST(EdgeSides, andTheCensusEqualAPlainList)
     }
 }
 
-TEST(MeshCensus, leavesOutWhatIsNotFinite)
+TEST(MeshCensus, LeavesOutWhatIsNotFinite)
 {
     const float inf = INFINITY;
     const CompactMesh mesh = withPositions({{NAN, 0, 0}, {1, 2, 3}, {4, 6, 3}, {0, -inf, 0}, {9, 9, 9}, {5, 5, 5}},
@@ -140,7 +140,7 @@ TEST(MeshCensus, leavesOutWhatIsNotFinite)
     EXPECT_FALSE(meshCountEdges(point, sidesOf(point)).isClosed());
 }
 
-TEST(BorderLoops, takeEveryBoundaryEdgeOnceAndStayWithinTheirFans)
+TEST(BorderLoops, TakeEveryBoundaryEdgeOnceAndStayWithinTheirFans)
 {
     znTest::Random random(2);
     for (int round = 0; round < 300; ++round) {
@@ -201,7 +201,7 @@ TEST(BorderLoops, takeEveryBoundaryEdgeOnceAndStayWithinTheirFans)
     }
 }
 
-TEST(BorderLoops, byHand)
+TEST(BorderLoops, ByHand)
 {
     CompactMesh mobius, sphere;
     znTest::makeMobiusBand(mobius, 12);
@@ -239,7 +239,7 @@ TEST(BorderLoops, byHand)
     EXPECT_TRUE(loops.isClosed(0));
 }
 
-TEST(PathLengths, addUpTheSidesAndTheClosingOne)
+TEST(PathLengths, AddUpTheSidesAndTheClosingOne)
 {
     const CompactMesh mesh = frame({});
     const MeshSequence paths(zn::vector<zn::vector<int>>{{0, 1, 2}, {}, {5}, {4, 5, 6, 7}});
@@ -250,7 +250,7 @@ TEST(PathLengths, addUpTheSidesAndTheClosingOne)
     EXPECT_EQ(lengths, (zn::vector<double>{8 + std::sqrt(32.0), 0, 0, 8}));
 }
 
-TEST(TriangleComponents, equalPlainLabellingTheLargestFirst)
+TEST(TriangleComponents, EqualPlainLabellingTheLargestFirst)
 {
     znTest::Random random(3);
     for (int round = 0; round < 300; ++round) {
@@ -285,7 +285,7 @@ TEST(TriangleComponents, equalPlainLabellingTheLargestFirst)
     }
 }
 
-TEST(MeshVolume, countsInsideOutAsNegativeAndKeepsItsDigitsFarAway)
+TEST(MeshVolume, CountsInsideOutAsNegativeAndKeepsItsDigitsFarAway)
 {
     CompactMesh cube, torus;
     znTest::makeCube(cube);
@@ -299,7 +299,7 @@ TEST(MeshVolume, countsInsideOutAsNegativeAndKeepsItsDigitsFarAway)
     EXPECT_NEAR(meshVolume(torus), 2 * std::pow(std::numbers::pi * 0.4, 2), 0.01);
 }
 
-TEST(FoldAngle, isThatOfTheSurfaceAndNotOfSlivers)
+TEST(FoldAngle, IsThatOfTheSurfaceAndNotOfSlivers)
 {
     const double pi = std::numbers::pi;
     CompactMesh cube, grid;
@@ -312,7 +312,7 @@ TEST(FoldAngle, isThatOfTheSurfaceAndNotOfSlivers)
         {grid, 0},
         {withPositions(square, {{{0, 1, 2}}, {{0, 2, 3}}, {{1, 0, 4}}}), 0},
         {withPositions(square, {{{0, 1, 2}}, {{1, 0, 2}}}), pi},
-        // The normals of triangles that are wound against each other tell nothing.
+        // The normals of triangles that are wound against each other say nothing.
         {withPositions(square, {{{0, 1, 2}}, {{0, 3, 2}}}), 0},
     };
     for (const auto& [mesh, expected] : cases) EXPECT_NEAR(meshMaxFoldAngle(mesh, sidesOf(mesh)), expected, 1e-12);
@@ -322,7 +322,7 @@ TEST(FoldAngle, isThatOfTheSurfaceAndNotOfSlivers)
     EXPECT_EQ(meshMaxFoldAngle(grid, sidesOf(grid)), meshMaxDihedralAngle(grid, znTest::adjTrisOf(grid)));
 }
 
-TEST(EdgeSides, andWhatIsMadeOfThemStayAsTheyWereAfterACancel)
+TEST(EdgeSides, AndWhatIsMadeOfThemStayAsTheyWereAfterACancel)
 {
     CompactMesh mesh, other;
     znTest::makeGrid(mesh, 200, 150);

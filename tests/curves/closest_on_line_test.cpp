@@ -36,7 +36,7 @@ double distanceToLines(const CompactMesh& mesh, const Lines& lines, const Point&
 } // namespace
 
 /// One closed line the long way round a torus and one open line across.
-TEST(ClosestOnLine, nearALineItIsTheNearestPointOfAllEdgesAndOnTheSurfaceAVertex)
+TEST(ClosestOnLine, NearALineItIsTheNearestPointOfAllEdgesAndOnTheSurfaceAVertex)
 {
     CompactMesh mesh;
     znTest::makeTorus(mesh, around, across);
@@ -73,7 +73,7 @@ TEST(ClosestOnLine, nearALineItIsTheNearestPointOfAllEdgesAndOnTheSurfaceAVertex
     }
 }
 
-TEST(ClosestOnLine, theLastCornerOnALineAndWithoutAnEdgeInReachTheNumberOfTheCopy)
+TEST(ClosestOnLine, TheLastCornerOnALineAndWithoutAnEdgeInReachTheNumberOfTheCopy)
 {
     CompactMesh mesh;
     znTest::makeGrid(mesh, 6, 6);

@@ -168,7 +168,7 @@ std::vector<Entry> walkPlainly(const Octree& octree, const PointFlt& query)
 
 } // namespace
 
-TEST(OctreeClosest, walksAsStatedAlsoAmongEqualDistances)
+TEST(OctreeClosest, WalksAsStatedAlsoAmongEqualDistances)
 {
     CompactMesh meshes[2];
     znTest::makeGrid(meshes[0], 17, 17);
@@ -192,7 +192,7 @@ TEST(OctreeClosest, walksAsStatedAlsoAmongEqualDistances)
         }
 }
 
-TEST(ClosestPoint, enginesEqualTheirPlainForms)
+TEST(ClosestPoint, EnginesEqualTheirPlainForms)
 {
     Random random(2);
     CompactMesh meshes[5]; // torus, scan, grid, a grid with all triangles twice, a torus of which much is no number
@@ -228,7 +228,7 @@ TEST(ClosestPoint, enginesEqualTheirPlainForms)
     }
 }
 
-TEST(ClosestPoint, limitsAndNothingToFind)
+TEST(ClosestPoint, LimitsAndNothingToFind)
 {
     CompactMesh sphere;
     znTest::makeSphere(sphere, 3);
@@ -250,7 +250,7 @@ TEST(ClosestPoint, limitsAndNothingToFind)
     }
 }
 
-TEST(ClosestPoint, nearestVertex)
+TEST(ClosestPoint, NearestVertex)
 {
     Random random(8);
     CompactMesh scan;
@@ -269,7 +269,7 @@ TEST(ClosestPoint, nearestVertex)
     EXPECT_TRUE(std::regex_match(log.lines().back(), std::regex("   meshClosestVertex: \\d+\\.\\d{6} s\n")));
 }
 
-TEST(ClosestPoint, fromARayLevelWithAPoint)
+TEST(ClosestPoint, FromARayLevelWithAPoint)
 {
     CompactMesh sphere;
     znTest::makeSphere(sphere, 4);
@@ -283,7 +283,7 @@ TEST(ClosestPoint, fromARayLevelWithAPoint)
 
 /// The search by boxes finds the same triangle and the same bits as the walk leaf by leaf, which is what a table
 /// without boxes gets; also where several triangles are exactly as near.
-TEST(ClosestPoint, theSearchByBoxesEqualsTheWalk)
+TEST(ClosestPoint, TheSearchByBoxesEqualsTheWalk)
 {
     znTest::Random random(11);
     CompactMesh meshes[5];
@@ -317,7 +317,7 @@ TEST(ClosestPoint, theSearchByBoxesEqualsTheWalk)
 }
 
 /// One triangle over a cloud of tiny ones spans leaves that have none of its vertices: its middle is found by them all.
-TEST(ClosestPoint, aLargeTriangleIsFoundInLeavesWithoutItsVertices)
+TEST(ClosestPoint, ALargeTriangleIsFoundInLeavesWithoutItsVertices)
 {
     CompactMesh mesh;
     znTest::makeSphere(mesh, 4, 0.5);

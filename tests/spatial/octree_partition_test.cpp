@@ -62,7 +62,7 @@ void expectPartition(const CompactMesh& mesh, int leafCapacity)
 
 } // namespace
 
-TEST(OctreePartition, equalsThePlainAlgorithmOnAnyPool)
+TEST(OctreePartition, EqualsThePlainAlgorithmOnAnyPool)
 {
     CompactMesh torus, scan, grid;
     znTest::makeTorus(torus, 60, 40);
@@ -82,7 +82,7 @@ TEST(OctreePartition, equalsThePlainAlgorithmOnAnyPool)
     }
 }
 
-TEST(OctreePartition, messagesAndEmptyInputs)
+TEST(OctreePartition, MessagesAndEmptyInputs)
 {
     CompactMesh mesh;
     mesh.resizeVertexArray(1);

@@ -86,7 +86,7 @@ BoundingBox makeBox(Random& random, const BoundingBox& around)
 } // namespace
 
 /// Along the direction of a view or a ray: near ones come first.
-TEST(OctreeTraversal, filteredIteratorsDeliverWhatPassesInOrder)
+TEST(OctreeTraversal, FilteredIteratorsDeliverWhatPassesInOrder)
 {
     const CompactMesh mesh = makeCloud();
     for (const int capacity : {1, 12, 1000000}) {
@@ -118,7 +118,7 @@ TEST(OctreeTraversal, filteredIteratorsDeliverWhatPassesInOrder)
     EXPECT_EQ(walk(leaves).size(), 1u);
 }
 
-TEST(OctreeTraversal, allLeavesTheHighestChildFirst)
+TEST(OctreeTraversal, AllLeavesTheHighestChildFirst)
 {
     const CompactMesh mesh = makeCloud();
     for (const int capacity : {1, 9, 1000000}) {
@@ -138,7 +138,7 @@ TEST(OctreeTraversal, allLeavesTheHighestChildFirst)
     }
 }
 
-TEST(QuadtreeTraversal, deliversWhatPassesInChildOrder)
+TEST(QuadtreeTraversal, DeliversWhatPassesInChildOrder)
 {
     const CompactMesh mesh = makeCloud();
     QuadtreeIntersectIt it;
