@@ -29,8 +29,8 @@ inline znLinear::Normal meshTriNormal(const float* vertices, const int* triangle
 
 /// Gives each vertex the direction of the sum of its triangles' unit normals.
 ///
-/// Every triangle counts the same, whatever its area and its angle at the vertex, and a degenerate one counts as (0, 0,
-/// 1). A vertex without triangles gets (0, 0, 1), and so does one whose normals cancel out. Existing normals are
+/// Every triangle counts the same, whatever its area and its angle at the vertex, and a degenerate one counts as
+/// (0, 0, 1). A vertex without triangles gets (0, 0, 1), and so does one whose normals cancel out. Existing normals are
 /// replaced and count as computed from now on; the change is reported as `AttributesChanged` with `normalsModified`. A
 /// mesh without vertices stays as it is, and nothing is reported.
 ///
