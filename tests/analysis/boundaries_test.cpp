@@ -48,7 +48,7 @@ struct Walks
         for (int i = 0; i < 3 * mesh.getNumTriangles(); ++i)
             if (counts(i / 3)) directed.insert({triangles[i / 3][i % 3], triangles[i / 3][(i + 1) % 3]});
         const auto step = [&](int v, int& next) {
-            for (const int t : znTest::toVector(adjTris.triIndices(v), adjTris.numTris(v))) {
+            for (const int t : adjTris.around(v)) {
                 if (!counts(t)) continue;
                 next = Boundary::findEdge(v, triangles[t]);
                 const bool border = onSeam(next) || adjVertices.numNeighbours(next) != adjTris.numTris(next);

@@ -140,64 +140,85 @@ TEST(MeshCensus, LeavesOutWhatIsNotFinite)
     EXPECT_FALSE(meshCountEdges(point, sidesOf(point)).isClosed());
 }
 
-TEST(BorderLoops, TakeEveryBoundaryEdgeOnceAndStayWithinTheirFans)
+namespace {
+
+/// Which corners of triangles are at one place of the surface, and the borders there, written down plainly.
+struct PlainBorder
 {
-    znTest::Random random(2);
-    for (int round = 0; round < 300; ++round) {
-        SCOPED_TRACE(round);
-        const CompactMesh mesh = round == 0 ? CompactMesh() : znTest::makeAnyMesh(random, round);
-        const int* corners = mesh.getTrianglesRaw();
-        const auto edges = plainEdges(mesh);
-        const std::vector<int> fans = spreadLabels(3 * mesh.getNumTriangles(), [&](const auto& join) {
+    std::map<Edge, std::vector<int>> edges;
+    std::vector<int> fans;        ///< for each corner the lowest one of its fan
+    std::map<Edge, int> left;     ///< 1 for each boundary edge
+    std::map<int, int> endsInFan; ///< of these edges
+
+    explicit PlainBorder(const CompactMesh& mesh) : edges(plainEdges(mesh)), m_corners(mesh.getTrianglesRaw())
+    {
+        fans = spreadLabels(3 * mesh.getNumTriangles(), [&](const auto& join) {
             for (int i = 0; i < 3 * mesh.getNumTriangles(); ++i)
-                for (int j = 3 * (i / 3); j < 3 * (i / 3) + 3; ++j)
-                    if (corners[i] == corners[j]) join(i, j);
+                for (int j = i - i % 3; j < i; ++j)
+                    if (m_corners[i] == m_corners[j]) join(i, j);
             for (const auto& edge : edges)
                 for (const int a : edge.second)
                     for (const int b : edge.second)
                         for (const int endOfA : {a, cornerAtSideEnd(a)})
                             for (const int endOfB : {b, cornerAtSideEnd(b)})
-                                if (corners[endOfA] == corners[endOfB]) join(endOfA, endOfB);
+                                if (m_corners[endOfA] == m_corners[endOfB]) join(endOfA, endOfB);
         });
-        const auto fanAt = [&](const Edge& edge, int vertex) {
-            const int side = edges.at(edge).front();
-            return fans[corners[side] == vertex ? side : cornerAtSideEnd(side)];
-        };
-        std::map<Edge, int> left;
-        std::map<int, int> endsOf;
         for (const auto& [ends, around] : edges)
             if (trianglesOf(around).size() == 1) {
                 left[ends] = 1;
-                ++endsOf[fanAt(ends, ends.first)], ++endsOf[fanAt(ends, ends.second)];
+                ++endsInFan[fanAt(ends, ends.first)], ++endsInFan[fanAt(ends, ends.second)];
             }
-        const auto odd = std::count_if(endsOf.begin(), endsOf.end(), [](const auto& fan) { return fan.second % 2; });
+    }
 
+    int fanAt(const Edge& edge, int vertex) const
+    {
+        const int side = edges.at(edge).front();
+        return fans[m_corners[side] == vertex ? side : cornerAtSideEnd(side)];
+    }
+
+private:
+    const int* m_corners;
+};
+
+/// Takes the edges of a loop from those that are left; returns its length, vertices lying on a line.
+double takeLoop(const MeshBorderLoops& loops, int loop, PlainBorder& border)
+{
+    const std::span<const int> vertices = loops.vertices(loop);
+    const int numEdges = loops.numEdges(loop), numVertices = int(vertices.size());
+    const auto edgeAt = [&](int i) { return Edge(std::minmax({vertices[i], vertices[(i + 1) % numVertices]})); };
+    EXPECT_EQ(numEdges, numVertices - !loops.isClosed(loop));
+    double length = 0;
+    for (int i = 0; i < numEdges; ++i) {
+        const Edge edge = edgeAt(i);
+        EXPECT_EQ(border.left[edge]--, 1);
+        length += edge.second - edge.first;
+        if (i + 1 == numEdges && !loops.isClosed(loop)) break;
+        const int end = vertices[(i + 1) % numVertices];
+        EXPECT_EQ(border.fanAt(edge, end), border.fanAt(edgeAt((i + 1) % numEdges), end));
+    }
+    return length;
+}
+
+} // namespace
+
+TEST(BorderLoops, TakeEveryBoundaryEdgeOnceAndStayWithinTheirFans)
+{
+    znTest::Random random(2);
+    for (int round = 0; round < 300 && !testing::Test::HasFailure(); ++round) {
+        SCOPED_TRACE(round);
+        const CompactMesh mesh = round == 0 ? CompactMesh() : znTest::makeAnyMesh(random, round);
+        PlainBorder border(mesh);
         MeshBorderLoops loops;
         meshBorderLoops(mesh, sidesOf(mesh), loops);
-        int open = 0;
+        int open = 0, odd = 0;
         for (int loop = 0; loop < loops.size(); ++loop) {
-            const std::span<const int> vertices = loops.vertices(loop);
-            const int numEdges = loops.numEdges(loop), numVertices = int(vertices.size());
             open += !loops.isClosed(loop);
-            ASSERT_EQ(numEdges, numVertices - !loops.isClosed(loop));
-            int previousFan = -1;
-            double length = 0;
-            for (int i = 0; i <= numEdges; ++i) {
-                if (i == numEdges && !loops.isClosed(loop)) break;
-                const int from = vertices[i % numVertices], to = vertices[(i + 1) % numVertices];
-                const Edge edge = std::minmax(from, to);
-                ASSERT_TRUE(edges.count(edge));
-                ASSERT_TRUE(previousFan < 0 || fanAt(edge, from) == previousFan);
-                previousFan = fanAt(edge, to);
-                if (i == numEdges) break;
-                ASSERT_EQ(left[edge]--, 1);
-                length += to > from ? to - from : from - to;
-            }
-            ASSERT_EQ(loops.length(loop), length);
+            ASSERT_EQ(loops.length(loop), takeLoop(loops, loop, border));
             ASSERT_TRUE(loop == 0 || loops.length(loop) <= loops.length(loop - 1));
         }
-        for (const auto& edge : left) ASSERT_EQ(edge.second, 0);
-        ASSERT_EQ(2 * open, odd);
+        for (const auto& edge : border.left) ASSERT_EQ(edge.second, 0);
+        for (const auto& fan : border.endsInFan) odd += fan.second % 2;
+        ASSERT_EQ(2 * open, odd) << "no more pieces than there must be";
     }
 }
 

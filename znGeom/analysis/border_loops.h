@@ -2,6 +2,7 @@
 #pragma once
 
 #include <span>
+#include <utility>
 
 #include "znGeom/analysis/edge_sides.h"
 #include "znGeom/analysis/mesh_sequence.h"

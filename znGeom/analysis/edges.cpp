@@ -51,12 +51,7 @@ double longestSide(const CompactMesh& mesh, const Length2& length2)
 /// A triangle turned so that one of its corners comes first.
 MeshTriangle rotated(const MeshTriangle& triangle, int corner)
 {
-    return {{triangle[corner], triangle[(corner + 1) % 3], triangle[(corner + 2) % 3]}};
-}
-
-int firstCornerAt(const MeshTriangle& triangle, int vertex)
-{
-    return triangle[0] == vertex ? 0 : triangle[1] == vertex ? 1 : 2;
+    return {{triangle[corner], triangle[cornerAfter(corner)], triangle[cornerBefore(corner)]}};
 }
 
 /// Whether two triangles that begin with the same vertex have another one in common.
@@ -88,13 +83,11 @@ public:
 private:
     void lookAround(int index, const MeshTriangle& triangle)
     {
-        const int* around = m_adjTris.triIndices(triangle[0]);
-        const int count = m_adjTris.numTris(triangle[0]);
         Normal normal; // computed when it is needed
-        for (int i = 0; i < count; ++i) {
-            if (around[i] <= index) continue;
-            const MeshTriangle& found = m_triangles[around[i]];
-            const MeshTriangle other = rotated(found, firstCornerAt(found, triangle[0]));
+        for (const int neighbour : m_adjTris.around(triangle[0])) {
+            if (neighbour <= index) continue;
+            const MeshTriangle& found = m_triangles[neighbour];
+            const MeshTriangle other = rotated(found, cornerOf(found, triangle[0]));
             if (!shareSide(triangle, other)) continue;
             if (!normal.isValid()) normal = meshTriNormal(m_vertices, triangle.corners);
             compare(normal, meshTriNormal(m_vertices, other.corners));
@@ -135,7 +128,7 @@ public:
         for (int i = slice.begin; i < slice.end; ++i) {
             const Normal normal = meshTriNormal(m_vertices, m_triangles[i].corners);
             for (int corner = 0; corner < 3; ++corner)
-                findOnSide(i, normal, {m_triangles[i][corner], m_triangles[i][(corner + 1) % 3]}, found);
+                findOnSide(i, normal, {m_triangles[i][corner], m_triangles[i][cornerAfter(corner)]}, found);
         }
         return found;
     }
@@ -143,12 +136,10 @@ public:
 private:
     void findOnSide(int index, const Normal& normal, const MeshDihedralAnglesResult::Edge& side, Edges& found) const
     {
-        const int* around = m_adjTris.triIndices(side.first);
-        const int count = m_adjTris.numTris(side.first);
-        for (int i = 0; i < count; ++i) {
-            if (around[i] <= index) continue;
-            const MeshTriangle& triangle = m_triangles[around[i]];
-            const MeshTriangle other = rotated(triangle, firstCornerAt(triangle, side.first));
+        for (const int neighbour : m_adjTris.around(side.first)) {
+            if (neighbour <= index) continue;
+            const MeshTriangle& triangle = m_triangles[neighbour];
+            const MeshTriangle other = rotated(triangle, cornerOf(triangle, side.first));
             if (other[2] != side.second) continue;
             if (isSharp(normal, meshTriNormal(m_vertices, other.corners))) found.append(side);
         }
@@ -184,7 +175,7 @@ double meshLongestEdge2D(const CompactMesh& mesh, const float* uvs)
 {
     const MeshUV* coordinates = reinterpret_cast<const MeshUV*>(uvs);
     return longestSide(mesh, [coordinates](const MeshTriangle& triangle, int side) {
-        const MeshUV &from = coordinates[triangle[side]], &to = coordinates[triangle[(side + 1) % 3]];
+        const MeshUV &from = coordinates[triangle[side]], &to = coordinates[triangle[cornerAfter(side)]];
         return Vector2Flt(to.u - from.u, to.v - from.v).length2();
     });
 }
@@ -200,13 +191,9 @@ void MeshDihedralAnglesResult::getAdjacentTriangles(const CompactMesh& mesh, con
 {
     const MeshTriangle* all = mesh.getTriangles();
     BitVector marked(mesh.getNumTriangles());
-    for (const auto& [from, to] : edges) {
-        const int* around = adjTris.triIndices(from);
-        for (int i = 0; i < adjTris.numTris(from); ++i) {
-            const auto& corners = all[around[i]].corners;
-            if (std::count(corners, corners + 3, to) != 0) marked.setBit(around[i]);
-        }
-    }
+    for (const auto& [from, to] : edges)
+        for (const int triangle : adjTris.around(from))
+            if (hasVertex(all[triangle], to)) marked.setBit(triangle);
     triangles.clear();
     triangles.reserve(marked.getNumSetBits());
     forEachSetBit(marked, [&triangles](int triangle) { triangles.append(triangle); });

@@ -33,7 +33,8 @@ public:
     ///
     /// The line is searched in a box about the point and the surface point nearest to it, widened by half their
     /// distance: one that is farther than about twice the surface is not seen. A point on the surface, within
-    /// `epsilonTolFlt`, gives a line vertex of the triangle that it stands on: the last one in corner order. Where no
+    /// `epsilonTolFlt`, gives a line vertex of the triangle that it stands on: the one on which it stands itself,
+    /// otherwise the last one in corner order. Where no
     /// part of the line is found the result is the nearest place of the kept triangles, and its number counts among
     /// those and not in the mesh. Without such triangles it is invalid.
     MeshCoord operator()(const znLinear::Point& point) const;

@@ -21,3 +21,4 @@
 #include "znGeom/foundation/mesh/mesh_records.h"
 #include "znGeom/foundation/mesh/point_mesh.h"
 #include "znGeom/foundation/mesh/remap.h"
+#include "znGeom/foundation/mesh/triangle_box.h"

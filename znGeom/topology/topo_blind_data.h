@@ -4,6 +4,8 @@
 #include <bit>
 #include <cstdint>
 
+#include "znGeom/foundation/machine/language.h"
+
 namespace znGeom {
 
 /// One value beside an element, a number or a flag, and a word that says which.

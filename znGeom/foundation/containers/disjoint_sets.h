@@ -6,6 +6,8 @@
 #include <memory>
 #include <numeric>
 
+#include "znGeom/foundation/machine/language.h"
+
 namespace zn {
 
 /// A partition of the numbers 0 to size - 1, at first each on its own. A set is known by its lowest member. Indices are

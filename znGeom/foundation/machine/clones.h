@@ -3,6 +3,8 @@
 
 #include <cstddef> // says whether this is glibc
 
+#include "znGeom/foundation/machine/language.h"
+
 /// Goes before the definition of a hot function with plain loops: it is compiled for processors with wider registers as
 /// well, and the system picks the version that fits when the program starts. All versions compute the same bits. Has no
 /// effect where the compiler or the system lacks the feature, or under sanitizers, whose run-time library is not ready

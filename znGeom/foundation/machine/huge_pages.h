@@ -7,11 +7,12 @@
 
 namespace znUtil {
 
-/// The size and alignment from which the hint has an effect.
+/// The size of a large page.
 inline constexpr size_t hugePageBytes = size_t(2) << 20;
 
 /// Asks the system to back a block with large pages: touching it for the first time then costs a fraction of what it
-/// costs page by page. To be called before that. Has no effect where the system lacks the feature.
+/// costs page by page. Applies to the large pages that lie wholly within the block; to be called before the first
+/// touch. Has no effect where the system lacks the feature.
 ZNGEOM_API void adviseHugePages(void* block, size_t bytes);
 
 } // namespace znUtil

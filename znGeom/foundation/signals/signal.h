@@ -5,7 +5,9 @@
 /// clients belong to one thread at a time.
 #pragma once
 
+#include <concepts>
 #include <memory>
+#include <utility>
 
 #include "znGeom/foundation/machine/export.h"
 
@@ -86,6 +88,18 @@ public:
 
 private:
     Function m_function;
+};
+
+/// Calls a lambda, or whatever else takes the arguments; holds it by value.
+template <typename Base, typename Call, typename... Arguments>
+class FunctionCall : public Base
+{
+public:
+    explicit FunctionCall(Call call) : m_call(std::move(call)) {}
+    void operator()(Arguments... arguments) override { m_call(static_cast<Arguments>(arguments)...); }
+
+private:
+    Call m_call;
 };
 
 /// One function on one signal, owned by the signal. A pointer to it is good until `disconnect`, or until the signal or
@@ -214,6 +228,19 @@ public:
         return SignalBase::addCallback(function, client);
     }
 
+    /// Calls a lambda, which is copied. What it refers to must live as long as the connection.
+    template <std::invocable<A> Call>
+    Connection* addCallback(Call call)
+    {
+        return SignalBase::addCallback(new FunctionCall<FunctionArg<A>, Call, A>(std::move(call)));
+    }
+    /// The same; the connection ends with the client.
+    template <std::invocable<A> Call>
+    Connection* addCallback(Call call, SignalClient& client)
+    {
+        return SignalBase::addCallback(new FunctionCall<FunctionArg<A>, Call, A>(std::move(call)), client);
+    }
+
     void emit(A argument)
     {
         emitEach([&argument](FunctionBase& f) { static_cast<FunctionArg<A>&>(f)(static_cast<A>(argument)); });
@@ -229,6 +256,18 @@ public:
     Connection* addCallback(Function2Args<A, B>* function, SignalClient& client)
     {
         return SignalBase::addCallback(function, client);
+    }
+
+    /// Calls a lambda, as above.
+    template <std::invocable<A, B> Call>
+    Connection* addCallback(Call call)
+    {
+        return SignalBase::addCallback(new FunctionCall<Function2Args<A, B>, Call, A, B>(std::move(call)));
+    }
+    template <std::invocable<A, B> Call>
+    Connection* addCallback(Call call, SignalClient& client)
+    {
+        return SignalBase::addCallback(new FunctionCall<Function2Args<A, B>, Call, A, B>(std::move(call)), client);
     }
 
     void emit(A first, B second)
