@@ -52,7 +52,7 @@ void makeKnot(znGeom::CompactMesh& mesh)
     mesh.copyTriangles(int(triangles.size() / 3), triangles.data());
 }
 
-/// Of the triangles around one place of the tube the one nearest to the viewer.
+/// Of the triangles around one place on the tube, the one nearest to the viewer.
 int frontAt(const znGeom::CompactMesh& mesh, double place)
 {
     const int first = 2 * across * int(place * around);
@@ -137,7 +137,7 @@ void drawTriangles(const znGeom::CompactMesh& mesh, const std::vector<int>& step
         const Point a = mesh.getVertices()[t[0]].asPoint(), b = mesh.getVertices()[t[1]].asPoint(),
                     c = mesh.getVertices()[t[2]].asPoint();
         const znLinear::Normal normal = cross(b - a, c - a);
-        if (normal.dz < 0 && steps[size_t(i)] > 11) continue; // the inside is seen through the holes alone
+        if (normal.dz < 0 && steps[size_t(i)] > 11) continue; // the inside is seen only through the holes
         const double light = normal.dz > 0 ? std::max(dot(normal, lamp), 0.0) : std::min(dot(normal, lamp), -0.01);
         const std::string colour = colourOf(steps[size_t(i)] / most, light);
         shapes.push_back({(a.z + b.z + c.z) / 3, "<path fill='" + colour + "' stroke='" + colour + "' d='M" + place(a) +

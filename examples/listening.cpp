@@ -8,7 +8,7 @@ using znGeom::MeshModification;
 
 namespace {
 
-/// Something that shows a mesh. Its connection ends with it, whichever of the two goes first.
+/// Something that shows a mesh. Its connection ends with it, whichever of the two dies first.
 class View : public znRTB::SignalClient
 {
 public:
@@ -49,10 +49,10 @@ int main()
     {
         View view(mesh);
         znUtil::Progress progress;
-        znGeom::meshCompact(mesh, progress); // the library tells of what it does
+        znGeom::meshCompact(mesh, progress); // the library reports what it does
         znGeom::meshComputeNormals(mesh);
 
-        mesh.getVertices()[0].z = 1; // who edits by hand tells afterwards
+        mesh.getVertices()[0].z = 1; // code that edits by hand reports it afterwards
         MeshModification moved(&mesh, MeshModification::GeometryChanged);
         mesh.modified(moved);
         numDrawings = view.numDrawings;

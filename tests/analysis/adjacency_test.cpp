@@ -84,7 +84,7 @@ TEST(Adjacency, TablesEqualBruteForce)
         }
         expectAllTables(makeMesh(201, triangles));
     }
-    // Many triangles on one edge ask for more room than one neighbour an edge.
+    // Many triangles on one edge ask for more room than one neighbour per edge.
     std::vector<std::array<int, 3>> sheets;
     while (sheets.size() < 200) {
         sheets.push_back({0, 1, 2 + int(sheets.size())});
@@ -108,7 +108,7 @@ TEST(Adjacency, LinesOfTheLog)
 
 TEST(SortAdjTris, WalksTheFanFromTheFirstTriangle)
 {
-    // Around vertex 0: (0,1,2) (0,2,3) (0,3,4) (0,4,1), given in no order.
+    // Around vertex 0: (0,1,2) (0,2,3) (0,3,4) (0,4,1), given in no particular order.
     const MeshTriangle triangles[] = {{{0, 1, 2}}, {{3, 4, 0}}, {{2, 3, 0}}, {{1, 0, 4}}};
     const auto sorted = [&triangles](const std::vector<int>& around) {
         zn::vector<int> result(9);

@@ -50,7 +50,7 @@ std::set<int> trianglesOf(const std::vector<int>& sides)
     return triangles;
 }
 
-/// Labels that spread over what `spread` calls together until nothing changes.
+/// Labels that spread over everything that `spread` connects until nothing changes.
 template <typename Spread>
 std::vector<int> spreadLabels(int count, const Spread& spread)
 {
@@ -146,7 +146,7 @@ namespace {
 struct PlainBorder
 {
     std::map<Edge, std::vector<int>> edges;
-    std::vector<int> fans;        ///< per corner the lowest one of its fan
+    std::vector<int> fans;        ///< for each corner the lowest one of its fan
     std::map<Edge, int> left;     ///< 1 for each boundary edge
     std::map<int, int> endsInFan; ///< of these edges
 
@@ -333,7 +333,7 @@ TEST(FoldAngle, IsThatOfTheSurfaceAndNotOfSlivers)
         {grid, 0},
         {withPositions(square, {{{0, 1, 2}}, {{0, 2, 3}}, {{1, 0, 4}}}), 0},
         {withPositions(square, {{{0, 1, 2}}, {{1, 0, 2}}}), pi},
-        // The normals of triangles that are wound against each other tell nothing.
+        // The normals of triangles that are wound against each other say nothing.
         {withPositions(square, {{{0, 1, 2}}, {{0, 3, 2}}}), 0},
     };
     for (const auto& [mesh, expected] : cases) EXPECT_NEAR(meshMaxFoldAngle(mesh, sidesOf(mesh)), expected, 1e-12);

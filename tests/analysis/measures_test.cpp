@@ -29,7 +29,8 @@ CompactMesh makeMesh(const std::vector<MeshVertex>& vertices, const std::vector<
     return mesh;
 }
 
-/// Triangles in no order among few vertices, degenerate and doubled ones too, positions that sums round.
+/// Triangles in no particular order among few vertices, some degenerate or doubled, with positions whose sums are
+/// rounded.
 CompactMesh makeTangle(znTest::Random& random, int numVertices, int numTriangles)
 {
     std::vector<MeshVertex> vertices(numVertices);
@@ -107,7 +108,7 @@ TEST(Normals, WithoutAreaOrLength)
     EXPECT_TRUE(std::isnan(normals[2].y));
 }
 
-TEST(Normals, WhatIsTold)
+TEST(Normals, WhatIsReported)
 {
     CompactMesh mesh;
     const znTest::ChangeRecorder recorder(mesh);

@@ -91,7 +91,7 @@ CompactMesh makeSelectedMesh(znTest::Random& random, int round)
 Subsets partition(const CompactMesh& mesh, int parts)
 {
     Subsets subsets;
-    subsets.append(nullptr); // goes
+    subsets.append(nullptr); // replaced
     MeshPartition(mesh, znTest::adjTrisOf(mesh), parts).compute(subsets);
     return subsets;
 }
@@ -139,7 +139,7 @@ TEST(MeshSelect, DerivesAndGrowsAsSetsDo)
         ASSERT_EQ(membersOf(vertices), cornersOf(mesh, membersOf(triangles)));
         triangles.clearBits();
         meshSelect.selectVerticesFromTriangles();
-        ASSERT_EQ(vertices.getNumSetBits(), 0) << "cleared also where nothing follows";
+        ASSERT_EQ(vertices.getNumSetBits(), 0) << "cleared even where nothing follows";
     }
 }
 
@@ -226,7 +226,7 @@ TEST(MeshSelection, IsDeletedOrExtracted)
     EXPECT_EQ(allocator->numFaults(), 0);
 }
 
-TEST(MeshDeleteSelected, TellsOnceWhatItDid)
+TEST(MeshDeleteSelected, ReportsOnceWhatItDid)
 {
     CompactMesh mesh;
     znTest::makeGrid(mesh, 4, 4);
@@ -263,7 +263,7 @@ TEST(MeshDeleteSelected, TellsOnceWhatItDid)
     EXPECT_EQ(toVector(deleteSelected.vertexRemap()->data(), 14), std::vector<int>(14, -1));
 }
 
-TEST(Extract, CopiesAllChannelsAndTellsTheTarget)
+TEST(Extract, CopiesAllChannelsAndNotifiesTheTarget)
 {
     CompactMesh target, source = znTest::makeMesh(5, {{{0, 1, 2}}, {{2, 1, 3}}});
     source.allocNormalArray();

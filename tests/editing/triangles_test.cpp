@@ -31,7 +31,7 @@ TEST(Triangulate, MakesTheFanOfEachPolygonOnce)
     ASSERT_EQ(changes.changes().size(), 1u);
     EXPECT_EQ(changes.changes()[0].type, MeshModification::TopologyChanged);
 
-    // Where triangles are, no polygons, or none of three corners, nothing happens.
+    // Where there are triangles already, no polygons, or none with three corners, nothing happens.
     CompactMesh none;
     const znTest::ChangeRecorder ofNone(none);
     meshTriangulate(none);

@@ -56,7 +56,7 @@ TEST(PlaneFit, RanksAndNormals)
     EXPECT_EQ(plane.point, Point(1, 2, 3));
 }
 
-TEST(PlaneFit, Recognizing)
+TEST(PlaneFit, RecognisesPointsInOnePlane)
 {
     Plane plane(Point(1, 2, 3), Normal::x);
     const auto recognized = [&plane](const Points& points, double tolerance) {

@@ -420,7 +420,7 @@ TEST(ClosestPoint, TheBoxOfTheOctreeDecidesWhatTheWalkFinds)
     }
 }
 
-TEST(ClosestPoint, ManyAtOnceTellOfTheirProgressAndCanBeStopped)
+TEST(ClosestPoint, ManyAtOnceReportTheirProgressAndCanBeStopped)
 {
     CompactMesh sphere;
     znTest::makeSphere(sphere, 4);

@@ -69,7 +69,7 @@ void meshBoundingBox(const PointMesh& mesh, const BitVector* selection, Bounding
         ThreadPool::get(), mesh.getNumVertices(), BoundingBox(),
         [=](Slice slice) { return selection ? boxOfSelected(vertices, *selection, slice) : boxOfAll(vertices, slice); },
         [](BoundingBox& all, const BoundingBox& part) { all.extend(part); });
-    // Where vertices have zeros of both signs, which one came first would depend on the number of threads.
+    // Where vertices have zeros of both signs, which of the two comes first would depend on the number of threads.
     for (float* side : {&box.minX, &box.minY, &box.minZ, &box.maxX, &box.maxY, &box.maxZ}) *side += 0.0f;
     debugChannel().print("meshBoundingBox: %d vertices  %f s\n", mesh.getNumVertices(), watch.stop());
 }

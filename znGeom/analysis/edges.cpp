@@ -39,7 +39,7 @@ double longestSide(const CompactMesh& mesh, const Length2& length2)
         float best = 0;
         for (int i = slice.begin; i < slice.end; ++i)
             for (int side = 0; side < 3; ++side) {
-                // A comparison that a not-a-number never wins.
+                // A comparison that NaN never wins.
                 const float candidate = length2(triangles[i], side);
                 if (candidate > best) best = candidate;
             }
@@ -67,8 +67,8 @@ bool shareSide(const MeshTriangle& a, const MeshTriangle& b)
     return isOtherOfB(a[1]) || isOtherOfB(a[2]);
 }
 
-/// What the cosine of an angle between two unit normals must exceed for the angle to be certainly smaller than one of
-/// cosine `cosine`, rounding included: most pairs need no more than this test.
+/// What the cosine of an angle between two unit normals must exceed for the angle to be certainly smaller than one
+/// whose cosine is `cosine`, rounding included: most pairs need no more than this test.
 double certainlySmaller(double cosine) { return cosine + 1e-12; }
 
 /// The largest angle between the triangles of a slice and their neighbours of higher number.
@@ -89,7 +89,7 @@ public:
 private:
     void lookAround(int index, const MeshTriangle& triangle)
     {
-        Normal normal; // taken when it is needed
+        Normal normal; // computed when it is needed
         for (const int neighbour : m_adjTris.around(triangle[0])) {
             if (neighbour <= index) continue;
             const MeshTriangle& found = m_triangles[neighbour];
@@ -171,7 +171,7 @@ double meshLongestEdge(const CompactMesh& mesh)
         const auto corner = [&](int i) { return vertices[triangle[i]].asPointFlt(); };
         if (side < 2) return (corner(side) - corner(side + 1)).length2();
         // The root of dz, where the other sides take its square: kept on purpose, not a slip to be mended. Search radii
-        // come from this number, and a search must go on finding what it always found.
+        // come from this number, and a search must keep finding what it has always found.
         const VectorFlt d = corner(0) - corner(2);
         return static_cast<float>(double(d.dx * d.dx + d.dy * d.dy) + std::sqrt(double(d.dz)));
     });

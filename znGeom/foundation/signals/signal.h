@@ -115,7 +115,7 @@ public:
     /// is not running any more.
     void disconnect();
 
-    /// A blocked function is passed over until it is unblocked.
+    /// A blocked function is skipped until it is unblocked.
     void block() { m_blocked = true; }
     void unblock() { m_blocked = false; }
     bool isBlocked() const { return m_blocked; }
@@ -139,13 +139,13 @@ private:
     Connection* m_previous = nullptr;
     Connection* m_nextOfClient = nullptr;  ///< in the client's list
     Connection** m_linkOfClient = nullptr; ///< what points here in that list; null when no client ends this connection
-    int m_locks = 0;                       ///< emissions that stand at this item
+    int m_locks = 0;                       ///< emissions that are at this item
     bool m_blocked = false;
     bool m_removing = false;
 };
 
-/// Base of a listener: its connections end with it. A copy of a listener has none. Whichever side ends a connection, it
-/// costs the same however many there are.
+/// Base of a listener: its connections end with it. A copy of a listener has none. Ending a connection, from either
+/// side, costs the same however many there are.
 class ZNGEOM_API SignalClient
 {
 public:
@@ -182,7 +182,7 @@ protected:
     Connection* addCallback(FunctionBase* function, SignalClient& client);
 
     /// Calls `call(function)` for each connection in list order. Functions may connect, disconnect (themselves or
-    /// others), block, and destroy the signal; what is added meanwhile is called too.
+    /// others), block, and destroy the signal; functions added meanwhile are called too.
     template <typename Call>
     void emitEach(const Call& call)
     {
