@@ -14,7 +14,9 @@ template <typename... Values>
 void use(const Values&...)
 {}
 
-inline void show(double, const char*) {}
+template <typename... Values>
+void show(const Values&...)
+{}
 inline void waitForClick() { std::this_thread::sleep_for(std::chrono::milliseconds(1)); }
 
 /// A square of 8 by 8 cells in the plane z = 0, two triangles each, from (0, 0) to (8, 8).

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdlib>
+#include <cstring>
 #include <new>
 #include <type_traits>
 #include <utility>
@@ -123,7 +124,7 @@ public:
     void assign(const T* elements, int size)
     {
         resize(size);
-        std::copy_n(elements, m_size, write());
+        if (m_size > 0) std::memcpy(write(), elements, size_t(m_size) * sizeof(T));
     }
 
     /// Exchanges the blocks when neither array has an allocator, otherwise the elements one by one.
