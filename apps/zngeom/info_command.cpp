@@ -1,4 +1,5 @@
 #include "apps/zngeom/command.h"
+#include "apps/zngeom/format_option.h"
 #include "apps/zngeom/mesh_files.h"
 #include "apps/zngeom/mesh_summary.h"
 
@@ -102,6 +103,7 @@ public:
             "normals of two triangles with a common edge, in degrees: 0 where they are flat. Lengths are in the\n"
             "units of the file, areas and volumes in their squares and cubes.");
         sub->add_option("MESH", m_path, "The mesh file")->required();
+        addFormatOption(*sub, m_formats);
         return sub;
     }
 
@@ -110,7 +112,7 @@ public:
         znUtil::Progress phase;
         LoadedMesh loaded;
         progress.subPhase(0.7, phase);
-        loadMesh(m_path, phase, loaded);
+        loadMesh(m_path, phase, loaded, m_formats.input);
         progress.subPhase(0.3, phase);
         return describe(loaded, summarizeMesh(loaded.mesh, phase));
     }
@@ -120,7 +122,7 @@ private:
     {
         Report report;
         report.add("file", m_path);
-        report.add("format", formatOf(m_path).name);
+        report.add("format", formatOf(m_path, m_formats.input).name);
         report.add("vertices", loaded.mesh.getNumVertices());
         report.add("unused_vertices", summary.unusedVertices);
         report.add("duplicate_positions", summary.duplicatePositions);
@@ -149,6 +151,7 @@ private:
     }
 
     std::string m_path;
+    StreamFormats m_formats;
 };
 
 } // namespace

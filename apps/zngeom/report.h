@@ -28,6 +28,10 @@ public:
     /// Prints this text and nothing else, for people and for programs: the result of a command that has one.
     void setOutput(std::string text) { m_output = std::move(text); }
 
+    /// Where the output of the command goes to standard output, the report goes to standard error.
+    void makeRoomFor(const std::string& output) { m_isAside = output == "-"; }
+    bool isAside() const { return m_isAside; }
+
     /// Ends in a line end. Notes follow the values.
     std::string text() const;
     /// One line with all values, and with the notes under "notes".
@@ -38,6 +42,7 @@ private:
     std::vector<std::pair<std::string, std::string>> m_lines; ///< label and text
     std::optional<std::string> m_output;
     std::vector<std::string> m_notes;
+    bool m_isAside = false;
 };
 
 /// The same number in as many decimal digits as a `float` needs: 0.1 and not 0.10000000149.

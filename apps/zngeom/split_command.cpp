@@ -2,6 +2,7 @@
 #include <filesystem>
 
 #include "apps/zngeom/command.h"
+#include "apps/zngeom/format_option.h"
 #include "apps/zngeom/mesh_files.h"
 #include "apps/zngeom/pacer.h"
 #include "apps/zngeom/part_options.h"
@@ -121,6 +122,7 @@ public:
         sub->add_option("--most", m_mostFiles, "Write nothing if it would be more files than this")
             ->check(CLI::PositiveNumber)
             ->capture_default_str();
+        addFormatOption(*sub, m_formats);
         return sub;
     }
 
@@ -130,7 +132,7 @@ public:
         znUtil::Progress phase;
         LoadedMesh loaded;
         progress.subPhase(0.4, phase);
-        loadMesh(m_input, phase, loaded);
+        loadMesh(m_input, phase, loaded, m_formats.input);
         checkHasTriangles(loaded.mesh, m_input);
 
         progress.subPhase(0.2, phase);
@@ -165,6 +167,7 @@ private:
     }
 
     std::string m_input, m_output, m_across;
+    StreamFormats m_formats;
     int m_numParts = 0, m_mostFiles = 1000;
 };
 
