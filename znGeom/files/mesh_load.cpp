@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 #include "znGeom/files/internal/loaders.h"
 
@@ -42,9 +43,21 @@ void tellChange(CompactMesh& mesh)
     mesh.modified(modification);
 }
 
-/// A failure that a look at the text brings up in its middle has the last word.
-void load(CompactMesh& mesh, TextReader& text, std::int64_t size, MeshFormat format, znUtil::Progress& progress,
-          MeshLoadResult& result)
+/// 0 for what is no file.
+std::int64_t sizeOf(const znOS::Filename& file)
+{
+    std::error_code error;
+    const std::filesystem::path path(file.path().asMultibyte(znString::Encoding::Native).asChar());
+    const auto size = std::filesystem::file_size(path, error);
+    return error ? 0 : static_cast<std::int64_t>(size);
+}
+
+} // namespace
+
+namespace internal {
+
+void loadMesh(TextReader& text, std::int64_t size, MeshFormat format, CompactMesh& mesh, znUtil::Progress& progress,
+              MeshLoadResult& result)
 {
     LoadContext context(text, size, progress, result);
     if (!context.checkCancelled()) return;
@@ -57,23 +70,17 @@ void load(CompactMesh& mesh, TextReader& text, std::int64_t size, MeshFormat for
         return;
     }
     if (!loadFormat(format, context, mesh)) {
-        context.malformed("can't be read");
+        const MeshLoadResult failure = std::move(result);
+        result = MeshLoadResult();
+        result.status = failure.status;
+        result.message = failure.message;
         return;
     }
     progress.set(1);
     tellChange(mesh);
 }
 
-/// 0 for what is no file.
-std::int64_t sizeOf(const znOS::Filename& file)
-{
-    std::error_code error;
-    const std::filesystem::path path(file.path().asMultibyte(znString::Encoding::Native).asChar());
-    const auto size = std::filesystem::file_size(path, error);
-    return error ? 0 : static_cast<std::int64_t>(size);
-}
-
-} // namespace
+} // namespace internal
 
 MeshLoadResult meshLoad(CompactMesh& mesh, const znOS::Filename& file)
 {
@@ -95,7 +102,7 @@ MeshLoadResult meshLoad(CompactMesh& mesh, const znOS::Filename& file, MeshForma
         return result;
     }
     TextReader text(file);
-    load(mesh, text, sizeOf(file), format, progress, result);
+    loadMesh(text, sizeOf(file), format, mesh, progress, result);
     return result;
 }
 
@@ -110,7 +117,7 @@ MeshLoadResult meshLoad(CompactMesh& mesh, const void* bytes, size_t numBytes, M
 {
     MeshLoadResult result;
     TextReader text(std::string_view(static_cast<const char*>(bytes), numBytes));
-    load(mesh, text, static_cast<std::int64_t>(numBytes), format, progress, result);
+    loadMesh(text, static_cast<std::int64_t>(numBytes), format, mesh, progress, result);
     return result;
 }
 

@@ -87,16 +87,16 @@ bool readText(LoadContext& context, MeshParts& parts)
 /// The header of a binary file may begin with the word of the text form too: then the size tells, or what follows.
 bool isText(LoadContext& context)
 {
-    const char* at = context.text().begin();
-    const bool hasHeader = context.text().requireBytes(at, headerSize);
-    const std::string_view begin(at, static_cast<size_t>(context.text().end() - at));
-    const bool hasSize = hasHeader && context.size() > 0;
-    if (hasSize && context.size() == std::int64_t(headerSize) + std::int64_t(recordSize) * readUInt32(at + 80))
+    constexpr size_t looked = 1024;
+    TextReader& text = context.text();
+    const char* at = text.begin();
+    text.requireBytes(at, looked);
+    const std::string_view begin(at, std::min(looked, static_cast<size_t>(text.end() - at)));
+    if (begin.size() >= headerSize && context.size() > 0 &&
+        context.size() == std::int64_t(headerSize) + std::int64_t(recordSize) * readUInt32(at + 80))
         return false;
-    // The block is given back: a text is read in lines.
-    const size_t word = std::min(begin.find_first_not_of(" \t\r\n"), begin.size());
-    context.text().endBlock(context.text().begin());
-    const std::string_view first = begin.substr(word, 1024);
+    text.endBlock(at); // given back: a text is read in lines
+    const std::string_view first = begin.substr(std::min(begin.find_first_not_of(" \t\r\n"), begin.size()));
     return first.starts_with("solid") &&
            (first.find("facet") != std::string_view::npos || first.find("endsolid") != std::string_view::npos);
 }

@@ -13,4 +13,9 @@ bool loadOff(LoadContext& context, CompactMesh& mesh);
 bool loadPlain(LoadContext& context, CompactMesh& mesh);
 bool loadPoints(LoadContext& context, CompactMesh& mesh);
 
+/// All of `meshLoad` but the opening of the file.
+/// \param size  of the text, 0 when it is not known
+void loadMesh(TextReader& text, std::int64_t size, MeshFormat format, CompactMesh& mesh, znUtil::Progress& progress,
+              MeshLoadResult& result);
+
 } // namespace znGeom::internal
