@@ -61,8 +61,9 @@ bool TextReader::requireBytes(const char*& at, size_t count)
     if (left < count) {
         std::memmove(m_buffer.get(), m_buffer.get() + (m_used - left), left);
         m_used = left;
-        at = begin();
-        while (m_used < count && fill()) at = begin();
+        while (m_used < count && fill()) {
+        }
+        at = begin(); // the buffer may have grown
     }
     m_blockSize = m_used;
     return m_used - static_cast<size_t>(at - begin()) >= count;
