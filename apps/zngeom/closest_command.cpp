@@ -3,8 +3,8 @@
 #include <cmath>
 #include <filesystem>
 
-#include "apps/zngeom/byte_sink.h"
 #include "apps/zngeom/command.h"
+#include "apps/zngeom/format_option.h"
 #include "apps/zngeom/mesh_files.h"
 #include "apps/zngeom/pacer.h"
 #include "apps/zngeom/part_options.h"
@@ -126,14 +126,9 @@ std::string listing(const std::vector<Closest>& all, bool json)
 }
 
 void writeText(const std::string& text, const std::string& path)
-try {
-    PendingFile file(path);
-    ByteSink sink(file.path().string());
-    sink.text(text);
-    sink.finish();
-    file.commit();
-} catch (const Failure& failure) {
-    throw Failure(path + ": " + failure.what());
+{
+    PendingFile file(znOS::Filename(path.c_str()));
+    if (!file.write(text.data(), text.size()) || !file.commit()) throw Failure(path + ": " + file.message());
 }
 
 class ClosestCommand : public Command
@@ -154,6 +149,7 @@ public:
         m_sub->add_option("MESH", m_mesh, "The mesh file")->required();
         m_sub->add_option("POINTS", m_points, "A text file with points, or a mesh file for its vertices")->required();
         m_sub->add_option("-o,--output", m_output, "The file to write, instead of standard output");
+        addFormatOption(*m_sub, m_formats);
         return m_sub;
     }
 
@@ -163,12 +159,13 @@ public:
         znUtil::Progress phase;
         LoadedMesh loaded;
         progress.subPhase(0.3, phase);
-        loadMesh(m_mesh, phase, loaded);
+        loadMesh(m_mesh, phase, loaded, m_formats.input);
         checkHasTriangles(loaded.mesh, m_mesh);
         checkFinite(loaded.mesh.getVertices(), loaded.mesh.getNumVertices(), m_mesh);
 
         progress.subPhase(0.1, phase);
-        const std::vector<znGeom::MeshVertex> points = loadPoints(m_points, phase);
+        const std::vector<znGeom::MeshVertex> points =
+            loadPoints(m_points, phase, m_points == "-" ? m_formats.input : "");
         progress.subPhase(0.6, phase);
         const std::vector<Closest> found = findClosest(loaded.mesh, points, phase);
         checkAllFound(found);
@@ -224,6 +221,7 @@ private:
 
     CLI::App* m_sub = nullptr;
     std::string m_mesh, m_points, m_output;
+    StreamFormats m_formats;
 };
 
 } // namespace
