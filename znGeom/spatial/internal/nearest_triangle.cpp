@@ -43,7 +43,7 @@ struct TriangleBounds::Corners
         for (int i = 0; i < count; ++i) reached[i] = 1;
         for (const auto& coordinates : at)
             for (int i = 0; i < count; ++i)
-                reached[i] = (coordinates[i] <= limit) & (coordinates[i] >= -limit) ? reached[i] : 0.0f;
+                reached[i] = std::fabs(coordinates[i]) <= limit ? reached[i] : 0.0f;
     }
 };
 
