@@ -3,6 +3,8 @@
 
 #include <cstddef> // says whether this is glibc
 
+#include "znGeom/foundation/machine/language.h"
+
 /// Before the definition of a hot function with plain loops: it is compiled for processors with wider registers as
 /// well, and the system takes the one that fits when the program starts. It computes the same bits. Without effect
 /// where compiler or system know no such thing, and under sanitizers, whose run-time is not ready so early.
