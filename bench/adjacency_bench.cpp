@@ -44,7 +44,7 @@ bench::RelationSum relationOf(const Adjacency& adjacency, int count)
 {
     bench::RelationSum relation;
     for (int index = 0; index < count; ++index)
-        for (int i = 0; i < adjacency.numTris(index); ++i) relation.add(index, adjacency.triIndices(index)[i]);
+        for (const int triangle : adjacency.around(index)) relation.add(index, triangle);
     return relation;
 }
 

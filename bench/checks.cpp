@@ -56,7 +56,7 @@ Vec cornerAt(const Soup& soup, std::size_t corner)
     return vecAt(&soup.positions[3 * static_cast<std::size_t>(soup.triangles[corner])]);
 }
 
-/// Twice the area long.
+/// Its length is twice the area.
 Vec normalOf(const Soup& soup, std::size_t firstCorner)
 {
     const Vec a = cornerAt(soup, firstCorner);
@@ -98,7 +98,7 @@ double longestSide(const Soup& soup)
     return longest;
 }
 
-/// Passes over triangles whose first corner is too far away for any of their points to be the nearest.
+/// Skips triangles whose first corner is too far away for any of their points to be the nearest.
 double distanceTo(const Soup& soup, Vec point, double longest)
 {
     double nearest2 = std::numeric_limits<double>::max(), reach2 = nearest2;

@@ -36,11 +36,11 @@ int distinctPositions(const Soup& soup);
 double areaOf(const Soup& soup);
 /// The number of parts of a mesh that share no vertex.
 int components(const Soup& soup);
-/// The number of vertices on edges that one triangle alone has.
+/// The number of vertices on edges that belong to only one triangle.
 int borderVertices(const Soup& soup);
 
 /// Whether vertex normals, three floats each, are the directions of the sums of the unit normals around the vertices,
-/// but for one vertex in a thousand: of sums that almost cancel out each library makes something else.
+/// except at one vertex in a thousand: where sums almost cancel out, each library gives something else.
 bool areVertexNormals(const Soup& soup, const float* normals);
 
 /// The distances from points, three floats each, to the surface.

@@ -1,4 +1,4 @@
-// The connected components, with the component of each vertex. The adjacency that both sides start from is there.
+// The connected components, with the component of each vertex. The adjacency that both sides start from exists already.
 #include "bench/checks.h"
 #include "bench/compact.h"
 #include "bench/suite.h"

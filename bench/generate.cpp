@@ -40,7 +40,7 @@ void appendTorusPoint(double around, double across, std::vector<float>& position
     positions.push_back(static_cast<float>(tiltedZ));
 }
 
-/// Even numbers in [low, high), the same from every standard library.
+/// Evenly distributed numbers in [low, high), the same from every standard library.
 class Evenly
 {
 public:
@@ -54,7 +54,7 @@ private:
     std::mt19937_64 random_;
 };
 
-/// Along a random direction, all of them alike.
+/// Along a random direction, all equally likely.
 std::array<double, 3> randomStep(Evenly& evenly, double length)
 {
     const double height = evenly(-1, 1), angle = evenly(0, 2 * std::numbers::pi);

@@ -28,7 +28,7 @@ Box boxOf(const Soup& soup);
 
 /// A closed torus with bumps, turned off the axes, of `rings` x `sides` quadrilaterals cut in two.
 ///
-/// Vertices and triangles come ring by ring, which caches like: see `shuffled` for the other end.
+/// Vertices and triangles come ring by ring, which caches like: see `shuffled` for the other extreme.
 Soup bumpyTorus(int rings, int sides);
 
 /// The same surface with its vertices renumbered and its triangles reordered at random (fixed seed).

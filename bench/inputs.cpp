@@ -125,7 +125,7 @@ const std::vector<Input>& inputs()
         addFile("bunny", "stanford-bunny.obj");
         addFile("ogre", "ogre.obj");
         list.emplace_back("torus_small", [] { return bumpyTorus(187, 187); });
-        // 707 * 707 * 2 is a million triangles but for 302.
+        // 707 * 707 * 2 is 302 triangles short of a million.
         list.emplace_back("torus", [] { return bumpyTorus(707, 707); });
         list.emplace_back("torus_shuffled", [] { return shuffled(bumpyTorus(707, 707)); });
         return list;

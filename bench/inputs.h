@@ -34,11 +34,11 @@ private:
     mutable std::string objFile_, plainFile_, offFile_;
 };
 
-/// The meshes that are there: those from files are left out where the folder of meshes is missing.
+/// The available meshes: those from files are left out where the folder of meshes is missing.
 const std::vector<Input>& inputs();
 
-/// A `Subject`, which is made from a `Soup`, of this input: made when first asked for and kept, for what takes longer
-/// to make than to measure.
+/// A `Subject` made from the `Soup` of this input when first asked for, and kept: for what takes longer to make than to
+/// measure.
 template <class Subject>
 Subject& madeOnce(const Input& input)
 {
@@ -51,9 +51,9 @@ Subject& madeOnce(const Input& input)
 /// A name for a file in the temporary folder, which is removed when the program ends.
 std::string temporaryFile(const std::string& name);
 
-/// Positions and triangles of an OBJ file; attributes, and faces that are no triangles, are passed over.
+/// Positions and triangles of an OBJ file; attributes, and faces that are not triangles, are skipped.
 Soup readObjFile(const std::filesystem::path& file);
-/// The same for a file of counts, positions and faces, behind a first line "OFF" or without one.
+/// The same for a file of counts, positions and faces, after a first line "OFF" or without one.
 Soup readPlainFile(const std::filesystem::path& file);
 
 } // namespace bench

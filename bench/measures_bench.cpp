@@ -13,7 +13,7 @@ namespace {
 using bench::Input;
 using znGeom::CompactMesh;
 
-/// The room for normals is there from the first turn on, as it is on the other side.
+/// The room for normals exists from the first iteration on, as it does on the other side.
 bool computeNormals(CompactMesh& mesh)
 {
     znGeom::meshComputeNormals(mesh);

@@ -11,7 +11,7 @@ namespace bench {
 
 constexpr int numRays = 100;
 
-/// Lists the work: rays from points spread about the mesh to points near its surface, and on.
+/// Lists the work: rays from points spread about the mesh to points near its surface, and beyond.
 ///
 /// \tparam Triangles  is made from a `Soup`; has `std::size_t countHits(const float* from, const float* to) const`, the
 ///                    triangles that the ray meets

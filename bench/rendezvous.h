@@ -9,7 +9,7 @@ namespace bench {
 class Rendezvous
 {
 public:
-    /// Waits until both have come. Gives up after a millisecond, for a scheduler that runs one after the other.
+    /// Waits until both have arrived. Gives up after a millisecond, for a scheduler that runs one after the other.
     void meet()
     {
         arrived_.fetch_add(1, std::memory_order_acq_rel);

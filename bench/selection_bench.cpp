@@ -56,7 +56,7 @@ std::unique_ptr<CompactMesh> extract(const CompactMesh& mesh)
     return target;
 }
 
-/// Vertices that no triangle used before are not among those that go.
+/// Vertices that no triangle used before are not among those that are deleted.
 bool deletingAgrees(const Input& input)
 {
     const Soup& soup = input.soup();
@@ -175,7 +175,7 @@ bool measureBoundaries(const char* work, Opened opened)
                            }});
 }
 
-/// The counts of triangles and of neighbours lie among the rest, so that as good as every line is read.
+/// The counts of triangles and of neighbours lie among the rest, so that practically every cache line is read.
 void runBoundariesMemory(benchmark::State& state, const Soup& soup)
 {
     const BorderedMesh open(soup);

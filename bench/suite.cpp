@@ -75,7 +75,7 @@ int repetitionsAskedFor(int argc, char** argv)
 
 bool reuseMemory = false;
 
-/// Keeps every page that was ever touched: after the first turn no benchmark waits for new ones.
+/// Keeps every page that was ever touched: after the first iteration no benchmark waits for new ones.
 void keepMemory()
 {
     reuseMemory = true;
@@ -86,7 +86,7 @@ void keepMemory()
 #endif
 }
 
-/// Takes `--memory=...` out of the arguments, which are Google Benchmark's otherwise; false if it is none.
+/// Takes `--memory=...` out of the arguments, of which the rest are Google Benchmark's; false if its value is unknown.
 bool takeMemoryOption(int& argc, char** argv)
 {
     int kept = 0;
@@ -170,7 +170,7 @@ int main(int argc, char** argv)
     for (const bench::Benchmark& benchmark : bench::listed())
         for (const bench::Input& input : bench::inputs())
             if (bench::runsOn(benchmark, input)) bench::enlist(benchmark, input, repetitions);
-    // A fixed number of turns: each is a batch, and one chosen on a quiet machine takes minutes on a busy one.
+    // A fixed number of iterations: each is a batch, and one chosen on a quiet machine takes minutes on a busy one.
     for (const bench::Alone& alone : bench::listedAlone()) bench::enlist(alone.name, alone.run)->Iterations(200);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();

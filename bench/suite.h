@@ -24,13 +24,13 @@ struct Benchmark
     /// Does the work once, before any timing, and says whether the result is right; a wrong one isn't timed.
     std::function<bool(const Input&)> agrees;
     std::function<void(benchmark::State&, const Input&)> run;
-    /// At most so many repetitions, for work that takes seconds; 0 for as many as the run is asked for.
+    /// At most this many repetitions, for work that takes seconds; 0 for as many as the run is asked for.
     int mostRepetitions = 0;
     /// The names of the inputs to run on; empty for all.
     std::vector<std::string> onInputs = {};
 };
 
-/// Lists a benchmark to run on its inputs; the result is of no meaning and lets a namespace-scope constant call it.
+/// Lists a benchmark to run on its inputs; the result is meaningless and only lets a namespace-scope constant call it.
 bool measure(Benchmark benchmark);
 
 /// Lists a benchmark of tiny work that needs no mesh; time it with `timeTinyWork`.
@@ -43,10 +43,10 @@ bool usesPeer(const std::string& name, const std::string& version);
 /// program; without this the order of the benchmarks decides. Does nothing under `--memory=reused`.
 void releaseFreeMemory();
 
-/// The bytes that are allocated now, what the allocator adds to each block included; 0 where it doesn't tell.
+/// The bytes that are allocated now, what the allocator adds to each block included; 0 where it doesn't report them.
 std::size_t heapInUse();
 
-/// Reports what a half-edge mesh takes: bytes per half-edge, the vertices and faces that go with it included.
+/// Reports what a half-edge mesh takes: bytes per half-edge, including the vertices and faces that go with it.
 void countBytesPerHalfedge(benchmark::State& state, std::size_t bytes, std::size_t halfedges);
 
 /// Reports what an index over triangles takes.

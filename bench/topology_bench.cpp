@@ -1,4 +1,4 @@
-// The half-edge mesh from arrays, built and twinned, and what it takes of memory.
+// The half-edge mesh from arrays, built and twinned, and the memory it takes.
 #include "bench/checks.h"
 #include "bench/suite.h"
 #include "znGeom/topology.h"

@@ -34,7 +34,7 @@ int main()
     znGeom::CompactMesh mesh;
     makeTorus(mesh, 300, 150);
 
-    // Derived objects are asked for by mesh; the cache forgets them when the mesh tells of a change.
+    // Derived objects are asked for by mesh; the cache forgets them when the mesh reports a change.
     znGeom::SimpleMeshCache cache;
     const auto octree = cache.getOctree(mesh, 16);
     const auto octreeTris = cache.getOctreeTris(mesh);

@@ -48,7 +48,7 @@ int main()
     std::printf("%d vertices, %d faces, Euler number %d, boundary of %d edges\n", mesh.numVertices(), mesh.numFaces(),
                 eulerNumber(mesh), boundaryLength(vertices[0]));
 
-    // A centre for every quad: four triangles each. Edges that are new stand at the end of the lists.
+    // A centre for every quad: four triangles each. New edges are at the end of the list.
     for (TopoMeshFace f = mesh.firstFace(); f && f.numVertices() == 4; f = f->next) mesh.subdivideFace(f, f.centroid());
 
     // The faces round a vertex, by the half-edges that leave it.
@@ -66,7 +66,7 @@ int main()
     std::printf("collapsed: %d faces, Euler number %d, valence %d\n", mesh.numFaces(), eulerNumber(mesh),
                 left.valence());
 
-    // Who edits tells the mesh once, at the end.
+    // Code that edits reports it to the mesh once, at the end.
     TopoMeshModification modification(&mesh, TopoMeshModification::ConnectivityChanged);
     mesh.modified(modification);
     return swapped && mesh.numFaces() == before - 2 && eulerNumber(mesh) == 1 ? 0 : 1;

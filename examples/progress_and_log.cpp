@@ -24,7 +24,7 @@ void makeSoup(znGeom::CompactMesh& mesh, int numTriangles)
     mesh.copyTriangles(numTriangles, triangles.data());
 }
 
-/// Weld, and show what the library says meanwhile.
+/// Welds, and shows what the library says meanwhile.
 bool watchWelding()
 {
     znGeom::CompactMesh mesh;

@@ -85,6 +85,24 @@ void addMeasures(const MeshSummary& summary, Report& report)
               : orWhyNot(angle, summary.edges.isConsistentlyWound() ? "no two triangles share an edge" : notWound));
 }
 
+void addCounts(const LoadedMesh& loaded, const MeshSummary& summary, Report& report)
+{
+    report.add("vertices", loaded.mesh.getNumVertices());
+    report.add("unused_vertices", summary.vertices.unused);
+    report.add("duplicate_positions", summary.duplicatePositions);
+    report.add("non_finite_vertices", summary.vertices.nonFinite);
+    report.add("faces", loaded.numFaces);
+    report.add("polygons", loaded.numPolygons);
+    report.add("triangles", loaded.mesh.getNumTriangles());
+    report.add("degenerate_triangles", summary.degenerateTriangles);
+    report.add("edges", summary.edges.edges);
+    report.add("boundary_edges", summary.edges.boundary);
+    report.add("boundary_vertices", summary.edges.boundaryVertices);
+    report.add("non_manifold_edges", summary.edges.nonManifold);
+    report.add("unbalanced_edges", summary.edges.unbalanced);
+    report.add("closed", summary.edges.isClosed());
+}
+
 class InfoCommand : public Command
 {
 public:
@@ -143,20 +161,7 @@ private:
         Report report;
         report.add("file", path);
         report.add("format", formatOf(path).name);
-        report.add("vertices", loaded.mesh.getNumVertices());
-        report.add("unused_vertices", summary.vertices.unused);
-        report.add("duplicate_positions", summary.duplicatePositions);
-        report.add("non_finite_vertices", summary.vertices.nonFinite);
-        report.add("faces", loaded.numFaces);
-        report.add("polygons", loaded.numPolygons);
-        report.add("triangles", loaded.mesh.getNumTriangles());
-        report.add("degenerate_triangles", summary.degenerateTriangles);
-        report.add("edges", summary.edges.edges);
-        report.add("boundary_edges", summary.edges.boundary);
-        report.add("boundary_vertices", summary.edges.boundaryVertices);
-        report.add("non_manifold_edges", summary.edges.nonManifold);
-        report.add("unbalanced_edges", summary.edges.unbalanced);
-        report.add("closed", summary.edges.isClosed());
+        addCounts(loaded, summary, report);
         addComponents(summary, report);
         addLoops(summary.boundaryLoops, report);
         report.add("valence_min", orNullBelowZero(summary.vertices.minValence));

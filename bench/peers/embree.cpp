@@ -49,7 +49,7 @@ RTCDevice deviceOnAllThreads(const Memory*& memory)
     return device.get();
 }
 
-/// The same arrays with a few bytes behind them: it reads four floats where a position has three.
+/// The same arrays with a few bytes after them: it reads four floats where a position has three.
 struct Buffers
 {
     std::vector<float> positions;
@@ -63,8 +63,8 @@ struct Buffers
     std::size_t numTriangles() const { return triangles.size() / 3; }
 };
 
-/// A scene of one mesh in the caller's arrays, ready for queries. The quality is asked for on both: the scene's chooses
-/// the kind of tree, the mesh's how it is built.
+/// A scene of one mesh in the caller's arrays, ready for queries. The quality is set on both: the scene's chooses the
+/// kind of tree, the mesh's how it is built.
 Scene build(RTCDevice device, const Buffers& buffers, RTCBuildQuality quality)
 {
     const RTCGeometry geometry = rtcNewGeometry(device, RTC_GEOMETRY_TYPE_TRIANGLE);
@@ -139,7 +139,7 @@ bool visit(RTCPointQueryFunctionArguments* arguments)
     return true;
 }
 
-/// Beside the scene stands a copy of the corners triangle by triangle: queries are up to a third faster from it than
+/// A copy of the corners, triangle by triangle, is kept beside the scene: queries are up to a third faster from it than
 /// through the indices.
 class EmbreeIndex
 {

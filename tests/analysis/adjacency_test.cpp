@@ -62,7 +62,7 @@ void expectAllTables(const CompactMesh& mesh)
 
 } // namespace
 
-TEST(Adjacency, tablesEqualBruteForce)
+TEST(Adjacency, TablesEqualBruteForce)
 {
     znTest::Random random(1);
     for (int round = 0; round < 600; ++round) {
@@ -84,7 +84,7 @@ TEST(Adjacency, tablesEqualBruteForce)
         }
         expectAllTables(makeMesh(201, triangles));
     }
-    // Many triangles on one edge ask for more room than one neighbour an edge.
+    // Many triangles on one edge ask for more room than one neighbour per edge.
     std::vector<std::array<int, 3>> sheets;
     while (sheets.size() < 200) {
         sheets.push_back({0, 1, 2 + int(sheets.size())});
@@ -92,7 +92,7 @@ TEST(Adjacency, tablesEqualBruteForce)
     }
 }
 
-TEST(Adjacency, linesOfTheLog)
+TEST(Adjacency, LinesOfTheLog)
 {
     CompactMesh mesh;
     znTest::makeCube(mesh);
@@ -106,9 +106,9 @@ TEST(Adjacency, linesOfTheLog)
                                                 "MeshTriAdjTris: 8 vertices 12 triangles #\n"}));
 }
 
-TEST(SortAdjTris, walksTheFanFromTheFirstTriangle)
+TEST(SortAdjTris, WalksTheFanFromTheFirstTriangle)
 {
-    // Around vertex 0: (0,1,2) (0,2,3) (0,3,4) (0,4,1), given in no order.
+    // Around vertex 0: (0,1,2) (0,2,3) (0,3,4) (0,4,1), given in no particular order.
     const MeshTriangle triangles[] = {{{0, 1, 2}}, {{3, 4, 0}}, {{2, 3, 0}}, {{1, 0, 4}}};
     const auto sorted = [&triangles](const std::vector<int>& around) {
         zn::vector<int> result(9);
@@ -123,7 +123,7 @@ TEST(SortAdjTris, walksTheFanFromTheFirstTriangle)
     EXPECT_EQ(sorted({}), Fan());
 }
 
-TEST(SharedEdge, findsTheFirstTriangleOfEitherWinding)
+TEST(SharedEdge, FindsTheFirstTriangleOfEitherWinding)
 {
     // 1 lies across (0,1) of 0 with the same winding sense, 2 is a third triangle there, 3 touches at vertex 2 only.
     const CompactMesh mesh = makeMesh(7, {{{0, 1, 2}}, {{3, 0, 1}}, {{1, 0, 4}}, {{2, 5, 6}}});

@@ -48,7 +48,7 @@ struct Walks
         for (int i = 0; i < 3 * mesh.getNumTriangles(); ++i)
             if (counts(i / 3)) directed.insert({triangles[i / 3][i % 3], triangles[i / 3][(i + 1) % 3]});
         const auto step = [&](int v, int& next) {
-            for (const int t : znTest::toVector(adjTris.triIndices(v), adjTris.numTris(v))) {
+            for (const int t : adjTris.around(v)) {
                 if (!counts(t)) continue;
                 next = Boundary::findEdge(v, triangles[t]);
                 const bool border = onSeam(next) || adjVertices.numNeighbours(next) != adjTris.numTris(next);
@@ -73,7 +73,7 @@ struct Walks
 
 } // namespace
 
-TEST(Boundaries, loopsByHand)
+TEST(Boundaries, LoopsByHand)
 {
     CompactMesh sphere, grid, ring;
     znTest::makeSphere(sphere, 2);
@@ -96,7 +96,7 @@ TEST(Boundaries, loopsByHand)
     EXPECT_EQ(loopsOf(MeshBoundaries(sequence)), (Loops{{4, 5}, {}, {6}}));
 }
 
-TEST(Boundaries, ofMeshesAndTheirRegionsEqualThePlainWalk)
+TEST(Boundaries, OfMeshesAndTheirRegionsEqualThePlainWalk)
 {
     znTest::Random random(1);
     CompactMesh pair;

@@ -9,7 +9,7 @@
 using namespace znGeom;
 
 /// Against labels that spread until nothing changes: the lowest triangle that each vertex is connected to.
-TEST(Components, equalPlainLabelling)
+TEST(Components, EqualPlainLabelling)
 {
     znTest::Random random(1);
     for (int round = 0; round < 300; ++round) {
@@ -38,7 +38,7 @@ TEST(Components, equalPlainLabelling)
 }
 
 /// Half-edge meshes are connected across edges alone.
-TEST(Components, ofHalfEdgeMeshesStayApartAtAVertex)
+TEST(Components, OfHalfEdgeMeshesStayApartAtAVertex)
 {
     const CompactMesh bowtie = znTest::makeMesh(5, {{{0, 1, 2}}, {{0, 3, 4}}});
     const MeshAdjTris adjTris = znTest::adjTrisOf(bowtie);

@@ -29,7 +29,8 @@ CompactMesh makeMesh(const std::vector<MeshVertex>& vertices, const std::vector<
     return mesh;
 }
 
-/// Triangles in no order among few vertices, degenerate and doubled ones too, positions that sums round.
+/// Triangles in no particular order among few vertices, some degenerate or doubled, with positions whose sums are
+/// rounded.
 CompactMesh makeTangle(znTest::Random& random, int numVertices, int numTriangles)
 {
     std::vector<MeshVertex> vertices(numVertices);
@@ -63,7 +64,7 @@ MeshPlacement place(const CompactMesh* mesh, float scale, float shift = 0)
 
 } // namespace
 
-TEST(Normals, ofVerticesAreSumsInTheOrderOfTheTriangles)
+TEST(Normals, OfVerticesAreSumsInTheOrderOfTheTriangles)
 {
     znTest::Random random(1);
     for (int round = 0; round < 40; ++round) {
@@ -82,7 +83,7 @@ TEST(Normals, ofVerticesAreSumsInTheOrderOfTheTriangles)
     }
 }
 
-TEST(Normals, withoutAreaOrLength)
+TEST(Normals, WithoutAreaOrLength)
 {
     for (const double size : {1.0, 1e-90, 1e90})
         EXPECT_EQ(triNormal({0, 0, 0}, {0, size, 0}, {0, 0, size}), Normal::x) << size;
@@ -107,7 +108,7 @@ TEST(Normals, withoutAreaOrLength)
     EXPECT_TRUE(std::isnan(normals[2].y));
 }
 
-TEST(Normals, whatIsTold)
+TEST(Normals, WhatIsReported)
 {
     CompactMesh mesh;
     const znTest::ChangeRecorder recorder(mesh);
@@ -130,7 +131,7 @@ TEST(Normals, whatIsTold)
                              "meshComputeTriangleNormals:  vertices 8  triangles 12\n", "  normalized: # s\n"}));
 }
 
-TEST(Bounds, ofVerticesAndSelections)
+TEST(Bounds, OfVerticesAndSelections)
 {
     znTest::Random random(2);
     for (int round = 0; round < 300; ++round) {
@@ -156,7 +157,7 @@ TEST(Bounds, ofVerticesAndSelections)
     }
 }
 
-TEST(Bounds, ofArrangementsHoldTransformedBoxes)
+TEST(Bounds, OfArrangementsHoldTransformedBoxes)
 {
     const CompactMesh diagonal = makeMesh({{0, 0, 0}, {1, 1, 0}}, {}), empty;
     MeshPlacement turned = place(&diagonal, 1); // by an eighth, and grown
@@ -174,7 +175,7 @@ TEST(Bounds, ofArrangementsHoldTransformedBoxes)
     EXPECT_EQ(withoutTimes(log).back(), "arrangementBoundingBox: 4 meshes  # s\n");
 }
 
-TEST(Bounds, ofTrianglesAndNeighbourhoods)
+TEST(Bounds, OfTrianglesAndNeighbourhoods)
 {
     znTest::Random random(3);
     const CompactMesh mesh = makeTangle(random, 60, 60);
@@ -189,7 +190,7 @@ TEST(Bounds, ofTrianglesAndNeighbourhoods)
     EXPECT_EQ(around, expectedAround);
 }
 
-TEST(Areas, ofPlacementsAndTextures)
+TEST(Areas, OfPlacementsAndTextures)
 {
     CompactMesh cube;
     znTest::makeCube(cube);
@@ -216,7 +217,7 @@ TEST(Areas, ofPlacementsAndTextures)
     EXPECT_FLOAT_EQ(meshArea(placement, MeshChannelSTs), float(flat));
 }
 
-TEST(Areas, fractionsAndMirrors)
+TEST(Areas, FractionsAndMirrors)
 {
     CompactMesh cube;
     znTest::makeCube(cube);
@@ -237,7 +238,7 @@ TEST(Areas, fractionsAndMirrors)
     EXPECT_EQ(fractions, zn::vector<float>{24 * 0x1p-28f}) << "left as it is";
 }
 
-TEST(Edges, theLongest)
+TEST(Edges, TheLongest)
 {
     const auto longest2 = [](const MeshVertex& a, const MeshVertex& b, const MeshVertex& c) {
         return std::pow(meshLongestEdge(makeMesh({a, b, c}, {{{0, 0, 0}}, {{0, 1, 2}}})), 2);
@@ -253,7 +254,7 @@ TEST(Edges, theLongest)
     EXPECT_EQ(meshLongestEdge(CompactMesh()) + meshLongestEdge2D(CompactMesh(), nullptr), 0.0);
 }
 
-TEST(Edges, anglesOfACube)
+TEST(Edges, AnglesOfACube)
 {
     CompactMesh cube;
     znTest::makeCube(cube);
@@ -275,7 +276,7 @@ TEST(Edges, anglesOfACube)
     EXPECT_EQ(adjacent.size(), 2);
 }
 
-TEST(Edges, anglesEqualThePlainSearch)
+TEST(Edges, AnglesEqualThePlainSearch)
 {
     znTest::Random random(5);
     for (int round = 0; round < 60; ++round) {

@@ -36,7 +36,7 @@ public:
 
 } // namespace
 
-TEST(MeshCache, givesTheSameObjectsUntilAnyChange)
+TEST(MeshCache, GivesTheSameObjectsUntilAnyChange)
 {
     CompactMesh mesh, other;
     znTest::makeGrid(mesh, 6, 5);
@@ -51,8 +51,8 @@ TEST(MeshCache, givesTheSameObjectsUntilAnyChange)
         MeshModification modification(&mesh, type);
         mesh.modified(modification);
         EXPECT_EQ(numShared(first, objectsOf(cache, mesh)), 0);
-        EXPECT_EQ(held->getNumVertices(), 30) << "lives on for who holds it";
-        EXPECT_EQ(numShared(ofOther, objectsOf(cache, other)), 6) << "each mesh for itself";
+        EXPECT_EQ(held->getNumVertices(), 30) << "lives on for its holder";
+        EXPECT_EQ(numShared(ofOther, objectsOf(cache, other)), 6) << "each mesh has its own";
     }
     EXPECT_EQ(cache.getBoundaries(mesh)->size(), 1);
     EXPECT_EQ(cache.getAdjVertices(mesh)->numVertices, 30);
@@ -61,14 +61,14 @@ TEST(MeshCache, givesTheSameObjectsUntilAnyChange)
     EXPECT_EQ(numShared(last, objectsOf(cache, mesh)), 0);
 }
 
-TEST(MeshCache, theOctreesParameterIsTheCapacityOfANewOne)
+TEST(MeshCache, TheOctreesParameterIsTheCapacityOfANewOne)
 {
     CompactMesh mesh;
     znTest::makeTorus(mesh, 30, 20);
     const auto numLeaves = [&mesh](int maxDepth) {
         SimpleMeshCache cache;
         const int count = cache.getOctree(mesh, maxDepth)->numLeaves();
-        EXPECT_EQ(cache.getOctree(mesh, 3)->numLeaves(), count) << "the parameter is not looked at any more";
+        EXPECT_EQ(cache.getOctree(mesh, 3)->numLeaves(), count) << "the parameter is ignored from now on";
         EXPECT_EQ(cache.getOctreeTris(mesh)->getData().getNumSets(), count);
         EXPECT_EQ(cache.getOctreeLines(mesh)->getData().getNumSets(), count);
         return count;
@@ -85,11 +85,11 @@ TEST(MeshCache, theOctreesParameterIsTheCapacityOfANewOne)
     EXPECT_EQ(cache.getBoundaries(empty)->size(), 0);
 }
 
-TEST(MeshCache, aMeshThatDiesTakesItsRecordAlong)
+TEST(MeshCache, AMeshThatDiesTakesItsRecordWithIt)
 {
     SimpleMeshCache cache;
     zn::Reference<MeshAdjTris> held;
-    // Likely at the same address each time: a record that stays would be handed out for the next mesh.
+    // Likely at the same address each time: a leftover record would be returned for the next mesh.
     for (int round = 0; round < 3; ++round) {
         const auto mesh = std::make_unique<CompactMesh>();
         znTest::makeGrid(*mesh, 3 + round, 3);
@@ -100,7 +100,7 @@ TEST(MeshCache, aMeshThatDiesTakesItsRecordAlong)
     EXPECT_EQ(held->getCount(), 1);
 }
 
-TEST(MeshCache, anyNumberOfMeshesDiesInAnyOrder)
+TEST(MeshCache, AnyNumberOfMeshesDiesInAnyOrder)
 {
     // A search through the connections for each that ends would take minutes here.
     constexpr int numMeshes = 30000;
@@ -127,7 +127,7 @@ TEST(MeshCache, anyNumberOfMeshesDiesInAnyOrder)
     EXPECT_EQ(object->getCount(), 1);
 }
 
-TEST(MeshCache, askingAndInvalidatingForEverGrowsByNothing)
+TEST(MeshCache, AskingAndInvalidatingForEverGrowsByNothing)
 {
     const CompactMesh mesh;
     const zn::Reference<MeshAdjTris> object(new MeshAdjTris);
@@ -147,6 +147,6 @@ TEST(MeshCache, askingAndInvalidatingForEverGrowsByNothing)
         cache.setAdjTrisImpl(mesh, object);
         const SimpleMeshCache copy(cache);
     }
-    EXPECT_EQ(object->getCount(), 1) << "the cache goes, its copy has no share in it";
-    mesh.sendMessage(modification); // and who is gone isn't told
+    EXPECT_EQ(object->getCount(), 1) << "the cache is gone, and its copy holds no share";
+    mesh.sendMessage(modification); // and a destroyed cache isn't notified
 }

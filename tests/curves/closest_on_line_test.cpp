@@ -37,7 +37,7 @@ double distanceToLines(const CompactMesh& mesh, const Lines& lines, const Point&
 } // namespace
 
 /// One closed line the long way round a torus and one open line across.
-TEST(ClosestOnLine, nearALineItIsTheNearestPointOfAllEdgesAndOnTheSurfaceAVertex)
+TEST(ClosestOnLine, NearALineItIsTheNearestPointOfAllEdgesAndOnTheSurfaceAVertex)
 {
     CompactMesh mesh;
     znTest::makeTorus(mesh, around, across);
@@ -70,7 +70,7 @@ TEST(ClosestOnLine, nearALineItIsTheNearestPointOfAllEdgesAndOnTheSurfaceAVertex
     }
 }
 
-TEST(ClosestOnLine, onTheSurfaceACornerOfTheLineAndWithoutAnEdgeInReachTheNumberOfTheCopy)
+TEST(ClosestOnLine, OnTheSurfaceACornerOfTheLineAndWithoutAnEdgeInReachTheNumberOfTheCopy)
 {
     CompactMesh mesh;
     znTest::makeGrid(mesh, 6, 6);

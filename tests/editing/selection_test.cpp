@@ -91,7 +91,7 @@ CompactMesh makeSelectedMesh(znTest::Random& random, int round)
 Subsets partition(const CompactMesh& mesh, int parts)
 {
     Subsets subsets;
-    subsets.append(nullptr); // goes
+    subsets.append(nullptr); // replaced
     MeshPartition(mesh, znTest::adjTrisOf(mesh), parts).compute(subsets);
     return subsets;
 }
@@ -107,7 +107,7 @@ Lists triangleLists(const Subsets& subsets)
 
 } // namespace
 
-TEST(MeshSelect, derivesAndGrowsAsSetsDo)
+TEST(MeshSelect, DerivesAndGrowsAsSetsDo)
 {
     znTest::Random random(1);
     for (int round = 0; round < 150; ++round) {
@@ -139,11 +139,11 @@ TEST(MeshSelect, derivesAndGrowsAsSetsDo)
         ASSERT_EQ(membersOf(vertices), cornersOf(mesh, membersOf(triangles)));
         triangles.clearBits();
         meshSelect.selectVerticesFromTriangles();
-        ASSERT_EQ(vertices.getNumSetBits(), 0) << "cleared also where nothing follows";
+        ASSERT_EQ(vertices.getNumSetBits(), 0) << "cleared even where nothing follows";
     }
 }
 
-TEST(MeshSelect, findsWhatPlacesLieOn)
+TEST(MeshSelect, FindsWhatPlacesLieOn)
 {
     CompactMesh mesh;
     znTest::makeGrid(mesh, 5, 5);
@@ -166,7 +166,7 @@ TEST(MeshSelect, findsWhatPlacesLieOn)
     EXPECT_EQ(affected(0.3, 0.3, 0.4), trianglesWith(mesh, {6, 7, 12}, 1));
 }
 
-TEST(MeshSelect, seesThroughAPolygonAndSaysWhatItDid)
+TEST(MeshSelect, SeesThroughAPolygonAndSaysWhatItDid)
 {
     CompactMesh mesh;
     znTest::makeGrid(mesh, 4, 4);
@@ -193,7 +193,7 @@ TEST(MeshSelect, seesThroughAPolygonAndSaysWhatItDid)
     EXPECT_TRUE(changes.changes().empty());
 }
 
-TEST(MeshSelection, isDeletedOrExtracted)
+TEST(MeshSelection, IsDeletedOrExtracted)
 {
     znTest::Random random(1);
     znTest::MovingAllocator* allocator = new znTest::MovingAllocator;
@@ -226,7 +226,7 @@ TEST(MeshSelection, isDeletedOrExtracted)
     EXPECT_EQ(allocator->numFaults(), 0);
 }
 
-TEST(MeshDeleteSelected, tellsOnceWhatItDid)
+TEST(MeshDeleteSelected, ReportsOnceWhatItDid)
 {
     CompactMesh mesh;
     znTest::makeGrid(mesh, 4, 4);
@@ -263,7 +263,7 @@ TEST(MeshDeleteSelected, tellsOnceWhatItDid)
     EXPECT_EQ(toVector(deleteSelected.vertexRemap()->data(), 14), std::vector<int>(14, -1));
 }
 
-TEST(Extract, copiesAllChannelsAndTellsTheTarget)
+TEST(Extract, CopiesAllChannelsAndNotifiesTheTarget)
 {
     CompactMesh target, source = znTest::makeMesh(5, {{{0, 1, 2}}, {{2, 1, 3}}});
     source.allocNormalArray();
@@ -289,7 +289,7 @@ TEST(Extract, copiesAllChannelsAndTellsTheTarget)
               (znTest::Lines{"meshExtract: vertices(3) triangles(2)\n", "  copied triangles: # s\n"}));
 }
 
-TEST(ExtractParts, givesEachPartWithItsMaps)
+TEST(ExtractParts, GivesEachPartWithItsMaps)
 {
     znTest::Random random(1);
     for (int round = 0; round < 100; ++round) {
@@ -317,7 +317,7 @@ TEST(ExtractParts, givesEachPartWithItsMaps)
     }
 }
 
-TEST(ExtractParts, givesAllComponentsOrNoneAfterACancel)
+TEST(ExtractParts, GivesAllComponentsOrNoneAfterACancel)
 {
     const CompactMesh mesh = znTest::makeMesh(9, {{{1, 2, 3}}, {{4, 5, 6}}, {{6, 5, 7}}, {{3, 1, 8}}, {{8, 4, 4}}});
     MeshTriangleComponents components;
@@ -345,7 +345,7 @@ TEST(ExtractParts, givesAllComponentsOrNoneAfterACancel)
     expectPart(parts[2].mesh, mesh, {4, 8}, {4});
 }
 
-TEST(Partition, holdsEachTriangleOnce)
+TEST(Partition, HoldsEachTriangleOnce)
 {
     znTest::Random random(1);
     for (int round = 0; round < 150; ++round) {

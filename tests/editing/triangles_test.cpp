@@ -8,7 +8,7 @@
 using namespace znGeom;
 using znTest::toVector;
 
-TEST(Triangulate, makesTheFanOfEachPolygonOnce)
+TEST(Triangulate, MakesTheFanOfEachPolygonOnce)
 {
     const std::vector<int> lengths{4, 2, 3, 0, 5}, points{0, 1, 2, 3, 6, 7, 3, 2, 4, 0, 2, 4, 6, 7};
     CompactMesh mesh;
@@ -31,7 +31,7 @@ TEST(Triangulate, makesTheFanOfEachPolygonOnce)
     ASSERT_EQ(changes.changes().size(), 1u);
     EXPECT_EQ(changes.changes()[0].type, MeshModification::TopologyChanged);
 
-    // Where triangles are, no polygons, or none of three corners, nothing happens.
+    // Where there are triangles already, no polygons, or none with three corners, nothing happens.
     CompactMesh none;
     const znTest::ChangeRecorder ofNone(none);
     meshTriangulate(none);

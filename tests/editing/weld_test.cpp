@@ -67,8 +67,8 @@ public:
     }
 };
 
-/// Triangles over vertices of few different places, both zeros among them; in turn with normals, given or computed, and
-/// with UVs.
+/// Triangles over vertices of few different places, both zeros among them; by turns with normals, given or computed,
+/// and with UVs.
 CompactMesh makeRandomMesh(znTest::Random& random, int round)
 {
     const auto number = [&random] { return static_cast<float>(random.below(3)) * (random.oneIn(2) ? -1.0f : 1.0f); };
@@ -84,7 +84,7 @@ CompactMesh makeRandomMesh(znTest::Random& random, int round)
     return mesh;
 }
 
-/// Every surviving record of a channel is that of the highest old vertex which came there, bit for bit.
+/// Every surviving record of a channel is that of the highest old vertex that ended up there, bit for bit.
 void expectMoved(const float* before, const float* after, int width, const std::vector<int>& remap)
 {
     std::map<int, int> lastOf;
@@ -121,7 +121,7 @@ void expectWelded(const CompactMesh& before, IMeshVertexEqualityChecker* checker
 
 } // namespace
 
-TEST(Weld, equalsThePlainAlgorithm)
+TEST(Weld, EqualsThePlainAlgorithm)
 {
     znTest::Random random(1);
     NearInX nearInX;
@@ -139,7 +139,7 @@ TEST(Weld, equalsThePlainAlgorithm)
 }
 
 /// Runs of every length: all vertices at few places, in planes, on lines, and apart.
-TEST(Weld, orderOfManyVerticesIsTheSameOnAnyPool)
+TEST(Weld, OrderOfManyVerticesIsTheSameOnAnyPool)
 {
     znUtil::ThreadPool one(1), two(2), seven(7);
     znTest::Random random(2);
@@ -167,7 +167,7 @@ TEST(Weld, orderOfManyVerticesIsTheSameOnAnyPool)
     }
 }
 
-TEST(Weld, tellsOnceWhatItDidAndLeavesOtherChannelsAlone)
+TEST(Weld, ReportsOnceWhatItDidAndLeavesOtherChannelsAlone)
 {
     CompactMesh mesh, cube;
     znTest::makeCube(cube);
@@ -189,7 +189,7 @@ TEST(Weld, tellsOnceWhatItDidAndLeavesOtherChannelsAlone)
     meshCompact(mesh, progress);
 
     EXPECT_EQ(mesh.getNumVertices(), 8);
-    EXPECT_FALSE(mesh.getNormals()) << "computed normals are not moved, and dropped";
+    EXPECT_FALSE(mesh.getNormals()) << "computed normals are dropped, not moved";
     EXPECT_FALSE(mesh.getSTs());
     EXPECT_TRUE(mesh.getUVs() && mesh.getTriangleNormals());
     EXPECT_EQ(mesh.getAttributes("heat")->asFloat()[0], 7.0f);
@@ -215,7 +215,7 @@ TEST(Weld, tellsOnceWhatItDidAndLeavesOtherChannelsAlone)
                                "  remapped triangles: # s\n"};
     EXPECT_EQ(withoutTimes(log), stages);
 
-    // Now that nothing is left to weld, nothing is remapped, dropped or told.
+    // Now that nothing is left to weld, nothing is remapped, dropped or reported.
     log.clear();
     mesh.allocSTArray();
     const znTest::ChangeRecorder again(mesh);
@@ -232,7 +232,7 @@ TEST(Weld, tellsOnceWhatItDidAndLeavesOtherChannelsAlone)
     EXPECT_EQ(remap.getDomainSize(), 0);
 }
 
-TEST(Weld, notANumbersAreSameAsNothing)
+TEST(Weld, NaNsAreTheSameAsNothing)
 {
     CompactMesh mesh;
     mesh.resizeVertexArray(600);
@@ -243,7 +243,7 @@ TEST(Weld, notANumbersAreSameAsNothing)
     EXPECT_EQ(mesh.getNumVertices(), 600 - 199) << "the 200 vertices without one become one";
 }
 
-TEST(Duplicates, areAsManyAsWeldingMergesOfWhatIsFinite)
+TEST(Duplicates, AreAsManyAsWeldingMergesOfWhatIsFinite)
 {
     znTest::Random random(5);
     for (int round = 0; round < 100; ++round) {

@@ -14,7 +14,7 @@ const BoundingBox invalid, unit = boxOf({0, 0, 0}, {1, 1, 1});
 
 } // namespace
 
-TEST(BoundingBox, theInvalidBoxHoldsNothingAndBecomesWhatItIsExtendedBy)
+TEST(BoundingBox, TheInvalidBoxHoldsNothingAndBecomesWhatItIsExtendedBy)
 {
     EXPECT_FALSE(invalid.intersects(invalid) || invalid.intersects(unit) || contains(invalid, {0, 0, 0}));
     EXPECT_TRUE(invalid.distance2({0, 0, 0}) > double(BoundingBox::largest) && invalid.distance2({0, 0, 0}) < 1e300);
@@ -31,7 +31,7 @@ TEST(BoundingBox, theInvalidBoxHoldsNothingAndBecomesWhatItIsExtendedBy)
     EXPECT_EQ(box, boxOf({-0.4f, 0.2f - 0.5f, -7}, {0.6f, 7, 0.8f}));
 }
 
-TEST(BoundingBox, facesBelongToTheBox)
+TEST(BoundingBox, FacesBelongToTheBox)
 {
     for (int axis = 0; axis < 3; ++axis)
         for (const float at : {1.0f, std::nextafter(1.0f, 2.0f)}) {
@@ -45,7 +45,7 @@ TEST(BoundingBox, facesBelongToTheBox)
     EXPECT_FALSE(equivalent(unit, boxOf({0, 0, 0}, {1, 1, 1.25f}), 0.25f)) << "the tolerance itself is a difference";
 }
 
-TEST(BoundingBox, measuresOfRandomBoxes)
+TEST(BoundingBox, MeasuresOfRandomBoxes)
 {
     znTest::Random random(1);
     for (int round = 0; round < 500; ++round) {
@@ -75,7 +75,7 @@ TEST(BoundingBox, measuresOfRandomBoxes)
     }
 }
 
-TEST(SceneBoundingBox, isUnknownOnceARemovalTouchedTheExtent)
+TEST(SceneBoundingBox, IsUnknownOnceARemovalTouchedTheExtent)
 {
     const float top = BoundingBox::largest;
     // What is removed from 0 to 4 on one axis, and what is left there.

@@ -145,7 +145,7 @@ TYPED_TEST(Ownership, CopiesMovesAndSwapsKeepApart)
         fill(a, 1000, 15);
         EXPECT_EQ(c.size(), 40);
     }
-    // What was moved from is nobody else's business: two threads go on with the two.
+    // A moved-from container shares nothing with the new one: two threads go on to use one each.
     constexpr int many = 20000;
     TypeParam b = std::move(a);
     a.clear();
@@ -184,7 +184,7 @@ TEST(Reference, TheLastOneDestroysTheObject)
         zn::Reference<Shared> a = new Shared, b = a;
         EXPECT_EQ(a->getCount(), 2);
         const zn::Reference<Shared> copied = new Shared(*a);
-        *copied = *a; // the count is no content
+        *copied = *a; // the count is not part of the content
         EXPECT_EQ(copied->getCount(), 1);
         b = std::move(a);
         EXPECT_TRUE(!a && b->getCount() == 1);
@@ -196,7 +196,8 @@ TEST(Reference, TheLastOneDestroysTheObject)
         EXPECT_EQ(Shared::alive, 1);
     }
     for (int way = 0; way < 3; ++way) {
-        // Only the head is owned from outside: the new target lives by the one that goes, so it is counted first.
+        // Only the head is owned from outside: the new target is kept alive by the one that is released, so it is
+        // counted first.
         zn::Reference<Shared> head = new Shared;
         head->next = new Shared;
         if (way == 0) head = std::move(head->next);
@@ -226,7 +227,7 @@ TEST(ImplPointer, OneOwnsAndCopiesShare)
             EXPECT_TRUE(isAt(copy) && isAt(copyOfCopy));
         }
         Pointer moved(std::move(owner)), assigned;
-        EXPECT_TRUE(isAt(owner) && isAt(moved)) << "the source goes on sharing";
+        EXPECT_TRUE(isAt(owner) && isAt(moved)) << "the source continues to share";
         EXPECT_FALSE(assigned);
         assigned = std::move(moved);
         EXPECT_TRUE(isAt(assigned));

@@ -19,7 +19,7 @@ static_assert(std::is_convertible_v<AffineMatrixFlt, AffineMatrix> && std::is_co
 static_assert(std::is_same_v<decltype(distance(PointFlt(), PointFlt())), float>);
 static_assert(std::is_same_v<decltype(combine(1, Normal(), 1, Normal())), Vector>);
 
-/// A difference of exactly the tolerance is one; of less, none.
+/// A difference of exactly the tolerance counts as one; a smaller one does not.
 template <typename T, typename Tol>
 void expectStrict(const T& a, const T& b, Tol difference)
 {
@@ -59,7 +59,7 @@ TEST(Vector, NormalizesOrSaysThatItHasNoLength)
         EXPECT_FALSE(Normal(v).valid || v.normalized().valid || v.normalize());
         EXPECT_EQ(Normal(v).asVector(), Vector::zero);
     }
-    // Whatever the length, nothing that is no unit vector is called one. Cross products of short edges have a length.
+    // Whatever the length, nothing but a unit vector is called one. Cross products of short edges have a length.
     for (int exponent = -320; exponent <= 300; ++exponent) {
         Vector v = Vector(3, -4, 12) * std::pow(10.0, exponent);
         const Normal n(v);
@@ -244,7 +244,7 @@ TEST(Cylinder, IsHitTwiceOnceOrNever)
         if (!near) continue;
         EXPECT_LT(t[0], t[1]);
         for (const double hit : t) EXPECT_NEAR(distance(line.eval(hit), axis), radius, 1e-8);
-        // A line along the axis, which rounding may not let look quite so, meets nothing.
+        // A line along the axis, even if rounding makes it look slightly askew, meets nothing.
         const ParamLine along(random.point(), axis.direction * random.real(0.3, 3));
         ASSERT_EQ(intersectCylinder(along, axis, radius, t), 0);
     }
@@ -297,7 +297,7 @@ TEST(Segments, MeetAsExactArithmeticSays)
             ASSERT_NEAR(t, std::max(0.0, earliest), 1e-12);
         }
 
-        // The ray from the first point through the second meets the second segment at the latest there.
+        // The ray from the first point through the second meets the second segment there at the latest.
         ASSERT_TRUE(doesRayIntersectLineSegment(p[0], first, p[2], p[3], ray, segment, parallel, perpendicular2Tol));
         ASSERT_NEAR(ray, t, 1e-12);
         ASSERT_TRUE(segment >= 0 && segment <= 1 && equivalent(p[2] + second * segment, meeting, 1e-12));

@@ -90,7 +90,7 @@ TEST(CompactMesh, CopiesAssignsAndSwapsAllItHoldsButNoListeners)
     EXPECT_FALSE(b.getAttributes("heat")->isStoreable() || copy.getAttributes("heat")->isStoreable());
     copy.getVertices()[0].set(77, 0, 0);
     EXPECT_TRUE(snapshot(b) == first);
-    EXPECT_TRUE(heardA.changes().empty()); // nobody is told
+    EXPECT_TRUE(heardA.changes().empty()); // no listener is notified
     for (CompactMesh* mesh : {&a, &copy}) {
         MeshModification change(mesh, MeshModification::AttributesChanged);
         mesh->modified(change);
@@ -98,7 +98,7 @@ TEST(CompactMesh, CopiesAssignsAndSwapsAllItHoldsButNoListeners)
     EXPECT_TRUE(heardA.changes().size() == 1 && heardB.changes().empty());
 }
 
-/// Something of everything that changes arrays.
+/// A little of everything that changes arrays.
 Snapshot workOn(CompactMesh& mesh)
 {
     fillMesh(mesh, 4);
@@ -160,7 +160,7 @@ TEST(Attributes, AreFoundByNameAndNumber)
     EXPECT_EQ(mesh.allocAttributes("heat", 3)->getNumComponents(), 3); // another shape replaces it
     EXPECT_EQ(mesh.getNumAttributes(), 2);
 
-    // The channels with functions of their own are attributes too.
+    // The channels that have their own functions are attributes too.
     mesh.allocAttributes(PointMesh::NormalsName, 3);
     EXPECT_TRUE(mesh.getNormals());
     mesh.allocSTArray();
@@ -185,7 +185,7 @@ TEST(Modified, DropsWhatTheFlagsDoNotKeep)
     const struct
     {
         M::Channel channel;
-        bool ofGeometry; // goes when vertices move
+        bool ofGeometry; // is dropped when vertices move
         void (M::*modified)();
         void (M::*valid)();
         bool (*present)(const CompactMesh&);

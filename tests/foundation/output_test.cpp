@@ -55,7 +55,7 @@ TEST(StopWatch, GathersOnlyWhileItRuns)
     EXPECT_EQ(watch.stop(), stopped);
     EXPECT_GE(watch.start(), stopped);
     EXPECT_GE(watch.clear(), stopped);
-    EXPECT_EQ(watch.stop(), 0); // stands still, emptied
+    EXPECT_EQ(watch.stop(), 0); // paused, and back at 0
 }
 
 } // namespace

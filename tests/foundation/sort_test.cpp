@@ -61,7 +61,7 @@ TEST(BoundedSort, SortsAnyShapeOfInput)
     }
 }
 
-/// Decides the order while it is asked, so that every pivot turns out a bad one (McIlroy, "A Killer Adversary for
+/// Decides the order while it is being asked, so that every pivot turns out a bad one (McIlroy, "A Killer Adversary for
 /// Quicksort", 1999).
 struct Adversary
 {

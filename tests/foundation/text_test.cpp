@@ -9,7 +9,7 @@ namespace {
 
 using namespace znString;
 
-TEST(CString, TellsNullFromEmpty)
+TEST(CString, DistinguishesNullFromEmpty)
 {
     CString never, from(static_cast<const char*>(nullptr)), empty("");
     EXPECT_TRUE(never.isNull() && from.isNull() && never.isEmpty() && CString(never).isNull());

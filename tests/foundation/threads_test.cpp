@@ -81,7 +81,7 @@ struct Pools : testing::TestWithParam<int>
 };
 INSTANTIATE_TEST_SUITE_P(OfSizes, Pools, testing::Values(1, 2, 7));
 
-/// Runs a loop and a chunk loop, each so many times.
+/// Runs a loop and a chunk loop, each `rounds` times.
 void runBoth(ThreadPool& pool, int rounds = 1)
 {
     CheckedLoop loop;
@@ -198,7 +198,7 @@ TEST(Progress, ChildrenFillTheirShares)
     grandchild.set(1.0);
     EXPECT_DOUBLE_EQ(child.get(), 0.5);
     EXPECT_DOUBLE_EQ(root.get(), 0.625);
-    root.subPhase(0.25, other); // begins behind the shares before it, however far they came
+    root.subPhase(0.25, other); // begins after the shares before it, however far they got
     other.set(0.5);
     EXPECT_DOUBLE_EQ(root.get(), 0.875);
     for (const auto& [given, kept] :
@@ -227,7 +227,7 @@ TEST(Progress, SharesBeginWhereASetPutIt)
     EXPECT_EQ(root.get(), 0.25);
 }
 
-TEST(Progress, IsToldAndCancelledAtTheRoot)
+TEST(Progress, IsReportedAndCancelledAtTheRoot)
 {
     Progress root, child, grandchild;
     std::vector<std::pair<double, std::string>> seen;
@@ -250,7 +250,7 @@ TEST(Progress, IsToldAndCancelledAtTheRoot)
     EXPECT_EQ(root.get(), 0.5); // the shares begin anew as well
 }
 
-/// Works through its slice and looks up at every item.
+/// Works through its slice, reporting and checking for a cancel at every item.
 struct LongLoop : ThreadedAlg
 {
     LongLoop(int number, Progress& progress) : count(number) { setProgress(&progress); }
@@ -265,7 +265,7 @@ struct LongLoop : ThreadedAlg
     std::vector<int> done;
 };
 
-TEST_P(Pools, TellTheProgressOfTheirBodies)
+TEST_P(Pools, ReportTheProgressOfTheirBodies)
 {
     Progress progress;
     double last = 0;

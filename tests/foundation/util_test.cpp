@@ -68,7 +68,7 @@ TEST(CircularRange, PairsBehaveAsSetsDo)
                 for (int i = -cycle; i < 2 * cycle; ++i) ASSERT_EQ(a.contains(i), bool(ma >> (i + cycle) % cycle & 1));
                 ASSERT_EQ(a.contains(b), (mb & ~ma) == 0);
 
-                // What is common may be two arcs: then the one met first from the begin of `a`.
+                // The common part may be two arcs: then the one met first from the begin of `a` counts.
                 const auto common = arcsOf(ma & mb, a.begin(), cycle);
                 ASSERT_EQ(maskOf(a.intersect(b)), common.empty() ? 0 : common[0]);
 
@@ -84,7 +84,7 @@ TEST(CircularRange, PairsBehaveAsSetsDo)
                 zn::vector<CircularRange> rest{a};
                 subtract(rest, b);
                 ASSERT_EQ(maskOf(rest), ma & ~mb);
-                int reached = 0; // behind the begin of `a`
+                int reached = 0; // after the begin of `a`
                 for (const CircularRange& piece : rest) {
                     const int offset = (piece.begin() - a.begin() + cycle) % cycle;
                     ASSERT_GE(offset, reached);

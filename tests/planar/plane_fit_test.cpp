@@ -33,7 +33,7 @@ void expectFit(const Points& points, int rank, const Vector& direction)
 
 } // namespace
 
-TEST(PlaneFit, ranksAndNormals)
+TEST(PlaneFit, RanksAndNormals)
 {
     expectFit({{0, 0, 1}, {1, 0, 3}, {0, 1, 4}, {2, -1, 2}}, 2, {-2, -3, 1});
     expectFit({{7, 0, 0}, {7, 1, 0}, {7, 0, 2}, {7, 3, 3}}, 2, {1, 0, 0});
@@ -56,7 +56,7 @@ TEST(PlaneFit, ranksAndNormals)
     EXPECT_EQ(plane.point, Point(1, 2, 3));
 }
 
-TEST(PlaneFit, recognizing)
+TEST(PlaneFit, RecognisesPointsInOnePlane)
 {
     Plane plane(Point(1, 2, 3), Normal::x);
     const auto recognized = [&plane](const Points& points, double tolerance) {
@@ -77,7 +77,7 @@ TEST(PlaneFit, recognizing)
     EXPECT_TRUE(recognized({{1, 2, 3}, {2, 2, 3}, {5, 2, 3}, {9, 2, 3}}, 0)) << "a line lies in a plane";
 }
 
-TEST(PlaneFit, throughBothEndsOfACurve)
+TEST(PlaneFit, ThroughBothEndsOfACurve)
 {
     Plane plane;
     for (const Points& points : {Points{}, Points{{0, 0, 0}, {1, 0, 0}}, Points{{1, 1, 1}, {1, 5, 0}, {1, 1, 1}}}) {

@@ -6,7 +6,7 @@
 
 #include "tests/support/random.h"
 
-TEST(PointPolygonIntersect2D, countsEvenAndOddAndHoldsTheLowerLeft)
+TEST(PointPolygonIntersect2D, CountsEvenAndOddAndHoldsTheLowerLeft)
 {
     using znGeom::pointPolygonIntersect2D;
     const float square[] = {0, 0, 1, 0, 1, 1, 0, 1, 0, 0}, star[] = {0, 3, 2, -3, -3, 1, 3, 1, -2, -3, 0, 3};

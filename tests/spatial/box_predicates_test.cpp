@@ -43,7 +43,7 @@ const Frustum cube({{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}, {0, 0, 1}, {1, 0
 
 } // namespace
 
-TEST(BoxPredicates, trianglesAndSegmentsMeetBoxesAsClippingSays)
+TEST(BoxPredicates, TrianglesAndSegmentsMeetBoxesAsClippingSays)
 {
     znTest::Random random(1);
     int counts[2] = {};
@@ -66,7 +66,7 @@ TEST(BoxPredicates, trianglesAndSegmentsMeetBoxesAsClippingSays)
     EXPECT_TRUE(counts[0] > 5000 && counts[1] > 5000);
 }
 
-TEST(BoxPredicates, touchingCountsAndAHairBeyondDoesNot)
+TEST(BoxPredicates, TouchingCountsAndAHairBeyondDoesNot)
 {
     const PointFlt cases[][4] = {
         // three corners and the way off
@@ -99,7 +99,7 @@ TEST(BoxPredicates, touchingCountsAndAHairBeyondDoesNot)
         EXPECT_EQ(intersects(unit, Plane((slanted * at).asPoint(), slanted)), side);
 }
 
-TEST(Frustum, meetsBoxesAndSegmentsAsPlanesAndClippingSay)
+TEST(Frustum, MeetsBoxesAndSegmentsAsPlanesAndClippingSay)
 {
     constexpr int faces[6][4] = {{0, 1, 2, 3}, {4, 5, 6, 7}, {0, 1, 5, 4}, {1, 2, 6, 5}, {2, 3, 7, 6}, {3, 0, 4, 7}};
     znTest::Random random(3);
@@ -147,7 +147,7 @@ TEST(Frustum, meetsBoxesAndSegmentsAsPlanesAndClippingSay)
 /// A segment that runs through two faces is answered with the face that comes first in the table of the hull, whichever
 /// way it runs. The far cap and the side of corners 2 and 3 are wound against the others, so that with back sides
 /// hidden two of the directions see nothing.
-TEST(Frustum, touchingAndARaisedCullDistanceThatHidesTheHullFromSomeSides)
+TEST(Frustum, TouchingAndARaisedCullDistanceThatHidesTheHullFromSomeSides)
 {
     constexpr float none = -1, faces[2][3][2] = {{{0, 0}, {0, 0}, {0, 0}}, {{1, 0}, {none, 0}, {none, 0}}};
     for (int number = 0; number < 12; ++number) {

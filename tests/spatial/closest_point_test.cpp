@@ -90,7 +90,7 @@ Found byVertices(const Indexed& on, const Point& query)
         for (int i = leaf.node->firstPoint; i < leaf.node->endPoint; ++i) {
             const int v = on.octree->pointIndices()[i];
             if (!(search.best2 > on.neighbourBoxes[size_t(v)].distance2(PointFlt(query)))) continue;
-            for (int j = 0; j < on.adjTris.numTris(v); ++j) search.test(on.adjTris.triIndices(v)[j]);
+            for (const int triangle : on.adjTris.around(v)) search.test(triangle);
         }
     }
     return search.found();
@@ -169,7 +169,7 @@ std::vector<Entry> walkPlainly(const Octree& octree, const PointFlt& query)
 
 } // namespace
 
-TEST(OctreeClosest, walksAsStatedAlsoAmongEqualDistances)
+TEST(OctreeClosest, WalksAsStatedAlsoAmongEqualDistances)
 {
     CompactMesh meshes[2];
     znTest::makeGrid(meshes[0], 17, 17);
@@ -193,7 +193,7 @@ TEST(OctreeClosest, walksAsStatedAlsoAmongEqualDistances)
         }
 }
 
-TEST(ClosestPoint, enginesEqualTheirPlainForms)
+TEST(ClosestPoint, EnginesEqualTheirPlainForms)
 {
     Random random(2);
     CompactMesh meshes[5]; // torus, scan, grid, a grid with all triangles twice, a torus of which much is no number
@@ -229,7 +229,7 @@ TEST(ClosestPoint, enginesEqualTheirPlainForms)
     }
 }
 
-TEST(ClosestPoint, limitsAndNothingToFind)
+TEST(ClosestPoint, LimitsAndNothingToFind)
 {
     CompactMesh sphere;
     znTest::makeSphere(sphere, 3);
@@ -251,7 +251,7 @@ TEST(ClosestPoint, limitsAndNothingToFind)
     }
 }
 
-TEST(ClosestPoint, nearestVertex)
+TEST(ClosestPoint, NearestVertex)
 {
     Random random(8);
     CompactMesh scan;
@@ -270,7 +270,7 @@ TEST(ClosestPoint, nearestVertex)
     EXPECT_TRUE(std::regex_match(log.lines().back(), std::regex("   meshClosestVertex: \\d+\\.\\d{6} s\n")));
 }
 
-TEST(ClosestPoint, fromARayLevelWithAPoint)
+TEST(ClosestPoint, FromARayLevelWithAPoint)
 {
     CompactMesh sphere;
     znTest::makeSphere(sphere, 4);
@@ -368,7 +368,7 @@ Point makeZooQuery(Random& random, const CompactMesh& mesh, int turn)
 
 /// Triangle, weights and distance are those of the plain walk, to the last bit: by the tree, by the instance that walks
 /// and then makes a tree for itself, and for all points at once.
-TEST(ClosestPoint, allWaysLeadToTheAnswersOfTheWalk)
+TEST(ClosestPoint, AllWaysLeadToTheAnswersOfTheWalk)
 {
     Random random(11);
     for (const CompactMesh& mesh : makeZoo(random)) {
@@ -398,7 +398,7 @@ TEST(ClosestPoint, allWaysLeadToTheAnswersOfTheWalk)
 }
 
 /// An octree whose box is wider than the mesh, a cube, or too small for it.
-TEST(ClosestPoint, theBoxOfTheOctreeDecidesWhatTheWalkFinds)
+TEST(ClosestPoint, TheBoxOfTheOctreeDecidesWhatTheWalkFinds)
 {
     Random random(5);
     CompactMesh mesh;
@@ -420,7 +420,7 @@ TEST(ClosestPoint, theBoxOfTheOctreeDecidesWhatTheWalkFinds)
     }
 }
 
-TEST(ClosestPoint, manyAtOnceTellOfTheirProgressAndCanBeStopped)
+TEST(ClosestPoint, ManyAtOnceReportTheirProgressAndCanBeStopped)
 {
     CompactMesh sphere;
     znTest::makeSphere(sphere, 4);
@@ -451,7 +451,7 @@ TEST(ClosestPoint, manyAtOnceTellOfTheirProgressAndCanBeStopped)
 }
 
 /// One triangle over a cloud of tiny ones spans leaves that have none of its vertices: its middle is found by them all.
-TEST(ClosestPoint, aLargeTriangleIsFoundInLeavesWithoutItsVertices)
+TEST(ClosestPoint, ALargeTriangleIsFoundInLeavesWithoutItsVertices)
 {
     CompactMesh mesh;
     znTest::makeSphere(mesh, 4, 0.5);

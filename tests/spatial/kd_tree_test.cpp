@@ -10,7 +10,7 @@
 using namespace znGeom;
 using namespace znLinear;
 
-TEST(KDTree, findsWhatALookAtEveryPointFinds)
+TEST(KDTree, FindsWhatALookAtEveryPointFinds)
 {
     znTest::Random random(1);
     for (const bool onGrid : {true, false}) {
@@ -43,7 +43,7 @@ TEST(KDTree, findsWhatALookAtEveryPointFinds)
     }
 }
 
-TEST(KDTree, sortedPointsMakeNoDeepTree)
+TEST(KDTree, SortedPointsMakeNoDeepTree)
 {
     constexpr int count = 100000;
     std::vector<PointFlt> points;

@@ -105,7 +105,7 @@ void expectTrees(const Points& points, const BoundingBox& box, int leafCapacity)
 } // namespace
 
 /// From 16384 points on the first levels are found in another way.
-TEST(Octree, followsTheRulesForAllKindsOfPointsAndBoxes)
+TEST(Octree, FollowsTheRulesForAllKindsOfPointsAndBoxes)
 {
     for (const Kind kind : {Scattered, Clustered, Flat, OnMiddles, WithNonsense, AllButOneEqual})
         for (const int count : {1, 1000, 16383, 16384}) {
@@ -129,7 +129,7 @@ TEST(Octree, followsTheRulesForAllKindsOfPointsAndBoxes)
         }
 }
 
-TEST(Octree, coincidentPointsAreOneLeafAndNoPointsAreNone)
+TEST(Octree, CoincidentPointsAreOneLeafAndNoPointsAreNone)
 {
     const BoundingBox box = boxOf({0, 0, 0}, {1, 1, 1});
     const Points points(1000000, PointFlt(0.25f, 0.25f, 0.25f)), two = makePoints(AllButOneEqual, 2);
@@ -145,7 +145,7 @@ TEST(Octree, coincidentPointsAreOneLeafAndNoPointsAreNone)
     EXPECT_TRUE(none.numTris(root.leafIndex) == 0 && none.firstTri(root.leafIndex) == nullptr);
 }
 
-TEST(Octree, childrenAreOrderedAlongADirectionAndNumberedAsCorners)
+TEST(Octree, ChildrenAreOrderedAlongADirectionAndNumberedAsCorners)
 {
     znTest::Random random(7);
     for (int round = 0; round < 2000; ++round) {

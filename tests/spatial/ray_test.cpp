@@ -32,7 +32,7 @@ constexpr Corners plain = {{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}};
 
 } // namespace
 
-TEST(RayTriangle, agreesWithPlaneAndAreas)
+TEST(RayTriangle, AgreesWithPlaneAndAreas)
 {
     znTest::Random random(1);
     int counts[2] = {};
@@ -65,7 +65,7 @@ TEST(RayTriangle, agreesWithPlaneAndAreas)
     EXPECT_TRUE(counts[0] > 5000 && counts[1] > 1000);
 }
 
-TEST(RayTriangle, frontsCountEverywhereBacksFromTheCullDistanceOnAndNeitherBelowTheDeterminant)
+TEST(RayTriangle, FrontsCountEverywhereBacksFromTheCullDistanceOnAndNeitherBelowTheDeterminant)
 {
     const double cases[][5] = {
         // cull distance, height of the origin, z of the direction, whether it is a hit, t
@@ -98,7 +98,7 @@ TEST(RayTriangle, frontsCountEverywhereBacksFromTheCullDistanceOnAndNeitherBelow
 
 /// Small numbers and powers of two: exact. Components of zero and rays in the planes of faces are frequent; such a face
 /// bounds nothing.
-TEST(Ray, meetsBoxesWithinAnInterval)
+TEST(Ray, MeetsBoxesWithinAnInterval)
 {
     znTest::Random random(3);
     constexpr double steps[] = {-2, -1, -0.5, -0.0, 0, 0, 0.5, 1, 4};
@@ -127,7 +127,7 @@ TEST(Ray, meetsBoxesWithinAnInterval)
     EXPECT_EQ(Ray({1, 2, 3}, {2, -3, -0.0}).inverseDirection, VectorFlt(0.5f, float(-1.0 / 3.0), -INFINITY));
 }
 
-TEST(Ray, keepsTheNearestTriangleItMet)
+TEST(Ray, KeepsTheNearestTriangleItMet)
 {
     const float close = epsilonTolFlt;
     const MeshVertex vertices[] = {{0, 0, 3}, {1, 0, 3},     {0, 1, 3},     {0, 0, 1},    {2, 0, 1},

@@ -86,7 +86,7 @@ BoundingBox makeBox(Random& random, const BoundingBox& around)
 } // namespace
 
 /// Along the direction of a view or a ray: near ones come first.
-TEST(OctreeTraversal, filteredIteratorsDeliverWhatPassesInOrder)
+TEST(OctreeTraversal, FilteredIteratorsDeliverWhatPassesInOrder)
 {
     const CompactMesh mesh = makeCloud();
     for (const int capacity : {1, 12, 1000000}) {
@@ -119,7 +119,7 @@ TEST(OctreeTraversal, filteredIteratorsDeliverWhatPassesInOrder)
 }
 
 /// Iterators hold what they are asked with; a tree that ends with the statement they refuse.
-TEST(OctreeTraversal, queriesMayBeTemporaryAndTreesMayNot)
+TEST(OctreeTraversal, QueriesMayBeTemporaryAndTreesMayNot)
 {
     const CompactMesh mesh = makeCloud();
     const zn::Reference<Octree> octree = makeOctree(mesh, 4);
@@ -137,7 +137,7 @@ TEST(OctreeTraversal, queriesMayBeTemporaryAndTreesMayNot)
                   !std::is_constructible_v<QuadtreeIntersectIt, Quadtree, const BoundingBox&>);
 }
 
-TEST(OctreeTraversal, allLeavesTheHighestChildFirst)
+TEST(OctreeTraversal, AllLeavesTheHighestChildFirst)
 {
     const CompactMesh mesh = makeCloud();
     for (const int capacity : {1, 9, 1000000}) {
@@ -157,7 +157,7 @@ TEST(OctreeTraversal, allLeavesTheHighestChildFirst)
     }
 }
 
-TEST(QuadtreeTraversal, deliversWhatPassesInChildOrder)
+TEST(QuadtreeTraversal, DeliversWhatPassesInChildOrder)
 {
     const CompactMesh mesh = makeCloud();
     QuadtreeIntersectIt it;

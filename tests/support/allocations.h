@@ -5,7 +5,7 @@ namespace znTest {
 
 /// How many blocks `operator new` has handed out so far, in all threads.
 long numAllocations();
-/// How many of them were not given back yet.
+/// How many of them have not been freed yet.
 long numLiveAllocations();
 
 } // namespace znTest

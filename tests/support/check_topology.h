@@ -11,14 +11,14 @@
 namespace znTest {
 
 /// Whether a mesh is whole: lists and counts, face cycles, twins, the `edge` of each vertex, handle order, and the
-/// walks round each vertex against the half-edges that leave it. Says what is wrong first. \param oppositeTwins  that
-/// the two halves of a pair run opposite ways, and not only between the same vertices
+/// walks round each vertex against the half-edges that leave it. Says what it finds wrong first. \param oppositeTwins
+/// that the two halves of a pair run opposite ways, and not only between the same vertices
 testing::AssertionResult checkTopology(const znGeom::TopoMesh& mesh, bool oppositeTwins = true);
 
 /// The triangles of a compact mesh, vertex by vertex and face by face; twins as `allocTriangle` finds them.
 void fill(znGeom::TopoMesh& mesh, const znGeom::CompactMesh& source);
 
-/// What a walk or a list meets, to be indexed.
+/// What a walk or a list visits, to be indexed.
 template <typename Handle, Handle (*Next)(Handle)>
 std::vector<Handle> listed(const znGeom::TopoRange<Handle, Next>& range)
 {

@@ -1,5 +1,5 @@
 /// An `ArrayAllocator` that keeps contents in a table of its own and moves a block whenever it is asked to write to it,
-/// so that a pointer which is kept too long reads what was never written.
+/// so that a pointer that is kept too long reads what was never written.
 #pragma once
 
 #include <algorithm>

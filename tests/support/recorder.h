@@ -1,4 +1,4 @@
-/// Recorders: what was printed, and what meshes told their listeners.
+/// Recorders: what was printed, and what meshes reported to their listeners.
 #pragma once
 
 #include <string>
@@ -19,7 +19,7 @@ public:
     LogRecorder(const LogRecorder&) = delete;
     LogRecorder& operator=(const LogRecorder&) = delete;
 
-    /// One entry per `print`, line ends included.
+    /// One entry per `print`, line endings included.
     const std::vector<std::string>& lines() const { return m_lines; }
     /// How many entries start with `beginning`.
     int count(const std::string& beginning) const;

@@ -1,5 +1,5 @@
 /// Meshes for tests, the same in every run. Each function replaces vertices and triangles of `mesh`, drops everything
-/// else, and tells nobody. Closed shapes face outward; flat ones lie in z = 0 and face +z.
+/// else, and notifies no listener. Closed shapes face outward; flat ones lie in z = 0 and face +z.
 #pragma once
 
 #include <cstdint>

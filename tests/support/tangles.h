@@ -19,7 +19,7 @@ inline znGeom::CompactMesh makeMesh(int numVertices, const std::vector<std::arra
     return mesh;
 }
 
-/// In turn: a tangle of triangles among few vertices, degenerate, doubled and non-manifold ones among them, the last
+/// By turns: a tangle of triangles among few vertices, degenerate, doubled and non-manifold ones among them, the last
 /// vertices unused; a torus with holes; loose triangles.
 inline znGeom::CompactMesh makeAnyMesh(Random& random, int round)
 {

@@ -1,4 +1,4 @@
-/// Log lines that end with a time which no run repeats.
+/// Log lines that end with a time, which no run repeats.
 #pragma once
 
 #include <regex>

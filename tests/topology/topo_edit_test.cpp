@@ -153,7 +153,7 @@ TEST(TopoEdit, DeletingAVertexLeavesItsRing)
         for (size_t i = 0; i < ring.size(); ++i) EXPECT_TRUE(ring[i]->face == face && ring[i]->twin == outer[i]);
         EXPECT_TRUE(checkTopology(grid.mesh));
     }
-    // A vertex put into a triangle and taken out again leaves the triangle, in a new record, behind its old sides.
+    // A vertex put into a triangle and taken out again leaves the triangle, in a new record, within its old sides.
     Grid grid(3, 3);
     const TopoMeshFace f = grid.mesh.firstFace();
     const auto sides = listed(sidesOf(f));
@@ -164,7 +164,7 @@ TEST(TopoEdit, DeletingAVertexLeavesItsRing)
     for (const auto side : sides) EXPECT_EQ(side->face, back);
     EXPECT_EQ(back.numVertices(), 3);
 
-    // The tip of a spike goes with its face.
+    // The tip of a spike is removed with its face.
     TopoMesh spike;
     const auto a = spike.allocVertex({}), b = spike.allocVertex({1, 0, 0}), c = spike.allocVertex({0, 1, 0});
     spike.allocTriangle(a, b, c);
@@ -238,7 +238,7 @@ TEST(TopoEdit, SplitsKeepTheSideOfTheirHalfEdgeAndMergesUndoThem)
     EXPECT_TRUE(!e->twin && !t->twin && e->origin == a && e->next->origin == b);
     EXPECT_TRUE(checkTopology(strip.mesh));
     EXPECT_TRUE(t->origin != b && t->origin->point == b->point && strip.mesh.numVertices() == vertices + 2);
-    strip.mesh.splitEdge(e); // on a boundary half-edge nothing
+    strip.mesh.splitEdge(e); // does nothing on a boundary half-edge
     strip.mesh.mergeVertices(e, t);
     EXPECT_TRUE(strip.mesh.numVertices() == vertices && linksOf(strip.mesh) == before);
     EXPECT_TRUE(checkTopology(strip.mesh));
@@ -261,7 +261,7 @@ TEST(TopoEdit, SplitsKeepTheSideOfTheirHalfEdgeAndMergesUndoThem)
 
 TEST(TopoEdit, VerticesWhereFansOnlyTouchMergeWhole)
 {
-    // Two triangles that share one vertex, which goes: both must follow.
+    // Two triangles that share one vertex, which is removed: both must follow.
     TopoMesh mesh;
     std::vector<TopoMeshVertex> v;
     for (int i = 0; i < 8; ++i) v.push_back(mesh.allocVertex({double(i), 0, 0}));

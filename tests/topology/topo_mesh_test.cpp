@@ -223,7 +223,7 @@ TEST(TopoMesh, FansThatTouchAreAllSeen)
         for (const auto v : rim) EXPECT_TRUE(centre.adjacent(v) && areJoined(v, centre) && areJoined(centre, v));
         EXPECT_TRUE(TopoMesh::findEdge(centre, rim[1]) && TopoMesh::findEdge(centre, rim[5]));
     }
-    // All go with the vertex, one ring is closed.
+    // All are removed with the vertex, and one ring is closed.
     const TopoMeshFace face = mesh.deleteVertex(centre);
     EXPECT_TRUE(face && mesh.numFaces() == 1);
     EXPECT_TRUE(checkTopology(mesh));

@@ -1,5 +1,5 @@
 // Random sequences of every operation. Tame ones keep to what leaves a simple surface, judged here by brute force over
-// faces; wild ones ask for anything, on meshes that are no surfaces. The mesh must be whole after every step.
+// faces; wild ones ask for anything, on meshes that are not surfaces. The mesh must be whole after every step.
 #include <algorithm>
 #include <set>
 #include <vector>
@@ -74,7 +74,7 @@ private:
     TopoMeshFace anyFace() { return any(listed(facesOf(mesh))); }
     TopoMeshVertex anyVertex() { return any(listed(verticesOf(mesh))); }
     static bool holds(TopoMeshFace f, TopoMeshVertex v) { return static_cast<bool>(f.adjacent(v)); }
-    /// A face, or a vertex ring, that meets itself is left alone by who asks for a simple one.
+    /// A face, or a vertex ring, that meets itself is left alone by operations that want a simple one.
     bool distinct(const std::vector<TopoMeshVertex>& vertices) const
     {
         return wild || VertexSet(vertices.begin(), vertices.end()).size() == vertices.size();
@@ -88,7 +88,7 @@ private:
         }
         return found;
     }
-    /// Whether two vertices may become one although only the given faces know both.
+    /// Whether two vertices may become one: no face but the given ones has both.
     bool canMeet(TopoMeshVertex a, TopoMeshVertex b, std::initializer_list<TopoMeshFace> common) const
     {
         if (wild) return true;
@@ -262,7 +262,7 @@ private:
     bool twin()
     {
         if (wild) return meshTwin(mesh), true;
-        // Opposite halves only: the rest of the checks wants them so.
+        // Opposite halves only: the other checks expect them that way.
         for (const TopoMeshEdge e : edgesOf(mesh)) {
             const TopoMeshEdge back = TopoMesh::findEdge(endOf(e), e->origin);
             if (!e->twin && back && !back->twin && back->face != e->face) return mesh.setTwins(e, back), true;
@@ -285,7 +285,7 @@ void run(const CompactMesh& start, int seeds, int steps, bool wild = false)
     EXPECT_GT(done, seeds * steps / 4); // most of what is drawn can be done
 }
 
-/// Meshes that are no surfaces, or only just: by what is odd about them.
+/// Meshes that are not surfaces, or only just, each with its own oddity.
 std::vector<CompactMesh> makeOddities()
 {
     const std::vector<std::vector<MeshTriangle>> oddities = {

@@ -38,7 +38,7 @@ MallocBlock allocateInts(size_t count)
     return block;
 }
 
-/// Gives back what lies behind the first `count` numbers.
+/// Frees everything after the first `count` numbers.
 void cutInts(MallocBlock& block, size_t count)
 {
     void* cut = std::realloc(block.get(), std::max<size_t>(count, 1) * sizeof(int));
@@ -47,8 +47,8 @@ void cutInts(MallocBlock& block, size_t count)
     block.reset(static_cast<int*>(cut));
 }
 
-/// How many triangles ahead the corners, and how many ahead their stamps, are asked for: meshes whose triangles lie in
-/// no order would otherwise wait for memory at every corner.
+/// How many triangles ahead the corners, and how many ahead their stamps, are prefetched: meshes whose triangles are in
+/// no particular order would otherwise wait for memory at every corner.
 constexpr int cornersAhead = 48, stampsAhead = 24;
 
 /// Writes the record of each vertex, its neighbour count and then the neighbours, one after the other.
@@ -60,7 +60,7 @@ public:
           m_numTris(adjTris.table().elements.size()), m_stamps(mesh.getNumVertices())
     {}
 
-    /// \param record  room for the largest record that a vertex of so many triangles can have, and one more
+    /// \param record  room for the largest record that a vertex of `numTris` triangles can have, and one more
     /// \return the end of the record
     int* write(int vertex, int firstTri, int numTris, int* record)
     {
@@ -71,7 +71,7 @@ public:
             prefetchFrom(i);
             const int* corners = cornersOf(i);
             for (int corner = 0; corner < 3; ++corner) {
-                // Written in any case and kept by moving on: a test here would be mispredicted half the time.
+                // Always written, and kept by moving on: a test here would be mispredicted half the time.
                 *next = corners[corner];
                 next += m_stamps.mark(corners[corner], stamp);
             }

@@ -26,8 +26,8 @@ bool isLinearIdentity(const AffineMatrix& matrix)
     return matrix.row(0) == Vector::x && matrix.row(1) == Vector::y && matrix.row(2) == Vector::z;
 }
 
-/// The sum of `area(triangle)` over the triangles, in a fixed pattern: four sums take turns, so that one need not wait
-/// for the other, and are added in order at the end.
+/// The sum of `area(triangle)` over the triangles, in a fixed pattern: four sums take turns, so that none need wait for
+/// another, and are added in order at the end.
 template <typename Area>
 inline double sumOf(const MeshTriangle* triangles, int count, const Area& area)
 {
@@ -61,8 +61,7 @@ double doubleArea(const MeshVertex* vertices, const MeshTriangle& triangle)
 /// Four numbers that are worked on at once.
 using Double4 = double __attribute__((vector_size(32)));
 
-/// A vertex in three places; the fourth number is any number. Arrays of vertices have room for one more behind the
-/// last.
+/// A vertex in three places; the fourth number is arbitrary. Arrays of vertices have room for one more after the last.
 inline void load(const MeshVertex& vertex, Double4& result)
 {
     const float* from = &vertex.x;
@@ -71,7 +70,8 @@ inline void load(const MeshVertex& vertex, Double4& result)
     std::memcpy(&result, wide, sizeof result);
 }
 
-/// The squares of z, x and y, in this order, of the vector that stands on a triangle and is twice as long as its area.
+/// The squares of z, x and y, in this order, of the vector at right angles to a triangle whose length is twice the
+/// triangle's area.
 inline void squareNormal(const MeshVertex* vertices, const MeshTriangle& triangle, Double4& squares)
 {
     Double4 origin, first, second;
@@ -99,7 +99,7 @@ inline void lengthsOf(const Double4 (&squares)[4], Double4& lengths)
     for (int i = 0; i < 4; ++i) lengths[i] = std::sqrt(lengths[i]);
 }
 
-/// Twice the area of consecutive triangles as they stand: to the last bit the sum that `sumOf` makes of `doubleArea`.
+/// Twice the area of consecutive triangles as they stand: to the last bit what `sumOf` makes of `doubleArea`.
 ZNGEOM_CLONES double doubleAreaInSpace(const MeshVertex* vertices, const MeshTriangle* triangles, int count)
 {
     Double4 sums{};
@@ -115,7 +115,7 @@ ZNGEOM_CLONES double doubleAreaInSpace(const MeshVertex* vertices, const MeshTri
     return sum;
 }
 
-/// The same under a matrix. Edges are transformed and not points: what lies far from the origin loses no digits to the
+/// The same under a matrix. Edges are transformed and not points: a mesh far from the origin loses no digits to the
 /// translation.
 double doubleAreaPlaced(const AffineMatrix& matrix, const MeshVertex* vertices, const MeshTriangle* triangles,
                         int count)

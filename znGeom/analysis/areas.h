@@ -1,9 +1,9 @@
 /// Surface area of meshes and placements, in space and in texture coordinates.
 ///
-/// Channel 0 measures the surface in space, 2 and 3 measure it in the plane of the UVs and STs. On any other channel,
-/// and on a texture channel that the mesh does not have, the area is 0. All run on the threads of the process-wide
-/// pool, linear in triangles; each thread adds up its slice in `double`, so that the last bits follow the number of
-/// threads before they are rounded to `float`.
+/// Channel 0 measures the surface in space, 2 and 3 measure it in the plane of the UVs and STs. For any other channel,
+/// and for a texture channel that the mesh does not have, the area is 0. All run on the threads of the process-wide
+/// pool, linear in triangles; each thread adds up its slice in `double`, so that the last bits depend on the number of
+/// threads until they are rounded to `float`.
 #pragma once
 
 #include "znGeom/foundation/containers/list.h"
@@ -15,13 +15,13 @@ namespace znGeom {
 /// The area of a mesh as it stands.
 ZNGEOM_API float meshArea(const CompactMesh& mesh, MeshChannel channel);
 
-/// The area of a placed mesh; 0 without a mesh. Texture areas know nothing of the placement's matrix.
+/// The area of a placed mesh; 0 without a mesh. Texture areas ignore the placement's matrix.
 ZNGEOM_API float meshArea(const MeshPlacement& placement, MeshChannel channel);
 
 /// The area of an arrangement, and each placement's part in it.
 ///
-/// \param fractions  replaced: per placement its area divided by the total. Where the total is below `epsilonTolFlt`
-///                   the areas themselves; empty on a channel that has no area
+/// \param fractions  replaced: for each placement its area divided by the total, or, where the total is below
+///                   `epsilonTolFlt`, the area itself; empty for a channel that has no area
 /// \return the total; 0 where it is below `epsilonTolFlt`
 ZNGEOM_API float meshArea(const zn::list<MeshPlacement>& placements, MeshChannel channel, zn::vector<float>& fractions);
 

@@ -13,8 +13,8 @@ namespace znGeom {
 
 namespace {
 
-/// The corners of the triangles, 3 * triangle + corner, in fans: those at one vertex whose triangles hang together over
-/// edges there, as far as these were joined.
+/// The corners of the triangles, 3 * triangle + corner, in fans: those at one vertex whose triangles are connected
+/// across edges there, as far as these have been joined.
 class CornerFans
 {
 public:
@@ -61,7 +61,7 @@ public:
 
     /// A side of each edge.
     const zn::vector<int>& sides() const { return m_sides; }
-    /// Whether an edge has an end there. Fans elsewhere are of no interest.
+    /// Whether the edge with these sides has an end on the border. Fans elsewhere are of no interest.
     bool touches(std::span<const int> sides) const
     {
         return m_vertices[m_corners[sides.front()]] || m_vertices[m_corners[cornerAtSideEnd(sides.front())]];
@@ -91,7 +91,8 @@ public:
 
     void trace()
     {
-        // What doesn't close begins where an odd number of edges are left; begun elsewhere it would come out in pieces.
+        // A path that doesn't close begins where an odd number of edges is left; begun elsewhere it would come out in
+        // pieces.
         walkFromEnds([this](int end) { return m_odd[m_fanOf[end]]; });
         walkFromEnds([](int) { return true; });
     }
@@ -131,7 +132,7 @@ private:
         m_closed.append(closed);
     }
 
-    /// An end there of a side that no loop has yet; -1 if there is none.
+    /// An end at this fan of a side that is in no loop yet; -1 if there is none.
     int unusedAt(int fan)
     {
         int& end = m_first[fan];
@@ -149,12 +150,12 @@ private:
     zn::vector<bool> m_closed;
 };
 
-/// The numbers of the loops in the order in which they are told.
+/// The numbers of the loops in the order in which they are reported.
 zn::vector<int> orderLoops(const MeshBoundaries& loops, const zn::vector<double>& lengths)
 {
     zn::vector<std::pair<double, int>> keys(loops.size());
     for (int i = 0; i < loops.size(); ++i)
-        // What is not a number would break the order.
+        // NaNs would break the order.
         keys[i] = {std::isfinite(lengths[i]) ? -lengths[i] : 1.0,
                    *std::min_element(loops.getStart(i), loops.getEnd(i))};
     zn::vector<int> order(loops.size());

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <span>
+#include <utility>
 
 #include "znGeom/analysis/edge_sides.h"
 #include "znGeom/analysis/mesh_sequence.h"
@@ -56,11 +57,11 @@ private:
 /// \return false after a cancel
 ///
 /// How triangles are wound plays no part, so that the border of a one-sided surface is found as well. Two borders that
-/// touch at a vertex are two loops: walks go on within the triangles that hang together over edges at the vertex. On a
-/// manifold and consistently wound surface loops run as its triangles do, the surface on their left.
+/// touch at a vertex are two loops: walks continue within the triangles that are connected across edges at the vertex.
+/// On a manifold and consistently wound surface loops run as its triangles do, the surface on their left.
 /// `meshComputeBoundary` walks from vertex to vertex instead: it needs such a surface, and cuts loops that touch.
 ///
-/// As good as linear, n log n in the loops; on the calling thread.
+/// Practically linear, n log n in the loops; on the calling thread.
 ZNGEOM_API bool meshBorderLoops(const CompactMesh& mesh, const MeshEdgeSides& sides, znUtil::Progress& progress,
                                 MeshBorderLoops& result);
 inline void meshBorderLoops(const CompactMesh& mesh, const MeshEdgeSides& sides, MeshBorderLoops& result)

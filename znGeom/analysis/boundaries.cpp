@@ -6,12 +6,13 @@ namespace znGeom {
 
 namespace {
 
-/// Whether a triangle that `counts` has the directed edge.
+/// Whether any triangle for which `counts` is true has the directed edge.
 template <typename Counts>
 bool anyHasDirectedEdge(const MeshTriangle* triangles, const MeshAdjTris& adjTris, int from, int to,
                         const Counts& counts)
 {
-    // Such a triangle is in the sets of both ends. The rim of a large fan would otherwise search its hub at each step.
+    // Such a triangle is in the sets of both ends: search the smaller one. Walking the rim of a large fan would
+    // otherwise search its hub at each step.
     const int end = adjTris.numTris(to) < adjTris.numTris(from) ? to : from;
     for (const int triangle : adjTris.around(end))
         if (counts(triangle) && hasDirectedEdge(triangles[triangle], from, to)) return true;
@@ -123,8 +124,9 @@ void meshComputeBoundary(const CompactMesh& mesh, const MeshAdjTris& adjTris, co
     const int numVertices = mesh.getNumVertices();
     const BitVector border = findBorderVertices(numVertices, adjTris, adjVertices);
 
-    // A step ends at a border vertex, so only the neighbours of these can begin a walk; whether the beginning itself
-    // is one plays no part. All others would be visited in vain: a walk that comes to one of them ends there anyway.
+    // A step ends at a border vertex, so only the neighbours of border vertices can begin a walk; whether the beginning
+    // itself is one plays no part. All others would be visited in vain: a walk that comes to one of them ends there
+    // anyway.
     BitVector starts(numVertices);
     forEachSetBit(border, [&](int v) { starts.setBits(adjVertices.numNeighbours(v), adjVertices.neighbours(v)); });
 

@@ -1,8 +1,9 @@
 /// The open borders of a mesh, or of a part of it, as vertex loops.
 ///
-/// A border edge is a directed edge of a triangle, from one corner to the next, that no triangle runs the other way.
-/// Borders are walked in the direction of these edges, so the surface lies to the left. Derived objects are passed in
-/// and trusted to belong to the mesh beside them; nothing fails. All run on the calling thread and only read the mesh.
+/// A border edge is a directed edge of a triangle, from one corner to the next, that no triangle has the other way
+/// round. Borders are walked in the direction of these edges, so the surface lies to the left. Derived objects are
+/// passed in and trusted to belong to the mesh beside them; nothing fails. All run on the calling thread and only read
+/// the mesh.
 #pragma once
 
 #include "znGeom/analysis/mesh_sequence.h"
@@ -17,14 +18,14 @@ namespace znGeom {
 /// \param result                replaced: the loops in order of their lowest vertices, each beginning with it; the
 ///                              first vertex is not repeated at the end. None for a closed mesh
 ///
-/// Walks start at unvisited vertices in ascending order and end at a vertex that was visited. Each vertex thus stands
-/// in one loop at most: of two borders that touch at a vertex only the first has it, and the second is cut there and
-/// may come out in pieces. Which way a walk takes at such a vertex follows the order of its triangles. A walk that
-/// comes to a vertex where no border edge goes on does not list that vertex. An edge is looked at only where its end
+/// Walks start at unvisited vertices in ascending order and end at a vertex that was visited. Each vertex is thus in
+/// one loop at most: of two borders that touch at a vertex only the first has it, and the second is cut there and may
+/// come out in pieces. Which way a walk takes at such a vertex depends on the order of its triangles. A walk that comes
+/// to a vertex from which no border edge leads on does not list that vertex. An edge is considered only where its end
 /// has more neighbours than triangles, or fewer: on a surface that is not manifold, or not wound consistently, a border
-/// edge to a vertex with as many of both stays unseen.
+/// edge to a vertex with equal numbers of both goes unnoticed.
 ///
-/// Reads the counts of each vertex once, and is linear in the border beside that.
+/// Reads the counts of each vertex once, and apart from that is linear in the border.
 ZNGEOM_API void meshComputeBoundary(const CompactMesh& mesh, const MeshAdjTris& adjTris,
                                     const MeshAdjVertices& adjVertices, MeshBoundaries& result);
 
@@ -32,11 +33,11 @@ ZNGEOM_API void meshComputeBoundary(const CompactMesh& mesh, const MeshAdjTris& 
 ///
 /// \param subset           its vertices are where walks start, in the order of its list
 /// \param region           the number of the region
-/// \param vertexRegions    per vertex of the mesh the regions that it belongs to, as `meshVertSubsetMembership` finds
-///                         them
+/// \param vertexRegions    for each vertex of the mesh the regions that it belongs to, as `meshVertSubsetMembership`
+///                         finds them
 /// \param triangleRegions  the region of each triangle, as `meshTriSubsetMembership` finds it
-/// \param result           replaced, as in `meshComputeBoundary`; a loop begins with the vertex of it that comes first
-///                         in the list
+/// \param result           replaced, as in `meshComputeBoundary`; a loop begins with whichever of its vertices comes
+///                         first in the list
 ///
 /// Only triangles of the region count, and a vertex in more than one region counts as a border vertex: the seams
 /// between regions are walked like borders. Linear in the triangles around the subset's vertices.
@@ -45,7 +46,7 @@ ZNGEOM_API void meshComputeSubsetBoundary(const CompactMesh& mesh, const MeshSub
                                           const ArrayOfSets& vertexRegions, const Remap& triangleRegions,
                                           MeshBoundaries& result);
 
-/// The steps from which borders are found, for algorithms that walk by themselves.
+/// The steps from which borders are found, for algorithms that do their own walking.
 namespace Boundary {
 
 /// Takes one step along a border.

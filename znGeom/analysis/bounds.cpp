@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "znGeom/foundation/mesh/triangle_box.h"
 #include "znGeom/foundation/output/debug_channel.h"
 #include "znGeom/foundation/output/stop_watch.h"
 #include "znGeom/foundation/threads/parallel_reduce.h"
@@ -68,7 +69,7 @@ void meshBoundingBox(const PointMesh& mesh, const BitVector* selection, Bounding
         ThreadPool::get(), mesh.getNumVertices(), BoundingBox(),
         [=](Slice slice) { return selection ? boxOfSelected(vertices, *selection, slice) : boxOfAll(vertices, slice); },
         [](BoundingBox& all, const BoundingBox& part) { all.extend(part); });
-    // Where vertices have zeros of both signs, which one came first would depend on the number of threads.
+    // Where vertices have zeros of both signs, which of the two comes first would depend on the number of threads.
     for (float* side : {&box.minX, &box.minY, &box.minZ, &box.maxX, &box.maxY, &box.maxZ}) *side += 0.0f;
     debugChannel().print("meshBoundingBox: %d vertices  %f s\n", mesh.getNumVertices(), watch.stop());
 }
@@ -97,13 +98,12 @@ void arrangementBoundingBox(const zn::list<MeshPlacement>& placements, BoundingB
 
 void meshTriBoundingBox(const MeshVertex* vertices, const MeshTriangle& triangle, BoundingBox& box)
 {
-    box.setInvalid();
-    for (const int corner : triangle.corners) box.extend(vertices[corner].asPointFlt());
+    box = boxAround(vertices, triangle);
 }
 
 void meshTriBoundingBoxes(const MeshVertex* vertices, const MeshTriangle* triangles, int count, BoundingBox* boxes)
 {
-    for (int i = 0; i < count; ++i) meshTriBoundingBox(vertices, triangles[i], boxes[i]);
+    for (int i = 0; i < count; ++i) boxes[i] = boxAround(vertices, triangles[i]);
 }
 
 void meshComputeNeighbourBBoxes(const CompactMesh& mesh, const MeshAdjTris& adjTris, BoundingBox* perVertex)
@@ -111,14 +111,7 @@ void meshComputeNeighbourBBoxes(const CompactMesh& mesh, const MeshAdjTris& adjT
     const MeshVertex* vertices = mesh.getVertices();
     const MeshTriangle* triangles = mesh.getTriangles();
     znUtil::parallelFor(ThreadPool::get(), mesh.getNumVertices(), [&](Slice slice, int) {
-        for (int v = slice.begin; v < slice.end; ++v) {
-            const int* around = adjTris.triIndices(v);
-            const int count = adjTris.numTris(v);
-            BoundingBox box;
-            for (int i = 0; i < count; ++i)
-                for (const int corner : triangles[around[i]].corners) box.extend(vertices[corner].asPointFlt());
-            perVertex[v] = box;
-        }
+        for (int v = slice.begin; v < slice.end; ++v) perVertex[v] = boxAround(vertices, triangles, adjTris.around(v));
     });
 }
 

@@ -1,7 +1,7 @@
 /// Bounding boxes of meshes, arrangements, triangles and neighbourhoods.
 ///
-/// Boxes are replaced and never extended from what they held. Where there is nothing to bound the result is the
-/// invalid box; a coordinate that is not a number bounds nothing.
+/// Boxes are replaced, whatever they held before. Where there is nothing to bound the result is the invalid box; a NaN
+/// coordinate bounds nothing.
 #pragma once
 
 #include "znGeom/foundation/containers/list.h"
@@ -11,13 +11,13 @@
 
 namespace znGeom {
 
-/// The box of all vertices, those among them that no triangle uses. A side at 0 is +0, also where all vertices there
-/// have -0. Linear; on all threads, as all of this name.
+/// The box of all vertices, including those that no triangle uses. A side at 0 is +0, also where all vertices there
+/// have -0. Linear; on all threads, as are all functions of this name.
 ZNGEOM_API void meshBoundingBox(const PointMesh& mesh, BoundingBox& box);
 
 /// The box of selected vertices.
 ///
-/// \param selection  null takes all vertices; members beyond the last vertex are not looked at
+/// \param selection  null takes all vertices; members beyond the last vertex are ignored
 ZNGEOM_API void meshBoundingBox(const PointMesh& mesh, const BitVector* selection, BoundingBox& box);
 
 /// The corners of the box of all vertices.

@@ -10,7 +10,7 @@ namespace znGeom {
 
 namespace {
 
-/// Per vertex the number of its edges; -1 where no triangle uses it.
+/// The number of edges of each vertex; -1 where no triangle uses it.
 zn::vector<int> findValences(const CompactMesh& mesh, const MeshEdgeSides& sides)
 {
     zn::vector<int> valences(mesh.getNumVertices(), -1);

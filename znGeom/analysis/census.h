@@ -1,4 +1,4 @@
-/// What there is in a mesh: its vertices, edges and triangles, counted by what is true of them.
+/// What a mesh consists of: its vertices, edges and triangles, counted by their properties.
 ///
 /// All take the edges of the mesh, built from it by `meshEdgeSides`, only read it, are linear, and run on the calling
 /// thread. A cancel leaves `result` as it was, and the call then returns false.
@@ -14,8 +14,8 @@ namespace znGeom {
 struct MeshVertexCensus
 {
     int unused = 0;                       ///< no triangle has them as a corner
-    int nonFinite = 0;                    ///< with a coordinate that is infinite or not a number
-    BoundingBox bounds;                   ///< of the finite ones, unused ones among them; invalid where there are none
+    int nonFinite = 0;                    ///< with a coordinate that is infinite or NaN
+    BoundingBox bounds;                   ///< of the finite ones, including unused ones; invalid where there are none
     int minValence = -1, maxValence = -1; ///< the number of edges at a used vertex; -1 where there is none
 };
 
@@ -45,8 +45,8 @@ inline MeshVertexCensus meshCountVertices(const CompactMesh& mesh, const MeshEdg
 }
 
 /// A triangle that lies along an edge twice, since it repeats a vertex, counts once. All three sides of a triangle are
-/// measured alike, in `double`: the longest edge is the length that people read, not the reach that `meshLongestEdge`
-/// gives to searches.
+/// measured alike, in `double`: the longest edge is a length for people to read, not the reach that `meshLongestEdge`
+/// gives searches.
 ZNGEOM_API bool meshCountEdges(const CompactMesh& mesh, const MeshEdgeSides& sides, znUtil::Progress& progress,
                                MeshEdgeCensus& result);
 inline MeshEdgeCensus meshCountEdges(const CompactMesh& mesh, const MeshEdgeSides& sides)

@@ -24,7 +24,7 @@ zn::DisjointSets uniteCorners(const CompactMesh& mesh)
     return sets;
 }
 
-/// The number of sets that triangles made.
+/// The number of sets that triangles form.
 int countComponents(const zn::DisjointSets& sets, const MeshAdjTris& adjTris)
 {
     int count = 0;

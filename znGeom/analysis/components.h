@@ -15,12 +15,12 @@ namespace znGeom {
 ///                          the order of their lowest triangles, -1 for a vertex that no triangle uses
 /// \return the number of components
 ///
-/// Union-find over the vertices (Tarjan 1975; halved paths: van der Weide 1980): as good as linear. Runs on the
+/// Union-find over the vertices (Tarjan 1975; halved paths: van der Weide 1980): practically linear. Runs on the
 /// calling thread.
 ZNGEOM_API int meshComponents(const CompactMesh& mesh, const MeshAdjTris& adjTris, Array<int>* vertexComponents);
 
-/// Counts the components of a half-edge mesh. Faces are connected across edges only, so that what touches at a vertex
-/// stays apart here; vertices without faces count for nothing. Linear in the half-edges.
+/// Counts the components of a half-edge mesh. Faces are connected only across edges, so that parts that merely touch at
+/// a vertex are separate here; vertices without faces are not counted. Linear in the half-edges.
 ZNGEOM_API int meshComponents(TopoMesh& mesh);
 
 } // namespace znGeom

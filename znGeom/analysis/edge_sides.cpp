@@ -18,7 +18,7 @@ using znUtil::ThreadPool;
 
 namespace {
 
-/// The other vertex of a side as its lower one sees it, and the side: in one number, which sorts by the vertex first.
+/// A side as its lower vertex sees it: the other vertex and the side, in one number that sorts by the vertex first.
 using SeenSide = std::uint64_t;
 
 SeenSide seenSide(int high, int side) { return SeenSide(std::uint32_t(high)) << 32 | std::uint32_t(side); }
@@ -45,7 +45,7 @@ public:
 
     int numSides() const { return m_numSides; }
 
-    /// The sides of one bucket by their other vertices, those of one edge ascending.
+    /// The sides of one bucket in the order of their other vertices, those of one edge ascending.
     std::span<const SeenSide> sorted(int vertex)
     {
         SeenSide *first = m_seen.get() + m_starts[vertex], *last = m_seen.get() + m_starts[vertex + 1];
@@ -65,7 +65,7 @@ private:
 
     int m_numSides;
     const int* m_corners;
-    zn::vector<int> m_starts; ///< per vertex the beginning of its bucket, and the end of the last one
+    zn::vector<int> m_starts; ///< for each vertex the beginning of its bucket, and the end of the last one
     std::unique_ptr<SeenSide[]> m_seen;
 };
 

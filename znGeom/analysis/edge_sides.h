@@ -33,7 +33,7 @@ private:
 constexpr int cornerAtSideEnd(int side) { return side % 3 == 2 ? side - 2 : side + 1; }
 
 /// Finds the edges of a mesh. An edge joins two different vertices of a triangle; a triangle that repeats a vertex has
-/// one edge or none, and where it has one lies along it with two sides.
+/// one edge or none, and if it has one, two of its sides lie along it.
 ///
 /// \param progress  advanced; a cancel leaves `result` as it was
 /// \param result    replaced: the edges in the order of their lower vertices, then of their higher ones

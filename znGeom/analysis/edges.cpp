@@ -39,7 +39,7 @@ double longestSide(const CompactMesh& mesh, const Length2& length2)
         float best = 0;
         for (int i = slice.begin; i < slice.end; ++i)
             for (int side = 0; side < 3; ++side) {
-                // A comparison that a not-a-number never wins.
+                // A comparison that NaN never wins.
                 const float candidate = length2(triangles[i], side);
                 if (candidate > best) best = candidate;
             }
@@ -51,12 +51,7 @@ double longestSide(const CompactMesh& mesh, const Length2& length2)
 /// A triangle turned so that one of its corners comes first.
 MeshTriangle rotated(const MeshTriangle& triangle, int corner)
 {
-    return {{triangle[corner], triangle[(corner + 1) % 3], triangle[(corner + 2) % 3]}};
-}
-
-int firstCornerAt(const MeshTriangle& triangle, int vertex)
-{
-    return triangle[0] == vertex ? 0 : triangle[1] == vertex ? 1 : 2;
+    return {{triangle[corner], triangle[cornerAfter(corner)], triangle[cornerBefore(corner)]}};
 }
 
 /// Whether two triangles that begin with the same vertex have another one in common.
@@ -66,8 +61,8 @@ bool shareSide(const MeshTriangle& a, const MeshTriangle& b)
     return isOtherOfB(a[1]) || isOtherOfB(a[2]);
 }
 
-/// What the cosine of an angle between two unit normals must exceed for the angle to be certainly smaller than one of
-/// cosine `cosine`, rounding included: most pairs need no more than this test.
+/// What the cosine of an angle between two unit normals must exceed for the angle to be certainly smaller than one
+/// whose cosine is `cosine`, rounding included: most pairs need no more than this test.
 double certainlySmaller(double cosine) { return cosine + 1e-12; }
 
 /// The largest angle between the triangles of a slice and their neighbours of higher number.
@@ -88,13 +83,11 @@ public:
 private:
     void lookAround(int index, const MeshTriangle& triangle)
     {
-        const int* around = m_adjTris.triIndices(triangle[0]);
-        const int count = m_adjTris.numTris(triangle[0]);
-        Normal normal; // taken when it is needed
-        for (int i = 0; i < count; ++i) {
-            if (around[i] <= index) continue;
-            const MeshTriangle& found = m_triangles[around[i]];
-            const MeshTriangle other = rotated(found, firstCornerAt(found, triangle[0]));
+        Normal normal; // computed when it is needed
+        for (const int neighbour : m_adjTris.around(triangle[0])) {
+            if (neighbour <= index) continue;
+            const MeshTriangle& found = m_triangles[neighbour];
+            const MeshTriangle other = rotated(found, cornerOf(found, triangle[0]));
             if (!shareSide(triangle, other)) continue;
             if (!normal.isValid()) normal = meshTriNormal(m_vertices, triangle.corners);
             compare(normal, meshTriNormal(m_vertices, other.corners));
@@ -135,7 +128,7 @@ public:
         for (int i = slice.begin; i < slice.end; ++i) {
             const Normal normal = meshTriNormal(m_vertices, m_triangles[i].corners);
             for (int corner = 0; corner < 3; ++corner)
-                findOnSide(i, normal, {m_triangles[i][corner], m_triangles[i][(corner + 1) % 3]}, found);
+                findOnSide(i, normal, {m_triangles[i][corner], m_triangles[i][cornerAfter(corner)]}, found);
         }
         return found;
     }
@@ -143,12 +136,10 @@ public:
 private:
     void findOnSide(int index, const Normal& normal, const MeshDihedralAnglesResult::Edge& side, Edges& found) const
     {
-        const int* around = m_adjTris.triIndices(side.first);
-        const int count = m_adjTris.numTris(side.first);
-        for (int i = 0; i < count; ++i) {
-            if (around[i] <= index) continue;
-            const MeshTriangle& triangle = m_triangles[around[i]];
-            const MeshTriangle other = rotated(triangle, firstCornerAt(triangle, side.first));
+        for (const int neighbour : m_adjTris.around(side.first)) {
+            if (neighbour <= index) continue;
+            const MeshTriangle& triangle = m_triangles[neighbour];
+            const MeshTriangle other = rotated(triangle, cornerOf(triangle, side.first));
             if (other[2] != side.second) continue;
             if (isSharp(normal, meshTriNormal(m_vertices, other.corners))) found.append(side);
         }
@@ -174,7 +165,7 @@ double meshLongestEdge(const CompactMesh& mesh)
         const auto corner = [&](int i) { return vertices[triangle[i]].asPointFlt(); };
         if (side < 2) return (corner(side) - corner(side + 1)).length2();
         // The root of dz, where the other sides take its square: kept on purpose, not a slip to be mended. Search radii
-        // come from this number, and a search must go on finding what it always found.
+        // come from this number, and a search must keep finding what it has always found.
         const VectorFlt d = corner(0) - corner(2);
         return static_cast<float>(double(d.dx * d.dx + d.dy * d.dy) + std::sqrt(double(d.dz)));
     });
@@ -184,7 +175,7 @@ double meshLongestEdge2D(const CompactMesh& mesh, const float* uvs)
 {
     const MeshUV* coordinates = reinterpret_cast<const MeshUV*>(uvs);
     return longestSide(mesh, [coordinates](const MeshTriangle& triangle, int side) {
-        const MeshUV &from = coordinates[triangle[side]], &to = coordinates[triangle[(side + 1) % 3]];
+        const MeshUV &from = coordinates[triangle[side]], &to = coordinates[triangle[cornerAfter(side)]];
         return Vector2Flt(to.u - from.u, to.v - from.v).length2();
     });
 }
@@ -200,13 +191,9 @@ void MeshDihedralAnglesResult::getAdjacentTriangles(const CompactMesh& mesh, con
 {
     const MeshTriangle* all = mesh.getTriangles();
     BitVector marked(mesh.getNumTriangles());
-    for (const auto& [from, to] : edges) {
-        const int* around = adjTris.triIndices(from);
-        for (int i = 0; i < adjTris.numTris(from); ++i) {
-            const auto& corners = all[around[i]].corners;
-            if (std::count(corners, corners + 3, to) != 0) marked.setBit(around[i]);
-        }
-    }
+    for (const auto& [from, to] : edges)
+        for (const int triangle : adjTris.around(from))
+            if (hasVertex(all[triangle], to)) marked.setBit(triangle);
     triangles.clear();
     triangles.reserve(marked.getNumSetBits());
     forEachSetBit(marked, [&triangles](int triangle) { triangles.append(triangle); });

@@ -9,12 +9,12 @@
 
 namespace znGeom {
 
-/// The length of the longest edge of a mesh's triangles, as search radii are derived from it; 0 without triangles.
+/// The length of the longest edge of a mesh's triangles, from which search radii are derived; 0 without triangles.
 ///
 /// Lengths are compared in `float`. The third side of a triangle, from its last corner to its first, is not measured as
-/// the other two are: with d = first - last corner, the square root of dz stands where its square belongs, and where
-/// dz is negative the side does not count. The result can therefore be too small, or too large where triangles are
-/// small and steep, and changes when the corners of a triangle are rotated. Linear; on all threads.
+/// the other two are: with d = first - last corner, the square root of dz is taken instead of its square, and where dz
+/// is negative the side does not count. The result can therefore be too small, or too large where triangles are small
+/// and steep, and changes when the corners of a triangle are rotated. Linear; on all threads.
 ZNGEOM_API double meshLongestEdge(const CompactMesh& mesh);
 
 /// The length of the longest edge in the plane of texture coordinates; here all three sides are measured alike.
@@ -54,7 +54,7 @@ public:
 /// \param result   replaced: an edge once for each pair of triangles on it, in the order of the lower triangle, of its
 ///                 corners, and of the higher triangle
 ///
-/// Only triangles that are consistently wound, and so run along their edge in opposite directions, are looked at.
+/// Only triangles that are consistently wound, and so run along their edge in opposite directions, are considered.
 /// Linear for bounded valence; on all threads, the result the same for any number of them.
 ZNGEOM_API void meshFindAnglesLessThan(const CompactMesh& mesh, const MeshAdjTris& adjTris, double degrees,
                                        MeshDihedralAnglesResult& result);

@@ -37,7 +37,7 @@ private:
 
     void compare(const Normal& a, const Normal& b)
     {
-        constexpr double rounding = 1e-12; // most pairs are flatter than one before, and need no more than the cosine
+        constexpr double rounding = 1e-12; // most pairs are flatter than an earlier one and need only the cosine
         const double cosine = dot(a, b);
         if (!b.isValid() || cosine > m_cosine + rounding) return;
         m_largest = std::max(m_largest, angle(a, b));

@@ -1,4 +1,4 @@
-/// Lists of sequences of integers end to end in flat arrays, and the boundary loops of a mesh, which are one.
+/// Lists of sequences of integers end to end in flat arrays, and the boundary loops of a mesh, which are one such list.
 #pragma once
 
 #include <algorithm>
@@ -36,7 +36,8 @@ public:
 
     int size() const { return lengths.size(); }
     int getLength(int sequence) const { return lengths[sequence]; }
-    /// The first value of a sequence. Adds up the lengths before it: for all sequences in turn, walk the values.
+    /// The first value of a sequence. Adds up the lengths before it: to visit all sequences in turn, walk the values
+    /// instead.
     const T* getStart(int sequence) const
     {
         const int* each = lengths.read();

@@ -41,9 +41,9 @@ private:
     int m_count;
 };
 
-/// Each thread owns a slice of the vertices, looks at all triangles, and adds those to what it owns. So every sum is
-/// taken in the order of the triangles by one thread, with nothing to wait for; only triangles whose corners have
-/// several owners are computed more than once.
+/// Each thread owns a slice of the vertices, looks at all triangles, and adds their normals to the vertices it owns. So
+/// every sum is taken in the order of the triangles by one thread, with nothing to wait for; only triangles whose
+/// corners have several owners are computed more than once.
 class VertexNormals : public znUtil::ThreadedAlg
 {
 public:

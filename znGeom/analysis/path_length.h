@@ -11,8 +11,8 @@ namespace znGeom {
 
 /// The length of a path, in the mesh's units; added up in `double`. Not finite where a vertex isn't.
 ///
-/// \param vertices  indices, in turn; fewer than two have no length
-/// \param closed    whether the path goes on from its last vertex to its first
+/// \param vertices  indices, in order; fewer than two have no length
+/// \param closed    whether the path continues from its last vertex to its first
 ZNGEOM_API double meshPathLength(const PointMesh& mesh, std::span<const int> vertices, bool closed);
 
 /// The length of each of a list of paths. For the loops of a `MeshBoundaries`: `boundaries.sequence()`, closed.

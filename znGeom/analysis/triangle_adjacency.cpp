@@ -28,9 +28,9 @@ struct Edge
 /// Matches triangle edges that have the same two vertices.
 ///
 /// Each edge, numbered 3 * triangle + slot, is entered in ascending order into the bucket of its lower vertex and
-/// compared with the few that are there. Pairs, nearly all edges of a real mesh, are noted on the spot; groups that are
-/// no plain pair are marked and looked up in their bucket again. A bucket of very many edges is not searched while it
-/// grows but sorted when it is full.
+/// compared with the few that are already there. Pairs, nearly all edges of a real mesh, are noted on the spot; groups
+/// that are not plain pairs are marked and looked up in their bucket again. A bucket of very many edges is not searched
+/// while it grows but sorted when it is full.
 class EdgeMatcher
 {
 public:
@@ -54,7 +54,7 @@ public:
     /// The one edge with the same vertices, of another triangle; or one of the marks above.
     int partner(int triangle, int slot) const { return m_partners[edgeNumber(triangle, slot)]; }
 
-    /// For an edge that is `shared`: calls `visit` with the triangle of each edge of its group, its own among them, in
+    /// For an edge that is `shared`: calls `visit` with the triangle of each edge of its group, its own included, in
     /// ascending order of edges.
     template <typename Visit>
     void forEachShared(int triangle, int slot, const Visit& visit) const
@@ -195,7 +195,7 @@ public:
         *m_next = triangle;
         m_next += condition;
     }
-    /// Appends one number of a group, in the room of `edgesLeft` numbers that must stay free behind it.
+    /// Appends one number of a group, such that room for `edgesLeft` numbers stays free after it.
     void appendShared(int triangle, int edgesLeft)
     {
         const int count = size();

@@ -13,7 +13,7 @@ namespace znGeom {
 namespace {
 
 /// Numbers components by size.
-/// \param labels     per triangle something that tells its component from others
+/// \param labels     for each triangle something that distinguishes its component from others
 /// \param numLabels  labels lie below it
 MeshTriangleComponents sortedBySize(zn::vector<int> labels, int numLabels)
 {

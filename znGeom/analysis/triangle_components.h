@@ -9,23 +9,24 @@
 
 namespace znGeom {
 
-/// Components are numbered from 0, the one of most triangles first; of equal ones the one of the lowest triangle.
+/// Components are numbered from 0, the one with the most triangles first; among equal ones, the one with the lowest
+/// triangle.
 struct MeshTriangleComponents
 {
-    zn::vector<int> ofTriangle; ///< per triangle its component
-    zn::vector<int> sizes;      ///< per component its triangles
+    zn::vector<int> ofTriangle; ///< the component of each triangle
+    zn::vector<int> sizes;      ///< the number of triangles of each component
 
     int count() const { return sizes.size(); }
 };
 
-/// Divides a mesh into parts whose triangles are connected over edges; whatever touches at a vertex alone stays apart.
+/// Divides a mesh into parts whose triangles are connected across edges; parts that only touch at a vertex stay apart.
 ///
 /// \param sides     built from this mesh by `meshEdgeSides`
 /// \param progress  advanced; a cancel leaves `result` as it was
 /// \param result    replaced
 /// \return false after a cancel
 ///
-/// How triangles are wound plays no part. Union-find over the triangles: as good as linear, and n log n in the
+/// How triangles are wound plays no part. Union-find over the triangles: practically linear, and n log n in the
 /// components. On the calling thread.
 ZNGEOM_API bool meshEdgeComponents(const CompactMesh& mesh, const MeshEdgeSides& sides, znUtil::Progress& progress,
                                    MeshTriangleComponents& result);

@@ -5,11 +5,11 @@
 
 namespace znGeom {
 
-/// The volume inside a mesh, in the cube of its units; negative where it is inside out, the sum over the parts of one
-/// that has several, what they have in common counted for each.
+/// The volume inside a mesh, in the cube of its units; negative where the mesh is inside out. Closed parts are added up,
+/// whether or not they overlap.
 ///
-/// It means something only where the surface is closed and consistently wound: `meshCountEdges` tells. Of any other
-/// one this is the volume of the cones from the first corner of the first triangle to all triangles. 0 without
+/// It is meaningful only where the surface is closed and consistently wound, which `meshCountEdges` reports. For any
+/// other surface this is the sum of the cones from the first corner of the first triangle to all triangles. 0 without
 /// triangles; not finite where a corner isn't.
 ///
 /// Measured from that corner and in `double`, so that a mesh far from the origin loses no digits. Linear; on the

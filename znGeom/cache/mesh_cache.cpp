@@ -119,8 +119,8 @@ private:
 
     znRTB::SignalClient m_client;
     zn::map<const Entity*, Record> m_records;
-    /// Whose signals call this object. A record comes and goes with each change; its mesh is connected once, or the
-    /// callbacks would pile up.
+    /// The meshes whose signals call this object. A record comes and goes with each change; its mesh is connected once,
+    /// or the callbacks would pile up.
     zn::set<const Entity*> m_connected;
 };
 

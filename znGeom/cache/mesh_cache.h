@@ -11,7 +11,7 @@ namespace znGeom {
 
 class SimpleMeshCacheImpl;
 
-/// Returns a stored object, or builds and stores one. What is stored, and for how long, is the subclass's affair.
+/// Returns a stored object, or builds and stores one. What is stored, and for how long, is up to the subclass.
 ///
 /// An object that a caller holds lives on when the store drops it, and is then stale if the mesh has changed. A cache
 /// is not synchronised: it is used from one thread, on which builds run or start.
@@ -21,10 +21,10 @@ public:
     virtual ~MeshCache();
 
     zn::Reference<MeshAdjTris> getAdjTris(const CompactMesh& mesh);
-    /// Gets the triangles around vertices first, as the boundaries do.
+    /// Gets the triangles around vertices first, as `getBoundaries` does.
     zn::Reference<MeshAdjVertices> getAdjVertices(const CompactMesh& mesh);
-    /// \param maxDepth  the leaf capacity of a new octree, in spite of its name; below 1 means 16. Not looked at when
-    ///                  an octree is stored already
+    /// \param maxDepth  the leaf capacity of a new octree, in spite of its name; below 1 means 16. Ignored when an
+    ///                  octree is stored already
     zn::Reference<Octree> getOctree(const CompactMesh& mesh, int maxDepth);
     /// Of the stored octree, or of a new one with leaves of 16.
     zn::Reference<OctreeTris> getOctreeTris(const CompactMesh& mesh);
@@ -48,9 +48,9 @@ protected:
     virtual void setBoundariesImpl(const CompactMesh& mesh, zn::Reference<MeshBoundaries> boundaries) = 0;
 };
 
-/// Keeps everything in memory until the mesh tells of a change, of whatever kind, or dies. A mesh that changes without
-/// telling (see `PointMesh::modified`) leaves stale objects here. A copy shares the store of its source and must not
-/// outlive it.
+/// Keeps everything in memory until the mesh reports a change, of whatever kind, or dies. A mesh that changes without
+/// reporting it (see `PointMesh::modified`) leaves stale objects here. A copy shares the store of its source and must
+/// not outlive it.
 class ZNGEOM_API SimpleMeshCache : public MeshCache
 {
 public:

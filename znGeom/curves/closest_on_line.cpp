@@ -32,17 +32,12 @@ struct CornerPair
 /// The order in which the edges of a triangle are tried.
 constexpr CornerPair triedEdges[3] = {{0, 1}, {0, 2}, {1, 2}};
 
-bool hasCorner(const MeshTriangle& triangle, int vertex)
-{
-    return triangle[0] == vertex || triangle[1] == vertex || triangle[2] == vertex;
-}
-
 /// The number of the edge between two vertices: 0 from corner 0 to 1, 1 from 1 to 2, 2 from 2 to 0, either way; -1
 /// when the triangle has none.
 int edgeSlot(const MeshTriangle& triangle, int u, int w)
 {
     for (int slot = 0; slot < 3; ++slot) {
-        const int a = triangle[slot], b = triangle[(slot + 1) % 3];
+        const int a = triangle[slot], b = triangle[cornerAfter(slot)];
         if ((a == u && b == w) || (a == w && b == u)) return slot;
     }
     return -1;
@@ -73,10 +68,9 @@ struct LocalFrame
     bool isLineEdge(int u, int w) const
     {
         const MeshTriangle* triangles = fullMesh.getTriangles();
-        const int* around = fullAdjTris.triIndices(u);
-        for (int i = 0; i < fullAdjTris.numTris(u); ++i) {
-            const int slot = edgeSlot(triangles[around[i]], u, w);
-            if (slot >= 0 && lineEdgeBits.isSet(3 * around[i] + slot)) return true;
+        for (const int triangle : fullAdjTris.around(u)) {
+            const int slot = edgeSlot(triangles[triangle], u, w);
+            if (slot >= 0 && lineEdgeBits.isSet(3 * triangle + slot)) return true;
         }
         return false;
     }
@@ -108,10 +102,9 @@ private:
     void markEdge(int u, int w)
     {
         const MeshTriangle* triangles = fullMesh.getTriangles();
-        const int* around = fullAdjTris.triIndices(u);
-        for (int i = 0; i < fullAdjTris.numTris(u); ++i) {
-            const int slot = edgeSlot(triangles[around[i]], u, w);
-            if (slot >= 0) lineEdgeBits.setBit(3 * around[i] + slot);
+        for (const int triangle : fullAdjTris.around(u)) {
+            const int slot = edgeSlot(triangles[triangle], u, w);
+            if (slot >= 0) lineEdgeBits.setBit(3 * triangle + slot);
         }
     }
 };
@@ -177,10 +170,8 @@ private:
     {
         if (m_frame.fullAdjTris.numTris(vertex) == 0) return nowhere();
         MeshCoord coord;
-        coord.triangle = m_frame.fullAdjTris.triIndices(vertex)[0];
-        const MeshTriangle& corners = m_frame.fullMesh.getTriangles()[coord.triangle];
-        const int corner = corners[0] == vertex ? 0 : corners[1] == vertex ? 1 : 2;
-        coord.weights[corner] = 1.0;
+        coord.triangle = m_frame.fullAdjTris.around(vertex).front();
+        coord.weights[cornerOf(m_frame.fullMesh.getTriangles()[coord.triangle], vertex)] = 1.0;
         return coord;
     }
 
@@ -188,12 +179,11 @@ private:
     MeshCoord onEdge(int u, int w, double t) const
     {
         const MeshTriangle* triangles = m_frame.fullMesh.getTriangles();
-        const int* around = m_frame.fullAdjTris.triIndices(u);
-        for (int i = 0; i < m_frame.fullAdjTris.numTris(u); ++i) {
-            const MeshTriangle& corners = triangles[around[i]];
-            if (!hasCorner(corners, w)) continue;
+        for (const int triangle : m_frame.fullAdjTris.around(u)) {
+            const MeshTriangle& corners = triangles[triangle];
+            if (!hasVertex(corners, w)) continue;
             MeshCoord coord;
-            coord.triangle = around[i];
+            coord.triangle = triangle;
             for (int corner = 0; corner < 3; ++corner)
                 coord.weights[corner] = corners[corner] == u ? 1.0 - t : corners[corner] == w ? t : 0.0;
             return coord;

@@ -32,8 +32,9 @@ BitVector findUnneededVertices(const CompactMesh& mesh)
     return unneeded;
 }
 
-/// Moves what stays to the front, in its order. Every record is written where the next one that stays belongs, and only
-/// those that stay move on: a test of each bit would be mispredicted where a selection is ragged.
+/// Moves the records that stay to the front, in their order. Every record is written where the next one that stays
+/// belongs, and only those that stay advance that place: a test of each bit would be mispredicted where a selection is
+/// ragged.
 /// \param finish  called with the first and the end of each few records that were moved, while they are at hand
 template <typename Record, typename Finish>
 void moveDown(const BitVector& deleted, Record* records, const Finish& finish)

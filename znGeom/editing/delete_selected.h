@@ -15,10 +15,10 @@ public:
     /// Deletes the selected triangles, and those selected vertices that no remaining triangle uses. Vertices and
     /// triangles that stay keep their order.
     ///
-    /// Where no triangle is selected nothing happens, and where all are all vertices go with them, selected or not.
+    /// If no triangle is selected nothing happens; if all are, all vertices are deleted with them, selected or not.
     /// Positions and UVs follow their vertices; of the other channels the change drops those that depend on vertex
     /// numbers, and named attributes stay in their places. Both selections are empty, of size 0, afterwards. One
-    /// `TopologyChanged` is told, with the maps of vertices and triangles unless everything went.
+    /// `TopologyChanged` is reported, with the maps of vertices and triangles unless everything was deleted.
     ///
     /// Linear, in place; runs on the calling thread.
     void operator()();

@@ -7,9 +7,9 @@
 namespace znGeom {
 
 /// The number of vertices at exactly the place of an earlier one; +0 equals -0. Vertices with a coordinate that is not
-/// finite are in no place. As many are merged by `meshCompact` where it compares positions alone.
+/// finite are in no place. `meshCompact` merges the same number where it compares only positions.
 ///
-/// \param progress  advanced; a cancel is looked for before the sort and after it
+/// \param progress  advanced; a cancel is checked for before the sort and after it
 /// \return 0 after a cancel
 ///
 /// n log n; the sort runs on the process-wide pool.

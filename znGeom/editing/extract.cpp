@@ -116,7 +116,7 @@ void meshSplit(const CompactMesh& mesh, int parts, zn::vector<CompactMesh*>& res
         result.append(new CompactMesh);
         meshExtract(*result.back(), mesh, *subset);
     }
-    debugChannel().print("meshSplit: s\n"); // the line has never shown its time, and who parses it expects none
+    debugChannel().print("meshSplit: s\n"); // the line has never shown its time, and programs that parse it expect none
 }
 
 } // namespace znGeom

@@ -10,7 +10,7 @@ namespace {
 
 ArrayOfSets gatherTriangles(const int* partOf, int numTriangles, int numParts)
 {
-    zn::vector<int> pairs; // part and triangle in turn
+    zn::vector<int> pairs; // part and triangle alternately
     pairs.reserve(2 * numTriangles);
     for (int triangle = 0; triangle < numTriangles; ++triangle) {
         if (partOf[triangle] < 0) continue;

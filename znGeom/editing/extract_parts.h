@@ -11,16 +11,16 @@
 
 namespace znGeom {
 
-/// Takes the parts of a mesh one by one, so that a caller who is done with each in turn holds but one of them. All
-/// parts together cost as much as one copy of the mesh, however many there are. A vertex that triangles of several
-/// parts use is in each of them; one that no triangle uses is in none.
+/// Takes the parts of a mesh one by one, so that a caller that finishes with each in turn holds only one of them at a
+/// time. All parts together cost as much as one copy of the mesh, however many there are. A vertex that triangles of
+/// several parts use is in each of them; one that no triangle uses is in none.
 ///
 /// The mesh must outlive this and stay as it is. On the calling thread.
 class ZNGEOM_API MeshExtractParts
 {
 public:
-    /// \param partOf  per triangle the number of its part, 0 to numParts - 1, or -1 where it is in none. Such are
-    ///                `MeshTriangleComponents::ofTriangle` and what `meshTriSubsetMembership` finds. Copied
+    /// \param partOf  for each triangle the number of its part, 0 to numParts - 1, or -1 where it is in none, as in
+    ///                `MeshTriangleComponents::ofTriangle` and in the result of `meshTriSubsetMembership`. Copied
     MeshExtractParts(const CompactMesh& mesh, const int* partOf, int numParts);
 
     int getNumParts() const { return m_triangles.getNumSets(); }
@@ -34,7 +34,7 @@ public:
 private:
     const CompactMesh* m_mesh;
     ArrayOfSets m_triangles, m_vertices; ///< per part
-    zn::vector<int> m_newVertices;       ///< per vertex of the mesh its number in the part it was last extracted into
+    zn::vector<int> m_newVertices;       ///< each vertex's number in the part it was last extracted into
 };
 
 /// A part of a mesh, and where it comes from.

@@ -110,12 +110,12 @@ public:
         }
     }
 
-    /// Takes so many more triangles.
+    /// Takes `size` more triangles.
     void grow(int part, int size)
     {
         int next = m_taken.size();
         const int end = next + size;
-        // What was taken last is passed as well, so that all counts are true when the next part begins.
+        // Those taken last are passed as well, so that all counts are right when the next part begins.
         while (next < end) {
             if (next == m_taken.size()) take(findSeed(), part);
             m_neighbours.forEach(m_taken[next++], [this, part, end](int neighbour) {
@@ -129,7 +129,7 @@ public:
     const zn::vector<int>& partOf() const { return m_partOf; }
 
 private:
-    /// Triangles wait by the number of neighbours that are left to them, three or more together.
+    /// Waiting triangles are classed by the number of neighbours they have left, three or more together.
     static constexpr int numClasses = 4;
     int classOf(int triangle) const { return std::min(m_numLeft[triangle], numClasses - 1); }
 
@@ -247,7 +247,7 @@ void MeshPartition::compute(zn::list<zn::Reference<MeshSubset>>& subsets) { m_im
 void meshTriSubsetMembership(const CompactMesh& mesh, const zn::list<zn::Reference<MeshSubset>>& subsets,
                              Remap& membership)
 {
-    membership.resize(0, 0); // or entries from before would stay
+    membership.resize(0, 0); // or earlier entries would stay
     membership.resize(mesh.getNumTriangles(), subsets.size());
     int* subsetOf = membership.data();
     int number = 0;

@@ -142,7 +142,7 @@ void MeshSelect::selectTrianglesRecursive(bool oneStep)
     stack.reserve(m_mesh->getNumTriangles());
     forEachSetBit(*m_selectedTriangles, [&stack](int t) { stack.append(t); });
 
-    BitVector passed(m_mesh->getNumVertices()); // a vertex has nothing more to give when it comes again
+    BitVector passed(m_mesh->getNumVertices()); // a vertex has nothing to add when it is met again
     while (!stack.empty()) {
         const MeshTriangle& triangle = m_triangles[stack.back()];
         stack.eraseBack();
@@ -189,7 +189,8 @@ void MeshSelect::addTrianglesAt(const MeshCoord& coord)
         addTrianglesAround(corners[which]);
         return;
     }
-    // A weight of zero says so at any distance from the origin; the computed distance is lost to rounding far out.
+    // A weight of zero puts the place on a side at any distance from the origin; far out the computed distance is lost
+    // to rounding.
     int side = -1;
     for (int corner = 0; corner < 3; ++corner)
         if (coord.weights[corner] == 0) side = cornerAfter(corner);

@@ -10,11 +10,11 @@
 
 namespace znGeom {
 
-/// Works on a pair of selections, of triangles and of vertices: the mesh's own, or a pair of the caller's. Nothing is
-/// told to the mesh's listeners, since the mesh stays as it is.
+/// Works on a pair of selections, of triangles and of vertices: the mesh's own, or a pair of the caller's. The mesh's
+/// listeners are not notified, since the mesh stays as it is.
 ///
 /// Keeps the mesh's arrays as they were when it was made: make a new one after a change of the mesh. Each call first
-/// brings both selections to the mesh's counts, where old bits stay and new ones are clear. Each function says below
+/// resizes both selections to the mesh's counts: old bits stay, and new ones are clear. Each function says below
 /// whether it replaces a selection or adds to it. All run on the calling thread; linear unless said otherwise.
 class ZNGEOM_API MeshSelect
 {
@@ -23,14 +23,14 @@ public:
     MeshSelect(CompactMesh& mesh, const MeshAdjTris& adjTris);
     MeshSelect(const CompactMesh& mesh, const MeshAdjTris& adjTris, BitVector& triangles, BitVector& vertices);
 
-    /// Adds the vertices that appear within a polygon on the screen, by even and odd crossings.
-    /// \param matrix   from space to the screen; positions are divided by w, and one with w = 0 is within nothing
-    /// \param polygon  x and y of the corners in turn, closed by itself; fewer than three hold nothing
+    /// Adds the vertices that appear within a polygon on the screen, by the even-odd rule.
+    /// \param matrix   from space to the screen; positions are divided by w, and one with w = 0 is never within it
+    /// \param polygon  the corners, by x and y, closed automatically; fewer than three enclose nothing
     ///
     /// Every vertex is tested with every side of the polygon.
     void selectVertices(const znLinear::ProjMatrix& matrix, const zn::vector<znLinear::Point>& polygon);
 
-    /// Replaces the triangles by those with at least so many selected corners, corner by corner.
+    /// Replaces the triangles by those with at least `minCorners` selected corners, counted corner by corner.
     void selectTrianglesFromVertices(int minCorners);
     /// Replaces the triangles by those with any selected corner.
     void selectAllTrianglesFromVertices();
@@ -42,7 +42,7 @@ public:
     /// Replaces the triangles by their complement.
     void invertTriangleSelection();
     /// Adds the triangles around places of the mesh: around a vertex, around both ends of an edge, or around all
-    /// corners of a triangle, by what the place lies on within `epsilonTol`. Invalid coordinates are passed over.
+    /// corners of a triangle, by what the place lies on within `epsilonTol`. Invalid coordinates are skipped.
     void selectAffectedTriangles(const std::deque<MeshCoord>& coords);
 
     BitVector& getSelectedVertices() const;

@@ -94,7 +94,7 @@ void remapStripsAndFans(CompactMesh& mesh, const Remap& remap, MeshModification&
     if (mesh.getNumTriStrips() > 0 || mesh.getNumTriFans() > 0) modification.stripsAndFansModified();
 }
 
-/// Applies a map that merges vertices to all channels that follow it, and tells the mesh.
+/// Applies a map that merges vertices to all channels that follow it, and reports the change to the mesh.
 void applyWeld(CompactMesh& mesh, Remap& remap, bool moveNormals, znOS::StopWatch& watch)
 {
     MeshRemap meshRemap(&remap, nullptr);
@@ -126,7 +126,7 @@ void applyWeld(CompactMesh& mesh, Remap& remap, bool moveNormals, znOS::StopWatc
     logStage("triangles");
 }
 
-/// The whole of welding; `makeTest(channels, order)` gives the test that `numberRuns` asks.
+/// The whole of welding; `makeTest(channels, order)` gives the test that `numberRuns` uses.
 template <typename MakeTest>
 void weld(CompactMesh& mesh, znUtil::Progress& progress, Remap& remap, const MakeTest& makeTest)
 {

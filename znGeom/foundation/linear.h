@@ -1,7 +1,7 @@
 /// Numeric value types: points, vectors, normals, lines, planes, ranges, matrices and where they meet.
 ///
 /// All are plain values that are copied freely and read by any number of threads. Meshes store `float`; decisions are
-/// taken in `double`. Failure is told in the result: a `bool`, an `ok` argument, or the valid flag of a `Normal`.
+/// made in `double`. Failure is reported in the result: a `bool`, an `ok` argument, or the valid flag of a `Normal`.
 #pragma once
 
 #include "znGeom/foundation/linear/affine_matrix.h"

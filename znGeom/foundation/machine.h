@@ -1,4 +1,4 @@
-/// What the library needs of compiler and machine, and which library it is.
+/// What the library needs from the compiler and the machine, and which version of the library this is.
 #pragma once
 
 #include "znGeom/foundation/machine/clones.h"

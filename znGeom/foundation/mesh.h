@@ -1,8 +1,8 @@
 /// The mesh model: `CompactMesh` and what belongs to it.
 ///
-/// The protocol by which anybody changes a mesh:
+/// The protocol for changing a mesh:
 /// 1. take the raw pointers and edit the arrays, or resize them;
-/// 2. make a `MeshModification` of the right type, with a `MeshRemap` when numbers changed, and set its flags;
+/// 2. make a `MeshModification` of the right type, with a `MeshRemap` if elements were renumbered, and set its flags;
 /// 3. call `mesh.modified(modification)` once, after all arrays are final.
 ///
 /// Derived objects (adjacency, boundaries, spatial indexes) lie beside the mesh and go stale at any change.
@@ -21,3 +21,4 @@
 #include "znGeom/foundation/mesh/mesh_records.h"
 #include "znGeom/foundation/mesh/point_mesh.h"
 #include "znGeom/foundation/mesh/remap.h"
+#include "znGeom/foundation/mesh/triangle_box.h"

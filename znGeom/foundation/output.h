@@ -1,4 +1,4 @@
-/// Where the library writes: the debug channel, words for the user, and timing.
+/// Where the library writes: the debug channel, messages for the user, and timing.
 #pragma once
 
 #include "znGeom/foundation/output/app_output.h"

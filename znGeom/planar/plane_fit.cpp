@@ -13,7 +13,7 @@ using namespace znLinear;
 
 namespace {
 
-/// The work record of a fit.
+/// The working data of a fit.
 class PlaneFit
 {
 public:
@@ -40,7 +40,7 @@ public:
 private:
     void eliminate(int k)
     {
-        // Of a matrix that looks full up to here the last column is what the others explain.
+        // If the matrix has looked full up to here, its last column is explained by the others.
         const bool isExplained = k == 2 && m_rank == 3;
         if (!isExplained) std::swap(m[pivotRow(k)], m[k]);
         if (isExplained || epsilonTol > std::fabs(m[k][k])) {
@@ -152,7 +152,7 @@ void fitWithEndsOnPlane(int count, const Point* points, Plane& plane)
         sxx += local.x * local.x;
         syy += local.y * local.y;
     }
-    // theta / 2 is the direction of the greatest spread; the normal lies across it.
+    // theta / 2 is the direction of the greatest spread; the normal is at right angles to it.
     const double theta = std::atan2(2 * sxy, sxx - syy);
     const double across = (theta + std::numbers::pi) * 0.5;
     plane = Plane(points[0], Normal(Vector(std::cos(across), std::sin(across), 0) * frame));

@@ -7,9 +7,9 @@
 #include <optional>
 #include <utility>
 
-#include "znGeom/analysis/bounds.h"
 #include "znGeom/analysis/edges.h"
 #include "znGeom/foundation/linear/intersect.h"
+#include "znGeom/foundation/mesh/triangle_box.h"
 #include "znGeom/foundation/output/debug_channel.h"
 #include "znGeom/foundation/output/stop_watch.h"
 #include "znGeom/spatial/internal/closest_batch.h"
@@ -108,18 +108,6 @@ private:
     std::array<int, 512> m_seen;
 };
 
-/// The box of all corners of the triangles around a vertex.
-BoundingBox neighbourBox(const CompactMesh& mesh, const int* around, int count)
-{
-    BoundingBox result;
-    for (int i = 0; i < count; ++i) {
-        BoundingBox box;
-        meshTriBoundingBox(mesh.getVertices(), mesh.getTriangles()[around[i]], box);
-        result.extend(box);
-    }
-    return result;
-}
-
 /// The vertices that still matter when the walk only goes on because triangles reach far: the corners of those that are
 /// nearer than the best so far, found by one pass over the mesh. In general there are none.
 class VerticesOfNearer
@@ -171,11 +159,12 @@ private:
     void test(int vertex)
     {
         if (m_matter && !m_matter->mayHave(vertex)) return;
-        const int* around = m_adjTris.triIndices(vertex);
-        const int count = m_adjTris.numTris(vertex);
-        const BoundingBox box = m_neighbourBoxes ? m_neighbourBoxes[vertex] : neighbourBox(m_mesh, around, count);
+        const std::span<const int> around = m_adjTris.around(vertex);
+        const BoundingBox box = m_neighbourBoxes ? m_neighbourBoxes[vertex]
+                                                 : boxAround(m_mesh.getVertices(), m_mesh.getTriangles(), around);
         if (!(m_nearest.best2() > box.distance2(m_point))) return;
-        m_nearest.testAll(around, count, [this](int triangle) { return m_seen.mark(triangle); });
+        m_nearest.testAll(around.data(), static_cast<int>(around.size()),
+                          [this](int triangle) { return m_seen.mark(triangle); });
     }
 
     const CompactMesh& m_mesh;

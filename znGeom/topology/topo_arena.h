@@ -23,7 +23,7 @@ struct TopoBlock
     static constexpr int maxSlots = 20;
 
     int firstNumber;                   ///< the creation number of the block's first record
-    int numColumns = 0;                ///< how many of the columns are there
+    int numColumns = 0;                ///< how many of the columns exist
     TopoBlockList* list;               ///< the blocks of all records of this kind
     BlindData* columns[maxSlots] = {}; ///< per slot its values for all records of the block; null until one is written
 
@@ -59,7 +59,7 @@ struct TopoBlock
 static_assert(sizeof(TopoBlock) <= TopoBlock::headerBytes);
 
 /// Blocks for the records of one kind, taken from the system in slabs of growing size. They are freed when the arena
-/// dies, none before.
+/// dies, and not before.
 class ZNGEOM_API TopoBlockList
 {
 public:
@@ -69,7 +69,7 @@ public:
 
     /// A fresh block, its header filled in. \return its first byte for records
     std::byte* addBlock(int firstNumber);
-    /// Gives a block room for a slot of so many records, all unwritten.
+    /// Gives a block room for a slot of `numRecords` records, all unwritten.
     BlindData* addColumn(TopoBlock& block, int slot, int numRecords);
     /// The first byte for records of a block.
     std::byte* recordsOf(int block) const { return m_records[static_cast<std::size_t>(block)]; }
@@ -96,7 +96,8 @@ Record* TopoBlock::numbered(const Record* other, int number)
     return reinterpret_cast<Record*>(of(other)->list->recordsOf(number / perBlock)) + number % perBlock;
 }
 
-/// Makes records; none is ever made anew in the place of another, so that a handle never names a second thing.
+/// Makes records; none is ever made in the place of an earlier one, so that a handle never comes to name something
+/// else.
 template <typename Record>
 class TopoArena
 {

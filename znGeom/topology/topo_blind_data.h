@@ -4,9 +4,11 @@
 #include <bit>
 #include <cstdint>
 
+#include "znGeom/foundation/machine/language.h"
+
 namespace znGeom {
 
-/// One value beside an element, a number or a flag, and a word that tells which.
+/// One value beside an element, a number or a flag, and a word that says which.
 class BlindData
 {
 public:
@@ -17,7 +19,7 @@ public:
     constexpr BlindData(double number) : m_value(std::bit_cast<std::uint64_t>(number)), m_kind(Number) {}
     constexpr BlindData(int number) : BlindData(double(number)) {}
 
-    /// The value as it was written; 0 and false while nothing was.
+    /// The value as it was written; 0 and false until something is written.
     constexpr double asDouble() const { return std::bit_cast<double>(m_value); }
     constexpr bool asBool() const { return m_value != 0; }
     constexpr Kind kind() const { return m_kind; }

@@ -25,7 +25,8 @@ TopoMeshVertex TopoMesh::collapseEdge(TopoMeshEdge e)
     return survivor;
 }
 
-/// Takes a half-edge whose ends are one vertex out of its face. A triangle goes, and its other two sides become one.
+/// Takes a half-edge whose two ends are the same vertex out of its face. A triangle disappears, and its other two sides
+/// become one.
 void TopoMesh::dropSide(TopoMeshEdge e)
 {
     const TopoMeshEdge next = e->next, prev = e->prev;
@@ -42,7 +43,7 @@ void TopoMesh::dropSide(TopoMeshEdge e)
 }
 
 /// Removes two sides of a face that is gone and joins what lies beyond them: the twin of `before` stays, and the record
-/// of `after` steps in for its twin.
+/// of `after` takes the place of the twin of `after`.
 void TopoMesh::zipSides(TopoMeshEdge after, TopoMeshEdge before)
 {
     const TopoMeshEdge replaced = after->twin, kept = before->twin;

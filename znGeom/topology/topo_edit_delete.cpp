@@ -35,8 +35,8 @@ bool meetsTwice(TopoMeshEdge corner)
     return false;
 }
 
-/// Whether the faces of a fan leave a ring when their vertex goes: not a single face at the boundary, nor one that
-/// meets the vertex twice.
+/// Whether the faces of a fan leave a ring when their vertex is removed: a single face at the boundary does not, nor
+/// does one that meets the vertex twice.
 bool leavesRing(TopoMeshEdge fan)
 {
     if (!nextAround(fan) && !prevAround(fan)) return false;
@@ -68,7 +68,7 @@ TopoMeshFace TopoMesh::replaceFan(TopoMeshEdge fan)
         removeEdge(arriving);
     }
     const TopoMeshVertex begin = ring.first->origin,
-                         end = endOf(ring.last); // the half-edge behind knows its origin yet
+                         end = endOf(ring.last); // the half-edge after it still knows its origin
     const bool needsSide = open && begin != end;
     if (ring.size + (needsSide ? 1 : 0) < 3) {
         closeShortRing(ring.first, ring.size);
@@ -86,7 +86,7 @@ TopoMeshFace TopoMesh::replaceFan(TopoMeshEdge fan)
     return face;
 }
 
-/// One or two sides make no face: they go, and what lies beyond two of them is joined.
+/// One or two sides make no face: they are removed, and what lies beyond a pair of them is joined.
 void TopoMesh::closeShortRing(TopoMeshEdge first, int size)
 {
     const TopoMeshEdge last = size == 1 ? first : first->next;
@@ -114,7 +114,7 @@ bool TopoMesh::deleteEdge(TopoMeshEdge e)
 
 void TopoMesh::deleteFace(TopoMeshFace f)
 {
-    for (const TopoMeshEdge side : sidesOf(f)) removeEdge(side); // the links of what is removed stay
+    for (const TopoMeshEdge side : sidesOf(f)) removeEdge(side); // the links of a removed side stay
     removeFace(f);
 }
 

@@ -6,8 +6,8 @@ namespace znGeom {
 
 namespace {
 
-/// The corner across a half-edge at its origin, as the half-edge that leaves it there. Halves of a pair may run the
-/// same way.
+/// The corner across a half-edge at its origin, given by the half-edge that leaves it there. The halves of a pair may
+/// run the same way.
 TopoMeshEdge cornerAcrossOrigin(TopoMeshEdge e)
 {
     const TopoMeshEdge next = e->twin->next;
@@ -90,7 +90,7 @@ TopoMeshVertex TopoMesh::divideVertex(TopoMeshEdge kept, TopoMeshEdge moved)
     return copy;
 }
 
-/// Lets everything that starts at `dying` start at `survivor`, and removes it.
+/// Makes everything that starts at `dying` start at `survivor`, and removes `dying`.
 void TopoMesh::mergeInto(TopoMeshVertex survivor, TopoMeshVertex dying)
 {
     if (!dying->linkedBack) linkBack(dying);

@@ -57,7 +57,7 @@ TopoMeshVertex TopoMesh::subdivideEdge(TopoMeshEdge e, const Point& point)
     if (!t) return middle;
 
     if (t->origin != end) {
-        // The halves run the same way: the other one is cut behind its beginning, too.
+        // The halves run the same way: the other one is cut after its beginning, too.
         const TopoMeshEdge otherRest = makeEdge(middle, t->face);
         link(otherRest, t->next);
         link(t, otherRest);

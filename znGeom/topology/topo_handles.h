@@ -18,8 +18,8 @@ class TopoMeshEdge;
 class TopoMeshFace;
 
 /// What the three kinds of handle share: a pointer to a record, or null for none. Handles are ordered by the creation
-/// of what they name, null first, which is the same in every run. A handle is good until its element is deleted; no
-/// record is used a second time while its mesh lives, so that a dead handle never names something new.
+/// of the elements they name, null first, which is the same in every run. A handle is good until its element is
+/// deleted; no record is reused while its mesh lives, so that a dead handle never names something new.
 template <typename Record>
 class TopoMeshHandle
 {
@@ -62,7 +62,7 @@ public:
     /// one. Constant.
     int valence() const;
     /// A face that holds both vertices, or null; the first one in the fan of `edge`, otherwise one of another fan.
-    /// Linear in the sides of the faces here.
+    /// Linear in the sides of the faces at this vertex.
     TopoMeshFace adjacent(TopoMeshVertex other) const;
 };
 
@@ -86,7 +86,7 @@ public:
 
     /// Whether this names a face that was not removed. False for null.
     bool isAlive() const;
-    /// The number of corners, which is that of sides. Linear in it.
+    /// The number of corners, which is also that of sides. Linear in that number.
     int numVertices() const;
     /// The mean of the vertex positions.
     znLinear::Point centroid() const;
@@ -103,7 +103,7 @@ struct TopoMeshVertexRecord
     // Kept by the mesh.
     int firstOut = -1;   ///< the number of the half-edge at which the list of all outgoing ones begins; -1 without any
     int numOutgoing = 0; ///< -1 for a removed vertex
-    unsigned closedAt = ~0u; ///< the fan of `edge` was closed when so many half-edges had been unpaired or removed
+    unsigned closedAt = ~0u; ///< the fan of `edge` was closed when this many half-edges had been unpaired or removed
     bool linkedBack = false; ///< whether `outPrev` holds in the list
 };
 
@@ -116,7 +116,8 @@ struct TopoMeshEdgeRecord
     [[no_unique_address]] TopoMetadata<TopoMeshEdgeRecord, 20> metadata;
     TopoMeshEdge listNext, listPrev;
     // Kept by the mesh: the neighbours in the list of half-edges that leave the same origin, by number; -1 for none.
-    // The way back is laid when it is first needed: a mesh that is only built never touches the older half-edges again.
+    // The backward links are set when they are first needed: a mesh that is only built never touches the older
+    // half-edges again.
     int outNext = -1, outPrev = -1;
 };
 
@@ -126,7 +127,7 @@ struct TopoMeshFaceRecord
     TopoMeshFace next, prev;
 };
 
-// One cache line a half-edge and a vertex.
+// One cache line for each half-edge and each vertex.
 static_assert(sizeof(TopoMeshEdgeRecord) == 64 && sizeof(TopoMeshVertexRecord) == 64);
 static_assert(sizeof(TopoMeshVertex) == sizeof(void*) && std::is_trivially_copyable_v<TopoMeshVertex>);
 
@@ -147,7 +148,7 @@ public:
     TopoMeshEntity(TopoMeshFace face) : m_kind(Face), m_record(face.record()) {}
 
     int kind() const { return m_kind; }
-    /// The handle as what it is; the caller knows the kind.
+    /// The handle as one of its own kind, which the caller knows.
     TopoMeshVertex asVertex() const { return TopoMeshVertex(static_cast<TopoMeshVertexRecord*>(m_record)); }
     TopoMeshEdge asEdge() const { return TopoMeshEdge(static_cast<TopoMeshEdgeRecord*>(m_record)); }
     TopoMeshFace asFace() const { return TopoMeshFace(static_cast<TopoMeshFaceRecord*>(m_record)); }

@@ -33,8 +33,8 @@ TopoMeshEdge TopoMeshBoundaryIterator::nextEdge() const { return m_forward ? edg
 void TopoMeshBoundaryIterator::next()
 {
     m_stepped = nextEdge();
-    // The next one is looked for in the fan at the far end of the half-edge stepped: other fans that touch there play
-    // no part.
+    // The next one is looked for in the fan at the far end of the half-edge just walked: other fans that touch there
+    // play no part.
     edge = m_forward && m_stepped ? boundaryOut(m_stepped->next) : m_stepped;
     if (edge == m_begin) edge = {};
 }

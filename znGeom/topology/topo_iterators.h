@@ -5,14 +5,15 @@
 
 namespace znGeom {
 
-/// Every outgoing half-edge of one fan of a vertex once, in fan order; faces are listed by the half-edges they own at
-/// the vertex. Where fans touch at the vertex it walks the one of its `edge`; `outgoingOf` meets all.
+/// Visits every outgoing half-edge of one fan of a vertex once, in fan order; faces are listed by the half-edges they
+/// own at the vertex. Where several fans touch at the vertex it walks that of the vertex's `edge`; `outgoingOf` covers
+/// all.
 ///
 /// The walk begins at the vertex's `edge` and steps from `e` to `e->twin->next`; at the end of an open fan it restarts
 /// from where it began and steps the other way. The boundary half-edge that arrives at the vertex is not among them. A
-/// caller may set `edge` by hand to begin elsewhere, and may step first and then change the half-edge just left: one
-/// that has left the vertex by then is replaced as the beginning by the present one, so that none is met twice and none
-/// is missed. Any other change at the vertex ends the walk's validity.
+/// caller may set `edge` by hand to begin elsewhere, and may step first and then change the half-edge just left: if the
+/// walk began with a half-edge that no longer leaves the vertex, the present one counts as the beginning instead, so
+/// that none is met twice and none is missed. Any other change at the vertex invalidates the walk.
 class ZNGEOM_API TopoMeshEdgeVertexIterator
 {
 public:
@@ -39,7 +40,7 @@ public:
 
     /// \param forward  along the half-edges, or against them
     TopoMeshBoundaryIterator(TopoMeshVertex vertex, bool forward) { reset(vertex, forward); }
-    /// Begins anew. Null at once at a vertex that is not on the boundary.
+    /// Begins anew. `edge` is null at once at a vertex that is not on the boundary.
     void reset(TopoMeshVertex vertex, bool forward);
 
     bool valid() const { return static_cast<bool>(edge); }

@@ -29,7 +29,7 @@ Handle append(List& list, Handle element)
     return element;
 }
 
-/// The element's own links stay, so that a walk may go on from it.
+/// The element's own links stay, so that a walk may continue from it.
 template <typename List, typename Handle>
 void unlink(List& list, Handle element)
 {
@@ -55,7 +55,7 @@ TopoMeshVertex TopoMesh::allocVertex(const Point& point)
     return append(m_vertices, vertex);
 }
 
-/// In the list, but not yet among those that leave its origin.
+/// The half-edge is in the list, but not yet among those that leave its origin.
 TopoMeshEdge TopoMesh::makeLooseEdge(TopoMeshVertex origin, TopoMeshFace face)
 {
     const TopoMeshEdge edge(m_edgeArena.make());
@@ -165,7 +165,8 @@ inline TopoMeshEdge TopoMesh::openEnd(TopoMeshVertex v)
 
 TopoMeshFace TopoMesh::makeFace(const TopoMeshVertex* vertices, int count)
 {
-    // In a mesh of no order these are the loads that take the time: all at once rather than one after the other.
+    // In a mesh in no particular order these loads take most of the time: start them all at once rather than one after
+    // another.
     for (int i = 0; i < count; ++i) znUtil::prefetch(vertices[i].record());
     for (int i = 0; i < count; ++i) znUtil::prefetch(vertices[i]->edge.record());
     const TopoMeshFace face = makeFace();
@@ -184,7 +185,7 @@ TopoMeshFace TopoMesh::makeFace(const TopoMeshVertex* vertices, int count)
 }
 
 /// Pairs a new half-edge with the open one in the fan of its end's `edge`, if that runs the other way. In a face that
-/// has a vertex twice that may be one of its own, and half-edges paired before come by again.
+/// has a vertex twice that may be one of its own, and half-edges that are already paired come up again.
 inline void TopoMesh::pairWithOpen(TopoMeshEdge e)
 {
     const TopoMeshEdge back = e->twin ? TopoMeshEdge() : openEnd(endOf(e));

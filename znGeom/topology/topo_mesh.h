@@ -9,13 +9,14 @@ namespace znGeom {
 
 class TopoMesh;
 
-/// What was done to a half-edge mesh. An algorithm tells the mesh once, at its end, and only if it changed anything.
+/// What was done to a half-edge mesh. An algorithm reports it to the mesh once, at its end, and only if it changed
+/// anything.
 class ZNGEOM_API TopoMeshModification : public EntityModification
 {
 public:
     enum Type : int {
         PositionsChanged = 0,   ///< positions only
-        ConnectivityChanged = 1 ///< elements came, went or were joined otherwise
+        ConnectivityChanged = 1 ///< elements were added, removed or joined differently
     };
 
     TopoMeshModification(const TopoMesh* mesh, Type type);
@@ -30,20 +31,20 @@ private:
 /// three sides or more. There are no half-edges outside faces: a boundary is the absence of a twin.
 ///
 /// Elements are named by handles and read directly (`edge->next->origin`) or by the walks of `topo_walks.h`; only the
-/// operations here write. No element ever moves, and no record is used a second time while the mesh lives. Handles are
-/// trusted: an operation that is asked something impossible and has a `bool` result says false and changes nothing;
-/// what the others ask for is said with each. Every operation copes with every mesh that the others can make: edges of
-/// three faces and more, twins that run the same way, faces that meet themselves, edges that end where they begin.
-/// Operations notify nobody; whoever edits calls `modified` once at the end.
+/// operations here write. No element ever moves, and no record is reused while the mesh lives. Handles are trusted: an
+/// operation with a `bool` result that is asked for something impossible returns false and changes nothing; what the
+/// others require is stated with each. Every operation copes with every mesh that the others can make: edges of three
+/// faces and more, twins that run the same way, faces that meet themselves, edges that end where they begin. Operations
+/// notify no listener; the code that edits calls `modified` once at the end.
 ///
 /// Fans of faces that touch at a vertex without sharing an edge are seen by all operations.
-/// `TopoMeshEdgeVertexIterator`, `fanOf` and the boundary walks see one fan: that of the vertex's `edge`, if nothing
-/// else is said.
+/// `TopoMeshEdgeVertexIterator`, `fanOf` and the boundary walks see one fan: that of the vertex's `edge`, unless stated
+/// otherwise.
 ///
-/// The valence of a vertex counts its faces in all fans. No operation costs more than is said with it, whatever the
-/// size of the mesh; collapses, swaps and deletions take no memory. A mesh is used by one thread at a time; different
-/// meshes are independent. A half-edge takes 64 bytes and a triangle mesh about 80 bytes a half-edge in all; a metadata
-/// slot takes 16 bytes an element once it is written.
+/// The valence of a vertex counts its faces in all fans. No operation costs more than is stated with it, whatever the
+/// size of the mesh; collapses, swaps and deletions allocate no memory. A mesh is used by one thread at a time;
+/// different meshes are independent. A half-edge takes 64 bytes and a triangle mesh about 80 bytes per half-edge in
+/// all; a metadata slot takes 16 bytes per element once it is written.
 class ZNGEOM_API TopoMesh : public Entity
 {
 public:
@@ -52,7 +53,7 @@ public:
     TopoMesh(const TopoMesh&) = delete;
     TopoMesh& operator=(const TopoMesh&) = delete;
 
-    // The lists, walked through `next`, of half-edges through `listNext`
+    // The lists, walked through `next`; that of half-edges through `listNext`
     TopoMeshVertex firstVertex() const { return m_vertices.first; }
     TopoMeshEdge firstEdge() const { return m_edges.first; }
     TopoMeshFace firstFace() const { return m_faces.first; }
@@ -84,12 +85,12 @@ public:
     // Swapping and subdividing
     /// Turns the diagonal of two triangles. `e` then names the other diagonal; both half-edges, both faces and the four
     /// sides keep their handles, and a face's first half-edge keeps its place counted from the diagonal. False when
-    /// there is no twin, a face is no triangle, or the other diagonal exists already or would join a vertex to itself.
-    /// Linear in the smaller valence of the two opposite corners.
+    /// there is no twin, a face is not a triangle, or the other diagonal exists already or would join a vertex to
+    /// itself. Linear in the smaller valence of the two opposite corners.
     ///
     /// It is its own inverse: the diagonal turns counter-clockwise when the first of the four vertices is one of its
-    /// ends, clockwise otherwise. An end whose `edge` left it gets the half-edge that follows in the order of
-    /// `TopoMeshEdgeVertexIterator`.
+    /// ends, clockwise otherwise. An end whose `edge` no longer leaves it gets the half-edge that follows in the order
+    /// of `TopoMeshEdgeVertexIterator`.
     bool swapEdge(TopoMeshEdge e);
     /// A new vertex on an edge. `e` keeps its origin and its twin, which now starts at the new vertex; the pair from
     /// there to the old end is new. The faces gain a side each. Constant.
@@ -99,8 +100,8 @@ public:
     /// \return the new half-edge from a to b, which lies in `f`; null, and no change, when the two are the same or
     ///         neighbours in the face
     TopoMeshEdge subdivideFace(TopoMeshFace f, TopoMeshVertex a, TopoMeshVertex b);
-    /// The same along a path of new vertices at the given points, first to last from a to b; the vertices may then be
-    /// neighbours.
+    /// The same along a path of new vertices at the given points, in order from a to b; the vertices `a` and `b` may
+    /// then be neighbours.
     /// \return the new face
     TopoMeshFace subdivideFace(TopoMeshFace f, TopoMeshVertex a, TopoMeshVertex b,
                                const zn::vector<znLinear::Point>& points);
@@ -110,30 +111,32 @@ public:
 
     // Collapsing
     /// Merges the two ends of an edge into its end vertex and returns that; its position stays. A triangle on the edge
-    /// goes, a larger face loses a side. Linear in the valence of the origin.
+    /// disappears, a larger face loses a side. Linear in the valence of the origin.
     ///
-    /// Where a triangle goes, its other two sides become one: the twin of the side before `e` keeps its handle and gets
-    /// a new twin, the twin of the side after `e` goes and its place is taken by another record. A side without a twin
-    /// leaves the other one on the boundary; corners that lose their last face stay as isolated vertices. All other
-    /// half-edges keep their handles. A further edge between the two ends becomes one that ends where it begins.
+    /// Where a triangle disappears, its other two sides become one: the twin of the side before `e` keeps its handle
+    /// and gets a new twin, the twin of the side after `e` is removed and its place is taken by another record. A side
+    /// without a twin leaves the other one on the boundary; corners that lose their last face stay as isolated
+    /// vertices. All other half-edges keep their handles. A further edge between the two ends becomes one that ends
+    /// where it begins.
     TopoMeshVertex collapseEdge(TopoMeshEdge e);
-    /// Contracts a boundary half-edge into its end: its face goes, the end keeps its handle and position. The outer
-    /// sides join as in `collapseEdge`.
+    /// Contracts a boundary half-edge into its end: its face is removed, the end keeps its handle and position. The
+    /// outer sides join as in `collapseEdge`.
     TopoMeshVertex contractEdge(TopoMeshEdge e) { return collapseEdge(e); }
-    /// Whether collapsing an edge of triangles keeps the surface what it is topologically: the link test of Dey,
-    /// Edelsbrunner, Guha and Nekhayev, "Topology preserving edge contraction" (1999). False when the ends have another
-    /// neighbour in common than the third corners of the edge's faces, when these corners are one vertex, when an edge
-    /// inside the mesh joins two boundary vertices (but for the tip of an ear), and for an edge that ends where it
-    /// begins, lies twice in one face, or has halves that run the same way. Looks at the neighbours of the origin, and
-    /// for each round the vertex of smaller valence.
+    /// Whether collapsing an edge of triangles preserves the topology of the surface: the link test of Dey,
+    /// Edelsbrunner, Guha and Nekhayev, "Topology preserving edge contraction" (1999). False when the ends have a
+    /// neighbour in common other than the third corners of the edge's faces, when these corners are one vertex, when an
+    /// edge inside the mesh joins two boundary vertices (except at the tip of an ear), and for an edge that ends where
+    /// it begins, lies twice in one face, or has halves that run the same way. Looks at the neighbours of the origin,
+    /// and for each around the vertex of smaller valence.
     static bool canCollapse(TopoMeshEdge e);
 
     // Deleting
     /// Removes a vertex with all its faces and leaves one face over the ring of its neighbours, whose half-edges keep
-    /// their handles. At a boundary vertex a new boundary half-edge closes the ring. Of fans that only touch here the
-    /// one of the vertex's `edge` gets the new face; the faces of the others go. Linear in the sides of the faces here.
-    /// \return the new face; null for an isolated vertex, at a boundary vertex of a single face, where the ring has two
-    ///         sides only, which are then joined, and where a face meets the vertex twice
+    /// their handles. At a boundary vertex a new boundary half-edge closes the ring. Of fans that only touch here, the
+    /// one of the vertex's `edge` gets the new face; the faces of the others are removed. Linear in the sides of the
+    /// faces at the vertex.
+    /// \return the new face; null for an isolated vertex, at a boundary vertex of a single face, where the ring has
+    ///         only two sides, which are then joined, and where a face meets the vertex twice
     TopoMeshFace deleteVertex(TopoMeshVertex v);
     /// Removes an edge and merges its faces into the face of `e`. False when there is no twin, when both sides are the
     /// same face, or when the halves run the same way. Linear in the sides of the face across.
@@ -144,7 +147,7 @@ public:
     // Seams
     /// Parts an edge: both halves become boundary, and both ends are divided where that separates their fans. The
     /// handles stay on the side of `e`. Nothing happens on a boundary half-edge. Linear in the valence of the ends, as
-    /// the following ones.
+    /// are the following ones.
     void splitEdge(TopoMeshEdge e);
     /// Cuts the fan of a boundary vertex along an outgoing half-edge: it and its twin become boundary, and the side of
     /// the twin gets a copy of the vertex. The far end stays whole.
@@ -158,7 +161,7 @@ public:
     /// belong to one face: a quad becomes a tube. Nothing happens when one of them has a twin or both are the same.
     void mergeVertices(TopoMeshEdge a, TopoMeshEdge b);
 
-    /// Tells the listeners.
+    /// Notifies the listeners.
     void modified(TopoMeshModification& modification) { sendMessage(modification); }
 
 private:

@@ -5,9 +5,9 @@
 
 namespace znGeom {
 
-/// The slots of an element. A slot takes memory, 16 bytes an element, from its first write on, for some thousand
-/// elements made about the same time; what was never written reads as zero. The object itself is empty: it stands in
-/// the element's record, whose address leads to the values.
+/// The slots of an element. A slot takes memory, 16 bytes per element, from its first write on, for the thousand or so
+/// elements made at about the same time; a slot that was never written reads as zero. The object itself is empty: it is
+/// part of the element's record, whose address leads to the values.
 template <typename Record, int NumSlots>
 class TopoMetadata
 {
@@ -63,7 +63,7 @@ public:
             if (get(slot).kind() != BlindData::Unwritten) return true;
         return false;
     }
-    /// Becomes what another element has in its slots.
+    /// Copies all slots of another element.
     void copyFrom(const TopoMetadata& other)
     {
         for (int slot = 0; slot < NumSlots; ++slot) {

@@ -23,7 +23,7 @@ double weight(const TopoMeshCoord& coord, int corner)
     return corner == 0 ? coord.w0 : corner == 1 ? coord.w1 : coord.w2;
 }
 
-/// The weight of a vertex; 0 when it is no corner of the face.
+/// The weight of a vertex; 0 when it is not a corner of the face.
 double weightOf(const TopoMeshCoord& coord, TopoMeshVertex vertex)
 {
     const Corners corners(coord.face);

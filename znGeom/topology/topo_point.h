@@ -15,7 +15,7 @@ struct ZNGEOM_API TopoMeshCoord
     /// The weighted sum of the three corners. Not for a null face.
     znLinear::Point evaluate() const;
     /// Becomes the orthogonal projection of a point on the plane of a face; weights may leave [0, 1].
-    /// \return false, with the weights 0, when the face has no area or is no triangle
+    /// \return false, with the weights 0, when the face has no area or is not a triangle
     bool setFromPoint(TopoMeshFace onFace, const znLinear::Point& point);
 };
 
@@ -35,9 +35,9 @@ public:
     TopoMeshPoint(TopoMeshVertex atVertex, TopoMeshFace face);
     /// On an edge of a face: the weights of the edge's origin and of its end.
     TopoMeshPoint(TopoMeshEdge onEdge, TopoMeshFace face, double originWeight, double endWeight);
-    /// Classified: nearer to a corner than the tolerance, a distance, it is at that vertex, else nearer to a side on
-    /// that half-edge, else inside. Distances come from the weights, so that weights of 0 and 1 decide exactly at any
-    /// size; lower corners and sides come first.
+    /// Classified: if it is nearer to a corner than the tolerance, which is a distance, it is at that vertex;
+    /// otherwise, if it is nearer to a side, on that half-edge; otherwise inside. Distances come from the weights, so
+    /// that weights of 0 and 1 decide exactly at any size; lower corners and sides come first.
     TopoMeshPoint(const TopoMeshCoord& position, double tolerance);
     ~TopoMeshPoint() override;
     TopoMeshPoint(const TopoMeshPoint&) = default;

@@ -1,5 +1,5 @@
-/// Walks over a half-edge mesh, step by step and for `for`: the sides of a face, the fan of a vertex, all half-edges
-/// that leave it, the lists.
+/// Walks over a half-edge mesh, step by step and as ranges for `for`: the sides of a face, the fan of a vertex, all
+/// half-edges that leave it, the lists.
 ///
 ///     for (const TopoMeshEdge side : sidesOf(face)) ...
 ///     for (const TopoMeshEdge spoke : fanOf(vertex)) if (isWanted(spoke)) break;
@@ -67,8 +67,8 @@ inline TopoMeshEdge boundaryIn(TopoMeshEdge e)
     return arriving->twin ? TopoMeshEdge() : arriving;
 }
 
-/// The elements from a first one on, each the step `Next` after the one before, until there is none or the first one
-/// comes again.
+/// The elements from a first one on, each reached by the step `Next` from the one before, until there is none or the
+/// first one comes round again.
 template <typename Handle, Handle (*Next)(Handle)>
 class TopoRange
 {
@@ -153,7 +153,8 @@ inline TopoFanRange fanOf(TopoMeshVertex v) { return TopoFanRange(v->edge ? fanB
 /// All half-edges that leave a vertex, of all fans that touch there, the newest first.
 inline TopoOutgoingRange outgoingOf(TopoMeshVertex v) { return TopoOutgoingRange(topoStep::firstOutgoing(v)); }
 
-/// Whether a half-edge runs between two vertices, one way or the other. Looks round the one that fewer leave.
+/// Whether a half-edge runs between two vertices, one way or the other. Looks around the one that fewer half-edges
+/// leave.
 ZNGEOM_API bool areJoined(TopoMeshVertex a, TopoMeshVertex b);
 
 } // namespace znGeom

@@ -15,8 +15,8 @@ struct Part
 };
 
 /// Copies a part as `meshExtract` does.
-/// \param newVertices  one entry per vertex of the source: those of the part are set to their new numbers, and corners
-///                     become what stands here
+/// \param newVertices  one entry per vertex of the source: those of the part are set to their new numbers, and each
+///                     corner is replaced by the entry of its vertex
 void extractPart(CompactMesh& target, const CompactMesh& source, const Part& part, int* newVertices);
 
 } // namespace znGeom::internal

@@ -119,7 +119,7 @@ private:
         forEachPart({run.begin, run.end, run.level + 1}, [this](const Run& part) { sortSmallRun(part); });
     }
 
-    /// Calls `visit` with each run that starts within [begin, end), borders of runs both.
+    /// Calls `visit` with each run that starts within [begin, end), both of which are borders of runs.
     template <typename Visit>
     void forEachPart(const Run& run, const Visit& visit)
     {

@@ -19,8 +19,8 @@ struct VertexKey
     float operator()(int vertex) const { return values[static_cast<std::ptrdiff_t>(stride) * vertex]; }
 };
 
-/// The vertices sorted by a list of keys, the most significant first. A not-a-number lies beyond the infinities and is
-/// the same as nothing, itself included.
+/// The vertices sorted by a list of keys, the most significant first. A NaN lies beyond the infinities and is the same
+/// as nothing, itself included.
 struct VertexOrder
 {
     int count;

@@ -10,8 +10,8 @@
 
 namespace zn {
 
-/// Hands out pieces of one size. A freed piece is used again by the next `allocate`; the blocks themselves are freed
-/// when the allocator dies, whatever is still in use. Not for use by two threads at a time.
+/// Hands out pieces of one size. A freed piece is reused by the next `allocate`; the blocks themselves are freed when
+/// the allocator dies, whatever is still in use. Not for use by two threads at a time.
 class ZNGEOM_API BlockAllocator
 {
 public:
@@ -40,9 +40,9 @@ private:
     std::vector<std::unique_ptr<std::byte[]>> m_blocks;
 };
 
-/// How the standard node containers take their nodes from a `BlockAllocator`: one allocator per container, ten nodes a
-/// block, made at the first node. What is no single node (a hash table's buckets), or is aligned beyond what `new`
-/// gives, comes from the heap.
+/// Lets the standard node containers take their nodes from a `BlockAllocator`: one allocator per container, ten nodes
+/// to a block, created with the first node. Whatever is not a single node (a hash table's buckets), or needs a stricter
+/// alignment than `new` gives, comes from the heap.
 template <typename T>
 class NodeAllocator
 {

@@ -9,7 +9,7 @@
 
 namespace zn {
 
-/// A size as `int`. One that does not fit fails as the standard containers fail: with `std::length_error`.
+/// A size as `int`. One that does not fit fails as it does in the standard containers: with `std::length_error`.
 inline int checkedSize(std::int64_t size)
 {
     if (size < 0 || size > std::numeric_limits<int>::max()) throw std::length_error("znGeom: more than 2^31 elements");

@@ -6,10 +6,12 @@
 #include <memory>
 #include <numeric>
 
+#include "znGeom/foundation/machine/language.h"
+
 namespace zn {
 
 /// A partition of the numbers 0 to size - 1, at first each on its own. A set is known by its lowest member. Indices are
-/// trusted. Union-find (Tarjan 1975) with halved paths (van der Weide 1980): as good as linear for any number of calls.
+/// trusted. Union-find (Tarjan 1975) with halved paths (van der Weide 1980): practically linear in the number of calls.
 class DisjointSets
 {
 public:
@@ -36,8 +38,8 @@ public:
         return m_lower[static_cast<size_t>(high)] = low;
     }
 
-    /// Some lower member of the same set, the number itself where there is none. Without a search: two numbers for
-    /// which it is the same are in one set, others may be.
+    /// Some lower member of the same set, or the number itself where there is none; makes no search. Two numbers with
+    /// the same result are in one set; two with different results may be as well.
     int lower(int member) const { return m_lower[static_cast<size_t>(member)]; }
 
 private:

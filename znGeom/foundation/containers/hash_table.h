@@ -1,4 +1,4 @@
-/// `zn::unordered_set` and `zn::unordered_map`: chained hash tables whose callers may bring the hash along.
+/// `zn::unordered_set` and `zn::unordered_map`: chained hash tables whose callers may supply the hash.
 #pragma once
 
 #include <functional>
@@ -9,15 +9,15 @@
 
 namespace zn {
 
-/// What both tables share, over a standard table of entries that keep their hash. The order of iteration is the
-/// table's own: the same in every run for the same hashes and operations, otherwise without meaning.
+/// What both tables share, over a standard table of entries that keep their hash. The order of iteration is the table's
+/// own: the same in every run for the same hashes and operations, but otherwise meaningless.
 template <typename Key, typename Item, typename KeyOf, typename Hash, typename Equal>
 class HashTable
 {
     struct Entry
     {
         size_t hash;
-        mutable Item item; // the key within it is never handed out for writing
+        mutable Item item; // the key within it is never exposed for writing
     };
     struct Probe
     {
@@ -59,7 +59,7 @@ public:
     HashTable() = default;
     HashTable(const HashTable&) = default;
     HashTable& operator=(const HashTable&) = default;
-    // By swapping: what was moved from gets blocks of its own, so that two threads may go on with the two.
+    // By swapping: the moved-from table gets blocks of its own, so that two threads may go on to use one each.
     HashTable(HashTable&& other) { swap(other); }
     HashTable& operator=(HashTable&& other)
     {
@@ -78,7 +78,7 @@ public:
     Node findNode(const Key& key) const { return findNode(hashOf(key), key); }
     bool contains(const Key& key) const { return static_cast<bool>(findNode(key)); }
 
-    /// Makes room for so many elements, so that inserting up to there does not move the table.
+    /// Makes room for that many elements, so that inserting up to that number does not move the table.
     void rehash(int expectedSize) { m_table.reserve(static_cast<size_t>(expectedSize)); }
 
     /// A walk over all elements: `for (auto n = table.firstNode(); n; n = table.nextItem(n))`.

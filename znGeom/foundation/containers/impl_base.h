@@ -15,16 +15,16 @@ public:
     virtual ~ImplBase();
 };
 
-/// A pointer to an implementation and whether it owns it. The one that was made with the implementation does and
-/// deletes it in the end. A copy shares it, does not own it and must not outlive its source. A move hands the ownership
-/// on; the source goes on sharing. \tparam Impl  may be incomplete in the header of the public class
+/// A pointer to an implementation, which may or may not own it. The pointer created from the implementation is the
+/// owner and deletes it in the end. A copy shares it, does not own it and must not outlive its source. A move passes on
+/// the ownership; the source continues to share. \tparam Impl  may be incomplete in the header of the public class
 template <typename Impl>
 class ImplPointer
 {
 public:
-    /// To nothing.
+    /// Points to nothing.
     ImplPointer() = default;
-    /// \param impl  taken over
+    /// \param impl  owned from now on
     explicit ImplPointer(Impl* impl) : m_impl(impl), m_owned(true) {}
     ImplPointer(const ImplPointer& other) : m_impl(other.m_impl) {}
     ImplPointer(ImplPointer&& other) noexcept : m_impl(other.m_impl), m_owned(std::exchange(other.m_owned, false)) {}

@@ -8,8 +8,8 @@
 
 namespace zn {
 
-/// A face over `std::list`, circular around a sentinel. A `Node` names one place: `next()` and `prev()` walk, `value()`
-/// reads the element, and the sentinel, reached after the last element, converts to false.
+/// A thin layer over `std::list`, circular around a sentinel. A `Node` names one place: `next()` and `prev()` walk,
+/// `value()` reads the element, and the sentinel, reached after the last element, converts to false.
 template <typename T>
 class list
 {

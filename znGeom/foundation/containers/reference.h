@@ -9,8 +9,8 @@
 namespace zn {
 
 /// Base of everything that is shared. The count starts at 0 and the first `Reference` is the first owner. The count is
-/// a plain integer: no two threads may change the references to one object at a time. Copying an object copies no
-/// count.
+/// a plain integer: no two threads may change the references to one object at a time. Copying an object does not copy
+/// its count.
 class ZNGEOM_API ReferenceCount
 {
 public:

@@ -19,7 +19,7 @@ public:
         : m_size(static_cast<size_t>(size)), m_stamps(std::make_unique<std::uint32_t[]>(m_size))
     {}
 
-    /// Empties the set: returns a stamp by which nothing is marked yet.
+    /// Empties the set: returns a stamp with which nothing is marked yet.
     std::uint32_t next()
     {
         if (++m_stamp > 0xFFFFFFFEu) {
@@ -28,8 +28,8 @@ public:
         }
         return m_stamp;
     }
-    /// Marks an index by the current stamp; returns whether it was unmarked. The stamp comes back in from the caller,
-    /// who holds it in a register where the loop is hot.
+    /// Marks an index with the current stamp; returns whether it was unmarked. The caller passes the stamp back in, so
+    /// that a hot loop can keep it in a register.
     bool mark(int index, std::uint32_t stamp)
     {
         return std::exchange(m_stamps[static_cast<size_t>(index)], stamp) != stamp;

@@ -11,8 +11,8 @@
 namespace zn {
 
 /// What the four trees share, over a standard tree `Storage`. A `Node` names one place: `next()` steps in order,
-/// `value()` reads (for maps a pair of key and value), the place after the last converts to false. Equal keys of the
-/// multi forms stay in the order of insertion.
+/// `value()` reads (for maps a pair of key and value), and the place after the last converts to false. Equal keys of
+/// the multi forms stay in the order of insertion.
 template <typename Storage>
 class Tree
 {
@@ -47,7 +47,7 @@ public:
     Tree() = default;
     Tree(const Tree&) = default;
     Tree& operator=(const Tree&) = default;
-    // By swapping: what was moved from gets blocks of its own, so that two threads may go on with the two.
+    // By swapping: the moved-from tree gets blocks of its own, so that two threads may go on to use one each.
     Tree(Tree&& other) { swap(other); }
     Tree& operator=(Tree&& other)
     {

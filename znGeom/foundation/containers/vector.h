@@ -11,9 +11,9 @@
 
 namespace zn {
 
-/// A face over `std::vector` with `int` sizes. Elements are always addressable: a `zn::vector<bool>` holds real bools,
-/// and `bool*` into it works. Iterators are pointers; they stay valid while the vector does not grow. Indices and
-/// positions are trusted. Copies are deep.
+/// A thin layer over `std::vector` with `int` sizes. Elements are always addressable: a `zn::vector<bool>` holds real
+/// bools, and `bool*` into it works. Iterators are pointers; they stay valid while the vector does not grow. Indices
+/// and positions are trusted. Copies are deep.
 template <typename T>
 class vector
 {

@@ -40,8 +40,8 @@ struct AffineMatrixT
         setRow(0, u), setRow(1, v), setRow(2, w), setRow(3, p.asVector());
     }
 
-    /// The rotation that takes direction `from` to direction `to`, without translation. Opposite directions are
-    /// joined by a half turn about `from`'s `orthogonalVector`. The identity when either is invalid.
+    /// The rotation that takes direction `from` to direction `to`, without translation. For opposite directions it is a
+    /// half turn about `from`'s `orthogonalVector`. The identity when either is invalid.
     void rotate(const Normal& from, const Normal& to);
 
     /// The determinant of the linear part.
@@ -137,8 +137,8 @@ AffineMatrixT<T> AffineMatrixT<T>::normalMatrix(bool& ok) const
 template <typename T>
 void AffineMatrixT<T>::rotate(const Normal& from, const Normal& to)
 {
-    // Of directions that are nearly opposite the cross product tells no axis: a half turn about an axis at right angles
-    // to `from` brings that round, and only the small rest is turned.
+    // The cross product of nearly opposite directions gives no reliable axis: a half turn about an axis at right angles
+    // to `from` reverses it, and only the small remainder is left to turn.
     *this = AffineMatrixT();
     if (!from.valid || !to.valid) return;
     constexpr double nearlyOpposite = 1e-4;

@@ -10,7 +10,7 @@
 namespace znGeom {
 
 /// Six floats, inclusive on every side. The invalid box has its minima at the largest float and its maxima at the most
-/// negative one: it contains nothing, and extended by a point it is that point. A not-a-number never extends a box.
+/// negative one: it contains nothing, and extended by a point it is that point. NaNs never extend a box.
 struct BoundingBox
 {
     float minX, minY, minZ;

@@ -66,8 +66,9 @@ struct Crossing
     }
 };
 
-/// The first parameter s in [0, limit] at which p + s * u lies on the segment a to b that runs along u; false when
-/// the segment is off that line or out of reach. A `u` without length is a point, which asks whether it lies on a to b.
+/// The first parameter s in [0, limit] at which p + s * u lies on the segment a to b that runs along u; false when the
+/// segment is off that line or out of reach. A `u` without length makes it a point, and the question is whether that
+/// lies on a to b.
 bool firstCommonParam(const Point2& p, const Vector2& u, double limit, const Point2& a, const Point2& b, double& s)
 {
     const Vector2 along = u.length2() > 0 ? u : b - a;
@@ -81,8 +82,8 @@ bool firstCommonParam(const Point2& p, const Vector2& u, double limit, const Poi
     return true;
 }
 
-/// Whether a parameter lies on a segment, and that parameter without what rounding put beyond the ends: segments that
-/// share an end meet there.
+/// Whether a parameter lies on a segment; one that rounding put beyond an end is moved back onto it, so that segments
+/// that share an end meet there.
 bool onSegment(double& param)
 {
     if (!Range1d(0, 1).contains(param, epsilonTol)) return false;

@@ -1,4 +1,4 @@
-/// Infinite lines: one that measures in length, one that measures in its own direction vector.
+/// Infinite lines: one measured in lengths, one measured in multiples of its own direction vector.
 #pragma once
 
 #include "znGeom/foundation/linear/point.h"
@@ -6,7 +6,7 @@
 namespace znLinear {
 
 /// A line through two points or along a direction, with the parameter tied to the direction as given: from two points,
-/// t = 0 is the first and t = 1 the second. May be without length; it is then its base point.
+/// t = 0 is the first and t = 1 the second. It may be without length, and is then just its base point.
 struct ParamLine
 {
     Point point;

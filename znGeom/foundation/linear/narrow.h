@@ -9,9 +9,10 @@ namespace znLinear {
 
 /// The nearest `float`.
 ///
-/// A `float` that is widened again at once keeps its 24 bits: GCC 12, vectorising straight-line code at -O2 and -O3,
-/// takes a pair of such conversions for none at all and leaves the `double` as it was. It can't see through this one.
-/// Loops over long arrays don't suffer from that, and are vectorised only with a plain `float(value)`.
+/// The result has the 24 bits of a `float` even when it is widened again at once: GCC 12, vectorising straight-line
+/// code at -O2 and -O3, treats a pair of such conversions as none at all and leaves the `double` as it was, but can't
+/// see through this function. Loops over long arrays don't suffer from that, and are vectorised only with a plain
+/// `float(value)`.
 constexpr float narrow(double value)
 {
     float narrowed = static_cast<float>(value);

@@ -9,7 +9,7 @@ namespace znLinear {
 struct Promise
 {};
 
-/// Three components of unit length and a flag. Made from a vector without length the flag is false and the
+/// Three components of unit length and a flag. When it is made from a vector without length, the flag is false and the
 /// components are 0; every use that depends on the direction tests `valid` first.
 struct Normal
 {
@@ -86,15 +86,15 @@ inline double angle(const Normal& a, const Normal& b) { return std::atan2(cross(
 /// The part of a vector that lies along a direction.
 constexpr Vector project(const Vector& v, const Normal& direction) { return direction * dot(v, direction); }
 
-/// Turns a vector about an axis through the origin, counter-clockwise seen from the axis' tip.
+/// Turns a vector about an axis through the origin, counter-clockwise seen from the tip of the axis.
 inline Vector rotate(const Vector& v, const Normal& axis, double radians)
 {
     const double c = std::cos(radians), s = std::sin(radians);
     return v * c + cross(axis, v) * s + axis * (dot(axis, v) * (1.0 - c));
 }
 
-/// True when two directions point the same way: the tolerance is greater than 1 minus their cosine. Opposite
-/// directions are not parallel here; who means either sense asks twice.
+/// True when two directions point the same way: the tolerance is greater than 1 minus their cosine. Opposite directions
+/// are not parallel here; a caller that accepts either sense asks twice.
 constexpr bool isParallel(const Normal& a, const Normal& b, double tol) { return tol > 1.0 - dot(a, b); }
 
 /// Within the tolerance in each component.

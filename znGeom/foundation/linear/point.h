@@ -17,7 +17,7 @@ struct Point2T
     constexpr Point2T() = default;
     constexpr Point2T(T x_, T y_) : x(x_), y(y_) {}
 
-    /// Widening is implicit, narrowing is asked for.
+    /// Widening is implicit, narrowing explicit.
     template <typename U>
     explicit(sizeof(U) > sizeof(T)) constexpr Point2T(const Point2T<U>& other) requires(!std::is_same_v<T, U>)
         : x(inPrecision<T>(other.x)), y(inPrecision<T>(other.y))
@@ -55,7 +55,7 @@ struct PointT
     /// In the plane z = 0.
     explicit constexpr PointT(const Point2T<T>& p) : x(p.x), y(p.y), z(0) {}
 
-    /// Widening is implicit, narrowing is asked for.
+    /// Widening is implicit, narrowing explicit.
     template <typename U>
     explicit(sizeof(U) > sizeof(T)) constexpr PointT(const PointT<U>& other) requires(!std::is_same_v<T, U>)
         : x(inPrecision<T>(other.x)), y(inPrecision<T>(other.y)), z(inPrecision<T>(other.z))

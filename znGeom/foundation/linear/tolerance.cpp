@@ -2,7 +2,7 @@
 
 namespace znLinear {
 
-// A mesh of a few units in size is what these fit; 1e-10 is the one decade in which meshes from a millimetre to ten
+// These suit a mesh a few units in size; 1e-10 is the only power of ten with which meshes from a millimetre to ten
 // kilometres (in metres) neither lose true features to the tolerance nor drown it in rounding.
 double epsilonTol = 1e-10;
 double epsilon2Tol = 1e-12;

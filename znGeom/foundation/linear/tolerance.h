@@ -21,7 +21,7 @@ extern ZNGEOM_API double perpendicular2Tol;
 extern ZNGEOM_API float epsilonTolFlt;
 
 /// Two numbers count as equal when the tolerance is greater than their difference: a difference of exactly the
-/// tolerance is a difference, and so is one that is not a number.
+/// tolerance is a difference, and so is NaN.
 template <typename T>
 constexpr bool equivalent(T a, T b, T tol) requires(T(0.5) != T(0))
 {

@@ -44,7 +44,7 @@ struct VectorT
     constexpr VectorT(T dx_, T dy_, T dz_) : dx(dx_), dy(dy_), dz(dz_) {}
     explicit constexpr VectorT(const T* values) : dx(values[0]), dy(values[1]), dz(values[2]) {}
 
-    /// Widening is implicit, narrowing is asked for.
+    /// Widening is implicit, narrowing explicit.
     template <typename U>
     explicit(sizeof(U) > sizeof(T)) constexpr VectorT(const VectorT<U>& other) requires(!std::is_same_v<T, U>)
         : dx(inPrecision<T>(other.dx)), dy(inPrecision<T>(other.dy)), dz(inPrecision<T>(other.dz))

@@ -1,4 +1,4 @@
-/// A hint that a large block of memory will be used whole.
+/// A hint that a large block of memory will be used in full.
 #pragma once
 
 #include <cstddef>
@@ -7,11 +7,12 @@
 
 namespace znUtil {
 
-/// The size and alignment from which the hint has an effect.
+/// The size of a large page.
 inline constexpr size_t hugePageBytes = size_t(2) << 20;
 
-/// Asks the system to back a block with large pages: its first touch then costs a small part of what it costs page by
-/// page. Before the first touch. Without effect where the system knows no such thing.
+/// Asks the system to back a block with large pages: touching it for the first time then costs a fraction of what it
+/// costs page by page. Applies to the large pages that lie wholly within the block; to be called before the first
+/// touch. Has no effect where the system lacks the feature.
 ZNGEOM_API void adviseHugePages(void* block, size_t bytes);
 
 } // namespace znUtil

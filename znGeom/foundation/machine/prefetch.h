@@ -5,12 +5,12 @@
 
 namespace znUtil {
 
-/// Starts loading the cache line of `address`, which need not be valid. Worth its cost in loops that reach memory by
-/// index in no order, some dozen steps ahead.
+/// Starts loading the cache line of `address`, which need not be valid. Worth its cost in loops that access memory by
+/// index in no particular order, about a dozen steps ahead.
 inline void prefetch([[maybe_unused]] const void* address)
 {
 #if defined(__GNUC__) && defined(__x86_64__)
-    // GCC takes a function that does nothing but __builtin_prefetch for one without effect and drops its calls.
+    // GCC takes a function that only calls __builtin_prefetch for one without effect and drops the calls to it.
     __asm__ volatile("prefetcht0 %0" : : "m"(*static_cast<const char*>(address)));
 #elif defined(__GNUC__)
     __builtin_prefetch(address);

@@ -16,7 +16,7 @@ namespace znGeom {
 class ArrayAllocator;
 
 /// What an `ArrayAllocator` sees of an array: how many elements it has, how large one is, and a slot for the block or
-/// for whatever names it to the allocator.
+/// for whatever identifies it to the allocator.
 class ZNGEOM_API ArrayBase
 {
 public:
@@ -40,7 +40,7 @@ protected:
 };
 
 /// Keeps array contents elsewhere: in a paged store, in shared or device memory. One allocator may serve any number of
-/// arrays; it is told the array at each call. It is called from whichever thread touches the array.
+/// arrays; each call names the array. It is called from whichever thread touches the array.
 class ZNGEOM_API ArrayAllocator : public zn::ReferenceCount
 {
 public:
@@ -50,7 +50,7 @@ public:
     virtual void* read(ArrayBase& array) = 0;
     /// The array's block, for writing.
     virtual void* write(ArrayBase& array) = 0;
-    /// Gives the array a block of `bytes`, the beginning of the old one kept as far as it fits. An array without a
+    /// Gives the array a block of `bytes`, keeping as much of the beginning of the old one as fits. An array without a
     /// block gets its first one.
     virtual void resize(ArrayBase& array, size_t bytes) = 0;
     /// Frees the array's block; the array has none afterwards.

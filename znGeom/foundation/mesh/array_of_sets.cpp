@@ -13,7 +13,7 @@ template <typename VisitPairs>
 void buildTable(ArrayOfSets& table, int numSets, int numElements, const VisitPairs& visit)
 {
     ArrayOfSets built(numSets, numElements);
-    zn::vector<int> next(numSets + 1, 0); // one more, so that a table of no sets has a place to point at
+    zn::vector<int> next(numSets + 1, 0); // one more, so that a table of no sets has a place to point to
     visit([&next](int set, int) { ++next[set]; });
     std::exclusive_scan(next.begin(), next.begin() + numSets, next.begin(), 0);
     std::copy_n(next.begin(), numSets, built.start.write());

@@ -7,9 +7,8 @@
 
 namespace znGeom {
 
-/// Set i holds the elements from start[i] up to start[i + 1], the last set up to the number of elements. Whoever makes
-/// a table by size fills both arrays directly. Indices are trusted. Copies are deep; a table that was moved from is
-/// empty.
+/// Set i holds the elements from start[i] up to start[i + 1], the last set up to the number of elements. Code that
+/// makes a table by size fills both arrays directly. Indices are trusted. Copies are deep; a moved-from table is empty.
 class ZNGEOM_API ArrayOfSets
 {
 public:
@@ -38,7 +37,7 @@ public:
     void assignFromPairs(int numSets, int numPairs, const int* pairs);
 
     /// Builds the inverse relation: set e holds, ascending, the sets of `source` in which e is an element.
-    /// \param numSets  one more than the largest element of `source` at least
+    /// \param numSets  at least one more than the largest element of `source`
     void assignInverse(int numSets, const ArrayOfSets& source);
 
 private:

@@ -9,7 +9,7 @@
 
 namespace znGeom {
 
-/// Calls `visit(index)` for each member, ascending. The set must stay as it is meanwhile.
+/// Calls `visit(index)` for each member, ascending. The set must not change meanwhile.
 template <typename Visit>
 void forEachSetBit(const BitVector& bits, const Visit& visit)
 {
@@ -19,7 +19,7 @@ void forEachSetBit(const BitVector& bits, const Visit& visit)
         for (std::uint32_t left = words[w]; left != 0; left &= left - 1) visit(32 * w + std::countr_zero(left));
 }
 
-/// The members below `limit`, ascending: a set may be older than what it is about, and larger.
+/// The members below `limit`, ascending: a set may be older than what it refers to, and larger.
 inline zn::vector<int> listMembers(const BitVector& bits, int limit)
 {
     zn::vector<int> members(bits.getNumSetBits());
@@ -31,8 +31,8 @@ inline zn::vector<int> listMembers(const BitVector& bits, int limit)
     return members;
 }
 
-/// Calls `visit(begin, end)` for the runs of indices below the size that are not in the set, ascending. A run ends at
-/// a multiple of 32 at the latest, where the next one may go on. The set must stay as it is meanwhile.
+/// Calls `visit(begin, end)` for the runs of indices below the size that are not in the set, ascending. A run ends at a
+/// multiple of 32 at the latest, where the next one may continue it. The set must not change meanwhile.
 template <typename Visit>
 void forEachClearRun(const BitVector& bits, const Visit& visit)
 {
@@ -46,7 +46,7 @@ void forEachClearRun(const BitVector& bits, const Visit& visit)
             const int skipped = std::countr_zero(left);
             const int begin = first + skipped, end = begin + std::countr_one(left >> skipped);
             visit(begin, end);
-            left &= left + (1u << skipped); // the carry runs through the run and clears it
+            left &= left + (1u << skipped); // the carry ripples through the run and clears it
         }
     }
 }

@@ -19,7 +19,7 @@ public:
     explicit BitVector(int size) { resize(size); }
     BitVector(const BitVector&) = default;
     BitVector& operator=(const BitVector&) = default;
-    /// What was moved from is empty.
+    /// The moved-from set is empty.
     BitVector(BitVector&& other) noexcept { swap(other); }
     BitVector& operator=(BitVector&& other) noexcept
     {
@@ -36,7 +36,7 @@ public:
     bool isSet(int bit) const { return (m_words[bit >> 5] >> (bit & 31) & 1u) != 0; }
     bool operator[](int bit) const { return isSet(bit); }
 
-    /// Setting a set bit counts nothing.
+    /// Setting a bit that is already set does not change the count.
     void setBit(int bit)
     {
         const std::uint32_t mask = 1u << (bit & 31);

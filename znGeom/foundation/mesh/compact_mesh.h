@@ -28,12 +28,12 @@ public:
     void sendMessage(EntityModification& modification) const override;
     void resendMessage(EntityModification& modification) const override;
     void setArrayAllocator(zn::Reference<ArrayAllocator> allocator) override;
-    /// As for the base; besides, `TopologyChanged` drops triangle normals, strips and fans, and `GeometryChanged`
-    /// drops triangle normals, unless the flags keep them.
+    /// As in the base class; in addition, `TopologyChanged` drops triangle normals, strips and fans, and
+    /// `GeometryChanged` drops triangle normals, unless the flags keep them.
     void modified(MeshModification& modification) override;
     size_t getSizeInBytes() const override;
 
-    /// Exchanges all content, not listeners and allocators. Tells nobody.
+    /// Exchanges all content, but not listeners and allocators. Notifies no listener.
     void swap(CompactMesh& other);
 
     // Triangles
@@ -42,13 +42,13 @@ public:
     const MeshTriangle* getTriangles() const { return m_triangles.read(); }
     int* getTrianglesRaw() { return reinterpret_cast<int*>(getTriangles()); }
     const int* getTrianglesRaw() const { return reinterpret_cast<const int*>(getTriangles()); }
-    /// Triangle normals, if there are any, are resized along; new ones are zero.
+    /// Triangle normals, if there are any, are resized too; new ones are zero.
     void resizeTriangleArray(int numTriangles);
     /// \param corners  three vertex indices per triangle
     void copyTriangles(int numTriangles, const int* corners);
 
     // Triangle normals
-    /// Makes the channel, zeros, unless it is there.
+    /// Makes the channel, filled with zeros, unless it exists already.
     void allocTriangleNormalArray();
     void deleteTriangleNormals() { m_triangleNormals.resize(0); }
     /// Null while absent.
@@ -58,7 +58,7 @@ public:
     const float* getTriangleNormalsRaw() const { return reinterpret_cast<const float*>(getTriangleNormals()); }
 
     // Selection
-    /// Sized by whoever uses it: resize to the number of triangles first.
+    /// Sized by its user: resize it to the number of triangles first.
     BitVector& getSelectedTriangles() { return m_selectedTriangles; }
     const BitVector& getSelectedTriangles() const { return m_selectedTriangles; }
     /// Clears the bits of both selections; their sizes stay.
@@ -77,7 +77,7 @@ public:
     const int* getLineStripLengths() const { return m_lineStripLengths.read(); }
     int* getLineStripPoints() { return m_lineStripPoints.write(); }
     const int* getLineStripPoints() const { return m_lineStripPoints.read(); }
-    /// Per strip a pointer to its first point, from the lengths as they are now.
+    /// For each strip a pointer to its first point, from the current lengths.
     zn::vector<const int*> getLineStripStarts() const;
     void resizeLineStripArrays(int numPoints, int numStrips);
 

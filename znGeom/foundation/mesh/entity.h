@@ -1,4 +1,4 @@
-/// `znGeom::Entity`: a thing that changes and tells its listeners.
+/// `znGeom::Entity`: an object that changes and notifies its listeners.
 #pragma once
 
 #include "znGeom/foundation/containers/reference.h"
@@ -17,7 +17,7 @@ public:
     EntityModification(const EntityModification&) = default;
     EntityModification& operator=(const EntityModification&) = default;
 
-    /// Who changed.
+    /// The entity that changed.
     const Entity* getEntity() const { return m_entity; }
 
 private:
@@ -34,12 +34,12 @@ public:
     Entity& operator=(const Entity&) { return *this; }
     ~Entity() override;
 
-    /// Tells the listeners of a change of this entity.
+    /// Notifies the listeners of a change to this entity.
     virtual void sendMessage(EntityModification& modification) const;
-    /// Passes on a change that was told before, to listeners that came later or in the name of a part.
+    /// Passes on a change that was announced before: to listeners added since, or on behalf of a part.
     virtual void resendMessage(EntityModification& modification) const;
 
-    /// Sent when the entity is about to die; its contents are gone already.
+    /// Sent when the entity is about to die; its contents are already gone.
     znRTB::SignalArg<Entity*>& destroyedSignal() const { return m_destroyed; }
     /// Sent for every change.
     znRTB::SignalArg<EntityModification&>& modifiedSignal() const { return m_modified; }

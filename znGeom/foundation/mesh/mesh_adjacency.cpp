@@ -1,6 +1,7 @@
 #include "znGeom/foundation/mesh/mesh_adjacency.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdlib>
 #include <utility>
 
@@ -8,8 +9,7 @@ namespace znGeom {
 
 void MeshAdjTris::copyTriangles(int vertex, int* out, const int* triangles) const
 {
-    const int* tris = triIndices(vertex);
-    for (int i = 0; i < numTris(vertex); ++i) std::copy_n(triangles + 3 * tris[i], 3, out + 3 * i);
+    for (const int triangle : around(vertex)) out = std::copy_n(triangles + 3 * std::ptrdiff_t(triangle), 3, out);
 }
 
 MeshAdjVertices::~MeshAdjVertices()

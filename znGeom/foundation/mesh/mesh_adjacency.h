@@ -55,8 +55,8 @@ private:
     ArrayOfSets m_table;
 };
 
-/// For each vertex, its neighbours. At data[offsets[v]] stands the number n of neighbours of v, followed by the n
-/// vertex indices. The fields are read directly.
+/// For each vertex, its neighbours. data[offsets[v]] is the number n of neighbours of v, followed by the n vertex
+/// indices. The fields are read directly.
 class ZNGEOM_API MeshAdjVertices : public zn::ReferenceCount
 {
 public:

@@ -1,4 +1,4 @@
-/// `znGeom::MeshAttributes`: one named channel of numbers, so many per vertex.
+/// `znGeom::MeshAttributes`: one named channel with the same number of values for each vertex.
 #pragma once
 
 #include "znGeom/foundation/mesh/array.h"
@@ -10,7 +10,7 @@ namespace znGeom {
 class ZNGEOM_API MeshAttributes
 {
 public:
-    /// Zeros for so many vertices.
+    /// Zeros for `numElements` vertices.
     MeshAttributes(const znString::CString& name, int numComponents, int numElements,
                    const zn::Reference<ArrayAllocator>& allocator = nullptr);
 
@@ -36,14 +36,14 @@ public:
     const MeshFloat4* asFloat4() const { return as<MeshFloat4>(); }
     const MeshUV* asMeshUV() const { return as<MeshUV>(); }
 
-    /// Whether the attribute is written out with the mesh; true at first, copied along.
+    /// Whether the attribute is written out with the mesh; true at first, and copied with the attribute.
     bool isStoreable() const { return m_storeable; }
     void setStoreable(bool storeable) { m_storeable = storeable; }
 
     /// The smallest and the largest number of one component, kept until `invalidateRange`. False when no vertex is
-    /// covered or no number is one. Not while another thread reads the attribute.
+    /// covered or every number is NaN. Not to be called while another thread reads the attribute.
     bool getRange(int component, float& min, float& max);
-    /// Forgets the kept range; to be called after the numbers were written to.
+    /// Forgets the kept range; to be called after writing to the numbers.
     void invalidateRange() { m_rangeKnown[0] = m_rangeKnown[1] = m_rangeKnown[2] = m_rangeKnown[3] = false; }
 
     /// New elements are zero.

@@ -98,7 +98,7 @@ bool MeshCoordBase::projectBase(const Point& a, const Point& b, const Point& c, 
         return true;
     }
     nearestSide(corners, p, weights);
-    // Within the triangle no side is nearer than the plane, but for rounding in a needle.
+    // Within the triangle no side is nearer than the plane, except by rounding in a needle.
     if (within[0] < 0 || within[1] < 0 || within[2] < 0) return true;
     const MeshCoordBase side = *this;
     std::copy_n(within, 3, weights);

@@ -1,7 +1,7 @@
-/// `znGeom::MeshModification`: what a change of a mesh did.
+/// `znGeom::MeshModification`: what a change to a mesh did.
 ///
-/// Whoever changes a mesh tells it afterwards, once, through `modified`. What the mutators declare, those of this
-/// library today and those that are planned to join them:
+/// Code that changes a mesh reports the change afterwards, once, through `modified`. What the mutators declare, both
+/// those that this library has today and those that are planned:
 ///
 // clang-format off
 /// | Function                                  | Type                | Remap               | Flags |
@@ -38,8 +38,8 @@ namespace znGeom {
 class PointMesh;
 
 /// One change. Its kind makes every channel that depends on it invalid by default; the `...Modified` calls name a
-/// channel that the change rewrote, the `...Valid` calls one that stays true in spite of it. Lives for the duration of
-/// the `modified` call; may be made before the change, since it records only flags and pointers.
+/// channel that the change rewrote, the `...Valid` calls one that stays correct in spite of it. Lives for the duration
+/// of the `modified` call; may be made before the change, since it records only flags and pointers.
 class ZNGEOM_API MeshModification : public EntityModification
 {
 public:
@@ -49,7 +49,7 @@ public:
         AttributesChanged = 2 ///< only a named channel did
     };
 
-    /// The channels that flags speak of.
+    /// The channels that the flags refer to.
     enum Channel : int {
         Normals,
         TriangleNormals,
@@ -87,7 +87,7 @@ public:
 
     /// Whether the change rewrote a channel.
     bool isModified(Channel channel) const { return (m_modified & bit(channel)) != 0; }
-    /// Whether a channel stays true in spite of the change.
+    /// Whether a channel stays correct in spite of the change.
     bool isValid(Channel channel) const { return (m_valid & bit(channel)) != 0; }
     /// Either of the two.
     bool keeps(Channel channel) const { return isModified(channel) || isValid(channel); }

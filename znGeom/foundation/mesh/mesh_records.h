@@ -58,7 +58,7 @@ struct MeshTriangle
     constexpr const int& operator[](int corner) const { return corners[corner]; }
 };
 
-/// The corner of a triangle after a corner, and the one before it: 0, 1, 2, 0, ...
+/// The corner of a triangle that follows a given one, and the one that precedes it: 0, 1, 2, 0, ...
 constexpr int cornerAfter(int corner) { return corner == 2 ? 0 : corner + 1; }
 constexpr int cornerBefore(int corner) { return corner == 0 ? 2 : corner - 1; }
 
@@ -125,7 +125,7 @@ static_assert(sizeof(MeshLine) == 8 && sizeof(MeshColour) == 16 && sizeof(MeshFl
 static_assert(std::is_trivial_v<MeshVertex> && std::is_trivial_v<MeshUV> && std::is_trivial_v<MeshTriangle>);
 static_assert(std::is_trivially_copyable_v<MeshNormal>);
 
-/// What a surface measure is taken on. On value 1 no area exists.
+/// The channel in which a surface is measured. There is no area for the value 1.
 enum MeshChannel : int { MeshChannelVertices = 0, MeshChannelUVs = 2, MeshChannelSTs = 3 };
 
 class CompactMesh;

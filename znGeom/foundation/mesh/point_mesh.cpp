@@ -16,7 +16,7 @@ const char* const PointMesh::ColoursName = "colours";
 
 namespace {
 
-/// How many components a channel with functions of its own must have; 0 for any other name.
+/// How many components a channel that has its own functions must have; 0 for any other name.
 int fixedComponents(const znString::CString& name)
 {
     if (equal(name, PointMesh::VerticesName) || equal(name, PointMesh::NormalsName)) return 3;

@@ -15,15 +15,15 @@ namespace znGeom {
 
 /// Vertex positions and any number of named channels of 1 to 4 `float` per vertex. Positions always exist; normals and
 /// the texture channels are null while absent. Every channel covers every vertex: resizing the vertex array resizes
-/// them all, new elements zero.
+/// them all, with new elements zero.
 ///
-/// A change of the arrays is told afterwards by one call of `modified`, which drops the channels that stopped being
-/// true and tells the listeners. Nothing else invalidates anything. Indices are trusted. Any number of threads may
-/// read a mesh that nobody changes.
+/// A change to the arrays is reported afterwards by one call of `modified`, which drops the channels that are no longer
+/// correct and notifies the listeners. Nothing else invalidates anything. Indices are trusted. Any number of threads
+/// may read a mesh that nobody changes.
 class ZNGEOM_API PointMesh : public Entity
 {
 public:
-    /// The names of the channels that have functions of their own below.
+    /// The names of the channels that have their own functions below.
     static const char* const VerticesName;
     static const char* const NormalsName;
     static const char* const UVsName;
@@ -40,9 +40,9 @@ public:
     /// Keeps the contents of all arrays, present and future, with a host's allocator; null brings them back.
     virtual void setArrayAllocator(zn::Reference<ArrayAllocator> allocator);
 
-    /// Tells the mesh what was done to it, once, after all arrays are final. `TopologyChanged` drops normals and
-    /// texture channels, `GeometryChanged` drops normals, unless the flags keep them; named attributes and selections
-    /// stay. Then the listeners are told.
+    /// Reports what was done to the mesh, once, after all arrays are final. `TopologyChanged` drops normals and texture
+    /// channels, `GeometryChanged` drops normals, unless the flags keep them; named attributes and selections stay.
+    /// Then the listeners are notified.
     virtual void modified(MeshModification& modification);
 
     /// The memory of the object and all its arrays.
@@ -62,7 +62,7 @@ public:
     const MeshNormal* getNormals() const { return reinterpret_cast<const MeshNormal*>(getNormalsRaw()); }
     float* getNormalsRaw() { return toWrite(m_normals); }
     const float* getNormalsRaw() const { return toRead(m_normals); }
-    /// Makes the channel, zeros, unless it is there.
+    /// Makes the channel, filled with zeros, unless it exists already.
     void allocNormalArray();
     void deleteNormals();
     /// Whether the normals were derived from the geometry and not supplied by a file or a user.
@@ -83,19 +83,19 @@ public:
     void allocSTArray();
     void deleteSTs();
 
-    /// Sized by whoever uses it: resize to the number of vertices first.
+    /// Sized by its user: resize it to the number of vertices first.
     BitVector& getSelectedVertices() { return m_selectedVertices; }
     const BitVector& getSelectedVertices() const { return m_selectedVertices; }
 
     // Named attributes, positions and the channels above among them
-    /// Makes an attribute of zeros, or returns the one of that name when it has as many components; one of another
-    /// shape is replaced. Null for a number of components outside 1 to 4, for an empty name, and for another shape of
-    /// a channel that has functions of its own.
+    /// Makes an attribute of zeros, or returns the one of that name if it has that many components; one with another
+    /// number is replaced. Null for a number of components outside 1 to 4, for an empty name, and for a wrong number of
+    /// components for a channel that has its own functions.
     MeshAttributes* allocAttributes(const znString::CString& name, int numComponents);
     /// Null for an unknown name; creates nothing.
     MeshAttributes* getAttributes(const znString::CString& name);
     const MeshAttributes* getAttributes(const znString::CString& name) const;
-    /// Positions come first, the rest in order of making; null past the last.
+    /// Positions come first, the rest in order of creation; null past the last.
     MeshAttributes* getAttributes(int index);
     const MeshAttributes* getAttributes(int index) const;
     int getNumAttributes() const { return m_attributes.size(); }
@@ -104,7 +104,7 @@ public:
     void deleteAttributes(const znString::CString& name);
 
 protected:
-    /// Exchanges data, not listeners and allocators.
+    /// Exchanges data, but not listeners and allocators.
     void swapData(PointMesh& other);
     const zn::Reference<ArrayAllocator>& arrayAllocator() const { return m_allocator; }
 

@@ -28,7 +28,7 @@ void Remap::setDeleteMap(const BitVector& deleted)
 {
     m_map.resize(deleted.getSize());
     int* map = m_map.write();
-    // Without a branch: on ragged sets it would be guessed wrong half the time.
+    // Without a branch, which would be mispredicted half the time on ragged sets.
     const std::uint32_t* words = deleted.getWords();
     int next = 0;
     for (int i = 0; i < deleted.getSize(); ++i) {

@@ -4,7 +4,7 @@ namespace znOS {
 
 AppOutput& AppOutput::getInstance()
 {
-    // Never destroyed: threads of the host may still speak while the process ends.
+    // Never destroyed: threads of the host may still write while the process ends.
     static AppOutput& instance = *new AppOutput;
     return instance;
 }

@@ -1,4 +1,4 @@
-/// `znOS::AppOutput`: words for the application's user.
+/// `znOS::AppOutput`: messages for the application's user.
 #pragma once
 
 #include "znGeom/foundation/output/text_sink.h"
@@ -16,8 +16,8 @@ public:
     void info(const char* format, ...) ZNGEOM_PRINTF(2, 3);
     void error(const char* format, ...) ZNGEOM_PRINTF(2, 3);
 
-    /// \param function  receives each text; empty to listen no longer. Called by one thread at a time, on the thread
-    ///                  that speaks; it must not speak on the same channel.
+    /// \param function  receives each text; empty to stop listening. Called by one thread at a time, on the thread that
+    ///                  writes; it must not write to the same channel.
     void setInfoSink(TextSink::Function function) { m_info.set(std::move(function)); }
     void setErrorSink(TextSink::Function function) { m_error.set(std::move(function)); }
 

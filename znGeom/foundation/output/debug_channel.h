@@ -9,10 +9,10 @@ namespace znOS {
 class ZNGEOM_API DebugChannel
 {
 public:
-    /// Writes printf-style text, line ends as given. From any thread.
+    /// Writes printf-style text, line endings as given. From any thread.
     void print(const char* format, ...) ZNGEOM_PRINTF(2, 3);
 
-    /// \param function  receives each printed text; empty to listen no longer. Called by one thread at a time, on the
+    /// \param function  receives each printed text; empty to stop listening. Called by one thread at a time, on the
     ///                  thread that prints; it must not print to this channel.
     void setSink(TextSink::Function function) { m_sink.set(std::move(function)); }
     bool hasSink() const { return m_sink.isSet(); }

@@ -14,11 +14,11 @@ class ZNGEOM_API StopWatch
 public:
     StopWatch() { start(); }
 
-    /// Runs on from here; no effect on a running watch.
+    /// Continues from here; no effect on a running watch.
     double start();
-    /// Stands still until the next `start`.
+    /// Pauses until the next `start`.
     double stop();
-    /// Returns the seconds, forgets them and stands still.
+    /// Returns the seconds, sets them back to 0 and pauses.
     double clear();
 
 private:

@@ -12,7 +12,7 @@ Connection::~Connection() { leaveClient(); }
 
 void Connection::disconnect() { remove(); }
 
-/// Out of the client's list and, unless an emission stands here, out of the signal's list and gone.
+/// Leaves the client's list and, unless an emission is at this item, the signal's list as well, and is destroyed.
 void Connection::remove()
 {
     leaveClient();

@@ -7,7 +7,8 @@
 
 namespace znString {
 
-/// A face over `std::string` that also tells "nothing was ever set" (null) from "set to no characters" (empty).
+/// A thin layer over `std::string` that also distinguishes "nothing was ever set" (null) from "set to no characters"
+/// (empty).
 class ZNGEOM_API CString
 {
 public:
@@ -34,7 +35,7 @@ public:
     /// `count` characters from `text`.
     CString& append(const char* text, int count);
 
-    /// Replaces the text by a printf-style one; returns this string.
+    /// Replaces the text with printf-style text; returns this string.
     CString& format(const char* fmt, ...) ZNGEOM_PRINTF(2, 3);
 
 private:
@@ -47,7 +48,7 @@ ZNGEOM_API bool equal(const CString& a, const CString& b);
 ZNGEOM_API bool equal(const CString& a, const char* b);
 ZNGEOM_API bool notEqual(const CString& a, const CString& b);
 ZNGEOM_API bool notEqual(const CString& a, const char* b);
-/// By unsigned characters, a beginning before the whole.
+/// Compares unsigned characters; a prefix comes before any longer string.
 ZNGEOM_API bool less(const CString& a, const CString& b);
 /// Appends `b` to `a`; returns `a`.
 ZNGEOM_API CString& plusEqual(CString& a, const CString& b);

@@ -18,7 +18,7 @@ public:
 
     /// Everything up to the last separator, the separator included; empty when there is none.
     znString::IString dirname() const;
-    /// Everything behind the last separator.
+    /// Everything after the last separator.
     znString::IString basename() const;
     /// The base name without its extension, the part from the last dot on. Dots at the front start no extension.
     znString::IString baseTrunk() const;

@@ -6,8 +6,8 @@ namespace {
 
 using Byte = unsigned char;
 
-/// The character that starts at `text`, which ends with 0, and its length in bytes; 0 bytes where it is not UTF-8:
-/// overlong forms, surrogates and what lies beyond U+10FFFF included.
+/// The character that starts at `text`, which ends with 0, and its length in bytes; 0 bytes where it is not UTF-8,
+/// which includes overlong forms, surrogates and anything beyond U+10FFFF.
 struct Utf8Character
 {
     unsigned code = 0;
@@ -35,7 +35,7 @@ struct Utf8Character
     }
 };
 
-/// UTF-8 text with every character at or below `highest`.
+/// Whether this is UTF-8 text with every character at or below `highest`.
 bool isUtf8(const char* text, unsigned highest)
 {
     while (*text) {
@@ -72,7 +72,7 @@ CString latin1FromUtf8(const char* text)
     return latin1;
 }
 
-/// The highest character that an encoding can tell.
+/// The highest character that an encoding can represent.
 unsigned highestCode(Encoding encoding)
 {
     return encoding == Encoding::Ascii ? 0x7F : encoding == Encoding::Latin1 ? 0xFF : 0x10FFFF;

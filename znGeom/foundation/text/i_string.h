@@ -20,16 +20,17 @@ class ZNGEOM_API IString
 public:
     IString() = default;
     /// \param text  ends with 0; null gives an empty string
-    /// \param ok    set to whether the bytes are valid in that encoding, if not null; the string is empty when not
+    /// \param ok    set to whether the bytes are valid in that encoding, if not null; the string is empty when they are
+    ///              not
     IString(const char* text, Encoding encoding, bool* ok = nullptr);
 
-    /// The text in an encoding. `ok`, if not null, is set to whether every character can be told in it; the result is
-    /// empty when not.
+    /// The text in an encoding. `ok`, if not null, is set to whether it can represent every character; the result is
+    /// empty when it cannot.
     CString asMultibyte(Encoding encoding, bool* ok = nullptr) const;
 
     bool isEmpty() const { return m_bytes.isEmpty(); }
 
-    /// The part from byte `begin` up to `end`; both must lie on character borders.
+    /// The part from byte `begin` up to `end`; both must lie on character boundaries.
     IString part(int begin, int end) const;
 
     friend ZNGEOM_API IString plus(const IString& a, const IString& b);
@@ -39,7 +40,7 @@ private:
     CString m_bytes;
 };
 
-/// `a` with `b` behind it.
+/// `a` followed by `b`.
 ZNGEOM_API IString plus(const IString& a, const IString& b);
 
 } // namespace znString

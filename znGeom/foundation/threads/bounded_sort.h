@@ -1,4 +1,4 @@
-/// `znUtil::boundedSort`: the plain sort, which stays in its range whatever the comparator answers.
+/// `znUtil::boundedSort`: the plain sort, which stays in its range whatever the comparator returns.
 #pragma once
 
 #include <algorithm>
@@ -15,7 +15,7 @@ namespace internal {
 
 constexpr std::ptrdiff_t insertionLength = 24;
 
-/// Every step back asks whether the front was reached, where the usual inner loop trusts the comparator to stop it.
+/// Every step back checks whether the front was reached, whereas the usual inner loop trusts the comparator to stop it.
 template <typename Iterator, typename Less>
 void insertionSort(Iterator begin, Iterator end, Less& less)
 {
@@ -45,8 +45,8 @@ void medianToFront(Iterator begin, Iterator end, Less& less)
     std::iter_swap(begin, middle);
 }
 
-/// Splits [begin, end), of two elements or more, around its front; returns where the front came to stand. Both cursors
-/// are held by the range and not by the comparator.
+/// Splits [begin, end), of two elements or more, around its front; returns where the front element ended up. Both
+/// cursors are stopped by the range and not by the comparator.
 template <typename Iterator, typename Less>
 Iterator partition(Iterator begin, Iterator end, Less& less)
 {
@@ -72,7 +72,7 @@ void sortRange(Iterator begin, Iterator end, int depthLeft, Less& less)
         }
         medianToFront(begin, end, less);
         const Iterator pivot = internal::partition(begin, end, less);
-        // The shorter side on the stack, the longer one in this loop.
+        // The shorter side goes on the stack, the longer one stays in this loop.
         if (pivot - begin < end - pivot) {
             sortRange(begin, pivot, depthLeft, less);
             begin = pivot + 1;
@@ -86,11 +86,11 @@ void sortRange(Iterator begin, Iterator end, int depthLeft, Less& less)
 
 } // namespace internal
 
-/// Sorts [begin, end) in place by `less`; n log n comparisons at the worst, equal elements in no particular order.
+/// Sorts [begin, end) in place by `less`; n log n comparisons at worst, equal elements in no particular order.
 ///
-/// `less` should be a strict weak order. Where it is none (a comparison that meets not-a-numbers), the result is some
-/// permutation of the elements, the sort still ends, and no element outside the range is touched; `std::sort` promises
-/// neither. An introspective sort after Musser, "Introspective Sorting and Selection Algorithms" (1997).
+/// `less` should be a strict weak order. Where it is not (a comparison that meets NaNs), the result is some permutation
+/// of the elements, the sort still ends, and no element outside the range is touched; `std::sort` promises neither. An
+/// introspective sort after Musser, "Introspective Sorting and Selection Algorithms" (1997).
 template <typename Iterator, typename Less>
 void boundedSort(Iterator begin, Iterator end, Less less)
 {

@@ -11,11 +11,11 @@
 namespace znUtil {
 
 /// Sorts items by their keys, 0 to numKeys - 1, wherever the items come from and wherever they go. Each thread of the
-/// pool has a part of them; the parts count as standing one after the other in thread order, and items of equal keys
-/// stay in that order. First `count`, then `place`; linear in items, and in keys times threads.
+/// pool has a part of them; the parts count as following one another in thread order, and items with equal keys stay in
+/// that order. First `count`, then `place`; linear in items, and in keys times threads.
 ///
-/// Both call `visit(threadIndex, take)` once per thread, which is to call `take(key, item)` for each item of that
-/// thread's part: the same items in the same order both times.
+/// Both call `visit(threadIndex, take)` once per thread; it must call `take(key, item)` for each item of that thread's
+/// part: the same items in the same order both times.
 class CountingSort
 {
 public:

@@ -1,4 +1,4 @@
-/// `znUtil::Ordering`: the permutation that sorts an array which itself stays as it is.
+/// `znUtil::Ordering`: the permutation that sorts an array, which itself stays as it is.
 #pragma once
 
 #include <numeric>

@@ -7,9 +7,9 @@
 namespace znUtil {
 
 /// Joins what the threads find in their slices of [0, count), in thread order: the result does not depend on
-/// scheduling, and not on the number of threads either where `join` is associative to the last bit.
+/// scheduling, nor on the number of threads where `join` is associative to the last bit.
 ///
-/// \param result  what nothing at all gives, and what is joined to
+/// \param result  the result for an empty range, and what the parts are joined to
 /// \param part    `T part(Slice slice)`, once per thread, for empty slices as well
 /// \param join    `void join(T& result, T& part)`, on the calling thread; it may take the part's contents
 template <typename T, typename Part, typename Join>

@@ -50,7 +50,7 @@ public:
 
     void finalize() override
     {
-        // The two merges meet where the first half is divided. Under a comparator that is no order they may not, and
+        // The two merges meet where the first half is divided. With a comparator that is not an order they may not, and
         // would lose elements: then one merge does it all.
         if (m_firstForward != m_firstBackward) mergeForward(m_scratch + (m_end - m_begin));
         std::copy(m_scratch, m_scratch + (m_end - m_begin), m_begin);
@@ -67,7 +67,7 @@ private:
 
     void mergeBackward()
     {
-        const T *first = m_middle, *second = m_end; // one behind the next element of each half
+        const T *first = m_middle, *second = m_end; // one past the next element of each half
         T* const outBegin = m_scratch + (m_middle - m_begin);
         for (T* out = m_scratch + (m_end - m_begin); out != outBegin;)
             *--out = first != m_begin && m_less(*(second - 1), *(first - 1)) ? *--first : *--second;

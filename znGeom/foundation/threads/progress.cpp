@@ -4,7 +4,7 @@ namespace znUtil {
 
 namespace {
 
-/// What is no number counts as nothing.
+/// NaN counts as 0.
 double clamped(double fraction) { return fraction > 0 ? (fraction < 1 ? fraction : 1.0) : 0.0; }
 
 } // namespace

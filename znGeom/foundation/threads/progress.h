@@ -1,4 +1,4 @@
-/// `znUtil::Progress`: how far a long call is, what it is doing, and whether it should stop.
+/// `znUtil::Progress`: how far a long call has got, what it is doing, and whether it should stop.
 #pragma once
 
 #include <atomic>
@@ -13,7 +13,7 @@ namespace znUtil {
 /// The caller's object. A long call divides its range into sub-phases and reports; the caller may watch through an
 /// observer and may cancel from any thread. Cancelling forces nothing: the call sees it at its next check.
 ///
-/// A child bound by `subPhase` reports into its parent, asks its root whether the call was cancelled, and gives its
+/// A child bound by `subPhase` reports into its parent, asks its root whether the call was cancelled, and passes its
 /// captions to the root; the parent must outlive its use.
 class ZNGEOM_API Progress
 {
@@ -27,9 +27,9 @@ public:
     Progress& operator=(const Progress&) = delete;
 
     /// Binds `child` to the next share of this range: `child.set(1.0)` means that this progress has advanced by
-    /// `fraction`. Shares follow one another whether or not earlier children came to their ends; after a `set` the next
-    /// share begins where that put this progress. A child that is bound already first gives its parent the rest of its
-    /// previous share.
+    /// `fraction`. Shares follow one another whether or not earlier children were completed; after a `set` the next
+    /// share begins where that put this progress. A child that is already bound first completes its previous share in
+    /// its parent.
     void subPhase(double fraction, Progress& child);
 
     /// How much of this range is done, clamped to [0, 1]. From any thread.
@@ -39,11 +39,11 @@ public:
     /// Tells the observer what is being done; null counts as empty.
     void setCaption(const char* caption);
 
-    /// Asks the call to stop. From any thread; a child asks for its root.
+    /// Asks the call to stop. From any thread; a child passes it to its root.
     void cancel();
     bool cancelled() const;
 
-    /// Takes the cancel back and starts again at 0 with no caption; not while a call uses the object.
+    /// Withdraws the cancel and starts again at 0 with no caption; not while a call uses the object.
     void reset();
 
     /// Watches this object, normally the root. Called on the thread that reports, by one thread at a time; it may

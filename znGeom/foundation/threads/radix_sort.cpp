@@ -11,7 +11,7 @@ namespace {
 
 constexpr int digitBits = 11, numDigits = 3, numValues = 1 << digitBits;
 
-/// Below this a second thread costs more than it brings.
+/// Below this a second thread costs more than it gains.
 constexpr int parallelCount = 1 << 14;
 
 int digitOf(std::uint32_t key, int digit) { return static_cast<int>(key >> (digitBits * digit) & (numValues - 1)); }

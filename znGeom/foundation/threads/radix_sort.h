@@ -15,8 +15,8 @@ struct KeyedIndex
     int index;
 };
 
-/// A key whose unsigned order is the order of the numbers: -0 and +0 get the same one, not-a-numbers lie beyond the
-/// infinities of their sign.
+/// A key whose unsigned order is the order of the numbers: -0 and +0 get the same one, NaNs lie beyond the infinities
+/// of their sign.
 inline std::uint32_t sortableKey(float value)
 {
     constexpr std::uint32_t sign = 0x80000000u;
@@ -25,7 +25,7 @@ inline std::uint32_t sortableKey(float value)
     return (bits & sign) != 0 ? ~bits : bits | sign;
 }
 
-/// Sorts `count` records by their keys, records of equal keys staying in their order.
+/// Sorts `count` records by their keys, records with equal keys staying in their order.
 ///
 /// \param scratch  room for as many records
 ///

@@ -12,16 +12,16 @@ namespace znUtil {
 
 namespace {
 
-/// How long a thread watches before it goes to sleep: loops that follow one another closely never pay for waking
-/// anybody, and no processor is kept busy for longer than this when nothing runs.
+/// How long a thread watches before it goes to sleep: loops that follow one another closely never pay for waking a
+/// thread, and no processor is kept busy for longer than this when nothing runs.
 constexpr std::chrono::microseconds watch{40};
 
-/// Between two looks a thread leaves the memory that it waits for alone, as every look takes it from the thread that is
-/// about to write there. A worker looks often, so that a new loop has it soon. The calling thread, at the end of a
-/// loop, begins with short breaks for bodies that are nearly done, and takes longer ones while they go on.
+/// Between two checks a thread leaves alone the memory that it waits on, as every check takes it away from the thread
+/// that is about to write there. A worker checks often, so that a new loop gets it soon. The calling thread, at the end
+/// of a loop, begins with short pauses for bodies that are nearly done, and takes longer ones as they go on.
 constexpr int pausesOfWorkers = 4, mostPausesOfCaller = 32;
 
-/// More than any machine has that this runs on.
+/// More than any machine that this runs on has.
 constexpr int maxThreads = 1024;
 
 /// Chunks per thread: enough to even out uneven costs, few enough that handing them out costs nothing.
@@ -36,7 +36,7 @@ inline void relax()
 #endif
 }
 
-/// Blocks while `value` equals `old`: awake for a while, then asleep. The breaks between looks double up to the
+/// Blocks while `value` equals `old`: awake for a while, then asleep. The pauses between checks double up to the
 /// longest.
 template <typename T>
 void waitWhileEqual(const std::atomic<T>& value, T old, int firstPauses, int mostPauses)
@@ -54,7 +54,7 @@ void waitWhileEqual(const std::atomic<T>& value, T old, int firstPauses, int mos
     value.wait(old, std::memory_order_acquire);
 }
 
-/// The exception of the lowest thread, kept until the caller can have it.
+/// The exception of the lowest thread, kept until the caller can take it.
 class FirstFailure
 {
 public:
@@ -78,9 +78,9 @@ private:
 
 } // namespace
 
-/// The threads of a pool, and the bodies of the loop that runs. Body 0 is the calling thread's; the others are claimed
-/// one by one by whichever thread is free, the calling one among them: a loop of little work is done before a sleeping
-/// thread could wake, and never waits for it.
+/// The threads of a pool, and the bodies of the loop that is running. Body 0 is the calling thread's; the others are
+/// claimed one by one by whichever thread is free, the calling one included: a loop with little work is done before a
+/// sleeping thread could wake, and never waits for one.
 class ThreadPool::Workers
 {
 public:
@@ -109,7 +109,7 @@ public:
     bool tryAcquire() { return !m_taken.exchange(true, std::memory_order_acquire); }
     void release() { m_taken.store(false, std::memory_order_release); }
 
-    /// Calls `job` once for each body, as many as there are threads with the calling one, and returns when all are
+    /// Calls `job` once for each body, as many as there are threads including the calling one, and returns when all are
     /// done.
     void run(Job job, void* context)
     {
@@ -136,7 +136,7 @@ private:
         m_state.notify_all();
     }
 
-    /// Claims a body and runs it. Whoever holds a claim keeps the round, and with it the job, from ending.
+    /// Claims a body and runs it. While a claim is held, the round, and with it the job, cannot end.
     bool runNextBody()
     {
         unsigned state = m_state.load(std::memory_order_acquire);
@@ -156,7 +156,7 @@ private:
             if (m_stop.load(std::memory_order_relaxed)) return;
             if ((state & leftMask) == noneLeft) {
                 waitWhileEqual(m_state, state, pausesOfWorkers, pausesOfWorkers);
-                // A tiny loop is over by then, and done sooner by the calling thread alone.
+                // A tiny loop is over by then: the calling thread finishes it sooner on its own.
                 relax();
             } else {
                 runNextBody();
@@ -165,7 +165,7 @@ private:
     }
 
     static constexpr size_t cacheLine = 64;
-    alignas(cacheLine) std::atomic<unsigned> m_state{0}; ///< alone where the waiting threads look
+    alignas(cacheLine) std::atomic<unsigned> m_state{0}; ///< alone in the cache line that waiting threads read
     alignas(cacheLine) std::atomic<int> m_pending{0};
     std::atomic<bool> m_taken{false};
     std::atomic<bool> m_stop{false};

@@ -8,13 +8,13 @@
 namespace znUtil {
 
 /// Workers that wait for loops. `run` blocks until everything is done: `initialize`, the bodies, `finalize`. The
-/// calling thread is worker 0 and works along; a pool of n threads keeps n - 1 of its own. A body that no worker has
+/// calling thread is worker 0 and takes part; a pool of n threads keeps n - 1 of its own. A body that no worker has
 /// begun when the calling thread is free is run by the calling thread, under its own thread index.
 ///
 /// A `run` from inside a body, or while another thread uses the pool, runs all its bodies one after the other on its
-/// own calling thread, with the same thread indices: the same result, later. An exception of a standard container in a
-/// body reaches the caller of `run`; of several, the one of the lowest thread; the other bodies run to their ends, and
-/// `finalize` is not called.
+/// own calling thread, with the same thread indices: the same result, only later. An exception of a standard container
+/// in a body reaches the caller of `run`; of several, the one of the lowest thread; the other bodies run to their ends,
+/// and `finalize` is not called.
 class ZNGEOM_API ThreadPool
 {
 public:

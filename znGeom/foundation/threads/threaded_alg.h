@@ -27,18 +27,19 @@ public:
     /// the base version.
     virtual void initialize(int numThreads);
 
-    /// The body; the frames below say what it is given.
+    /// The body; the frames below define its arguments.
     virtual void execute(int first, int second) = 0;
 
     /// Once on the calling thread after all bodies have ended; not called when a body threw.
     virtual void finalize();
 
-    /// Where to report and whom to ask; null for a loop that does neither. Before the run.
+    /// Where to report progress and where to ask for a cancel; null for a loop that does neither. To be set before the
+    /// run.
     void setProgress(Progress* progress) { m_progress = progress; }
 
     /// How much of its own part a thread has done, 0 to 1. The mean over the threads reaches the `Progress` through
-    /// worker 0, so that its observer is called on the calling thread. When the loop is done, and was not cancelled,
-    /// the `Progress` of one that reported at all is set to 1.
+    /// worker 0, so that its observer is called on the calling thread. When a loop that reported at all ends without a
+    /// cancel, its `Progress` is set to 1.
     void updateProgress(int threadIndex, double fraction);
     /// Whether the caller asked to stop.
     bool cancelled(int threadIndex) const;
@@ -61,7 +62,7 @@ public:
 };
 
 /// The balanced division: the body runs once per chunk, threads take chunks as they become free. `threadIndex` serves
-/// to reach per-thread state only; the index range is `Slice(count, chunkIndex, numChunks)`.
+/// only to reach per-thread state; the index range is `Slice(count, chunkIndex, numChunks)`.
 class ZNGEOM_API ThreadedChunkAlg : public ThreadedAlgBase
 {
 public:

@@ -34,7 +34,7 @@ CircularRange CircularRange::intersect(const CircularRange& other) const
     if (other.m_size == m_cycle) return *this;
     if (m_size == m_cycle) return other;
     const int start = offset(other.m_begin);
-    // `other` may reach this begin from behind; that piece comes first.
+    // `other` may reach the begin of this range from behind; that piece comes first.
     const int reached = start + other.m_size - m_cycle;
     if (reached > 0) return {m_begin, m_begin + std::min(reached, m_size), m_cycle};
     if (start >= m_size) return {m_begin, m_begin, m_cycle};
@@ -46,7 +46,7 @@ CircularRange CircularRange::merge(const CircularRange& other) const
     if (other.m_size == 0) return *this;
     if (m_size == 0) return other;
     const int start = offset(other.m_begin), end = start + other.m_size;
-    if (start > m_size && end >= m_cycle) { // `other` reaches this begin from behind: start where it starts
+    if (start > m_size && end >= m_cycle) { // `other` reaches our begin from behind: start where it starts
         const int length = std::max(other.m_size, m_cycle - start + m_size);
         return {other.m_begin, other.m_begin + std::min(length, m_cycle), m_cycle};
     }
@@ -69,7 +69,7 @@ void merge(zn::vector<CircularRange>& ranges)
         else
             joined.append(range);
     }
-    // The last range may run over the end of the cycle into the first ones.
+    // The last range may run past the end of the cycle into the first ones.
     while (joined.size() > 1 && joined.back().end() - joined.back().cycleSize() >= joined.front().begin()) {
         joined.back() = joined.back().merge(joined.front());
         joined.erase(joined.begin());
@@ -86,8 +86,8 @@ void subtract(zn::vector<CircularRange>& ranges, const CircularRange& removed)
         const auto keep = [&kept, &range, cycle](int first, int last) {
             if (first < last) kept.append(CircularRange(range.begin() + first, range.begin() + last, cycle));
         };
-        // Behind the begin of the range, `removed` takes [from, to), and from the begin on what it has beyond the
-        // cycle.
+        // After the begin of the range, `removed` takes [from, to), and at the begin the part of it that lies beyond
+        // the cycle.
         const int from = (removed.begin() - range.begin() + cycle) % cycle, to = from + removed.size();
         keep(std::max(0, to - cycle), std::min(from, size));
         keep(std::max(from, std::min(to, size)), size);

@@ -20,7 +20,7 @@ public:
     int cycleSize() const { return m_cycle; }
     int size() const { return m_size; }
 
-    /// The index may be of any turn.
+    /// The index may be on any turn of the cycle.
     bool contains(int index) const;
     /// Every index of `other`, which lies on the same cycle; an empty range is contained in all.
     bool contains(const CircularRange& other) const;
@@ -40,7 +40,7 @@ public:
     friend bool operator==(const CircularRange&, const CircularRange&) = default;
 
 private:
-    /// How far an index lies behind `begin`, from 0 to cycle - 1.
+    /// How far an index lies after `begin`, from 0 to cycle - 1.
     int offset(int index) const;
 
     int m_begin = 0;
@@ -48,10 +48,10 @@ private:
     int m_cycle = 0;
 };
 
-/// Sorts by begin and joins ranges that overlap or touch, also across the end of the cycle. Empty ranges go.
+/// Sorts by begin and joins ranges that overlap or touch, also across the end of the cycle. Empty ranges are dropped.
 ZNGEOM_API void merge(zn::vector<CircularRange>& ranges);
 
-/// Removes the indices of `removed` from every range, in their order; a range may fall in two.
+/// Removes the indices of `removed` from every range, in their order; a range may be split in two.
 ZNGEOM_API void subtract(zn::vector<CircularRange>& ranges, const CircularRange& removed);
 
 } // namespace znUtil

@@ -1,4 +1,4 @@
-/// Loops that tell how far they are and can be cancelled.
+/// Loops that report their progress and can be cancelled.
 #pragma once
 
 #include <algorithm>
@@ -7,8 +7,8 @@
 
 namespace znGeom::internal {
 
-/// Calls `body(begin, end)` for one piece of [0, count) after the other, and reports after each.
-/// \return false after a cancel, which is looked for before each piece and at the end
+/// Calls `body(begin, end)` for one piece of [0, count) after another, and reports after each.
+/// \return false after a cancel, which is checked for before each piece and at the end
 template <typename Body>
 bool forEachPiece(int count, znUtil::Progress& progress, const Body& body)
 {
