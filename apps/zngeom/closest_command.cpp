@@ -10,7 +10,6 @@
 #include "apps/zngeom/part_options.h"
 #include "apps/zngeom/point_reader.h"
 #include "znGeom/analysis/bounds.h"
-#include "znGeom/foundation/threads/thread_pool.h"
 #include "znGeom/spatial/closest_point.h"
 #include "znGeom/spatial/octree_partition.h"
 
@@ -22,40 +21,6 @@ struct Closest
 {
     double distance = 0;
     znGeom::MeshCoord place;
-};
-
-/// The queries of a slice of the points, each thread with an engine of its own.
-class ClosestLoop : public znUtil::ThreadedAlg
-{
-public:
-    ClosestLoop(const znGeom::CompactMesh& mesh, const znGeom::Octree& octree, const znGeom::OctreeTris& octreeTris,
-                const std::vector<znGeom::MeshVertex>& points)
-        : m_mesh(mesh), m_octree(octree), m_octreeTris(octreeTris), m_points(points), m_found(points.size())
-    {}
-
-    void execute(int threadIndex, int numThreads) override
-    {
-        constexpr int queriesPerLook = 256;
-        const znUtil::Slice slice(static_cast<int>(m_points.size()), threadIndex, numThreads);
-        znGeom::MeshClosestPoint closest(m_mesh, m_octree, m_octreeTris);
-        for (int i = slice.begin; i < slice.end; ++i) {
-            if ((i - slice.begin) % queriesPerLook == 0) {
-                if (cancelled(threadIndex)) return;
-                updateProgress(threadIndex, static_cast<double>(i - slice.begin) / slice.size());
-            }
-            Closest& found = m_found[static_cast<std::size_t>(i)];
-            found.distance = closest.compute(m_points[static_cast<std::size_t>(i)].asPoint(), &found.place);
-        }
-    }
-
-    std::vector<Closest> takeResult() { return std::move(m_found); }
-
-private:
-    const znGeom::CompactMesh& m_mesh;
-    const znGeom::Octree& m_octree;
-    const znGeom::OctreeTris& m_octreeTris;
-    const std::vector<znGeom::MeshVertex>& m_points;
-    std::vector<Closest> m_found;
 };
 
 /// May be cancelled.
@@ -76,11 +41,16 @@ std::vector<Closest> findClosest(const znGeom::CompactMesh& mesh, const std::vec
 
     progress.subPhase(0.8, phase);
     phase.setCaption("closest");
-    ClosestLoop loop(mesh, octree, octreeTris, points);
-    loop.setProgress(&phase);
-    znUtil::ThreadPool::get().run(loop);
+    std::vector<znLinear::Point> queries;
+    for (const znGeom::MeshVertex& point : points) queries.push_back(point.asPoint());
+    std::vector<znGeom::MeshCoord> places(points.size());
+    std::vector<double> distances(points.size());
+    znGeom::MeshClosestPoint(mesh, octree, octreeTris)
+        .compute(queries.data(), static_cast<int>(queries.size()), places.data(), distances.data(), &phase);
     checkCancelled(progress);
-    return loop.takeResult();
+    std::vector<Closest> found;
+    for (std::size_t i = 0; i < points.size(); ++i) found.push_back({distances[i], places[i]});
+    return found;
 }
 
 /// Nine digits, which is more than mesh files have.
