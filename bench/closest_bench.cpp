@@ -41,11 +41,12 @@ public:
         znGeom::meshBoundingBox(*mesh_, box);
         octree_ = std::make_unique<znGeom::Octree>(mesh_->getNumVertices(), mesh_->getVerticesRaw(), box, true, 16);
         znGeom::computeOctreeTris(*mesh_, *octree_, triangles_);
+        tree_ = std::make_unique<znGeom::TriangleTree>(*mesh_);
     }
 
     void distances(const float* points, std::size_t count, double* distances) const
     {
-        znGeom::MeshClosestPoint closestPoint(*mesh_, *octree_, triangles_);
+        znGeom::MeshClosestPoint closestPoint(*mesh_, *octree_, triangles_, *tree_);
         znGeom::MeshCoord coord;
         for (std::size_t i = 0; i < count; ++i)
             distances[i] = closestPoint.compute(znLinear::Point(znLinear::PointFlt(points + 3 * i)), &coord);
@@ -55,6 +56,7 @@ private:
     std::unique_ptr<znGeom::CompactMesh> mesh_;
     std::unique_ptr<znGeom::Octree> octree_;
     znGeom::OctreeTris triangles_;
+    std::unique_ptr<znGeom::TriangleTree> tree_;
 };
 
 [[maybe_unused]] const bool listed = bench::measureClosest<OctreeIndex>("znGeom");

@@ -32,8 +32,8 @@ bool neighboursAgree(const Input& input)
 {
     const auto mesh = build(input.soup());
     bench::RelationSum neighbours;
-    for (znGeom::TopoMeshEdge edge = mesh->firstEdge(); edge; edge = edge->listNext) {
-        const znGeom::TopoMeshVertex end = edge->next->origin;
+    for (const znGeom::TopoMeshEdge edge : edgesOf(*mesh)) {
+        const znGeom::TopoMeshVertex end = endOf(edge);
         if (edge->twin && (edge->twin->origin != end || edge->twin->twin != edge)) return false;
         neighbours.add(edge->origin.number(), end.number());
         if (!edge->twin) neighbours.add(end.number(), edge->origin.number());

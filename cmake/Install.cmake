@@ -1,5 +1,5 @@
-# Installs the library, its headers, the CMake package (find_package(znGeom)) and a pkg-config file. What is installed
-# can be moved as a whole: both packages find the rest from where they are themselves.
+# Installs the library, its headers, the CMake package (find_package(znGeom)), a pkg-config file and the licence. What is
+# installed can be moved as a whole: both packages find the rest from where they are themselves.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS znGeom EXPORT znGeomTargets
@@ -40,3 +40,4 @@ if(NOT BUILD_SHARED_LIBS)
 endif()
 configure_file(${PROJECT_SOURCE_DIR}/cmake/znGeom.pc.in ${PROJECT_BINARY_DIR}/znGeom.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/znGeom.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/licenses/znGeom)

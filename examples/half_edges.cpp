@@ -34,7 +34,7 @@ int boundaryLength(TopoMeshVertex start)
 int eulerNumber(const TopoMesh& mesh)
 {
     int edges = 0;
-    for (TopoMeshEdge e = mesh.firstEdge(); e; e = e->listNext)
+    for (const TopoMeshEdge e : edgesOf(mesh))
         if (!e->twin || e < e->twin) ++edges; // each pair once
     return mesh.numVertices() - edges + mesh.numFaces();
 }
@@ -54,8 +54,7 @@ int main()
     // The faces round a vertex, by the half-edges that leave it.
     const TopoMeshVertex inner = vertices[5];
     std::printf("round vertex %d:", inner.number());
-    for (TopoMeshEdgeVertexIterator it(inner); it.valid(); it.next())
-        std::printf(" %d", it.edge->next->origin.number());
+    for (const TopoMeshEdge spoke : fanOf(inner)) std::printf(" %d", endOf(spoke).number());
     std::printf("\n");
 
     // Swapping twice restores; collapsing takes two triangles away.

@@ -1,53 +1,45 @@
 #!/usr/bin/env python3
-"""Draws docs/images/layers.svg: the folders of the repository in layers, and who includes whom.
+"""Draws docs/images/layers.svg: the folders of the repository in the rows of the check of includes.
 
-A layer may include the layers below it. In the middle layer each box also names the neighbours that it does include.
+A file may include its own folder and the rows below. Folders that don't exist yet are left out.
 """
 
-import re
+import sys
 from html import escape
 from pathlib import Path
 
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(Path(__file__).resolve().parent / "checks"))
+import includes
+
 ROOT = Path(__file__).resolve().parents[1]
 PICTURE = ROOT / "docs/images/layers.svg"
-INCLUDE = re.compile(r'^#include "znGeom/(\w+)/', re.MULTILINE)
 
-# What a folder is about. A folder of the library that is missing here is drawn with its name alone.
+# What a folder is about; one that is missing here is drawn with its name alone.
 AROUND = {"apps/zngeom": "the tool", "examples": "small programs", "tests": "unit and fuzz tests", "bench": "benchmarks"}
-SUBSYSTEMS = {"analysis": "derived data, measures", "editing": "changes to a mesh", "files": "mesh files",
-              "planar": "plane fits, polygons", "shells": "twin surfaces", "spatial": "boxes, octrees, queries",
-              "topology": "the half-edge mesh"}
-FOUNDATION = {"linear": "value types", "containers": "lists, maps, references", "mesh": "the mesh model",
-              "threads": "pool, loops, progress", "output": "log, messages, timer", "signals": "callbacks",
-              "text": "strings, file names", "util": "small helpers"}
+NOTES = {"analysis": "derived data, measures", "cache": "derived objects kept", "curves": "lines on surfaces",
+         "editing": "changes to a mesh", "files": "mesh files", "planar": "plane fits, polygons",
+         "spatial": "boxes, octrees, queries", "topology": "the half-edge mesh",
+         "foundation/machine": "compiler, machine, version", "foundation/linear": "value types",
+         "foundation/containers": "lists, maps, references", "foundation/mesh": "the mesh model",
+         "foundation/threads": "pool, loops, progress", "foundation/output": "log, messages, timer",
+         "foundation/signals": "callbacks", "foundation/text": "strings, file names", "foundation/util": "small helpers"}
 
-WIDTH, MARGIN, GAP, BOX_HEIGHT, PER_ROW = 860, 24, 14, 62, 4
+WIDTH, MARGIN, GAP, BOX_HEIGHT = 860, 24, 10, 46
 STYLE = """
   text { font-family: sans-serif; fill: #1f2933; text-anchor: middle }
-  .name { font-size: 14px; font-weight: bold }
+  .name { font-size: 13px; font-weight: bold }
   .note { font-size: 11px; fill: #52606d }
   .title { font-size: 13px; fill: #52606d; text-anchor: start }
   .layer { fill: #f5f7fa; stroke: #cbd2d9 }
   .around { fill: #e3f8ff; stroke: #2bb0ed }
-  .subsystem { fill: #e3f9e5; stroke: #3f9142 }
+  .subject { fill: #e3f9e5; stroke: #3f9142 }
   .foundation { fill: #fffbea; stroke: #de911d }
-  .down { stroke: #616e7c; stroke-width: 2; fill: #616e7c }
 """
 
 
-def source_folders(parent):
-    """The names of the folders in `parent` that hold source files."""
-    return sorted({path.relative_to(parent).parts[0] for path in parent.rglob("*/*") if path.suffix in (".h", ".cpp")})
-
-
-def describe_neighbours(name, names):
-    """The other subsystem folders that files of one folder include, as words."""
-    included = set()
-    for path in (ROOT / "znGeom" / name).rglob("*"):
-        if path.suffix in (".h", ".cpp"):
-            included.update(INCLUDE.findall(path.read_text()))
-    neighbours = [other for other in names if other in included and other != name]
-    return "uses " + ", ".join(neighbours) if neighbours else ""
+def has_sources(folder):
+    return any(path.suffix in (".h", ".cpp") for path in (ROOT / folder).rglob("*"))
 
 
 def draw_box(x, y, width, kind, lines):
@@ -60,45 +52,48 @@ def draw_box(x, y, width, kind, lines):
     return parts
 
 
-def draw_layer(top, title, kind, folders):
-    """SVG of one layer, and its height. A folder is a tuple of the lines in its box."""
-    rows = (len(folders) + PER_ROW - 1) // PER_ROW
-    height = 34 + rows * (BOX_HEIGHT + GAP)
-    width = (WIDTH - 2 * MARGIN - GAP) / min(PER_ROW, len(folders)) - GAP
+def draw_row(y, kind, boxes):
+    """One row of folders, each a tuple of the lines in its box."""
+    width = (WIDTH - 2 * MARGIN - GAP) / len(boxes) - GAP
+    parts = []
+    for number, lines in enumerate(boxes):
+        parts += draw_box(MARGIN + GAP + number * (width + GAP), y, width, kind, lines)
+    return parts
+
+
+def draw_layer(top, title, kind, rows):
+    """SVG of some rows under a title, the highest row first, and the height of it all."""
+    height = 34 + len(rows) * (BOX_HEIGHT + GAP)
     parts = [f'<rect class="layer" x="{MARGIN}" y="{top}" width="{WIDTH - 2 * MARGIN}" height="{height}" rx="8"/>',
              f'<text class="title" x="{MARGIN + GAP}" y="{top + 21}">{escape(title)}</text>']
-    for number, lines in enumerate(folders):
-        row, place = divmod(number, PER_ROW)
-        x = MARGIN + GAP + place * (width + GAP)
-        parts += draw_box(x, top + 32 + row * (BOX_HEIGHT + GAP), width, kind, lines)
+    for number, boxes in enumerate(rows):
+        parts += draw_row(top + 32 + number * (BOX_HEIGHT + GAP), kind, boxes)
     return parts, height
 
 
-def draw_arrow(y):
-    x = WIDTH / 2
-    return f'<path class="down" d="M{x:g} {y + 4} v18 h-6 l6 10 l6 -10 h-6"/>'
+def rows_of_library(in_foundation):
+    """The rows inside foundation/ or outside of it, the highest first."""
+    for row in reversed(includes.ROWS):
+        boxes = [(folder.removeprefix("foundation/"), NOTES.get(folder, "")) for folder in row
+                 if folder.startswith("foundation/") == in_foundation and has_sources(f"znGeom/{folder}")]
+        if boxes:
+            yield boxes
 
 
 def main():
-    around = [(name, note) for name, note in AROUND.items() if any((ROOT / name).rglob("*.cpp"))]
-    names = [name for name in source_folders(ROOT / "znGeom") if name != "foundation"]
-    subsystems = [(name, SUBSYSTEMS.get(name, ""), describe_neighbours(name, names)) for name in names]
-    foundation = [(name, FOUNDATION.get(name, "")) for name in source_folders(ROOT / "znGeom/foundation")]
-    layers = [("around the library: may include anything of it", "around", around),
-              ("znGeom/: subsystems, may include foundation and one another, without circles", "subsystem", subsystems),
-              ("znGeom/foundation/: includes nothing outside itself", "foundation", foundation)]
+    around = [(name, note) for name, note in AROUND.items() if has_sources(name)]
+    layers = [("around the library: may include anything of it", "around", [around]),
+              ("znGeom/: a folder may include the rows below it, not its neighbours", "subject", list(rows_of_library(False))),
+              ("znGeom/foundation/", "foundation", list(rows_of_library(True)))]
     parts, top = [], MARGIN
-    for title, kind, folders in layers:
-        if top > MARGIN:
-            parts.append(draw_arrow(top))
-            top += 36
-        drawn, height = draw_layer(top, title, kind, folders)
+    for title, kind, rows in layers:
+        drawn, height = draw_layer(top, title, kind, rows)
         parts += drawn
-        top += height
+        top += height + GAP
 
-    lines = [f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {WIDTH} {top + MARGIN}" width="{WIDTH}">',
+    lines = [f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {WIDTH} {top + MARGIN - GAP}" width="{WIDTH}">',
              "<title>Layers of znGeom</title>", f"<style>{STYLE}</style>",
-             f'<rect width="{WIDTH}" height="{top + MARGIN}" fill="white"/>', *parts, "</svg>"]
+             f'<rect width="{WIDTH}" height="{top + MARGIN - GAP}" fill="white"/>', *parts, "</svg>"]
     PICTURE.parent.mkdir(parents=True, exist_ok=True)
     PICTURE.write_text("\n".join(lines) + "\n")
     print(f"wrote {PICTURE.relative_to(ROOT)}")

@@ -2,7 +2,9 @@
 #pragma once
 
 #include "znGeom/editing/delete_selected.h"
+#include "znGeom/editing/duplicates.h"
 #include "znGeom/editing/extract.h"
+#include "znGeom/editing/extract_parts.h"
 #include "znGeom/editing/partition.h"
 #include "znGeom/editing/select.h"
 #include "znGeom/editing/triangles.h"

@@ -19,3 +19,4 @@
 #include "znGeom/spatial/ray.h"
 #include "znGeom/spatial/scene_bounding_box.h"
 #include "znGeom/spatial/sphere.h"
+#include "znGeom/spatial/triangle_tree.h"

@@ -2,8 +2,11 @@
 #pragma once
 
 #include "znGeom/topology/topo_arena.h"
+#include "znGeom/topology/topo_blind_data.h"
 #include "znGeom/topology/topo_handles.h"
 #include "znGeom/topology/topo_iterators.h"
 #include "znGeom/topology/topo_mesh.h"
+#include "znGeom/topology/topo_metadata.h"
 #include "znGeom/topology/topo_point.h"
+#include "znGeom/topology/topo_walks.h"
 #include "znGeom/topology/twin.h"

@@ -10,3 +10,4 @@
 #include "znGeom/planar.h"
 #include "znGeom/spatial.h"
 #include "znGeom/topology.h"
+#include "znGeom/version.h"

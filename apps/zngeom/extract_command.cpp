@@ -1,11 +1,15 @@
-#include <cstddef>
+#include <span>
 
 #include "apps/zngeom/command.h"
 #include "apps/zngeom/format_option.h"
 #include "apps/zngeom/mesh_files.h"
 #include "apps/zngeom/pacer.h"
 #include "apps/zngeom/part_options.h"
+#include "apps/zngeom/usage.h"
+#include "znGeom/analysis/adjacency.h"
+#include "znGeom/analysis/border_loops.h"
 #include "znGeom/editing/extract.h"
+#include "znGeom/editing/extract_parts.h"
 #include "znGeom/editing/select.h"
 
 namespace tool {
@@ -27,11 +31,11 @@ public:
         sub->add_option("OUT", m_output, "The mesh file to write; may be the same")->required();
         CLI::Option* component = sub->add_option("--component", m_component, "The number of a component");
         CLI::Option* boundary = sub->add_option("--boundary", m_boundary, "The number of a boundary loop");
-        component->check(CLI::PositiveNumber)->excludes(boundary);
-        boundary->check(CLI::PositiveNumber);
+        component->check(wholeNumberFrom(1))->excludes(boundary);
+        boundary->check(wholeNumberFrom(1));
         addAcrossOption(*sub, m_across)->needs(component);
         sub->add_option("--rings", m_rings, "How many rings of triangles around the loop")
-            ->check(CLI::PositiveNumber)
+            ->check(wholeNumberFrom(1))
             ->needs(boundary)
             ->capture_default_str();
         // The parser would name the missing one in no better words.
@@ -56,11 +60,10 @@ public:
         Report report;
         report.add("input", m_input);
         report.add("output", m_output);
-        select(loaded.mesh, phase, report);
+        znGeom::CompactMesh part;
+        takePart(loaded, phase, report, part);
         checkCancelled(progress);
 
-        znGeom::CompactMesh part;
-        znGeom::meshExtract(part, loaded.mesh);
         progress.subPhase(0.2, phase);
         saveMesh(part, m_output, phase, m_formats.ofOutput());
         report.add("vertices", part.getNumVertices());
@@ -72,47 +75,64 @@ public:
     }
 
 private:
-    void select(znGeom::CompactMesh& mesh, znUtil::Progress& progress, Report& report) const
+    void takePart(LoadedMesh& loaded, znUtil::Progress& progress, Report& report, znGeom::CompactMesh& part) const
     {
-        const Surface surface(mesh, progress);
-        znGeom::MeshSelect select(mesh, surface.adjTris());
+        znUtil::Progress phase;
+        progress.subPhase(0.4, phase);
+        znGeom::MeshEdgeSides sides;
+        znGeom::meshEdgeSides(loaded.mesh, phase, sides);
+        checkCancelled(progress);
+        progress.subPhase(0.3, phase);
+        if (const std::string hint = soupNote(loaded.mesh, sides, phase); !hint.empty()) loaded.notes.push_back(hint);
+        progress.subPhase(0.3, phase);
         if (m_component > 0)
-            selectComponent(surface, select, report);
+            takeComponent(loaded.mesh, sides, phase, report, part);
         else
-            selectRings(surface, select, report);
-        select.selectVerticesFromTriangles();
+            takeRings(loaded.mesh, sides, phase, report, part);
     }
 
-    void selectComponent(const Surface& surface, znGeom::MeshSelect& select, Report& report) const
+    void takeComponent(const znGeom::CompactMesh& mesh, const znGeom::MeshEdgeSides& sides, znUtil::Progress& progress,
+                       Report& report, znGeom::CompactMesh& part) const
     {
-        const Components components = surface.components(acrossOf(m_across));
-        checkNumber("component", m_component, components.sizes.size());
-        for (std::size_t triangle = 0; triangle < components.ofTriangle.size(); ++triangle)
-            if (components.ofTriangle[triangle] == m_component - 1)
-                select.getSelectedTriangles().setBit(static_cast<int>(triangle));
+        const znGeom::MeshTriangleComponents components = findComponents(mesh, sides, m_across, progress);
+        checkNumber("component", m_component, components.count());
+        znGeom::MeshExtractParts(mesh, components.ofTriangle.data(), components.count()).extract(m_component - 1, part);
         report.add("component", m_component);
     }
 
-    void selectRings(const Surface& surface, znGeom::MeshSelect& select, Report& report) const
+    void takeRings(znGeom::CompactMesh& mesh, const znGeom::MeshEdgeSides& sides, znUtil::Progress& progress,
+                   Report& report, znGeom::CompactMesh& part) const
     {
-        const std::vector<BoundaryLoop> loops = surface.boundaryLoops();
+        znGeom::MeshBorderLoops loops;
+        znGeom::meshBorderLoops(mesh, sides, progress, loops);
+        checkCancelled(progress);
         checkNumber("boundary loop", m_boundary, loops.size());
-        const BoundaryLoop& loop = loops[static_cast<std::size_t>(m_boundary) - 1];
-        select.getSelectedVertices().setBits(static_cast<int>(loop.vertices.size()), loop.vertices.data());
+        const int loop = m_boundary - 1;
+        selectRings(mesh, loops.vertices(loop));
+        znGeom::meshExtract(part, mesh);
+        report.add("boundary_loop", m_boundary);
+        report.add("boundary_loop_length", rounded(loops.length(loop)));
+        report.add("boundary_loop_edges", loops.numEdges(loop));
+    }
+
+    void selectRings(znGeom::CompactMesh& mesh, std::span<const int> loop) const
+    {
+        znGeom::MeshAdjTris adjTris;
+        znGeom::meshAdjTris(mesh, adjTris);
+        znGeom::MeshSelect select(mesh, adjTris);
+        select.getSelectedVertices().setBits(static_cast<int>(loop.size()), loop.data());
         select.selectAllTrianglesFromVertices();
         int before = 0;
         for (int ring = 1; ring < m_rings && select.getSelectedTriangles().getNumSetBits() > before; ++ring) {
             before = select.getSelectedTriangles().getNumSetBits();
             select.selectTrianglesRecursive(true);
         }
-        report.add("boundary_loop", m_boundary);
-        report.add("boundary_loop_length", rounded(loop.length));
-        report.add("boundary_loop_edges", loop.numEdges());
+        select.selectVerticesFromTriangles();
     }
 
-    void checkNumber(const std::string& what, int number, std::size_t count) const
+    void checkNumber(const std::string& what, int number, int count) const
     {
-        if (static_cast<std::size_t>(number) <= count) return;
+        if (number <= count) return;
         const std::string has = count == 0 ? "none" : std::to_string(count);
         throw Failure(m_input + ": there is no " + what + " " + std::to_string(number) + ", the mesh has " + has);
     }

@@ -1,4 +1,7 @@
+#include <new>
+
 #include "apps/zngeom/command.h"
+#include "apps/zngeom/failure.h"
 #include "apps/zngeom/format_option.h"
 #include "apps/zngeom/mesh_files.h"
 #include "apps/zngeom/mesh_summary.h"
@@ -7,14 +10,12 @@ namespace tool {
 
 namespace {
 
-Report::Value corner(const std::optional<Bounds>& bounds, const float (Bounds::*which)[3])
+Report::Value cornerOf(const znGeom::BoundingBox& bounds, float x, float y, float z)
 {
-    if (!bounds) return nullptr;
-    const float* values = (*bounds).*which;
-    return {shortest(values[0]), shortest(values[1]), shortest(values[2])};
+    return bounds.isValid() ? Report::Value{shortest(x), shortest(y), shortest(z)} : Report::Value(nullptr);
 }
 
-Report::Value orNull(const std::optional<int>& value) { return value ? Report::Value(*value) : Report::Value(nullptr); }
+Report::Value orNullBelowZero(int count) { return count < 0 ? Report::Value(nullptr) : Report::Value(count); }
 
 Report::Value channelNames(const znGeom::CompactMesh& mesh)
 {
@@ -44,19 +45,19 @@ void addComponents(const MeshSummary& summary, Report& report)
 }
 
 /// All loops for programs, the longest ones for people.
-void addLoops(const std::vector<BoundaryLoop>& loops, Report& report)
+void addLoops(const znGeom::MeshBorderLoops& loops, Report& report)
 {
-    constexpr std::size_t mostShown = 10;
+    constexpr int mostShown = 10;
     Report::Value lengths = Report::Value::array(), edges = Report::Value::array();
     report.add("boundary_loops", loops.size());
     int open = 0;
-    for (std::size_t i = 0; i < loops.size(); ++i) {
-        lengths.push_back(rounded(loops[i].length));
-        edges.push_back(loops[i].numEdges());
-        if (!loops[i].closed) ++open;
+    for (int i = 0; i < loops.size(); ++i) {
+        lengths.push_back(rounded(loops.length(i)));
+        edges.push_back(loops.numEdges(i));
+        if (!loops.isClosed(i)) ++open;
         if (i < mostShown)
-            report.addForPeople("  loop " + std::to_string(i + 1), "length " + shownNumber(loops[i].length) + ", " +
-                                                                       std::to_string(loops[i].numEdges()) + " edges");
+            report.addForPeople("  loop " + std::to_string(i + 1), "length " + shownNumber(loops.length(i)) + ", " +
+                                                                       std::to_string(loops.numEdges(i)) + " edges");
     }
     if (loops.size() > mostShown)
         report.addForPeople("  and more", std::to_string(loops.size() - mostShown) + " shorter ones");
@@ -71,16 +72,36 @@ void addMeasures(const MeshSummary& summary, Report& report)
 {
     report.add("area", orNull(summary.area), orWhyNot(summary.area, notFinite));
     report.add("volume", orNull(summary.volume),
-               orWhyNot(summary.volume, !summary.closed                ? "the surface is not closed"
-                                        : !summary.consistentlyWound() ? notWound
-                                                                       : notFinite));
-    report.add("longest_edge", orNull(summary.edges.longest), orWhyNot(summary.edges.longest, "there is no edge"));
+               orWhyNot(summary.volume, !summary.edges.isClosed()              ? "the surface is not closed"
+                                        : !summary.edges.isConsistentlyWound() ? notWound
+                                                                               : notFinite));
+    const std::optional<double> longest =
+        summary.edges.longest < 0 ? std::nullopt : std::optional(summary.edges.longest);
+    report.add("longest_edge", orNull(longest), orWhyNot(longest, "there is no edge"));
     const std::optional<double>& angle = summary.largestDihedralAngle;
     report.addForPrograms("largest_dihedral_angle", orNull(angle));
     report.addForPeople(
         "largest dihedral",
         angle ? shownNumber(*angle) + " degrees"
-              : orWhyNot(angle, summary.consistentlyWound() ? "no two triangles share an edge" : notWound));
+              : orWhyNot(angle, summary.edges.isConsistentlyWound() ? "no two triangles share an edge" : notWound));
+}
+
+void addCounts(const LoadedMesh& loaded, const MeshSummary& summary, Report& report)
+{
+    report.add("vertices", loaded.mesh.getNumVertices());
+    report.add("unused_vertices", summary.vertices.unused);
+    report.add("duplicate_positions", summary.duplicatePositions);
+    report.add("non_finite_vertices", summary.vertices.nonFinite);
+    report.add("faces", loaded.numFaces);
+    report.add("polygons", loaded.numPolygons);
+    report.add("triangles", loaded.mesh.getNumTriangles());
+    report.add("degenerate_triangles", summary.degenerateTriangles);
+    report.add("edges", summary.edges.edges);
+    report.add("boundary_edges", summary.edges.boundary);
+    report.add("boundary_vertices", summary.edges.boundaryVertices);
+    report.add("non_manifold_edges", summary.edges.nonManifold);
+    report.add("unbalanced_edges", summary.edges.unbalanced);
+    report.add("closed", summary.edges.isClosed());
 }
 
 class InfoCommand : public Command
@@ -102,55 +123,64 @@ public:
             "without unbalanced edges, and negative when it is inside out. The dihedral angle is the one between the\n"
             "normals of two triangles with a common edge, in degrees: 0 where they are flat. Lengths are in the\n"
             "units of the file, areas and volumes in their squares and cubes.");
-        sub->add_option("MESH", m_path, "The mesh file")->required();
+        sub->add_option("MESH", m_paths, "The mesh files, a report for each")->required();
         addFormatOption(*sub, m_formats);
         return sub;
     }
 
+    /// The others are told of as well where one of several meshes fails.
     Report run(znUtil::Progress& progress) override
+    {
+        if (m_paths.size() == 1) return reportOn(m_paths.front(), progress);
+        Report report;
+        znUtil::Progress phase;
+        for (const std::string& path : m_paths) {
+            progress.subPhase(1.0 / static_cast<double>(m_paths.size()), phase);
+            try {
+                report.addPart(reportOn(path, phase));
+            } catch (const Failure& failure) {
+                report.addFailedPart(path, failure.what());
+            } catch (const std::bad_alloc&) {
+                report.addFailedPart(path, path + ": not enough memory");
+            }
+        }
+        return report;
+    }
+
+private:
+    Report reportOn(const std::string& path, znUtil::Progress& progress) const
     {
         znUtil::Progress phase;
         LoadedMesh loaded;
         progress.subPhase(0.7, phase);
-        loadMesh(m_path, phase, loaded, m_formats.input);
+        loadMesh(path, phase, loaded, m_formats.input);
         progress.subPhase(0.3, phase);
-        return describe(loaded, summarizeMesh(loaded.mesh, phase));
+        return describe(path, loaded, summarizeMesh(loaded.mesh, phase));
     }
 
-private:
-    Report describe(const LoadedMesh& loaded, const MeshSummary& summary) const
+    Report describe(const std::string& path, const LoadedMesh& loaded, const MeshSummary& summary) const
     {
         Report report;
-        report.add("file", m_path);
-        report.add("format", formatOf(m_path, m_formats.input).name);
-        report.add("vertices", loaded.mesh.getNumVertices());
-        report.add("unused_vertices", summary.unusedVertices);
-        report.add("duplicate_positions", summary.duplicatePositions);
-        report.add("non_finite_vertices", summary.nonFiniteVertices);
-        report.add("faces", loaded.numFaces);
-        report.add("polygons", loaded.numPolygons);
-        report.add("triangles", loaded.mesh.getNumTriangles());
-        report.add("degenerate_triangles", summary.degenerateTriangles);
-        report.add("edges", summary.edges.edges);
-        report.add("boundary_edges", summary.edges.boundary);
-        report.add("boundary_vertices", summary.edges.boundaryVertices);
-        report.add("non_manifold_edges", summary.edges.nonManifold);
-        report.add("unbalanced_edges", summary.edges.unbalanced);
-        report.add("closed", summary.closed);
+        report.add("file", path);
+        report.add("format", formatOf(path, m_formats.input).name);
+        addCounts(loaded, summary, report);
         addComponents(summary, report);
         addLoops(summary.boundaryLoops, report);
-        report.add("valence_min", orNull(summary.valenceMin));
-        report.add("valence_max", orNull(summary.valenceMax));
-        report.add("min", corner(summary.bounds, &Bounds::low));
-        report.add("max", corner(summary.bounds, &Bounds::high));
+        report.add("valence_min", orNullBelowZero(summary.vertices.minValence));
+        report.add("valence_max", orNullBelowZero(summary.vertices.maxValence));
+        const znGeom::BoundingBox& bounds = summary.vertices.bounds;
+        report.add("min", cornerOf(bounds, bounds.minX, bounds.minY, bounds.minZ));
+        report.add("max", cornerOf(bounds, bounds.maxX, bounds.maxY, bounds.maxZ));
         addMeasures(summary, report);
         report.add("channels", channelNames(loaded.mesh));
         report.add("memory_bytes", loaded.mesh.getSizeInBytes());
         report.addNotes(loaded.notes);
+        const std::string hint = soupNote(summary.edges, loaded.mesh.getNumVertices(), summary.duplicatePositions);
+        if (!hint.empty()) report.addNote(hint);
         return report;
     }
 
-    std::string m_path;
+    std::vector<std::string> m_paths;
     StreamFormats m_formats;
 };
 

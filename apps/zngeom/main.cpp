@@ -8,13 +8,16 @@
 #include <cstdio>
 #include <new>
 #include <optional>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "apps/zngeom/cancel_on_signal.h"
 #include "apps/zngeom/command.h"
 #include "apps/zngeom/failure.h"
 #include "apps/zngeom/mesh_files.h"
 #include "apps/zngeom/progress_bar.h"
+#include "apps/zngeom/usage.h"
 #include "znGeom/foundation/output/app_output.h"
 #include "znGeom/foundation/output/debug_channel.h"
 
@@ -28,6 +31,7 @@ struct OutputOptions
 {
     bool json = false;
     bool verbose = false;
+    bool quiet = false;
 };
 
 std::string formatsForHelp()
@@ -52,7 +56,7 @@ Exit status: 0 done, 1 failed (one line on standard error), 2 wrong usage, 130 c
 
 Examples:
   zngeom info bunny.obj
-  zngeom info --json scan.ply
+  zngeom info --json scan.ply other.ply
   zngeom weld soup.stl welded.obj
   zngeom convert model.glb model.off
   zngeom split parts.obj part.obj
@@ -60,20 +64,19 @@ Examples:
   zngeom closest scan.ply points.txt -o distances.txt)";
 
 /// Whatever a file or a path holds, a message is one line.
-void printError(std::string message)
-{
-    std::replace_if(
-        message.begin(), message.end(), [](char c) { return static_cast<unsigned char>(c) < ' ' || c == 127; }, '?');
-    std::fprintf(stderr, "zngeom: %s\n", message.c_str());
-}
+void printError(const std::string& message) { std::fprintf(stderr, "zngeom: %s\n", withoutControls(message).c_str()); }
 
-int printReport(const Report& report, bool json)
+int printReport(const Report& report, const OutputOptions& options)
 {
-    const std::string text = json ? report.json() : report.text();
+    const Report::Notes notes = options.quiet ? Report::Notes::Hidden : Report::Notes::Shown;
+    const std::string text = options.json ? report.json() : report.text(notes);
     std::fputs(text.c_str(), report.isAside() ? stderr : stdout);
-    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return Success;
-    printError("standard output can't be written");
-    return Failed;
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+        printError("standard output can't be written");
+        return Failed;
+    }
+    for (const std::string& failure : report.failures()) printError(failure);
+    return report.failures().empty() ? Success : Failed;
 }
 
 /// While it lives, the library's channels go to standard error.
@@ -100,19 +103,19 @@ public:
     VerboseOutput& operator=(const VerboseOutput&) = delete;
 };
 
-Report runWatched(Command& command, bool verbose)
+Report runWatched(Command& command, const OutputOptions& options)
 {
     znUtil::Progress progress;
     const CancelOnSignal cancelOnSignal(progress);
-    ProgressBar bar(progress);
+    ProgressBar bar(progress, options.quiet);
     std::optional<VerboseOutput> output;
-    if (verbose) output.emplace(bar);
+    if (options.verbose) output.emplace(bar);
     return command.run(progress);
 }
 
 int runCommand(Command& command, const OutputOptions& options)
 try {
-    return printReport(runWatched(command, options.verbose), options.json);
+    return printReport(runWatched(command, options), options);
 } catch (const Cancelled&) {
     printError("cancelled");
     return Signalled + CancelOnSignal::caught();
@@ -124,30 +127,85 @@ try {
     return Failed;
 }
 
-int runTool(int argc, char** argv)
-{
-    CLI::App app("zngeom looks at triangle and polygon meshes in files, measures them, and takes them apart.\n\n" +
-                     formatsForHelp(),
-                 "zngeom");
-    for (const auto& [word, ours] : {std::pair{"SUBCOMMAND", "COMMAND"}, {"TEXT", "FILE"}, {"REQUIRED", ""}})
-        app.get_formatter()->label(word, ours);
-    app.set_version_flag("--version", "zngeom " ZNGEOM_VERSION);
-    app.require_subcommand(1);
-    app.footer(footer);
+using Commands = std::vector<std::pair<std::unique_ptr<Command>, CLI::App*>>;
 
-    OutputOptions options;
-    std::vector<std::pair<std::unique_ptr<Command>, CLI::App*>> commands;
+Commands addCommands(CLI::App& app, OutputOptions& options)
+{
+    Commands commands;
     for (auto make : {makeInfoCommand, makeWeldCommand, makeConvertCommand, makeSplitCommand, makeExtractCommand,
                       makeClosestCommand}) {
         std::unique_ptr<Command> command = make();
         CLI::App* sub = command->addTo(app)->group("Commands");
         sub->add_flag("--json", options.json, "Print the report as JSON");
         sub->add_flag("-v,--verbose", options.verbose, "Show what the library does and how long it takes");
+        sub->add_flag("-q,--quiet", options.quiet, "Show no progress and no notes; errors are still told");
         commands.emplace_back(std::move(command), sub);
     }
+    app.add_subcommand("help", "Tell about a command: zngeom help COMMAND")->group("Commands");
+    return commands;
+}
 
+/// The parser's words, and where to find more.
+std::string describeWrongUsage(const CLI::App* app, const CLI::Error& problem)
+{
+    const auto parsed = app->get_subcommands();
+    const bool lacksCommand = parsed.empty() && problem.get_name() == "RequiredError";
+    const std::string command = "zngeom" + (parsed.empty() ? "" : " " + parsed.front()->get_name());
+    return command + ": " + (lacksCommand ? "a command is required" : withoutControls(problem.what())) + "\nRun " +
+           command + " --help for more information.\n";
+}
+
+std::vector<std::string> commandNames(const CLI::App& app)
+{
+    std::vector<std::string> names;
+    for (const CLI::App* sub : app.get_subcommands({})) names.push_back(sub->get_name());
+    return names;
+}
+
+/// Whether the first word stands where a command is expected, and is none.
+bool isUnknownCommand(const std::vector<std::string>& arguments, const std::vector<std::string>& names)
+{
+    if (arguments.empty() || arguments.front().starts_with('-')) return false;
+    return std::find(names.begin(), names.end(), arguments.front()) == names.end();
+}
+
+int refuseCommand(const std::string& word, const std::vector<std::string>& names)
+{
+    const std::string nearest = nearestWord(word, names);
+    printError("unknown command " + word + (nearest.empty() ? "" : "; did you mean " + nearest + "?"));
+    std::fputs("Run zngeom --help for a list of the commands.\n", stderr);
+    return WrongUsage;
+}
+
+/// `help COMMAND` is `COMMAND --help`.
+std::vector<std::string> withHelpAsOption(std::vector<std::string> arguments)
+{
+    if (arguments.empty() || arguments.front() != "help") return arguments;
+    arguments.erase(arguments.begin());
+    arguments.push_back("--help");
+    return arguments;
+}
+
+int runTool(std::vector<std::string> arguments)
+{
+    CLI::App app("zngeom looks at triangle and polygon meshes in files, measures them, and takes them apart.\n\n" +
+                     formatsForHelp(),
+                 "zngeom");
+    for (const auto& [word, ours] : {std::pair{"SUBCOMMAND", "COMMAND"}, {"TEXT", "FILE"}, {"REQUIRED", ""}})
+        app.get_formatter()->label(word, ours);
+    app.set_version_flag("-V,--version", "zngeom " ZNGEOM_VERSION);
+    app.require_subcommand(1);
+    app.footer(footer);
+    app.failure_message(describeWrongUsage);
+    OutputOptions options;
+    const Commands commands = addCommands(app, options);
+
+    arguments = withHelpAsOption(std::move(arguments));
+    if (const auto names = commandNames(app); isUnknownCommand(arguments, names))
+        return refuseCommand(arguments.front(), names);
     try {
-        app.parse(argc, argv);
+        std::reverse(arguments.begin(), arguments.end()); // as the parser takes them
+        app.parse(std::move(arguments));
     } catch (const CLI::ParseError& problem) {
         return app.exit(problem) == 0 ? Success : WrongUsage;
     }
@@ -164,5 +222,5 @@ int main(int argc, char** argv)
 {
     // A file that grows past the limit of its user is a failed write, not the end of the process.
     std::signal(SIGXFSZ, SIG_IGN);
-    return tool::runTool(argc, argv);
+    return tool::runTool({argv + std::min(argc, 1), argv + argc});
 }

@@ -2,39 +2,23 @@
 #pragma once
 
 #include <optional>
+#include <string>
 
-#include "apps/zngeom/surface.h"
+#include "znGeom/analysis/border_loops.h"
+#include "znGeom/analysis/census.h"
 #include "znGeom/foundation/mesh/compact_mesh.h"
 #include "znGeom/foundation/threads/progress.h"
 
 namespace tool {
 
-struct Bounds
-{
-    float low[3], high[3];
-};
-
 struct MeshSummary
 {
-    // Vertices
-    int unusedVertices = 0;       ///< no triangle has them as a corner
-    int duplicatePositions = 0;   ///< vertices at the place of an earlier one; those below not among them
-    int nonFiniteVertices = 0;    ///< with a coordinate that is infinite or not a number
-    std::optional<Bounds> bounds; ///< of the other ones, if any
-
-    // Triangles
-    int degenerateTriangles = 0; ///< with a corner repeated
-
-    // Neighbourhoods
-    std::optional<int> valenceMin, valenceMax; ///< the number of neighbours of a used vertex
-    EdgeCounts edges;
+    znGeom::MeshVertexCensus vertices;
+    int duplicatePositions = 0; ///< vertices at the place of an earlier one
+    znGeom::MeshEdgeCensus edges;
+    int degenerateTriangles = 0;              ///< with a corner repeated
     int components = 0, vertexComponents = 0; ///< over shared edges, and over shared vertices
-    std::vector<BoundaryLoop> boundaryLoops;  ///< the longest first
-
-    /// Whether there are triangles, and all their edges have another one.
-    bool closed = false;
-    /// Whether neighbours run along their common edges in opposite directions.
-    bool consistentlyWound() const { return edges.unbalanced == 0; }
+    znGeom::MeshBorderLoops boundaryLoops;    ///< the longest first
 
     // Measures, in the units of the file; none where a number is not finite
     std::optional<double> area;
@@ -45,10 +29,8 @@ struct MeshSummary
 /// Throws `Cancelled` when the user has asked to stop. n log n in the vertices, linear in the triangles.
 MeshSummary summarizeMesh(const znGeom::CompactMesh& mesh, znUtil::Progress& progress);
 
-/// Whether the three coordinates are numbers and not infinite.
-bool isFinite(const znGeom::MeshVertex& vertex);
-
-/// The number of triangles with a corner repeated.
-int countDegenerateTriangles(const znGeom::CompactMesh& mesh);
+/// A note for meshes whose triangles lie side by side and share next to no vertices, as those of STL files do; empty
+/// for any other one.
+std::string soupNote(const znGeom::MeshEdgeCensus& edges, int numVertices, int duplicatePositions);
 
 } // namespace tool

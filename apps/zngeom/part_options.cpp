@@ -2,7 +2,10 @@
 
 #include <CLI/App.hpp>
 
-#include "apps/zngeom/failure.h"
+#include "apps/zngeom/mesh_summary.h"
+#include "apps/zngeom/pacer.h"
+#include "znGeom/analysis/adjacency.h"
+#include "znGeom/editing/duplicates.h"
 
 namespace tool {
 
@@ -14,11 +17,40 @@ CLI::Option* addAcrossOption(CLI::App& app, std::string& word)
         ->option_text("edges|vertices [edges]");
 }
 
-Across acrossOf(const std::string& word) { return word == "vertices" ? Across::Vertices : Across::Edges; }
+znGeom::MeshTriangleComponents findComponents(const znGeom::CompactMesh& mesh, const znGeom::MeshEdgeSides& sides,
+                                              const std::string& across, znUtil::Progress& progress)
+{
+    znGeom::MeshTriangleComponents components;
+    if (across == "vertices") {
+        znGeom::MeshAdjTris adjTris;
+        znGeom::meshAdjTris(mesh, adjTris);
+        znGeom::meshVertexComponents(mesh, adjTris, progress, components);
+    } else {
+        znGeom::meshEdgeComponents(mesh, sides, progress, components);
+    }
+    checkCancelled(progress);
+    return components;
+}
 
 void checkHasTriangles(const znGeom::CompactMesh& mesh, const std::string& path)
 {
     if (mesh.getNumTriangles() == 0) throw Failure(path + ": has no triangles");
+}
+
+std::string soupNote(const znGeom::CompactMesh& mesh, const znGeom::MeshEdgeSides& sides, znUtil::Progress& progress)
+{
+    znUtil::Progress phase;
+    progress.subPhase(0.2, phase);
+    znGeom::MeshEdgeCensus edges;
+    znGeom::meshCountEdges(mesh, sides, phase, edges);
+    checkCancelled(progress);
+    // Counting duplicates takes a sort, and most meshes are none.
+    const int mostPossible = mesh.getNumVertices();
+    if (soupNote(edges, mesh.getNumVertices(), mostPossible).empty()) return {};
+    progress.subPhase(0.8, phase);
+    const int duplicates = znGeom::meshCountDuplicates(mesh, phase);
+    checkCancelled(progress);
+    return soupNote(edges, mesh.getNumVertices(), duplicates);
 }
 
 } // namespace tool

@@ -4,7 +4,6 @@
 
 #include "apps/zngeom/failure.h"
 #include "apps/zngeom/mesh_files.h"
-#include "apps/zngeom/mesh_summary.h"
 #include "apps/zngeom/read_file.h"
 
 namespace tool {
@@ -63,7 +62,7 @@ std::vector<znGeom::MeshVertex> loadPoints(const std::string& path, znUtil::Prog
 
 void checkFinite(const znGeom::MeshVertex* vertices, int count, const std::string& path)
 {
-    const auto found = std::find_if_not(vertices, vertices + count, isFinite);
+    const auto found = std::find_if_not(vertices, vertices + count, znGeom::isFinite);
     if (found != vertices + count)
         throw Failure(path + ": vertex " + std::to_string(found - vertices) +
                       ", counted from 0, has a coordinate that is not finite");

@@ -19,9 +19,10 @@ bool canDraw()
 
 } // namespace
 
-ProgressBar::ProgressBar(znUtil::Progress& progress) : m_progress(progress), m_onTerminal(canDraw())
+ProgressBar::ProgressBar(znUtil::Progress& progress, bool quiet) : m_progress(progress)
 {
-    if (m_onTerminal) m_progress.setObserver([this](double fraction, const char* caption) { draw(fraction, caption); });
+    if (!quiet && canDraw())
+        m_progress.setObserver([this](double fraction, const char* caption) { draw(fraction, caption); });
 }
 
 ProgressBar::~ProgressBar()

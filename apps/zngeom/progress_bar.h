@@ -15,7 +15,8 @@ class ProgressBar
 {
 public:
     /// \param progress  the root; must outlive the bar and have no other observer
-    explicit ProgressBar(znUtil::Progress& progress);
+    /// \param quiet     draws nothing
+    ProgressBar(znUtil::Progress& progress, bool quiet);
     ProgressBar(const ProgressBar&) = delete;
     ProgressBar& operator=(const ProgressBar&) = delete;
     ~ProgressBar();
@@ -27,7 +28,6 @@ private:
     void draw(double fraction, const char* caption);
 
     znUtil::Progress& m_progress;
-    bool m_onTerminal;
     bool m_drawn = false;
     std::string m_caption;
     std::chrono::steady_clock::time_point m_lastDrawn{};

@@ -52,25 +52,60 @@ void Report::addNotes(const std::vector<std::string>& notes)
     m_notes.insert(m_notes.end(), notes.begin(), notes.end());
 }
 
-std::string Report::text() const
+void Report::addFailedPart(const std::string& file, const std::string& message)
+{
+    Report part;
+    part.addForPrograms("file", file);
+    part.addForPrograms("error", message);
+    addPart(std::move(part));
+    m_failures.push_back(message);
+}
+
+std::string Report::text(Notes notes) const
 {
     if (m_output) return *m_output;
+    std::string text;
+    for (const Report& part : m_parts) {
+        const std::string ofPart = part.text(notes);
+        if (!text.empty() && !ofPart.empty()) text += '\n';
+        text += ofPart;
+    }
     std::size_t width = 0;
     for (const auto& [label, shown] : m_lines) width = std::max(width, label.size());
-    std::string text;
     for (const auto& [label, shown] : m_lines)
-        text.append(label).append(width + 2 - label.size(), ' ').append(shown).append("\n");
-    for (const std::string& note : m_notes) text += "note: " + note + '\n';
+        text.append(label).append(width + 2 - label.size(), ' ').append(withoutControls(shown)).append("\n");
+    if (notes == Notes::Shown)
+        for (const std::string& note : m_notes) text += "note: " + withoutControls(note) + '\n';
     return text;
 }
 
 std::string Report::json() const
 {
     if (m_output) return *m_output;
+    Value value = Value::array();
+    for (const Report& part : m_parts) value.push_back(part.jsonValue());
+    if (m_parts.empty()) value = jsonValue();
+    // File names may hold any bytes.
+    return value.dump(-1, ' ', false, Value::error_handler_t::replace) + '\n';
+}
+
+Report::Value Report::jsonValue() const
+{
     Value values = m_values;
     values["notes"] = m_notes;
-    // File names may hold any bytes.
-    return values.dump(-1, ' ', false, Value::error_handler_t::replace) + '\n';
+    return values;
+}
+
+std::string withoutControls(std::string text)
+{
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        // Those from 128 on take two bytes in UTF-8, of which the first is C2.
+        const bool isSecond = byte >= 0x80 && byte < 0xA0 && i > 0 && text[i - 1] == '\xC2';
+        if (isSecond) text.erase(--i, 1);
+        if (byte < ' ' || byte == 127 || isSecond) text[i] = '?';
+    }
+    return text;
 }
 
 double shortest(float value)

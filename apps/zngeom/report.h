@@ -10,11 +10,15 @@
 namespace tool {
 
 /// Named values in order, for people as aligned lines and for programs as one JSON object, and notes: sentences about
-/// what was left out.
+/// what was left out. Names of files and whatever else comes from them are shown without control characters.
+///
+/// A report may consist of others, one for each of several files: for people with empty lines between them, for
+/// programs as a JSON array.
 class Report
 {
 public:
     using Value = nlohmann::ordered_json;
+    enum class Notes { Shown, Hidden };
 
     /// \param key  small letters and underscores; people see blanks for these
     void add(const char* key, const Value& value);
@@ -25,6 +29,13 @@ public:
     void addNote(std::string note);
     void addNotes(const std::vector<std::string>& notes);
 
+    void addPart(Report part) { m_parts.push_back(std::move(part)); }
+    /// Instead of a part that could not be made: programs see an object with the file's name and the reason.
+    /// \param message  one line for the user, which the caller of the command shows as an error
+    void addFailedPart(const std::string& file, const std::string& message);
+    /// The lines of the parts that failed.
+    const std::vector<std::string>& failures() const { return m_failures; }
+
     /// Prints this text and nothing else, for people and for programs: the result of a command that has one.
     void setOutput(std::string text) { m_output = std::move(text); }
 
@@ -33,17 +44,24 @@ public:
     bool isAside() const { return m_isAside; }
 
     /// Ends in a line end. Notes follow the values.
-    std::string text() const;
+    std::string text(Notes notes) const;
     /// One line with all values, and with the notes under "notes".
     std::string json() const;
 
 private:
+    Value jsonValue() const;
+
     Value m_values = Value::object();
     std::vector<std::pair<std::string, std::string>> m_lines; ///< label and text
     std::optional<std::string> m_output;
     std::vector<std::string> m_notes;
     bool m_isAside = false;
+    std::vector<Report> m_parts;
+    std::vector<std::string> m_failures;
 };
+
+/// The same text with a question mark for each control character: those move the cursor, or colour what follows.
+std::string withoutControls(std::string text);
 
 /// The same number in as many decimal digits as a `float` needs: 0.1 and not 0.10000000149.
 double shortest(float value);

@@ -1,56 +1,47 @@
 #include <algorithm>
 #include <filesystem>
+#include <numeric>
 
 #include "apps/zngeom/command.h"
 #include "apps/zngeom/format_option.h"
 #include "apps/zngeom/mesh_files.h"
 #include "apps/zngeom/pacer.h"
 #include "apps/zngeom/part_options.h"
+#include "apps/zngeom/usage.h"
 #include "znGeom/analysis/adjacency.h"
-#include "znGeom/editing/extract.h"
+#include "znGeom/editing/extract_parts.h"
 #include "znGeom/editing/partition.h"
 
 namespace tool {
 
 namespace {
 
-/// Triangle numbers, ascending.
-using Part = std::vector<int>;
-
-std::vector<Part> componentsOf(const znGeom::CompactMesh& mesh, Across across, znUtil::Progress& progress)
+/// A divided mesh.
+struct Division
 {
-    const Components components = Surface(mesh, progress).components(across);
-    std::vector<Part> parts(components.sizes.size());
-    for (std::size_t triangle = 0; triangle < components.ofTriangle.size(); ++triangle)
-        parts[static_cast<std::size_t>(components.ofTriangle[triangle])].push_back(static_cast<int>(triangle));
-    return parts;
-}
+    std::vector<int> partOf; ///< per triangle its part
+    int numParts = 0;
+};
 
-std::vector<Part> equalParts(const znGeom::CompactMesh& mesh, int count)
+Division equalParts(const znGeom::CompactMesh& mesh, int count)
 {
     znGeom::MeshAdjTris adjTris;
     znGeom::meshAdjTris(mesh, adjTris);
     zn::list<zn::Reference<znGeom::MeshSubset>> subsets;
     znGeom::MeshPartition(mesh, adjTris, count).compute(subsets);
-    std::vector<Part> parts;
-    for (const zn::Reference<znGeom::MeshSubset>& subset : subsets)
-        parts.emplace_back(subset->triangles, subset->triangles + subset->numTriangles);
-    std::stable_sort(parts.begin(), parts.end(), [](const Part& a, const Part& b) { return a.size() > b.size(); });
-    return parts;
+    znGeom::Remap partOf;
+    znGeom::meshTriSubsetMembership(mesh, subsets, partOf);
+    return {{partOf.data(), partOf.data() + partOf.getDomainSize()}, partOf.range};
 }
 
-void extractPart(const znGeom::CompactMesh& mesh, const Part& part, znGeom::CompactMesh& result)
+/// The numbers of the parts, that of most triangles first.
+std::vector<int> orderBySize(const znGeom::MeshExtractParts& parts)
 {
-    std::vector<int> vertices;
-    for (const int triangle : part) {
-        const auto& corners = mesh.getTriangles()[triangle].corners;
-        vertices.insert(vertices.end(), corners, corners + 3);
-    }
-    std::sort(vertices.begin(), vertices.end());
-    vertices.erase(std::unique(vertices.begin(), vertices.end()), vertices.end());
-    const znGeom::MeshSubset subset(static_cast<int>(vertices.size()), vertices.data(), static_cast<int>(part.size()),
-                                    part.data());
-    znGeom::meshExtract(result, mesh, subset);
+    std::vector<int> order(static_cast<std::size_t>(parts.getNumParts()));
+    std::iota(order.begin(), order.end(), 0);
+    std::stable_sort(order.begin(), order.end(),
+                     [&parts](int a, int b) { return parts.triangles(a).size() > parts.triangles(b).size(); });
+    return order;
 }
 
 /// parts/out.obj becomes parts/out-1.obj.
@@ -69,16 +60,17 @@ struct WrittenPart
 };
 
 /// All files are complete before the first takes its place.
-std::vector<WrittenPart> writeParts(const znGeom::CompactMesh& mesh, const std::vector<Part>& parts,
+std::vector<WrittenPart> writeParts(const znGeom::CompactMesh& mesh, const Division& division,
                                     const std::string& pattern, znUtil::Progress& progress)
 {
     std::vector<WrittenPart> written;
     std::vector<std::unique_ptr<PendingFile>> files;
     znUtil::Progress phase;
-    for (const Part& part : parts) {
-        progress.subPhase(1.0 / static_cast<double>(parts.size()), phase);
+    znGeom::MeshExtractParts parts(mesh, division.partOf.data(), division.numParts);
+    for (const int part : orderBySize(parts)) {
+        progress.subPhase(1.0 / division.numParts, phase);
         znGeom::CompactMesh extracted;
-        extractPart(mesh, part, extracted);
+        parts.extract(part, extracted);
         written.push_back(
             {numbered(pattern, written.size() + 1), extracted.getNumVertices(), extracted.getNumTriangles()});
         files.push_back(writeAside(extracted, written.back().path, phase));
@@ -117,10 +109,10 @@ public:
         sub->add_option("OUT", m_output, "The files to write; its extension chooses the format")->required();
         CLI::Option* by = addAcrossOption(*sub, m_across);
         sub->add_option("--parts", m_numParts, "Instead of components, this many connected parts of equal size")
-            ->check(CLI::PositiveNumber)
+            ->check(wholeNumberFrom(1))
             ->excludes(by);
         sub->add_option("--most", m_mostFiles, "Write nothing if it would be more files than this")
-            ->check(CLI::PositiveNumber)
+            ->check(wholeNumberFrom(1))
             ->capture_default_str();
         addFormatOption(*sub, m_formats);
         return sub;
@@ -137,22 +129,40 @@ public:
 
         progress.subPhase(0.2, phase);
         phase.setCaption("dividing");
-        if (m_numParts > 0) checkCount(std::min(m_numParts, loaded.mesh.getNumTriangles()));
-        const std::vector<Part> parts =
-            m_numParts > 0 ? equalParts(loaded.mesh, m_numParts) : componentsOf(loaded.mesh, acrossOf(m_across), phase);
-        checkCount(static_cast<int>(parts.size()));
+        const Division division = divide(loaded, phase);
         checkCancelled(progress);
 
         progress.subPhase(0.4, phase);
-        return describe(loaded, writeParts(loaded.mesh, parts, m_output, phase));
+        return describe(loaded, writeParts(loaded.mesh, division, m_output, phase));
     }
 
 private:
-    void checkCount(int count) const
+    Division divide(LoadedMesh& loaded, znUtil::Progress& progress) const
+    {
+        const znGeom::CompactMesh& mesh = loaded.mesh;
+        if (m_numParts > 0) checkCount(std::min(m_numParts, mesh.getNumTriangles()), "");
+        znUtil::Progress phase;
+        progress.subPhase(0.4, phase);
+        znGeom::MeshEdgeSides sides;
+        znGeom::meshEdgeSides(mesh, phase, sides);
+        checkCancelled(progress);
+        progress.subPhase(0.3, phase);
+        const std::string hint = soupNote(mesh, sides, phase);
+        if (!hint.empty()) loaded.notes.push_back(hint);
+
+        progress.subPhase(0.3, phase);
+        if (m_numParts > 0) return equalParts(mesh, m_numParts);
+        const znGeom::MeshTriangleComponents components = findComponents(mesh, sides, m_across, phase);
+        checkCount(components.count(), hint);
+        return {{components.ofTriangle.begin(), components.ofTriangle.end()}, components.count()};
+    }
+
+    void checkCount(int count, const std::string& hint) const
     {
         if (count > m_mostFiles)
             throw Failure(m_input + ": would become " + std::to_string(count) + " files, more than the " +
-                          std::to_string(m_mostFiles) + " that --most allows; none was written");
+                          std::to_string(m_mostFiles) + " that --most allows; none was written" +
+                          (hint.empty() ? "" : "; " + hint));
     }
 
     Report describe(LoadedMesh& loaded, const std::vector<WrittenPart>& written) const

@@ -1,8 +1,8 @@
 #include "apps/zngeom/command.h"
 #include "apps/zngeom/format_option.h"
 #include "apps/zngeom/mesh_files.h"
-#include "apps/zngeom/mesh_summary.h"
 #include "apps/zngeom/pacer.h"
+#include "znGeom/analysis/census.h"
 #include "znGeom/editing/weld.h"
 
 namespace tool {
@@ -50,7 +50,7 @@ public:
         report.add("vertices", loaded.mesh.getNumVertices());
         report.add("merged", before - loaded.mesh.getNumVertices());
         report.add("triangles", loaded.mesh.getNumTriangles());
-        report.add("degenerate_triangles", countDegenerateTriangles(loaded.mesh));
+        report.add("degenerate_triangles", znGeom::meshCountDegenerateTriangles(loaded.mesh));
         report.addNotes(loaded.notes);
         report.makeRoomFor(m_output);
         return report;

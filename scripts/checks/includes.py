@@ -4,7 +4,8 @@
 Every include of a file of this repository is written from its root and names a file that exists, the library includes
 nothing outside znGeom/, and includes form no circle. The folders of the library stand in rows: a file includes its own
 folder and the rows above it. Beside each folder stands the header of its name, which includes all public headers in
-it, and znGeom/znGeom.h includes all of these.
+it, and znGeom/znGeom.h includes all of these. Every public header includes, at least through others, the one that asks
+for the language that is needed.
 """
 
 import re
@@ -30,13 +31,15 @@ ROWS = (
 )
 ROW_OF = {f"znGeom/{folder}": row for row, folders in enumerate(ROWS) for folder in folders}
 UMBRELLA = "znGeom/znGeom.h"
+LANGUAGE = "znGeom/foundation/machine/language.h"
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.MULTILINE)
 
 
 def source_files():
     for folder in FOLDERS:
         for path in sorted((ROOT / folder).rglob("*")):
-            if path.suffix in (".h", ".cpp"):
+            # What lies in tests/package is a project of its own.
+            if path.suffix in (".h", ".cpp") and not path.is_relative_to(ROOT / "tests/package"):
                 yield path.relative_to(ROOT).as_posix()
 
 
@@ -67,8 +70,8 @@ def folder_of(file):
 
 
 def is_group(file):
-    """Whether a file is the header of a folder, or of all of them."""
-    return file == UMBRELLA or (ROOT / file.removesuffix(".h")).is_dir()
+    """Whether a file is a door for users: the header of a folder, or one that lies in znGeom/ itself."""
+    return file.count("/") == 1 or (ROOT / file.removesuffix(".h")).is_dir()
 
 
 def broken_order(file, name):
@@ -85,13 +88,26 @@ def broken_order(file, name):
 
 def missing_in_groups(graph):
     """Public headers that the header of their folder misses, and headers of folders that the next higher one misses."""
-    for file in graph:
-        if not file.startswith("znGeom/") or not file.endswith(".h") or "/internal/" in file or file == UMBRELLA:
+    for file in public_headers(graph):
+        if file == UMBRELLA:
             continue
         folder = file.rpartition("/")[0]
         group = UMBRELLA if folder == "znGeom" else f"{folder}.h"
         if file not in graph.get(group, []):
             yield f"{group} does not include {file}"
+
+
+def public_headers(graph):
+    return [file for file in graph if file.startswith("znGeom/") and file.endswith(".h") and "/internal/" not in file]
+
+
+def without_language(graph):
+    """Public headers that don't reach the one about the language."""
+    asking, size = {LANGUAGE}, 0
+    while len(asking) > size:
+        size = len(asking)
+        asking |= {file for file, names in graph.items() if asking & set(names)}
+    return [f"{file} does not include {LANGUAGE}, nor a header that does" for file in public_headers(graph) if file not in asking]
 
 
 def find_circle(graph):
@@ -112,6 +128,7 @@ def main():
             if rule := broken_rule(file, name, quoted):
                 errors.append(f"{file}: the include of {name} {rule}")
     errors += missing_in_groups(graph)
+    errors += without_language(graph)
     if circle := find_circle(graph):
         errors.append("includes form a circle: " + " -> ".join(circle))
 

@@ -204,12 +204,14 @@ TEST(Areas, ofPlacementsAndTextures)
     for (int v = 0; v < 50; ++v) mesh.getSTs()[v].set(mesh.getVertices()[v].x, mesh.getVertices()[v].y);
     MeshPlacement placement = place(&mesh, 1);
     for (int row = 0; row < 4; ++row) placement.matrix.setRow(row, VectorFlt(random.vector()));
-    double total = 0, flat = 0;
+    double total = 0, flat = 0, asItIs = 0;
     for (int t = 0; t < 999; ++t) {
         const Vector p = cornerOf(mesh, t, 1) - cornerOf(mesh, t, 0), q = cornerOf(mesh, t, 2) - cornerOf(mesh, t, 0);
         total += 0.5 * cross(p * AffineMatrix(placement.matrix), q * AffineMatrix(placement.matrix)).length();
         flat += 0.5 * std::fabs(cross(p, q).dz);
+        asItIs += 0.5 * cross(p, q).length();
     }
+    EXPECT_FLOAT_EQ(meshArea(mesh, space), float(asItIs));
     EXPECT_FLOAT_EQ(meshArea(placement, space), float(total));
     EXPECT_FLOAT_EQ(meshArea(placement, MeshChannelSTs), float(flat));
 }

@@ -120,25 +120,59 @@ TEST(ToolFailures, WhatCannotBeReadOrWrittenIsSaid)
     EXPECT_EQ(scratch.names(), (std::vector<std::string>{"box.obj", "folder.obj"}));
 }
 
-TEST(ToolUsage, WrongUseIsStatusTwoAndHelpIsHelp)
+std::vector<std::string> wordsOf(const std::string& line)
 {
-    for (const char* line :
-         {"", "inform", "info", "info a.obj b.obj", "weld a.obj", "info --loud a.obj", "split a.obj",
-          "split a.obj b.obj --parts 0", "split a.obj b.obj --by faces", "split a.obj b.obj --parts 2 --by edges",
-          "extract a.obj b.obj", "extract a.obj b.obj --component 1 --boundary 1",
-          "extract a.obj b.obj --component 1 --rings 2", "closest a.obj"}) {
-        std::istringstream words(line);
-        const Outcome outcome = runTool({std::istream_iterator<std::string>(words), {}});
+    std::istringstream words(line);
+    return {std::istream_iterator<std::string>(words), {}};
+}
+
+TEST(ToolUsage, WrongUseIsStatusTwoAndSaysWhatIsRight)
+{
+    const std::vector<std::pair<std::string, std::string>> cases{
+        {"", "a command is required"},
+        {"inof", "unknown command inof; did you mean info?"},
+        {"covert a.obj b.obj", "did you mean convert?"},
+        {"help splt", "unknown command splt; did you mean split?"},
+        {"xyzzy", "unknown command xyzzy\n"},
+        {"inf\x1B[31m", "inf?[31m"},
+        {"info", "MESH is required"},
+        {"weld a.obj", "OUT is required"},
+        {"info --loud a.obj", "--loud"},
+        {"split a.obj", "OUT is required"},
+        {"split a.obj b.obj --parts 0", "--parts: must be at least 1\n"},
+        {"split a.obj b.obj --parts=-99999999999999999999", "--parts: must be at least 1\n"},
+        {"split a.obj b.obj --most 99999999999999999999", "--most: must be at most 2147483647\n"},
+        {"extract a.obj b.obj --boundary 1 --rings 2x", "--rings: must be a whole number\n"},
+        {"extract a.obj b.obj --component 1.5", "--component: must be a whole number\n"},
+        {"split a.obj b.obj --by faces", "edges,vertices"},
+        {"split a.obj b.obj --parts 2 --by edges", "--by excludes --parts"},
+        {"extract a.obj b.obj", "--component or --boundary"},
+        {"extract a.obj b.obj --component 1 --boundary 1", "--component excludes --boundary"},
+        {"extract a.obj b.obj --component 1 --rings 2", "--rings requires --boundary"},
+        {"closest a.obj", "POINTS is required"},
+    };
+    for (const auto& [line, words] : cases) {
+        const Outcome outcome = runTool(wordsOf(line));
         EXPECT_EQ(outcome.status, 2) << outcome;
         EXPECT_EQ(outcome.out, "");
         EXPECT_NE(outcome.err.find("--help"), std::string::npos) << outcome;
+        EXPECT_NE(outcome.err.find(words), std::string::npos) << line << outcome;
     }
+}
+
+TEST(ToolUsage, HelpIsHelpByAnyName)
+{
     const Outcome help = runTool({"--help"});
     EXPECT_EQ(help.status, 0);
     for (const char* word : {"info", "weld", "convert", "split", "extract", "closest", ".obj", ".ply", ".off", ".stl",
                              ".glb", ".gltf", ".txt", "Ctrl-C"})
         EXPECT_NE(help.out.find(word), std::string::npos) << word;
     EXPECT_NE(runTool({"weld", "--help"}).out.find("--positions"), std::string::npos);
+    for (const auto& [line, same] : {std::pair{"help", "-h"}, {"help weld", "weld --help"}, {"-V", "--version"}}) {
+        const Outcome outcome = runTool(wordsOf(line));
+        EXPECT_EQ(outcome.status, 0) << outcome;
+        EXPECT_EQ(outcome.out, runTool(wordsOf(same)).out);
+    }
     EXPECT_TRUE(runTool({"--version"}).out.starts_with("zngeom "));
 }
 

@@ -204,6 +204,44 @@ TEST(ToolInfo, ReadsThePlyAndOffOfOtherPrograms)
     EXPECT_TRUE(scratch.read("strips.txt").ends_with("3 0 1 2\n3 1 3 2\n3 2 3 4\n")) << scratch.read("strips.txt");
 }
 
+TEST(ToolInfo, ReportsOnEachOfSeveralMeshesAlsoWhereOneFails)
+{
+    const Scratch scratch;
+    const std::string box = scratch.write("box.obj", boxObj()), cube = scratch.write("cube.obj", cubeObj());
+    const std::string none = scratch.path("none.obj");
+    const Json both = Json::parse(runTool({"info", "--json", box, cube}).out);
+    ASSERT_EQ(both.size(), 2U);
+    EXPECT_EQ(both[0], info(box));
+    EXPECT_EQ(both[1], info(cube));
+
+    const Outcome json = runTool({"info", "--json", box, none, cube});
+    EXPECT_EQ(json.status, 1);
+    EXPECT_EQ(json.err, "zngeom: " + none + ": can't be read: No such file or directory\n");
+    const Json three = Json::parse(json.out);
+    ASSERT_EQ(three.size(), 3U);
+    EXPECT_EQ(three[1]["file"], none);
+    EXPECT_NE(three[1]["error"].get<std::string>().find("No such file"), std::string::npos);
+    EXPECT_EQ(three[2]["volume"], 8);
+
+    const Outcome people = runTool({"info", none, box, cube});
+    EXPECT_EQ(people.status, 1);
+    EXPECT_EQ(people.err, json.err);
+    EXPECT_EQ(people.out, runTool({"info", box}).out + "\n" + runTool({"info", cube}).out);
+}
+
+TEST(ToolInfo, ShowsPeopleNoControlCharactersOfFilesAndNoNotesIfTheyWantNone)
+{
+    const Scratch scratch;
+    const std::string path = scratch.write("red\x1B[31m\xC2\x9B\n.obj", boxObj() + "vn 0 0 1\n");
+    const Outcome outcome = runTool({"info", path});
+    EXPECT_NE(outcome.out.find("red?[31m??.obj\n"), std::string::npos) << outcome;
+    const std::size_t notes = outcome.out.find("note: ");
+    ASSERT_NE(notes, std::string::npos) << outcome;
+    EXPECT_EQ(runTool({"info", "-q", path}).out, outcome.out.substr(0, notes));
+    EXPECT_EQ(info(path)["file"], path);
+    EXPECT_EQ(report({"info", "--quiet", path}), info(path));
+}
+
 /// What the text of an OBJ file says, for simple files.
 Json countObj(const std::filesystem::path& path)
 {

@@ -78,6 +78,29 @@ TEST(ToolExtract, TakesRingsOfTrianglesRoundALoop)
     EXPECT_EQ(report({"extract", out, out, "--boundary", "2"})["boundary_loop_length"], 16);
 }
 
+TEST(ToolParts, SaysThatWeldingWouldHelpASoup)
+{
+    const Scratch scratch;
+    const std::string soup = scratch.write("soup.stl", boxBinaryStl()), out = scratch.path("out.ply");
+    const std::string words = "25 of 33 vertices are where another one is: weld the mesh first";
+    for (const std::vector<std::string>& arguments : {std::vector<std::string>{"info", soup},
+                                                      {"split", soup, out},
+                                                      {"split", soup, out, "--parts", "2"},
+                                                      {"extract", soup, out, "--component", "1"},
+                                                      {"extract", soup, out, "--boundary", "1"}}) {
+        const Json notes = report(arguments)["notes"];
+        ASSERT_EQ(notes.size(), 1U) << arguments[0];
+        EXPECT_NE(notes[0].get<std::string>().find(words), std::string::npos) << notes;
+    }
+    expectOneLine(runTool({"split", soup, out, "--most", "10"}), {"11 files", words}, soup);
+
+    // Others are left in peace: one triangle, loose triangles that are nowhere near, a surface with vertices to weld.
+    const std::string triangle = "v 0 0 0\nv 1 0 0\nv 0 1 0\nf -3 -2 -1\n";
+    for (const std::string& content :
+         {triangle, triangle + "v 5 0 0\nv 6 0 0\nv 5 1 0\nf -3 -2 -1\n", gridObj(4) + "v 0 0 0\nv 0 0 0\n"})
+        EXPECT_EQ(info(scratch.write("in.obj", content))["notes"], Json::array()) << content;
+}
+
 TEST(ToolParts, WritesAllFilesOrNoneAndSaysWhatIsNotThere)
 {
     const Scratch scratch;

@@ -16,12 +16,12 @@ namespace toolTest {
 
 namespace {
 
-TEST(ToolTerminal, ShowsABarOnATerminalAndTakesItAway)
+/// What a call shows on a terminal.
+std::string shownOnTerminal(const std::vector<std::string>& arguments)
 {
-    const Scratch scratch;
     int ours = -1, theirs = -1;
-    ASSERT_EQ(openpty(&ours, &theirs, nullptr, nullptr, nullptr), 0);
-    ToolProcess tool({"info", "--json", scratch.write("box.obj", boxObj())}, theirs);
+    EXPECT_EQ(openpty(&ours, &theirs, nullptr, nullptr, nullptr), 0);
+    ToolProcess tool(arguments, theirs);
     EXPECT_EQ(tool.wait().json()["vertices"], 9) << "the bar got into the report";
     close(theirs);
     std::string shown;
@@ -29,9 +29,18 @@ TEST(ToolTerminal, ShowsABarOnATerminalAndTakesItAway)
     for (ssize_t count = 0; (count = read(ours, chunk, sizeof chunk)) > 0;)
         shown.append(chunk, static_cast<std::size_t>(count));
     close(ours);
+    return shown;
+}
+
+TEST(ToolTerminal, ShowsABarOnATerminalAndTakesItAway)
+{
+    const Scratch scratch;
+    const std::string box = scratch.write("box.obj", boxObj());
+    const std::string shown = shownOnTerminal({"info", "--json", box});
     EXPECT_NE(shown.find("reading"), std::string::npos) << shown;
     EXPECT_NE(shown.find('%'), std::string::npos) << shown;
     EXPECT_TRUE(shown.ends_with("\r\x1b[K")) << shown;
+    EXPECT_EQ(shownOnTerminal({"info", "--json", "--quiet", box}), "");
 }
 
 TEST(ToolTerminal, SpeaksOnStandardErrorOnlyWhenAsked)

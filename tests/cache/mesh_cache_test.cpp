@@ -100,6 +100,33 @@ TEST(MeshCache, aMeshThatDiesTakesItsRecordAlong)
     EXPECT_EQ(held->getCount(), 1);
 }
 
+TEST(MeshCache, anyNumberOfMeshesDiesInAnyOrder)
+{
+    // A search through the connections for each that ends would take minutes here.
+    constexpr int numMeshes = 30000;
+    const zn::Reference<MeshAdjTris> object(new MeshAdjTris);
+    for (const int step : {1, numMeshes - 1, 7}) { // first to last, last to first, across
+        OpenCache cache;
+        std::vector<std::unique_ptr<CompactMesh>> meshes(numMeshes);
+        for (auto& mesh : meshes) {
+            mesh = std::make_unique<CompactMesh>();
+            cache.setAdjTrisImpl(*mesh, object);
+        }
+        for (int i = 0, next = step - 1; i < numMeshes; ++i, next = (next + step) % numMeshes) {
+            EXPECT_EQ(object->getCount(), numMeshes + 1 - i);
+            meshes[size_t(next)].reset();
+        }
+    }
+    const CompactMesh mesh;
+    std::vector<std::unique_ptr<OpenCache>> caches(numMeshes); // and from the other side
+    for (auto& cache : caches) {
+        cache = std::make_unique<OpenCache>();
+        cache->setAdjTrisImpl(mesh, object);
+    }
+    while (!caches.empty()) caches.pop_back();
+    EXPECT_EQ(object->getCount(), 1);
+}
+
 TEST(MeshCache, askingAndInvalidatingForEverGrowsByNothing)
 {
     const CompactMesh mesh;

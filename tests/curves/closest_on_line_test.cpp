@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -63,25 +64,27 @@ TEST(ClosestOnLine, nearALineItIsTheNearestPointOfAllEdgesAndOnTheSurfaceAVertex
     }
     for (const int vertex : lines[0]) {
         const MeshCoord coord = closest(at(mesh, vertex));
-        const double* const one = std::find(coord.weights, coord.weights + 3, 1.0);
-        ASSERT_NE(one, coord.weights + 3);
-        // The last corner of the triangle stood on that lies on a line: the vertex itself or its neighbour.
-        const int found = mesh.getTriangles()[coord.triangle][int(one - coord.weights)];
-        EXPECT_LT(distance(at(mesh, found), at(mesh, vertex)), 0.25);
-        EXPECT_EQ(coord.triangle, adjTris.triIndices(found)[0]);
-        EXPECT_LT(distanceToLines(mesh, lines, at(mesh, found)), 1e-12);
+        ASSERT_TRUE(coord.onVertex(mesh.getVerticesRaw(), mesh.getTrianglesRaw(), 1e-12, nullptr));
+        EXPECT_EQ(coord.evaluate(mesh.getVertices(), mesh.getTriangles()), at(mesh, vertex)) << "not a neighbour";
+        EXPECT_EQ(coord.triangle, adjTris.triIndices(vertex)[0]);
     }
 }
 
-TEST(ClosestOnLine, theLastCornerOnALineAndWithoutAnEdgeInReachTheNumberOfTheCopy)
+TEST(ClosestOnLine, onTheSurfaceACornerOfTheLineAndWithoutAnEdgeInReachTheNumberOfTheCopy)
 {
     CompactMesh mesh;
     znTest::makeGrid(mesh, 6, 6);
     const MeshAdjTris adjTris = znTest::adjTrisOf(mesh);
     const MeshTriangle first = mesh.getTriangles()[0], last = mesh.getTriangles()[mesh.getNumTriangles() - 1];
     const MeshClosestPtOnLine onEdge(mesh, adjTris, MeshSequence({first[1], first[2]}, zn::vector<int>{2}));
-    const MeshCoord end = onEdge(at(mesh, first[2]));
-    EXPECT_TRUE(end.triangle == 0 && end.weights[2] == 1.0);
+    // The end that is stood on; elsewhere on the triangle, also on the corner that is off the line, the last one.
+    for (const auto& [place, corner] : {std::pair(at(mesh, first[1]), 1),
+                                        {at(mesh, first[2]), 2},
+                                        {combine(0.6, at(mesh, first[1]), 0.4, at(mesh, first[0])), 2}}) {
+        const MeshCoord coord = onEdge(place);
+        const Point found = coord.evaluate(mesh.getVertices(), mesh.getTriangles());
+        EXPECT_EQ(found, at(mesh, first[corner])) << corner;
+    }
 
     // The vertices of the line stand in the last triangles of the grid and are joined by no edge.
     const MeshSequence apart(zn::vector<int>{last[0], last[1], last[2]}, zn::vector<int>{1, 1, 1});

@@ -289,6 +289,62 @@ TEST(Extract, copiesAllChannelsAndTellsTheTarget)
               (znTest::Lines{"meshExtract: vertices(3) triangles(2)\n", "  copied triangles: # s\n"}));
 }
 
+TEST(ExtractParts, givesEachPartWithItsMaps)
+{
+    znTest::Random random(1);
+    for (int round = 0; round < 100; ++round) {
+        SCOPED_TRACE(round);
+        CompactMesh mesh = znTest::makeAnyMesh(random, round);
+        if (round % 2) mesh.allocUVArray();
+        for (int v = 0; round % 2 && v < mesh.getNumVertices(); ++v) mesh.getUVs()[v].set(0.0f, float(v));
+        const int numParts = random.below(8);
+        std::vector<int> partOf(mesh.getNumTriangles());
+        for (int& part : partOf) part = random.below(numParts + 1) - 1;
+        MeshExtractParts parts(mesh, partOf.data(), numParts);
+        ASSERT_EQ(parts.getNumParts(), numParts);
+        CompactMesh part; // the same one again and again
+        for (int i = numParts - 1; i >= 0; --i) {
+            Set triangles;
+            for (size_t t = 0; t < partOf.size(); ++t)
+                if (partOf[t] == i) triangles.insert(int(t));
+            parts.extract(i, part);
+            expectPart(part, mesh, cornersOf(mesh, triangles), triangles);
+            ASSERT_EQ(Set(parts.triangles(i).begin(), parts.triangles(i).end()), triangles);
+            ASSERT_EQ(int(parts.vertices(i).size()), part.getNumVertices());
+            for (int v = 0; v < part.getNumVertices(); ++v)
+                ASSERT_EQ(float(parts.vertices(i)[v]), part.getVertices()[v].x);
+        }
+    }
+}
+
+TEST(ExtractParts, givesAllComponentsOrNoneAfterACancel)
+{
+    const CompactMesh mesh = znTest::makeMesh(9, {{{1, 2, 3}}, {{4, 5, 6}}, {{6, 5, 7}}, {{3, 1, 8}}, {{8, 4, 4}}});
+    MeshTriangleComponents components;
+    meshVertexComponents(mesh, znTest::adjTrisOf(mesh), components);
+    zn::vector<MeshPart> parts;
+    meshExtractComponents(mesh, components, parts);
+    ASSERT_EQ(parts.size(), 1);
+    EXPECT_EQ(parts[0].mesh.getNumVertices(), 8);
+
+    MeshEdgeSides sides;
+    meshEdgeSides(mesh, sides);
+    meshEdgeComponents(mesh, sides, components);
+    for (const double fraction : {0.0, 0.5, 1.0}) {
+        znUtil::Progress progress;
+        progress.setObserver([&progress, fraction](double done, const char*) {
+            if (done >= fraction) progress.cancel();
+        });
+        EXPECT_FALSE(meshExtractComponents(mesh, components, progress, parts));
+        EXPECT_EQ(parts.size(), 1);
+    }
+    meshExtractComponents(mesh, components, parts);
+    ASSERT_EQ(parts.size(), 3);
+    EXPECT_EQ(parts[0].triangles, (zn::vector<int>{0, 3}));
+    EXPECT_EQ(parts[1].vertices, (zn::vector<int>{4, 5, 6, 7}));
+    expectPart(parts[2].mesh, mesh, {4, 8}, {4});
+}
+
 TEST(Partition, holdsEachTriangleOnce)
 {
     znTest::Random random(1);

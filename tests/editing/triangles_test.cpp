@@ -31,9 +31,14 @@ TEST(Triangulate, makesTheFanOfEachPolygonOnce)
     ASSERT_EQ(changes.changes().size(), 1u);
     EXPECT_EQ(changes.changes()[0].type, MeshModification::TopologyChanged);
 
-    // Where triangles are, or no polygons, nothing happens.
+    // Where triangles are, no polygons, or none of three corners, nothing happens.
     CompactMesh none;
     const znTest::ChangeRecorder ofNone(none);
+    meshTriangulate(none);
+    none.resizeVertexArray(2);
+    none.resizePolyArrays(2, 1);
+    none.getPolyLengths()[0] = 2;
+    none.getPolyPoints()[0] = none.getPolyPoints()[1] = 1;
     meshTriangulate(none);
     mesh.resizeTriangleArray(1);
     meshTriangulate(mesh);

@@ -12,6 +12,7 @@
 #include "tests/support/moving_allocator.h"
 #include "tests/support/tangles.h"
 #include "tests/support/timed_lines.h"
+#include "znGeom/editing/duplicates.h"
 #include "znGeom/editing/internal/vertex_order.h"
 
 using namespace znGeom;
@@ -240,4 +241,34 @@ TEST(Weld, notANumbersAreSameAsNothing)
     Remap remap;
     meshCompact(mesh, progress, remap);
     EXPECT_EQ(mesh.getNumVertices(), 600 - 199) << "the 200 vertices without one become one";
+}
+
+TEST(Duplicates, areAsManyAsWeldingMergesOfWhatIsFinite)
+{
+    znTest::Random random(5);
+    for (int round = 0; round < 100; ++round) {
+        CompactMesh mesh;
+        mesh.resizeVertexArray(random.below(60));
+        const float values[] = {0.0f, -0.0f, 1.0f, -1.0f, NAN, INFINITY};
+        const int numValues = round % 2 ? 4 : 6;
+        for (int i = 0; i < 3 * mesh.getNumVertices(); ++i) mesh.getVerticesRaw()[i] = values[random.below(numValues)];
+        CompactMesh finite;
+        std::vector<MeshVertex> kept;
+        for (int v = 0; v < mesh.getNumVertices(); ++v)
+            if (const float* p = &mesh.getVertices()[v].x; std::isfinite(p[0] + p[1] + p[2]))
+                kept.push_back(mesh.getVertices()[v]);
+        finite.copyVertices(int(kept.size()), kept.data());
+        Remap remap;
+        meshCompact(finite, remap);
+        ASSERT_EQ(meshCountDuplicates(mesh), int(kept.size()) - remap.range);
+    }
+    CompactMesh cube;
+    znTest::makeCube(cube);
+    CompactMesh soup;
+    znTest::makeSoup(soup, cube);
+    znUtil::Progress progress;
+    EXPECT_EQ(meshCountDuplicates(soup, progress), 28);
+    EXPECT_EQ(progress.get(), 1);
+    progress.cancel();
+    EXPECT_EQ(meshCountDuplicates(soup, progress), 0);
 }

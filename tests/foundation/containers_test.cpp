@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <thread>
@@ -204,6 +205,62 @@ TEST(Reference, TheLastOneDestroysTheObject)
         EXPECT_TRUE(Shared::alive == 1 && head->getCount() == 1);
     }
     EXPECT_EQ(Shared::alive, 0);
+}
+
+struct CountedImpl : zn::ImplBase
+{
+    CountedImpl() { ++alive; }
+    ~CountedImpl() override { --alive; }
+    static inline int alive = 0;
+};
+
+TEST(ImplPointer, OneOwnsAndCopiesShare)
+{
+    using Pointer = zn::ImplPointer<CountedImpl>;
+    {
+        Pointer owner(new CountedImpl);
+        CountedImpl* const impl = owner.operator->();
+        const auto isAt = [impl](const Pointer& pointer) { return pointer && pointer.operator->() == impl; };
+        {
+            const Pointer copy(owner), copyOfCopy(copy);
+            EXPECT_TRUE(isAt(copy) && isAt(copyOfCopy));
+        }
+        Pointer moved(std::move(owner)), assigned;
+        EXPECT_TRUE(isAt(owner) && isAt(moved)) << "the source goes on sharing";
+        EXPECT_FALSE(assigned);
+        assigned = std::move(moved);
+        EXPECT_TRUE(isAt(assigned));
+        Pointer& alias = assigned;
+        assigned = std::move(alias);
+        EXPECT_EQ(CountedImpl::alive, 1);
+        owner = Pointer(new CountedImpl); // what it only shared lives on
+        EXPECT_EQ(CountedImpl::alive, 2);
+        assigned = std::move(owner);
+        EXPECT_EQ(CountedImpl::alive, 1);
+    }
+    EXPECT_EQ(CountedImpl::alive, 0);
+}
+
+TEST(DisjointSets, AreKnownByTheirLowestMembers)
+{
+    Random random(7);
+    for (int round = 0; round < 50; ++round) {
+        const int size = 1 + random.below(200);
+        zn::DisjointSets sets(size);
+        std::vector<int> lowest(static_cast<size_t>(size)); // the plain way: a name for each
+        for (int i = 0; i < size; ++i) lowest[size_t(i)] = i;
+        for (int step = random.below(2 * size); step > 0; --step) {
+            const int a = random.below(size), b = random.below(size);
+            const auto [low, high] = std::minmax({lowest[size_t(a)], lowest[size_t(b)]});
+            EXPECT_EQ(sets.unite(a, b), low);
+            std::replace(lowest.begin(), lowest.end(), int(high), int(low));
+        }
+        for (int i = 0; i < size; ++i) {
+            const int lower = sets.lower(i);
+            ASSERT_TRUE(lowest[size_t(lower)] == lowest[size_t(i)] && (lower < i || lowest[size_t(i)] == i));
+            ASSERT_EQ(sets.find(i), lowest[size_t(i)]);
+        }
+    }
 }
 
 } // namespace

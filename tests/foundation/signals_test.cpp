@@ -107,6 +107,24 @@ TEST_F(Signals, LeaveNoLockBehindAnException)
     EXPECT_EQ(emitted(), (Names{1}));
 }
 
+TEST(SignalArg, LambdasAreHeldAsLongAsTheirConnection)
+{
+    SignalArg<const int&> signal;
+    auto sum = std::make_shared<int>(0);
+    Connection* connection = signal.addCallback([sum](int number) { *sum += number; });
+    {
+        SignalClient client;
+        signal.addCallback([sum](const int& number) { *sum += 10 * number; }, client);
+        signal.emit(1);
+        EXPECT_EQ(*sum, 11);
+        EXPECT_EQ(sum.use_count(), 3);
+    }
+    signal.emit(2);
+    EXPECT_EQ(*sum, 13);
+    connection->disconnect();
+    EXPECT_EQ(sum.use_count(), 1);
+}
+
 struct Listener : SignalClient
 {
     void answer(int question, bool& result) { result = result || question == 42; }
@@ -126,6 +144,11 @@ TEST(Signal2Args, LetsListenersAnswer)
         signal.emit(question, result);
         EXPECT_EQ(result, question != 1);
     }
+    Connection* lambda = signal.addCallback([](int question, bool& result) { result = result || question == 1; });
+    bool result = false;
+    signal.emit(1, result);
+    EXPECT_TRUE(result);
+    lambda->disconnect();
     void* const function = reinterpret_cast<void*>(answerGlobally);
     EXPECT_TRUE(member->isInstance(&listener) && global->isGlobalFunction(function));
     EXPECT_FALSE(member->isInstance(&stranger) || member->isGlobalFunction(function) || global->isInstance(&listener) ||

@@ -6,7 +6,6 @@
 
 #include "tests/support/random.h"
 #include "znGeom/foundation/threads.h"
-#include "znGeom/foundation/threads/radix_sort.h"
 
 namespace {
 
@@ -205,6 +204,40 @@ TEST(RadixSort, KeysHaveTheOrderOfTheNumbers)
     for (size_t i = 1; i < std::size(ascending); ++i)
         EXPECT_LT(sortableKey(ascending[i - 1]), sortableKey(ascending[i])) << i;
     EXPECT_EQ(sortableKey(-0.0f), sortableKey(0.0f));
+}
+
+TEST(CountingSort, KeepsTheOrderOfPartsOfAnyLength)
+{
+    Random random(6);
+    for (const int threads : {1, 2, 7}) {
+        ThreadPool pool(threads);
+        for (const int numKeys : {0, 1, 5, 3000}) {
+            CountingSort sort(pool, numKeys);
+            std::vector<std::pair<int, int>> all; // keys and numbers
+            std::vector<size_t> ends;
+            for (int thread = 0; thread < threads; ++thread) {
+                for (int left = numKeys ? random.below(2000) : 0; left > 0; --left)
+                    all.emplace_back(random.below(numKeys), int(all.size()));
+                ends.push_back(all.size());
+            }
+            const auto visit = [&](int thread, const auto& take) {
+                for (size_t i = thread ? ends[size_t(thread) - 1] : 0; i < ends[size_t(thread)]; ++i)
+                    take(all[i].first, all[i]);
+            };
+            Ints starts(size_t(numKeys), -1), perKey(size_t(numKeys), 0);
+            for (const auto& item : all) ++perKey[size_t(item.first)];
+            auto expected = all, sorted = all;
+            std::sort(expected.begin(), expected.end());
+            for (int again = 0; again < 2; ++again) {
+                EXPECT_EQ(sort.count(visit, starts.data()),
+                          numKeys ? *std::max_element(perKey.begin(), perKey.end()) : 0);
+                sort.place(visit, [&](int place, const auto& item) { sorted[size_t(place)] = item; });
+                EXPECT_EQ(sorted, expected);
+            }
+            for (size_t key = 0, start = 0; key < perKey.size(); start += size_t(perKey[key++]))
+                ASSERT_EQ(size_t(starts[key]), start);
+        }
+    }
 }
 
 } // namespace

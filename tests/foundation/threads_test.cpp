@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
+#include <ctime>
 #include <limits>
 #include <new>
 #include <numeric>
@@ -113,6 +115,22 @@ TEST_P(Pools, RunBodiesAndChunksOnceFromAnywhere)
     EXPECT_EQ(bodies, GetParam());
 }
 
+TEST_P(Pools, JoinResultsInTheOrderOfTheThreads)
+{
+    for (const int count : {0, 3, 1000}) {
+        const auto numbers = parallelReduce(
+            pool, count, std::vector<int>{-1},
+            [](Slice slice) {
+                std::vector<int> part(size_t(slice.size()));
+                std::iota(part.begin(), part.end(), slice.begin);
+                return part;
+            },
+            [](auto& all, auto& part) { all.insert(all.end(), part.begin(), part.end()); });
+        ASSERT_EQ(numbers.size(), size_t(count) + 1);
+        for (int i = -1; i < count; ++i) ASSERT_EQ(numbers[size_t(i + 1)], i);
+    }
+}
+
 /// Runs out of memory in one body.
 struct FailingLoop : ThreadedAlg
 {
@@ -153,6 +171,14 @@ TEST_P(Pools, HandTheExceptionOfTheLowestBodyToTheCaller)
     runBoth(pool);
 }
 
+TEST_P(Pools, SleepWhenNothingRuns)
+{
+    runBoth(pool);
+    const std::clock_t before = std::clock();
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    EXPECT_LT(double(std::clock() - before) / CLOCKS_PER_SEC, 0.15) << "of processor time";
+}
+
 TEST(ThreadPool, ThereIsOneForAllAndOneOfOneThread)
 {
     EXPECT_EQ(&ThreadPool::get(), &ThreadPool::get());
@@ -181,6 +207,26 @@ TEST(Progress, ChildrenFillTheirShares)
     EXPECT_DOUBLE_EQ(root.get(), 1.0);
 }
 
+TEST(Progress, SharesBeginWhereASetPutIt)
+{
+    Progress root, child, grandchild;
+    root.set(0.25);
+    root.subPhase(0.5, child);
+    child.set(0.5);
+    EXPECT_EQ(root.get(), 0.5);
+    child.subPhase(0.5, grandchild); // at the middle of the child's own range
+    grandchild.set(1);
+    EXPECT_TRUE(child.get() == 1 && root.get() == 0.75);
+    root.subPhase(0.125, child);
+    child.set(0.5);
+    EXPECT_EQ(root.get(), 0.8125);
+    root.set(0); // back to the beginning, as for a second call
+    Progress again;
+    root.subPhase(0.5, again);
+    again.set(0.5);
+    EXPECT_EQ(root.get(), 0.25);
+}
+
 TEST(Progress, IsToldAndCancelledAtTheRoot)
 {
     Progress root, child, grandchild;
@@ -191,7 +237,7 @@ TEST(Progress, IsToldAndCancelledAtTheRoot)
     child.setCaption("sorting");
     child.set(0.5);
     child.setCaption(nullptr);
-    const decltype(seen) expected = {{0.125, ""}, {0.125, "sorting"}, {0.25, "sorting"}, {0.25, ""}};
+    const decltype(seen) expected = {{0.125, ""}, {0.125, "sorting"}, {0.375, "sorting"}, {0.375, ""}};
     EXPECT_EQ(seen, expected);
 
     child.subPhase(1, grandchild);
@@ -228,9 +274,16 @@ TEST_P(Pools, TellTheProgressOfTheirBodies)
         EXPECT_TRUE(fraction >= last && fraction <= 1);
         last = fraction;
     });
-    LongLoop loop(1000, progress);
+    LongLoop loop(1000, progress), few(3, progress); // slices of no items report nothing
     pool.run(loop);
-    EXPECT_GT(last, GetParam() == 1 ? 0.9999 : 0.0);
+    EXPECT_EQ(last, 1);
+    progress.set(last = 0);
+    pool.run(few);
+    EXPECT_EQ(last, 1);
+    progress.set(last = 0);
+    LongLoop none(0, progress);
+    pool.run(none);
+    EXPECT_EQ(last, 0) << "a loop that only asks whether to stop leaves the rest to its caller";
 }
 
 TEST_P(Pools, StopACancelledBodyAtItsNextCheck)
@@ -248,6 +301,7 @@ TEST_P(Pools, StopACancelledBodyAtItsNextCheck)
     pool.run(loop);
     host.join();
     for (const int items : loop.done) EXPECT_LT(items, endless / GetParam());
+    EXPECT_LT(progress.get(), 1);
     pool.run(next);
     EXPECT_EQ(next.done, std::vector<int>(size_t(GetParam()), 0)); // cancelled before it began
 

@@ -2,6 +2,7 @@
 #include <znGeom/znGeom.h>
 
 #include <cstdio>
+#include <cstring>
 
 int main()
 {
@@ -14,11 +15,7 @@ int main()
     znUtil::Progress progress;
     znGeom::meshCompact(mesh, progress);
 
-    znGeom::MeshAdjTris adjTris;
-    znGeom::meshAdjTris(mesh, adjTris);
-    int numCorners = 0;
-    for (int vertex = 0; vertex < mesh.getNumVertices(); ++vertex) numCorners += adjTris.numTris(vertex);
-
-    std::printf("%d vertices, %d triangles, %d corners\n", mesh.getNumVertices(), mesh.getNumTriangles(), numCorners);
-    return mesh.getNumVertices() == 4 && numCorners == 6 ? 0 : 1;
+    std::printf("znGeom %s: %d vertices, %d triangles\n", zngeom::version(), mesh.getNumVertices(),
+                mesh.getNumTriangles());
+    return mesh.getNumVertices() == 4 && std::strcmp(zngeom::version(), ZNGEOM_VERSION) == 0 ? 0 : 1;
 }

@@ -2,8 +2,8 @@
 
 #include <limits>
 #include <regex>
-#include <set>
 #include <tuple>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -29,12 +29,13 @@ struct Indexed
     CompactMesh mesh;
     zn::Reference<Octree> octree;
     OctreeTris tris;
+    TriangleTree tree;
     MeshAdjTris adjTris;
     std::vector<BoundingBox> neighbourBoxes;
     double longestEdge;
 
     explicit Indexed(const CompactMesh& source, int leafCapacity = 16)
-        : mesh(source), octree(znTest::makeOctree(mesh, leafCapacity)), adjTris(znTest::adjTrisOf(mesh)),
+        : mesh(source), octree(znTest::makeOctree(mesh, leafCapacity)), tree(mesh), adjTris(znTest::adjTrisOf(mesh)),
           neighbourBoxes(size_t(mesh.getNumVertices())), longestEdge(meshLongestEdge(mesh))
     {
         computeOctreeTris(mesh, *octree, tris);
@@ -57,11 +58,11 @@ struct PlainSearch
     Point query;
     double best2 = largest;
     MeshCoord coord = {};
-    std::set<int> seen = {};
+    std::vector<char> seen = std::vector<char>(size_t(mesh.getNumTriangles()), 0);
 
     void test(int triangle)
     {
-        if (!seen.insert(triangle).second) return;
+        if (std::exchange(seen[size_t(triangle)], 1)) return;
         const MeshCoord candidate = meshTriClosestPt(mesh.getVerticesRaw(), mesh.getTrianglesRaw(), triangle, query);
         if (!candidate.valid()) return;
         const double d2 = distance2(query, candidate.evaluate(mesh.getVertices(), mesh.getTriangles()));
@@ -99,7 +100,7 @@ Found byVertices(const Indexed& on, const Point& query)
 /// copy has answered the same.
 void expectEngines(const Indexed& on, const std::vector<Point>& queries, bool vertexEngineIsExact = false)
 {
-    MeshClosestPoint owner(on.mesh, *on.octree, on.tris), copy(owner), engine(std::move(copy));
+    MeshClosestPoint owner(on.mesh, *on.octree, on.tris, on.tree), copy(owner), engine(std::move(copy));
     const BoundingBox box = znTest::boxOf(on.mesh);
     const double extent = double(box.diagonalLength()) + double(box.maxPt().asVector().length());
     for (const Point& query : queries) owner.compute(query, nullptr);
@@ -281,39 +282,172 @@ TEST(ClosestPoint, fromARayLevelWithAPoint)
     EXPECT_TRUE(equivalent(coord.evaluate(sphere.getVertices(), sphere.getTriangles()), expected.asPoint(), 0.02));
 }
 
-/// The search by boxes finds the same triangle and the same bits as the walk leaf by leaf, which is what a table
-/// without boxes gets; also where several triangles are exactly as near.
-TEST(ClosestPoint, theSearchByBoxesEqualsTheWalk)
+namespace {
+
+CompactMesh transformed(CompactMesh mesh, double scale, const Vector& shift)
 {
-    znTest::Random random(11);
-    CompactMesh meshes[5];
-    znTest::makeTorus(meshes[0], 60, 30);
-    znTest::makeGrid(meshes[1], 40, 33); // flat: distances to its plane, to sides and to corners are exactly equal
-    znTest::makeCube(meshes[2]);
-    znTest::makeNoisyScan(meshes[3], 50, 50);
-    znTest::makeSphere(meshes[4], 4);
-    int ties = 0;
-    for (const CompactMesh& mesh : meshes) {
-        const Indexed on(mesh);
-        ArrayOfSets table = on.tris.getData();
-        const OctreeTris plain(table);
-        ASSERT_TRUE(on.tris.searchData() && !plain.searchData());
-        MeshClosestPoint search(on.mesh, *on.octree, on.tris), walk(on.mesh, *on.octree, plain);
-        const BoundingBox box = znTest::boxOf(mesh);
-        const Point middle = box.center();
-        const double size = double(box.diagonalLength());
-        for (int i = 0; i < 4000; ++i) {
-            Point p = middle + random.vector(i % 2 ? 0.6 * size : 20 * size);
-            if (i % 4 == 0) p = mesh.getVertices()[random.below(mesh.getNumVertices())].asPoint();
-            if (i % 3 == 0) p = Point(std::round(2 * p.x) / 2, std::round(2 * p.y) / 2, std::round(2 * p.z) / 2);
-            MeshCoord found, expected;
-            ASSERT_EQ(search.compute(p, &found), walk.compute(p, &expected));
-            ASSERT_EQ(found.triangle, expected.triangle) << p.x << ' ' << p.y << ' ' << p.z;
-            ASSERT_TRUE(std::equal(found.weights, found.weights + 3, expected.weights));
-            ties += expected.onVertex(mesh.getVerticesRaw(), mesh.getTrianglesRaw(), 1e-9, nullptr);
+    for (int v = 0; v < mesh.getNumVertices(); ++v) {
+        const Point p = ((mesh.getVertices()[v].asPoint().asVector() + shift) * scale).asPoint();
+        mesh.getVertices()[v].set(&p.x);
+    }
+    return mesh;
+}
+
+/// A cylinder of triangles as long as it is and next to nothing across.
+CompactMesh makeSlivers(int sides)
+{
+    CompactMesh mesh;
+    znTest::makeGrid(mesh, sides, 2);
+    for (int v = 0; v < mesh.getNumVertices(); ++v) {
+        const float angle = 6.25f * float(v % sides) / float(sides);
+        mesh.getVertices()[v].set(std::cos(angle), std::sin(angle), v < sides ? -3.0f : 3.0f);
+    }
+    return mesh;
+}
+
+/// Meshes with many places that are exactly as near as others, and with what searches in `float` find hard.
+std::vector<CompactMesh> makeZoo(Random& random)
+{
+    std::vector<CompactMesh> zoo(7);
+    znTest::makeTorus(zoo[0], 60, 30);
+    znTest::makeGrid(zoo[1], 40, 33); // flat: distances to its plane, to sides and to corners are exactly equal
+    znTest::makeCube(zoo[2]);
+    znTest::makeNoisyScan(zoo[3], 50, 50);
+    znTest::makeSphere(zoo[4], 4);
+    zoo[5] = makeSlivers(300);
+    zoo[6] = zoo[1]; // bumpy, on whole numbers
+    for (int v = 0; v < zoo[6].getNumVertices(); ++v) zoo[6].getVertices()[v].z = float(random.below(3));
+    // Doubled and out of order; a quarter without area; some that are no numbers.
+    CompactMesh twice = zoo[6];
+    const int count = twice.getNumTriangles();
+    twice.resizeTriangleArray(2 * count);
+    for (int t = 0; t < count; ++t) twice.getTriangles()[2 * count - 1 - t] = twice.getTriangles()[t];
+    for (int t = 0; t < count; t += 4) twice.getTriangles()[t][2] = twice.getTriangles()[t][random.below(2)];
+    for (int i = 0; i < 30; ++i)
+        (&twice.getVertices()[random.below(twice.getNumVertices())].x)[random.below(3)] = i % 2 ? NAN : 2.5f;
+    zoo.push_back(twice);
+    zoo.push_back(znTest::makeRandomSoup(random, 300));
+    for (const double scale : {1e-38, 1e-22, 1e-6, 1e5, 1e21, 1e37})
+        zoo.push_back(transformed(zoo[0], scale, Vector(0, 0.5, 0)));
+    for (const double away : {40.0, 1e4, 1e6}) zoo.push_back(transformed(zoo[4], 1, Vector(away, -away, 0)));
+    zoo.push_back(transformed(zoo[6], 1, Vector(-1e5, 7, 1e6)));
+    return zoo;
+}
+
+/// In turn on vertices, sides and triangles, near, spread, on halves of whole numbers, far, and nowhere.
+Point makeZooQuery(Random& random, const CompactMesh& mesh, int turn)
+{
+    const BoundingBox box = znTest::boxOf(mesh);
+    const double size = double(box.diagonalLength());
+    const MeshTriangle& triangle = std::as_const(mesh).getTriangles()[random.below(mesh.getNumTriangles())];
+    const auto corner = [&](int i) { return mesh.getVertices()[triangle[i]].asPoint(); };
+    const auto rounded = [](double c) { return std::round(2 * c) / 2; };
+    const Point side = combine(0.5, corner(0), 0.5, corner(1));
+    const Point spread = Point(box.center()) + random.vector(0.6) * size;
+    switch (turn % 8) {
+    case 0:
+        return corner(0);
+    case 1:
+        return turn % 16 == 1 ? side : combine(0.5, side, 0.5, corner(2));
+    case 2:
+        return corner(0) + random.vector(0.01) * size;
+    case 3:
+        return corner(0) + (turn % 16 == 3 ? Vector::x : Vector::z) * (size * random.real(-0.3, 0.3));
+    case 4:
+        return {rounded(spread.x), rounded(spread.y), rounded(spread.z)};
+    case 5:
+        return Point(box.center()) + random.vector(turn % 16 == 5 ? 20 : 1e5) * size;
+    case 6:
+        return turn % 24 == 6 ? Point(box.center()) : turn % 48 == 14 ? Point(0, INFINITY, 0) : Point(PointFlt(spread));
+    default:
+        return spread;
+    }
+}
+
+} // namespace
+
+/// Triangle, weights and distance are those of the plain walk, to the last bit: by the tree, by the instance that walks
+/// and then makes a tree for itself, and for all points at once.
+TEST(ClosestPoint, allWaysLeadToTheAnswersOfTheWalk)
+{
+    Random random(11);
+    for (const CompactMesh& mesh : makeZoo(random)) {
+        const Indexed on(mesh, random.oneIn(3) ? 4 : 16);
+        MeshClosestPoint byTree(on.mesh, *on.octree, on.tris, on.tree), byItself(on.mesh, *on.octree, on.tris);
+        std::vector<Point> points;
+        std::vector<Found> expected;
+        for (int i = 0; i < 400; ++i) {
+            points.push_back(makeZooQuery(random, mesh, i));
+            expected.push_back(byTris(on, points.back()));
+            MeshCoord tree, itself;
+            const double treeDistance = byTree.compute(points.back(), &tree);
+            const double distance = byItself.compute(points.back(), &itself);
+            ASSERT_EQ(makeFound(treeDistance, tree), expected.back()) << i << " size " << znTest::boxOf(mesh).maxX;
+            ASSERT_EQ(makeFound(distance, itself), expected.back()) << i;
+        }
+        for (const int numThreads : {1, 2, 7}) {
+            znUtil::ThreadPool pool(numThreads);
+            std::vector<MeshCoord> places(points.size());
+            std::vector<double> distances(points.size());
+            MeshClosestPoint many(on.mesh, *on.octree, on.tris);
+            ASSERT_TRUE(
+                many.compute(points.data(), int(points.size()), places.data(), distances.data(), nullptr, pool));
+            for (size_t i = 0; i < points.size(); ++i) ASSERT_EQ(makeFound(distances[i], places[i]), expected[i]);
         }
     }
-    EXPECT_GT(ties, 4000);
+}
+
+/// An octree whose box is wider than the mesh, a cube, or too small for it.
+TEST(ClosestPoint, theBoxOfTheOctreeDecidesWhatTheWalkFinds)
+{
+    Random random(5);
+    CompactMesh mesh;
+    znTest::makeTorus(mesh, 30, 20);
+    const TriangleTree tree(mesh);
+    for (const float wider : {0.5f, -0.2f}) {
+        Indexed on(mesh);
+        BoundingBox box = znTest::boxOf(mesh);
+        box.extend(wider);
+        if (wider > 0) box.extendToCube();
+        on.octree = new Octree(mesh.getNumVertices(), mesh.getVerticesRaw(), box, true, 5);
+        computeOctreeTris(on.mesh, *on.octree, on.tris);
+        MeshClosestPoint closest(on.mesh, *on.octree, on.tris, tree);
+        for (const Point& query : makeQueries(random, mesh, 40)) {
+            MeshCoord coord;
+            const double distance = closest.compute(query, &coord);
+            ASSERT_EQ(makeFound(distance, coord), byTris(on, query));
+        }
+    }
+}
+
+TEST(ClosestPoint, manyAtOnceTellOfTheirProgressAndCanBeStopped)
+{
+    CompactMesh sphere;
+    znTest::makeSphere(sphere, 4);
+    const Indexed on(sphere);
+    MeshClosestPoint closest(on.mesh, *on.octree, on.tris, on.tree);
+    Random random(3);
+    std::vector<Point> points(5000);
+    for (Point& point : points) point = random.point(2.0);
+    const int count = int(points.size());
+    std::vector<double> distances(points.size(), -1.0), all(points.size());
+    EXPECT_TRUE(closest.compute(points.data(), 0, nullptr, nullptr));
+    ASSERT_TRUE(closest.compute(points.data(), count, nullptr, all.data()));
+    for (const double stopAt : {0.0, 0.3, 2.0}) {
+        znUtil::Progress progress;
+        double last = 0;
+        progress.setObserver([&](double fraction, const char*) {
+            EXPECT_GE(fraction, last);
+            last = fraction;
+            if (fraction > stopAt) progress.cancel();
+        });
+        if (stopAt == 0) progress.cancel();
+        std::fill(distances.begin(), distances.end(), -1.0);
+        EXPECT_EQ(closest.compute(points.data(), count, nullptr, distances.data(), &progress), stopAt > 1);
+        EXPECT_EQ(distances == all, stopAt > 1);
+        for (size_t i = 0; i < points.size(); ++i) ASSERT_TRUE(distances[i] == -1.0 || distances[i] == all[i]);
+        EXPECT_EQ(progress.get() == 1.0, stopAt > 1);
+    }
 }
 
 /// One triangle over a cloud of tiny ones spans leaves that have none of its vertices: its middle is found by them all.
@@ -337,6 +471,7 @@ TEST(ClosestPoint, aLargeTriangleIsFoundInLeavesWithoutItsVertices)
     meshAdjTris(mesh, adjTris);
     MeshClosestPoint closest(mesh, octree, tris);
     Random random(7);
+    expectEngines(Indexed(mesh), makeQueries(random, mesh, 20));
     for (int i = 0; i < 500; ++i) {
         const Point p(random.real(-15, 15), random.real(-15, 15), random.real(0.9, 30));
         MeshCoord found, other;

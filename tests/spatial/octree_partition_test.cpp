@@ -82,6 +82,42 @@ TEST(OctreePartition, equalsThePlainAlgorithmOnAnyPool)
     }
 }
 
+TEST(OctreePartition, equalsItWhereNearlyAllLiesOnTheFacesOfCells)
+{
+    CompactMesh grid; // on the plane that halves the box, so that each triangle lies within cells on both sides
+    znTest::makeGrid(grid, 40, 40);
+    const int numVertices = grid.getNumVertices();
+    grid.resizeVertexArray(numVertices + 2);
+    grid.getVertices()[numVertices].set(0, 0, -40);
+    grid.getVertices()[numVertices + 1].set(0, 0, 40);
+    for (const int capacity : {1, 16, 1000}) expectPartition<true>(grid, capacity);
+
+    // Points 0 to 99 on a face of the first cell, 100 to 102 within it, the rest far off. Which cell a slice begins
+    // with was decided by the last triangle that does not lie on the face, which may stand thousands of places before.
+    znTest::Random random(5);
+    CompactMesh mesh;
+    mesh.resizeVertexArray(400);
+    for (int v = 0; v < 400; ++v) {
+        const float x = float(random.real()), y = float(random.real());
+        mesh.getVertices()[v].set(x, y, v < 100 ? 1.0f : v < 103 ? 0.5f : 1.25f);
+        if (v >= 103) mesh.getVertices()[v].set(1 + x, 1 + y, float(random.real(1, 2)));
+    }
+    mesh.getVertices()[398].set(0, 0, 0);
+    mesh.getVertices()[399].set(2, 2, 2);
+    for (const int rarity : {1000000, 2000, 300}) {
+        mesh.resizeTriangleArray(4000);
+        mesh.resizeLineArray(4000);
+        for (int i = 0; i < 4000; ++i) {
+            const int first = i == 0 ? 100 : !random.oneIn(rarity) ? 0 : random.oneIn(2) ? 100 : 200;
+            const auto corner = [&] { return first + random.below(first == 0 ? 100 : 3); };
+            mesh.getTriangles()[i] = {{corner(), corner(), corner()}};
+            mesh.getLines()[i] = {{corner(), corner()}};
+        }
+        expectPartition<true>(mesh, 128);
+        expectPartition<false>(mesh, 128);
+    }
+}
+
 TEST(OctreePartition, messagesAndEmptyInputs)
 {
     CompactMesh mesh;

@@ -118,6 +118,25 @@ TEST(OctreeTraversal, filteredIteratorsDeliverWhatPassesInOrder)
     EXPECT_EQ(walk(leaves).size(), 1u);
 }
 
+/// Iterators hold what they are asked with; a tree that ends with the statement they refuse.
+TEST(OctreeTraversal, queriesMayBeTemporaryAndTreesMayNot)
+{
+    const CompactMesh mesh = makeCloud();
+    const zn::Reference<Octree> octree = makeOctree(mesh, 4);
+    OctreeSphereIntersectIt held(*octree, Sphere{Point(0.1, 0.2, 0.3), 0.5});
+    const Sphere sphere{Point(0.1, 0.2, 0.3), 0.5};
+    OctreeSphereIntersectIt named(*octree, sphere);
+    EXPECT_EQ(walk(held), walk(named));
+    const Quadtree quadtree(mesh.getNumVertices(), mesh.getVerticesRaw(), boxOf(mesh), 4);
+    int count = 0;
+    for (QuadtreeIntersectIt it(quadtree, BoundingBox(boxOf(mesh))); it.valid(); it.next()) ++count;
+    EXPECT_EQ(count, quadtree.numLeaves());
+    static_assert(!std::is_constructible_v<OctreeBBoxIntersectIt, Octree, const BoundingBox&> &&
+                  !std::is_constructible_v<OctreeClosestIt, Octree, Point> &&
+                  !std::is_constructible_v<OctreeLeafIterator, Octree> &&
+                  !std::is_constructible_v<QuadtreeIntersectIt, Quadtree, const BoundingBox&>);
+}
+
 TEST(OctreeTraversal, allLeavesTheHighestChildFirst)
 {
     const CompactMesh mesh = makeCloud();

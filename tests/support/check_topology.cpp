@@ -1,5 +1,6 @@
 #include "tests/support/check_topology.h"
 
+#include <algorithm>
 #include <set>
 #include <unordered_map>
 
@@ -7,42 +8,17 @@ using namespace znGeom;
 
 namespace znTest {
 
-std::vector<TopoMeshVertex> verticesOf(const TopoMesh& mesh)
-{
-    std::vector<TopoMeshVertex> all;
-    for (TopoMeshVertex v = mesh.firstVertex(); v; v = v->next) all.push_back(v);
-    return all;
-}
-
-std::vector<TopoMeshEdge> edgesOf(const TopoMesh& mesh)
-{
-    std::vector<TopoMeshEdge> all;
-    for (TopoMeshEdge e = mesh.firstEdge(); e; e = e->listNext) all.push_back(e);
-    return all;
-}
-
-std::vector<TopoMeshFace> facesOf(const TopoMesh& mesh)
-{
-    std::vector<TopoMeshFace> all;
-    for (TopoMeshFace f = mesh.firstFace(); f; f = f->next) all.push_back(f);
-    return all;
-}
-
 std::vector<TopoMeshVertex> cornersOf(TopoMeshFace face)
 {
     std::vector<TopoMeshVertex> corners;
-    TopoMeshEdge e = face->edge;
-    do {
-        corners.push_back(e->origin);
-        e = e->next;
-    } while (e != face->edge);
+    for (const TopoMeshEdge side : sidesOf(face)) corners.push_back(side->origin);
     return corners;
 }
 
 int countBoundary(const TopoMesh& mesh)
 {
     int count = 0;
-    for (TopoMeshEdge e = mesh.firstEdge(); e; e = e->listNext) count += !e->twin;
+    for (const TopoMeshEdge e : edgesOf(mesh)) count += !e->twin;
     return count;
 }
 
@@ -112,8 +88,9 @@ AssertionResult checkTwins(const std::vector<TopoMeshEdge>& edges, bool opposite
     for (const TopoMeshEdge e : edges) {
         if (!e->twin) continue;
         if (e->twin == e || e->twin->twin != e || !e->twin->face) return AssertionFailure() << "a broken pair";
-        if (opposite && (e->twin->origin != e->next->origin || e->origin != e->twin->next->origin))
+        if (std::minmax(e->origin, endOf(e)) != std::minmax(e->twin->origin, endOf(e->twin)))
             return AssertionFailure() << "twins with other ends";
+        if (opposite && e->origin != endOf(e->twin)) return AssertionFailure() << "twins that run the same way";
         for (int slot = 0; slot < 20; ++slot)
             if (!(std::as_const(e->metadata)[slot] == std::as_const(e->twin->metadata)[slot]))
                 return AssertionFailure() << "twins with different slots";
@@ -135,46 +112,54 @@ std::set<TopoMeshEdge> reachable(TopoMeshEdge e)
     return reached;
 }
 
-AssertionResult checkVertex(TopoMeshVertex v, const std::vector<TopoMeshEdge>& leaving)
+AssertionResult checkWalk(TopoMeshVertex v)
 {
-    if (v->numOutgoing != static_cast<int>(leaving.size()) || v.valence() != v->numOutgoing)
-        return AssertionFailure() << "a vertex counts " << v->numOutgoing << " of " << leaving.size();
-    if (leaving.empty() != !v->edge) return AssertionFailure() << "`edge` null at a vertex in use, or set at another";
-    if (leaving.empty()) return AssertionSuccess();
-    if (std::find(leaving.begin(), leaving.end(), v->edge) == leaving.end())
-        return AssertionFailure() << "`edge` does not leave its vertex";
-
     const std::set<TopoMeshEdge> expected = reachable(v->edge);
-    std::set<TopoMeshEdge> walked;
-    bool boundary = false;
-    for (TopoMeshEdgeVertexIterator it(v); it.valid(); it.next()) {
+    std::set<TopoMeshEdge> walked, inFan;
+    for (TopoMeshEdgeVertexIterator it(v); it.valid(); it.next())
         if (!walked.insert(it.edge).second) return AssertionFailure() << "the walk round a vertex repeats itself";
-        boundary = boundary || !it.edge->twin || !it.edge->prev->twin;
-    }
     if (walked != expected) return AssertionFailure() << "the walk round a vertex misses something";
-    if (v.onBoundary() != boundary) return AssertionFailure() << "onBoundary is wrong";
+    for (const TopoMeshEdge e : fanOf(v))
+        if (!inFan.insert(e).second) return AssertionFailure() << "the fan of a vertex repeats itself";
+    if (inFan != expected) return AssertionFailure() << "the fan of a vertex misses something";
     return AssertionSuccess();
+}
+
+AssertionResult checkVertex(TopoMeshVertex v, const std::set<TopoMeshEdge>& leaving)
+{
+    if (!v.isAlive() || v.valence() != static_cast<int>(leaving.size()))
+        return AssertionFailure() << "a vertex counts " << v.valence() << " of " << leaving.size();
+    const std::vector<TopoMeshEdge> listedOut = listed(outgoingOf(v));
+    if (listedOut.size() != leaving.size() || std::set(listedOut.begin(), listedOut.end()) != leaving)
+        return AssertionFailure() << "a vertex lists other half-edges than those that leave it";
+    if (leaving.empty() != !v->edge) return AssertionFailure() << "`edge` null at a vertex in use, or set at another";
+    const bool boundary =
+        std::any_of(leaving.begin(), leaving.end(), [](TopoMeshEdge e) { return !e->twin || !e->prev->twin; });
+    if (v.onBoundary() != boundary) return AssertionFailure() << "onBoundary is wrong";
+    if (leaving.empty()) return AssertionSuccess();
+    if (!leaving.count(v->edge)) return AssertionFailure() << "`edge` does not leave its vertex";
+    return checkWalk(v);
 }
 
 } // namespace
 
 AssertionResult checkTopology(const TopoMesh& mesh, bool oppositeTwins)
 {
-    const auto vertices = verticesOf(mesh);
-    const auto edges = edgesOf(mesh);
-    const auto faces = facesOf(mesh);
+    const auto vertices = listed(verticesOf(mesh));
+    const auto edges = listed(edgesOf(mesh));
+    const auto faces = listed(facesOf(mesh));
     if (auto result = checkList(vertices, mesh.numVertices(), "vertices"); !result) return result;
     if (auto result = checkList(edges, mesh.numEdges(), "half-edges"); !result) return result;
     if (auto result = checkList(faces, mesh.numFaces(), "faces"); !result) return result;
     if (auto result = checkFaces(faces, edges); !result) return result;
     if (auto result = checkTwins(edges, oppositeTwins); !result) return result;
 
-    std::unordered_map<TopoMeshVertex, std::vector<TopoMeshEdge>> leaving;
+    std::unordered_map<TopoMeshVertex, std::set<TopoMeshEdge>> leaving;
     for (const TopoMeshVertex v : vertices) leaving[v];
     for (const TopoMeshEdge e : edges) {
         const auto found = leaving.find(e->origin);
         if (found == leaving.end()) return AssertionFailure() << "a half-edge starts at no vertex of the mesh";
-        found->second.push_back(e);
+        found->second.insert(e);
     }
     for (const TopoMeshVertex v : vertices)
         if (auto result = checkVertex(v, leaving[v]); !result) return result;

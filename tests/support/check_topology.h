@@ -10,17 +10,23 @@
 
 namespace znTest {
 
-/// Whether a mesh is whole: lists and counts, face cycles, twins, the `edge` of each vertex, handle order, and the walk
-/// round each vertex against the half-edges that leave it. Says what is wrong first.
-/// \param oppositeTwins  also that the two halves of a pair run opposite ways
+/// Whether a mesh is whole: lists and counts, face cycles, twins, the `edge` of each vertex, handle order, and the
+/// walks round each vertex against the half-edges that leave it. Says what is wrong first. \param oppositeTwins  that
+/// the two halves of a pair run opposite ways, and not only between the same vertices
 testing::AssertionResult checkTopology(const znGeom::TopoMesh& mesh, bool oppositeTwins = true);
 
 /// The triangles of a compact mesh, vertex by vertex and face by face; twins as `allocTriangle` finds them.
 void fill(znGeom::TopoMesh& mesh, const znGeom::CompactMesh& source);
 
-std::vector<znGeom::TopoMeshVertex> verticesOf(const znGeom::TopoMesh& mesh);
-std::vector<znGeom::TopoMeshEdge> edgesOf(const znGeom::TopoMesh& mesh);
-std::vector<znGeom::TopoMeshFace> facesOf(const znGeom::TopoMesh& mesh);
+/// What a walk or a list meets, to be indexed.
+template <typename Handle, Handle (*Next)(Handle)>
+std::vector<Handle> listed(const znGeom::TopoRange<Handle, Next>& range)
+{
+    std::vector<Handle> all;
+    for (const Handle element : range) all.push_back(element);
+    return all;
+}
+
 std::vector<znGeom::TopoMeshVertex> cornersOf(znGeom::TopoMeshFace face);
 int countBoundary(const znGeom::TopoMesh& mesh);
 

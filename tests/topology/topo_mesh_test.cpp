@@ -39,7 +39,8 @@ std::vector<TopoMeshEdge> walk(TopoMeshEdgeVertexIterator it)
 TEST(TopoMesh, AnEmptyMeshAndALoneTriangle)
 {
     TopoMesh mesh;
-    EXPECT_TRUE(!mesh.firstVertex() && !mesh.firstEdge() && !mesh.firstFace() && checkTopology(mesh));
+    EXPECT_TRUE(!mesh.firstVertex() && !mesh.firstEdge() && !mesh.firstFace());
+    EXPECT_TRUE(checkTopology(mesh));
     EXPECT_EQ(mesh.numVertices() + mesh.numEdges() + mesh.numFaces(), 0);
 
     const auto a = mesh.allocVertex({0, 0, 0}), b = mesh.allocVertex({3, 0, 0}), c = mesh.allocVertex({0, 3, 3});
@@ -84,7 +85,9 @@ TEST(TopoMesh, FansThatAreBuiltInOrderComeOutTwinned)
                           {2u, 0u, 4u, 6u},
                           {4u, 5u, 7u, 6u}})
         cube.allocQuad(corner[q[0]], corner[q[1]], corner[q[2]], corner[q[3]]);
-    EXPECT_TRUE(countBoundary(cube) == 0 && checkTopology(cube) && checkTopology(octahedron));
+    EXPECT_TRUE(countBoundary(cube) == 0);
+    EXPECT_TRUE(checkTopology(cube));
+    EXPECT_TRUE(checkTopology(octahedron));
     EXPECT_EQ(corner[0].adjacent(corner[3])->edge->origin, corner[0]);
 }
 
@@ -108,9 +111,10 @@ TEST(TopoMesh, HandlesAreOrderedByCreationThroughAllBlocks)
     // A record is not used again: what comes after a deletion has a new number.
     const TopoMeshFace dead = mesh.firstFace();
     mesh.deleteFace(dead);
-    const auto vertices = verticesOf(mesh);
+    const auto vertices = listed(verticesOf(mesh));
     const TopoMeshFace fresh = mesh.allocTriangle(vertices[0], vertices[1], vertices[90]);
-    EXPECT_TRUE(fresh != dead && fresh.number() == mesh.faceNumbers() - 1 && checkTopology(mesh));
+    EXPECT_TRUE(fresh != dead && fresh.number() == mesh.faceNumbers() - 1);
+    EXPECT_TRUE(checkTopology(mesh));
 }
 
 TEST(TopoMesh, SlotsReadZeroUntilWrittenAndAgreeInAPair)
@@ -125,6 +129,8 @@ TEST(TopoMesh, SlotsReadZeroUntilWrittenAndAgreeInAPair)
     EXPECT_TRUE(e->metadata[8].asBool() && !e->metadata[6].asBool());
     v[0]->metadata[15] = BlindData(-1.0);
     EXPECT_EQ(v[0]->metadata[15].asDouble(), -1.0);
+    v[1]->metadata[0] = 3;
+    EXPECT_TRUE(BlindData(v[1]->metadata[0]) == BlindData(3.0) && v[0]->metadata[0].asDouble() == 0);
     EXPECT_TRUE(TopoMeshEntity(e).kind() == 1 && TopoMeshEntity(e).asEdge() == e);
 }
 
@@ -194,4 +200,31 @@ TEST(TopoMesh, BoundaryWalksGoRoundOnceBothWays)
         EXPECT_EQ(loops[0], loops[1]);
     }
     EXPECT_FALSE(TopoMeshBoundaryIterator(mesh.allocVertex(Point::origin), true).valid());
+}
+
+TEST(TopoMesh, FansThatTouchAreAllSeen)
+{
+    // Two closed fans and an open one at one vertex.
+    TopoMesh mesh;
+    const auto centre = mesh.allocVertex(Point::origin);
+    std::vector<TopoMeshVertex> rim;
+    for (int i = 0; i < 12; ++i) rim.push_back(mesh.allocVertex({double(i), 1, 0}));
+    for (size_t fan = 0; fan < 3; ++fan)
+        for (size_t i = 0; i < (fan < 2 ? 4u : 3u); ++i)
+            mesh.allocTriangle(centre, rim[4 * fan + i], rim[4 * fan + (i + 1) % 4]);
+    meshTwin(mesh);
+    EXPECT_TRUE(checkTopology(mesh));
+    EXPECT_EQ(centre.valence(), 11);
+    for (const auto spoke : listed(outgoingOf(centre))) {
+        centre->edge = spoke;
+        TopoMeshEdge in, out;
+        TopoMeshBoundaryIterator::getPrevNextEdges(centre, in, out);
+        EXPECT_TRUE(centre.onBoundary() && in && out && endOf(out) == rim[8] && in->origin == rim[11]);
+        for (const auto v : rim) EXPECT_TRUE(centre.adjacent(v) && areJoined(v, centre) && areJoined(centre, v));
+        EXPECT_TRUE(TopoMesh::findEdge(centre, rim[1]) && TopoMesh::findEdge(centre, rim[5]));
+    }
+    // All go with the vertex, one ring is closed.
+    const TopoMeshFace face = mesh.deleteVertex(centre);
+    EXPECT_TRUE(face && mesh.numFaces() == 1);
+    EXPECT_TRUE(checkTopology(mesh));
 }

@@ -1,7 +1,8 @@
-// Random sequences of every operation. What an operation asks of its arguments is tested here by brute force over
-// faces; whatever it is given, the mesh must be whole after every step.
+// Random sequences of every operation. Tame ones keep to what leaves a simple surface, judged here by brute force over
+// faces; wild ones ask for anything, on meshes that are no surfaces. The mesh must be whole after every step.
 #include <algorithm>
 #include <set>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -25,8 +26,9 @@ public:
     Random random;
     int done = 0;
     const char* last = ""; ///< the last operation
+    const bool wild;
 
-    Editor(const CompactMesh& start, std::uint64_t seed) : random(seed)
+    Editor(const CompactMesh& start, std::uint64_t seed, bool isWild) : random(seed), wild(isWild)
     {
         fill(mesh, start);
         meshTwin(mesh);
@@ -68,28 +70,28 @@ private:
     {
         return from[static_cast<size_t>(random.below(static_cast<int>(from.size())))];
     }
-    TopoMeshEdge anyEdge() { return any(edgesOf(mesh)); }
-    TopoMeshFace anyFace() { return any(facesOf(mesh)); }
-    TopoMeshVertex anyVertex() { return any(verticesOf(mesh)); }
-    static TopoMeshVertex end(TopoMeshEdge e) { return e->next->origin; }
+    TopoMeshEdge anyEdge() { return any(listed(edgesOf(mesh))); }
+    TopoMeshFace anyFace() { return any(listed(facesOf(mesh))); }
+    TopoMeshVertex anyVertex() { return any(listed(verticesOf(mesh))); }
     static bool holds(TopoMeshFace f, TopoMeshVertex v) { return static_cast<bool>(f.adjacent(v)); }
     /// A face, or a vertex ring, that meets itself is left alone by who asks for a simple one.
-    static bool distinct(const std::vector<TopoMeshVertex>& vertices)
+    bool distinct(const std::vector<TopoMeshVertex>& vertices) const
     {
-        return VertexSet(vertices.begin(), vertices.end()).size() == vertices.size();
+        return wild || VertexSet(vertices.begin(), vertices.end()).size() == vertices.size();
     }
     VertexSet neighbours(TopoMeshVertex v) const
     {
         VertexSet found;
         for (const TopoMeshEdge e : edgesOf(mesh)) {
-            if (e->origin == v) found.insert(end(e));
-            if (end(e) == v) found.insert(e->origin);
+            if (e->origin == v) found.insert(endOf(e));
+            if (endOf(e) == v) found.insert(e->origin);
         }
         return found;
     }
     /// Whether two vertices may become one although only the given faces know both.
     bool canMeet(TopoMeshVertex a, TopoMeshVertex b, std::initializer_list<TopoMeshFace> common) const
     {
+        if (wild) return true;
         for (const TopoMeshFace f : facesOf(mesh))
             if (holds(f, a) && holds(f, b) && std::find(common.begin(), common.end(), f) == common.end()) return false;
         return true;
@@ -125,11 +127,12 @@ private:
         const TopoMeshFace f = anyFace();
         const auto corners = cornersOf(f);
         const size_t a = static_cast<size_t>(random.below(static_cast<int>(corners.size())));
+        if (wild) return static_cast<bool>(mesh.subdivideFace(f, corners[a], any(corners)));
         if (corners.size() < 4 || !distinct(corners)) return false;
         const size_t b =
             (a + 2 + static_cast<size_t>(random.below(static_cast<int>(corners.size()) - 3))) % corners.size();
         const TopoMeshEdge cut = mesh.subdivideFace(f, corners[a], corners[b]);
-        EXPECT_TRUE(cut->face == f && cut->origin == corners[a] && end(cut) == corners[b]);
+        EXPECT_TRUE(cut->face == f && cut->origin == corners[a] && endOf(cut) == corners[b]);
         return true;
     }
     bool cutFaceAlongPath()
@@ -137,16 +140,16 @@ private:
         const TopoMeshFace f = anyFace();
         const auto corners = cornersOf(f);
         const TopoMeshVertex a = any(corners), b = any(corners);
-        if (a == b || !distinct(corners)) return false;
+        if (a == b || !distinct(corners) || f.adjacent(a) == f.adjacent(b)) return false;
         zn::vector<Point> points;
         for (int i = random.below(3); i >= 0; --i) points.append(random.point());
         const TopoMeshFace created = mesh.subdivideFace(f, a, b, points);
         TopoMeshEdge path = f.adjacent(a);
         for (const Point& p : points) {
             path = path->next;
-            EXPECT_EQ(path->origin->point, p);
+            EXPECT_TRUE(wild || path->origin->point == p);
         }
-        EXPECT_TRUE(end(path) == b && path->twin->face == created);
+        EXPECT_TRUE(wild || (endOf(path) == b && path->twin->face == created));
         return true;
     }
 
@@ -157,8 +160,9 @@ private:
     }
     bool collapsible(TopoMeshEdge e) const
     {
+        if (wild) return true;
         const TopoMeshFace f = e->face, g = e->twin ? e->twin->face : f;
-        const TopoMeshVertex a = e->origin, b = end(e);
+        const TopoMeshVertex a = e->origin, b = endOf(e);
         if (e->twin && (f == g || (a.onBoundary() && b.onBoundary()))) return false;
         VertexSet apexes;
         size_t triangles = 0;
@@ -184,7 +188,7 @@ private:
     {
         const TopoMeshEdge e = anyEdge();
         if (e->twin || !collapsible(e)) return false;
-        const TopoMeshVertex survivor = end(e);
+        const TopoMeshVertex survivor = endOf(e);
         const Point place = survivor->point;
         EXPECT_TRUE(mesh.contractEdge(e) == survivor && survivor->point == place);
         return true;
@@ -195,7 +199,8 @@ private:
         std::vector<TopoMeshVertex> ring;
         if (v->edge) {
             for (TopoMeshEdgeVertexIterator it(v); it.valid(); it.next())
-                for (TopoMeshEdge side = it.edge->next; end(side) != v; side = side->next) ring.push_back(side->origin);
+                for (TopoMeshEdge side = it.edge->next; endOf(side) != v; side = side->next)
+                    ring.push_back(side->origin);
         }
         if (!distinct(ring)) return false;
         mesh.deleteVertex(v);
@@ -204,7 +209,7 @@ private:
     bool deleteEdge()
     {
         const TopoMeshEdge e = anyEdge();
-        const bool possible = e->twin && e->twin->face != e->face;
+        const bool possible = e->twin && e->twin->face != e->face && e->twin->origin == endOf(e);
         EXPECT_EQ(mesh.deleteEdge(e), possible);
         return possible;
     }
@@ -228,8 +233,8 @@ private:
         for (it.edge = e; it.valid(); it.next()) open = open || !it.edge->twin;
         const bool divides = e->twin && open;
         const TopoMeshVertex copy = mesh.splitVertex(e->origin, e);
-        EXPECT_EQ(static_cast<bool>(copy), divides);
-        return divides;
+        EXPECT_TRUE(wild || static_cast<bool>(copy) == divides);
+        return static_cast<bool>(copy);
     }
     bool openSlit()
     {
@@ -241,14 +246,14 @@ private:
         if (in->twin == out) return false;
         const int before = mesh.numVertices();
         mesh.splitVertex(in, out);
-        EXPECT_TRUE(mesh.numVertices() == before + 1 && out->origin == v && end(in) == v);
+        EXPECT_TRUE(wild || (mesh.numVertices() == before + 1 && out->origin == v && endOf(in) == v));
         return true;
     }
     bool merge()
     {
         const TopoMeshEdge a = anyEdge(), b = anyEdge();
         if (a->twin || b->twin || a == b) return false;
-        const TopoMeshVertex aEnd = end(a), bEnd = end(b);
+        const TopoMeshVertex aEnd = endOf(a), bEnd = endOf(b);
         if (a->origin != bEnd && !canMeet(a->origin, bEnd, {})) return false;
         if (aEnd != b->origin && !canMeet(aEnd, b->origin, {})) return false;
         mesh.mergeVertices(a, b);
@@ -256,27 +261,72 @@ private:
     }
     bool twin()
     {
+        if (wild) return meshTwin(mesh), true;
         // Opposite halves only: the rest of the checks wants them so.
         for (const TopoMeshEdge e : edgesOf(mesh)) {
-            const TopoMeshEdge back = TopoMesh::findEdge(end(e), e->origin);
+            const TopoMeshEdge back = TopoMesh::findEdge(endOf(e), e->origin);
             if (!e->twin && back && !back->twin && back->face != e->face) return mesh.setTwins(e, back), true;
         }
         return false;
     }
 };
 
-void run(const CompactMesh& start, int seeds, int steps)
+void run(const CompactMesh& start, int seeds, int steps, bool wild = false)
 {
     int done = 0;
     for (int seed = 1; seed <= seeds; ++seed) {
-        Editor editor(start, static_cast<std::uint64_t>(seed));
+        Editor editor(start, static_cast<std::uint64_t>(seed), wild);
         for (int i = 0; i < steps; ++i) {
             editor.step();
-            ASSERT_TRUE(checkTopology(editor.mesh)) << "seed " << seed << ", step " << i << ", " << editor.last;
+            ASSERT_TRUE(checkTopology(editor.mesh, !wild)) << "seed " << seed << ", step " << i << ", " << editor.last;
         }
         done += editor.done;
     }
     EXPECT_GT(done, seeds * steps / 4); // most of what is drawn can be done
+}
+
+/// Meshes that are no surfaces, or only just: by what is odd about them.
+std::vector<CompactMesh> makeOddities()
+{
+    const std::vector<std::vector<MeshTriangle>> oddities = {
+        {{{0, 1, 2}}, {{1, 0, 3}}, {{0, 1, 4}}, {{1, 0, 5}}, {{0, 1, 6}}},              // a book
+        {{{0, 1, 2}}, {{0, 1, 2}}, {{0, 2, 1}}, {{1, 3, 2}}, {{1, 3, 2}}},              // doubled faces
+        {{{0, 1, 2}}, {{0, 2, 1}}},                                                     // all sides shared
+        {{{0, 1, 2}}, {{0, 3, 4}}, {{0, 5, 6}}, {{6, 7, 8}}, {{8, 9, 2}}},              // fans that touch
+        {{{0, 1, 2}}, {{1, 3, 2}}, {{2, 3, 4}}, {{3, 5, 4}}, {{4, 5, 1}}, {{5, 0, 1}}}, // a one-sided band
+        {{{0, 1, 2}}, {{0, 1, 3}}, {{1, 2, 3}}, {{2, 0, 3}}, {{2, 0, 4}}},              // wound both ways
+        {{{0, 0, 1}}, {{1, 0, 0}}, {{0, 1, 0}}, {{2, 2, 2}}, {{2, 0, 1}}, {{1, 1, 2}}}, // corners repeated
+        {{{0, 1, 2}}, {{0, 2, 3}}, {{0, 3, 1}}, {{1, 3, 2}}, {{0, 4, 5}}, {{0, 5, 6}}, {{0, 6, 4}}, {{4, 6, 5}}}};
+    std::vector<CompactMesh> meshes;
+    for (const auto& triangles : oddities) {
+        CompactMesh mesh;
+        mesh.resizeVertexArray(10);
+        for (int v = 0; v < 10; ++v) mesh.getVertices()[v].set(float(v % 3), float(v / 3), float(v % 2));
+        mesh.resizeTriangleArray(static_cast<int>(triangles.size()));
+        std::copy(triangles.begin(), triangles.end(), mesh.getTriangles());
+        meshes.push_back(mesh);
+    }
+    return meshes;
+}
+
+/// Collapses any edge, again and again, until there is none.
+void collapseToNothing(const CompactMesh& start, int seeds)
+{
+    for (int seed = 1; seed <= seeds; ++seed) {
+        Random random(static_cast<std::uint64_t>(seed));
+        TopoMesh mesh;
+        fill(mesh, start);
+        meshTwin(mesh);
+        for (int step = 0; mesh.numEdges() > 0; ++step) {
+            const auto edges = listed(edgesOf(mesh));
+            const TopoMeshEdge e = edges[static_cast<size_t>(random.below(mesh.numEdges()))];
+            const TopoMeshVertex origin = e->origin, end = endOf(e);
+            EXPECT_EQ(mesh.collapseEdge(e), end);
+            EXPECT_TRUE(end.isAlive() && !e.isAlive() && (origin == end || !origin.isAlive()));
+            ASSERT_TRUE(checkTopology(mesh, false)) << "seed " << seed << ", step " << step;
+        }
+        EXPECT_EQ(mesh.numFaces(), 0);
+    }
 }
 
 } // namespace
@@ -286,8 +336,8 @@ TEST(TopoRandom, EditsOfClosedMeshesKeepThemWhole)
     CompactMesh sphere, torus;
     makeSphere(sphere, 1);
     makeTorus(torus, 6, 4);
-    run(sphere, 8, 1000);
-    run(torus, 8, 1000);
+    run(sphere, 4, 1000);
+    run(torus, 4, 1000);
 }
 
 TEST(TopoRandom, EditsOfOpenMeshesKeepThemWhole)
@@ -295,6 +345,27 @@ TEST(TopoRandom, EditsOfOpenMeshesKeepThemWhole)
     CompactMesh grid, annulus;
     makeGrid(grid, 5, 5);
     makeAnnulus(annulus, 8);
-    run(grid, 8, 1000);
-    run(annulus, 8, 1000);
+    run(grid, 4, 1000);
+    run(annulus, 4, 1000);
+}
+
+TEST(TopoRandom, EditsOfAnyKindKeepAnyMeshWhole)
+{
+    CompactMesh sphere, grid;
+    makeSphere(sphere, 1);
+    makeGrid(grid, 4, 4);
+    run(sphere, 3, 1000, true);
+    run(grid, 3, 1000, true);
+    for (const CompactMesh& oddity : makeOddities()) run(oddity, 3, 500, true);
+}
+
+TEST(TopoRandom, AnyMeshCollapsesToNothing)
+{
+    CompactMesh octahedron, sphere, torus, band;
+    makeSphere(octahedron, 0);
+    makeSphere(sphere, 1);
+    makeTorus(torus, 5, 4);
+    makeMobiusBand(band, 7);
+    for (const CompactMesh* mesh : {&octahedron, &sphere, &torus, &band}) collapseToNothing(*mesh, 40);
+    for (const CompactMesh& oddity : makeOddities()) collapseToNothing(oddity, 40);
 }

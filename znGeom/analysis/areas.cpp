@@ -1,10 +1,11 @@
 #include "znGeom/analysis/areas.h"
 
 #include <cmath>
+#include <cstring>
 
 #include "znGeom/foundation/linear/tolerance.h"
-#include "znGeom/foundation/threads/slice.h"
-#include "znGeom/foundation/threads/thread_pool.h"
+#include "znGeom/foundation/machine/clones.h"
+#include "znGeom/foundation/threads/parallel_reduce.h"
 
 namespace znGeom {
 
@@ -25,75 +26,114 @@ bool isLinearIdentity(const AffineMatrix& matrix)
     return matrix.row(0) == Vector::x && matrix.row(1) == Vector::y && matrix.row(2) == Vector::z;
 }
 
-/// Sums the areas of the triangles, each thread those of its slice into its own slot.
-class MeshAreaAlg : public znUtil::ThreadedAlg
+/// The sum of `area(triangle)` over the triangles, in a fixed pattern: four sums take turns, so that one need not wait
+/// for the other, and are added in order at the end.
+template <typename Area>
+inline double sumOf(const MeshTriangle* triangles, int count, const Area& area)
 {
-public:
-    /// \param coordinates  null to measure in space
-    MeshAreaAlg(const MeshPlacement& placement, const MeshUV* coordinates)
-        : m_matrix(placement.matrix), m_isIdentity(isLinearIdentity(m_matrix)),
-          m_vertices(placement.mesh->getVertices()), m_coordinates(coordinates),
-          m_triangles(placement.mesh->getTriangles()), m_numTriangles(placement.mesh->getNumTriangles())
+    constexpr int numSums = 4;
+    double sums[numSums] = {};
+    int i = 0;
+    for (; count - i >= numSums; i += numSums)
+        for (int k = 0; k < numSums; ++k) sums[k] += area(triangles[i + k]);
+    double sum = sums[0];
+    for (int k = 1; k < numSums; ++k) sum += sums[k];
+    for (; i < count; ++i) sum += area(triangles[i]);
+    return sum;
+}
+
+struct TriangleEdges
+{
+    Vector first, second;
+
+    TriangleEdges(const MeshVertex* vertices, const MeshTriangle& triangle)
+        : first(vertices[triangle[1]].asPoint() - vertices[triangle[0]].asPoint()),
+          second(vertices[triangle[2]].asPoint() - vertices[triangle[0]].asPoint())
     {}
-
-    void initialize(int numThreads) override { m_sums.setSize(numThreads); }
-
-    void execute(int threadIndex, int numThreads) override
-    {
-        const znUtil::Slice slice(m_numTriangles, threadIndex, numThreads);
-        double sum = 0;
-        if (m_coordinates)
-            sum = sumOf(slice, [this](const MeshTriangle& triangle) { return planeParallelogram(triangle); });
-        else if (m_isIdentity)
-            sum = sumOf(slice, [this](const MeshTriangle& triangle) { return parallelogram<false>(triangle); });
-        else
-            sum = sumOf(slice, [this](const MeshTriangle& triangle) { return parallelogram<true>(triangle); });
-        m_sums[threadIndex] = 0.5 * sum;
-    }
-
-    float result() const
-    {
-        double sum = 0;
-        for (const double part : m_sums) sum += part;
-        return static_cast<float>(sum);
-    }
-
-private:
-    template <typename Area>
-    double sumOf(znUtil::Slice slice, const Area& area) const
-    {
-        double sum = 0;
-        for (int i = slice.begin; i < slice.end; ++i) sum += area(m_triangles[i]);
-        return sum;
-    }
-
-    /// Edges are transformed and not points: what lies far from the origin loses no digits to the translation.
-    template <bool isTransformed>
-    double parallelogram(const MeshTriangle& triangle) const
-    {
-        const Point origin = m_vertices[triangle[0]].asPoint();
-        Vector first = m_vertices[triangle[1]].asPoint() - origin, second = m_vertices[triangle[2]].asPoint() - origin;
-        if constexpr (isTransformed) {
-            first = first * m_matrix;
-            second = second * m_matrix;
-        }
-        return cross(first, second).length();
-    }
-
-    double planeParallelogram(const MeshTriangle& triangle) const
-    {
-        const MeshUV &a = m_coordinates[triangle[0]], &b = m_coordinates[triangle[1]], &c = m_coordinates[triangle[2]];
-        return double(std::fabs(cross(Vector2Flt(b.u - a.u, b.v - a.v), Vector2Flt(c.u - a.u, c.v - a.v))));
-    }
-
-    AffineMatrix m_matrix;
-    bool m_isIdentity;
-    const MeshVertex* m_vertices;
-    const MeshUV* m_coordinates;
-    const MeshTriangle* m_triangles;
-    int m_numTriangles;
-    zn::vector<double> m_sums;
 };
+
+double doubleArea(const MeshVertex* vertices, const MeshTriangle& triangle)
+{
+    const TriangleEdges edges(vertices, triangle);
+    return cross(edges.first, edges.second).length();
+}
+
+/// Four numbers that are worked on at once.
+using Double4 = double __attribute__((vector_size(32)));
+
+/// A vertex in three places; the fourth number is any number. Arrays of vertices have room for one more behind the
+/// last.
+inline void load(const MeshVertex& vertex, Double4& result)
+{
+    const float* from = &vertex.x;
+    double wide[4];
+    for (int i = 0; i < 4; ++i) wide[i] = double(from[i]);
+    std::memcpy(&result, wide, sizeof result);
+}
+
+/// The squares of z, x and y, in this order, of the vector that stands on a triangle and is twice as long as its area.
+inline void squareNormal(const MeshVertex* vertices, const MeshTriangle& triangle, Double4& squares)
+{
+    Double4 origin, first, second;
+    load(vertices[triangle[0]], origin);
+    load(vertices[triangle[1]], first);
+    load(vertices[triangle[2]], second);
+    first -= origin;
+    second -= origin;
+    const Double4 normal = first * __builtin_shufflevector(second, second, 1, 2, 0, 3) -
+                           __builtin_shufflevector(first, first, 1, 2, 0, 3) * second;
+    squares = normal * normal;
+}
+
+/// The lengths of four vectors whose components' squares are given as above.
+inline void lengthsOf(const Double4 (&squares)[4], Double4& lengths)
+{
+    const Double4 zy01 = __builtin_shufflevector(squares[0], squares[1], 0, 4, 2, 6);
+    const Double4 zy23 = __builtin_shufflevector(squares[2], squares[3], 0, 4, 2, 6);
+    const Double4 x01 = __builtin_shufflevector(squares[0], squares[1], 1, 5, 3, 7);
+    const Double4 x23 = __builtin_shufflevector(squares[2], squares[3], 1, 5, 3, 7);
+    const Double4 x = __builtin_shufflevector(x01, x23, 0, 1, 4, 5);
+    const Double4 y = __builtin_shufflevector(zy01, zy23, 2, 3, 6, 7);
+    const Double4 z = __builtin_shufflevector(zy01, zy23, 0, 1, 4, 5);
+    lengths = x + y + z;
+    for (int i = 0; i < 4; ++i) lengths[i] = std::sqrt(lengths[i]);
+}
+
+/// Twice the area of consecutive triangles as they stand: to the last bit the sum that `sumOf` makes of `doubleArea`.
+ZNGEOM_CLONES double doubleAreaInSpace(const MeshVertex* vertices, const MeshTriangle* triangles, int count)
+{
+    Double4 sums{};
+    int i = 0;
+    for (; count - i >= 4; i += 4) {
+        Double4 squares[4], lengths;
+        for (int k = 0; k < 4; ++k) squareNormal(vertices, triangles[i + k], squares[k]);
+        lengthsOf(squares, lengths);
+        sums += lengths;
+    }
+    double sum = sums[0] + sums[1] + sums[2] + sums[3];
+    for (; i < count; ++i) sum += doubleArea(vertices, triangles[i]);
+    return sum;
+}
+
+/// The same under a matrix. Edges are transformed and not points: what lies far from the origin loses no digits to the
+/// translation.
+double doubleAreaPlaced(const AffineMatrix& matrix, const MeshVertex* vertices, const MeshTriangle* triangles,
+                        int count)
+{
+    return sumOf(triangles, count, [&matrix, vertices](const MeshTriangle& triangle) {
+        const TriangleEdges edges(vertices, triangle);
+        return cross(edges.first * matrix, edges.second * matrix).length();
+    });
+}
+
+/// The same in the plane of texture coordinates.
+double doubleAreaInPlane(const MeshUV* coordinates, const MeshTriangle* triangles, int count)
+{
+    return sumOf(triangles, count, [coordinates](const MeshTriangle& triangle) {
+        const MeshUV &a = coordinates[triangle[0]], &b = coordinates[triangle[1]], &c = coordinates[triangle[2]];
+        return double(std::fabs(cross(Vector2Flt(b.u - a.u, b.v - a.v), Vector2Flt(c.u - a.u, c.v - a.v))));
+    });
+}
 
 } // namespace
 
@@ -109,9 +149,19 @@ float meshArea(const MeshPlacement& placement, MeshChannel channel)
     if (!placement.mesh) return 0;
     const MeshUV* coordinates = textureCoordinates(*placement.mesh, channel);
     if (channel != MeshChannelVertices && !coordinates) return 0;
-    MeshAreaAlg alg(placement, coordinates);
-    znUtil::ThreadPool::get().run(alg);
-    return alg.result();
+    const AffineMatrix matrix(placement.matrix);
+    const bool isIdentity = isLinearIdentity(matrix);
+    const MeshVertex* vertices = placement.mesh->getVertices();
+    const auto areaOf = [&](const MeshTriangle* triangles, int count) {
+        if (coordinates) return 0.5 * doubleAreaInPlane(coordinates, triangles, count);
+        if (isIdentity) return 0.5 * doubleAreaInSpace(vertices, triangles, count);
+        return 0.5 * doubleAreaPlaced(matrix, vertices, triangles, count);
+    };
+    const MeshTriangle* triangles = placement.mesh->getTriangles();
+    return static_cast<float>(znUtil::parallelReduce(
+        znUtil::ThreadPool::get(), placement.mesh->getNumTriangles(), 0.0,
+        [&](znUtil::Slice slice) { return areaOf(triangles + slice.begin, slice.size()); },
+        [](double& sum, double part) { sum += part; }));
 }
 
 float meshArea(const zn::list<MeshPlacement>& placements, MeshChannel channel, zn::vector<float>& fractions)

@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstddef>
 #include <cstdint>
 
-#include "znGeom/foundation/containers/vector.h"
 #include "znGeom/foundation/output/debug_channel.h"
 #include "znGeom/foundation/output/stop_watch.h"
-#include "znGeom/foundation/threads/parallel_for.h"
+#include "znGeom/foundation/threads/parallel_reduce.h"
 
 namespace znGeom {
 
@@ -16,15 +16,17 @@ using znUtil::ThreadPool;
 
 namespace {
 
-/// The box of consecutive vertices. Eight of them are taken at a time, each number with a minimum and a maximum of its
-/// own, in a form that compilers turn into vector instructions; which way they are joined makes no difference.
-BoundingBox boxOfRun(const float* vertices, int count)
+/// The box of the vertices of a slice. Eight of them are taken at a time, each number with a minimum and a maximum of
+/// its own, in a form that compilers turn into vector instructions; which way they are joined makes no difference.
+BoundingBox boxOfAll(const float* vertices, Slice slice)
 {
     constexpr int numVertices = 8, numLanes = 3 * numVertices;
     float low[numLanes], high[numLanes];
     std::fill_n(low, numLanes, BoundingBox::largest);
     std::fill_n(high, numLanes, -BoundingBox::largest);
-    for (; count >= numVertices; count -= numVertices, vertices += numLanes) {
+    vertices += 3 * std::ptrdiff_t{slice.begin};
+    int left = slice.size();
+    for (; left >= numVertices; left -= numVertices, vertices += numLanes) {
         for (int i = 0; i < numLanes; ++i) low[i] = vertices[i] < low[i] ? vertices[i] : low[i];
         for (int i = 0; i < numLanes; ++i) high[i] = vertices[i] > high[i] ? vertices[i] : high[i];
     }
@@ -36,7 +38,7 @@ BoundingBox boxOfRun(const float* vertices, int count)
         lanes.maxX = high[i], lanes.maxY = high[i + 1], lanes.maxZ = high[i + 2];
         box.extend(lanes);
     }
-    for (; count > 0; --count, vertices += 3) box.extend(vertices);
+    for (; left > 0; --left, vertices += 3) box.extend(vertices);
     return box;
 }
 
@@ -49,42 +51,10 @@ BoundingBox boxOfSelected(const float* vertices, const BitVector& selection, Sli
     for (int first = slice.begin; first < end; first = (first | 31) + 1) {
         std::uint32_t left = words[first >> 5] >> (first & 31);
         if (end - first < 32) left &= (1u << (end - first)) - 1;
-        for (; left != 0; left &= left - 1) box.extend(vertices + 3 * (first + std::countr_zero(left)));
+        for (; left != 0; left &= left - 1) box.extend(vertices + 3 * (std::ptrdiff_t{first} + std::countr_zero(left)));
     }
     return box;
 }
-
-class BoundingBoxAlg : public znUtil::ThreadedAlg
-{
-public:
-    BoundingBoxAlg(const PointMesh& mesh, const BitVector* selection)
-        : m_vertices(mesh.getVerticesRaw()), m_numVertices(mesh.getNumVertices()), m_selection(selection)
-    {}
-
-    void initialize(int numThreads) override { m_boxes.setSize(numThreads); }
-
-    void execute(int threadIndex, int numThreads) override
-    {
-        const Slice slice(m_numVertices, threadIndex, numThreads);
-        m_boxes[threadIndex] = m_selection ? boxOfSelected(m_vertices, *m_selection, slice)
-                                           : boxOfRun(m_vertices + 3 * slice.begin, slice.size());
-    }
-
-    BoundingBox result() const
-    {
-        BoundingBox box;
-        for (const BoundingBox& part : m_boxes) box.extend(part);
-        // Where vertices have zeros of both signs, which one came first would depend on the number of threads.
-        for (float* side : {&box.minX, &box.minY, &box.minZ, &box.maxX, &box.maxY, &box.maxZ}) *side += 0.0f;
-        return box;
-    }
-
-private:
-    const float* m_vertices;
-    int m_numVertices;
-    const BitVector* m_selection;
-    zn::vector<BoundingBox> m_boxes;
-};
 
 } // namespace
 
@@ -93,9 +63,13 @@ void meshBoundingBox(const PointMesh& mesh, BoundingBox& box) { meshBoundingBox(
 void meshBoundingBox(const PointMesh& mesh, const BitVector* selection, BoundingBox& box)
 {
     znOS::StopWatch watch;
-    BoundingBoxAlg alg(mesh, selection);
-    ThreadPool::get().run(alg);
-    box = alg.result();
+    const float* vertices = mesh.getVerticesRaw();
+    box = znUtil::parallelReduce(
+        ThreadPool::get(), mesh.getNumVertices(), BoundingBox(),
+        [=](Slice slice) { return selection ? boxOfSelected(vertices, *selection, slice) : boxOfAll(vertices, slice); },
+        [](BoundingBox& all, const BoundingBox& part) { all.extend(part); });
+    // Where vertices have zeros of both signs, which one came first would depend on the number of threads.
+    for (float* side : {&box.minX, &box.minY, &box.minZ, &box.maxX, &box.maxY, &box.maxZ}) *side += 0.0f;
     debugChannel().print("meshBoundingBox: %d vertices  %f s\n", mesh.getNumVertices(), watch.stop());
 }
 

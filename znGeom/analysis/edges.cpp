@@ -8,7 +8,7 @@
 #include "znGeom/foundation/mesh/bit_runs.h"
 #include "znGeom/foundation/output/debug_channel.h"
 #include "znGeom/foundation/output/stop_watch.h"
-#include "znGeom/foundation/threads/parallel_for.h"
+#include "znGeom/foundation/threads/parallel_reduce.h"
 
 namespace znGeom {
 
@@ -21,14 +21,13 @@ using znUtil::ThreadPool;
 
 namespace {
 
-/// The largest of what `measure(slice)` gives for the slices of [0, count).
+/// The largest of what `measure(slice)` gives for the slices of [0, count), and 0.
 template <typename Measure>
 auto largestOfSlices(int count, const Measure& measure)
 {
-    ThreadPool& pool = ThreadPool::get();
-    zn::vector<decltype(measure(Slice(0, 0, 1)))> largest(pool.getNumThreads());
-    znUtil::parallelFor(pool, count, [&](Slice slice, int thread) { largest[thread] = measure(slice); });
-    return *std::max_element(largest.begin(), largest.end());
+    using Number = decltype(measure(Slice(0, 0, 1)));
+    return znUtil::parallelReduce(ThreadPool::get(), count, Number(0), measure,
+                                  [](Number& largest, Number found) { largest = std::max(largest, found); });
 }
 
 /// The root of the largest number that `length2` gives for a side of a triangle.
@@ -118,36 +117,27 @@ private:
     double m_largest = 0, m_cosine = 1;
 };
 
-class MeshFindAnglesLessThan : public znUtil::ThreadedAlg
+using Edges = zn::vector<MeshDihedralAnglesResult::Edge>;
+
+/// Finds the sharp edges between the triangles of a slice and their neighbours of higher number.
+class SharpEdges
 {
 public:
-    using Edges = zn::vector<MeshDihedralAnglesResult::Edge>;
-
     /// \param limit  the smallest angle between normals that counts
-    MeshFindAnglesLessThan(const CompactMesh& mesh, const MeshAdjTris& adjTris, double limit, Edges& result)
-        : m_vertices(mesh.getVerticesRaw()), m_triangles(mesh.getTriangles()), m_numTriangles(mesh.getNumTriangles()),
-          m_adjTris(adjTris), m_limit(limit),
-          m_flatEnough(certainlySmaller(std::cos(std::clamp(limit, 0.0, std::numbers::pi)))), m_result(result)
+    SharpEdges(const CompactMesh& mesh, const MeshAdjTris& adjTris, double limit)
+        : m_vertices(mesh.getVerticesRaw()), m_triangles(mesh.getTriangles()), m_adjTris(adjTris), m_limit(limit),
+          m_flatEnough(certainlySmaller(std::cos(std::clamp(limit, 0.0, std::numbers::pi))))
     {}
 
-    void initialize(int numThreads) override { m_found.setSize(numThreads); }
-
-    void execute(int threadIndex, int numThreads) override
+    Edges find(Slice slice) const
     {
-        const Slice slice(m_numTriangles, threadIndex, numThreads);
         Edges found;
         for (int i = slice.begin; i < slice.end; ++i) {
             const Normal normal = meshTriNormal(m_vertices, m_triangles[i].corners);
             for (int corner = 0; corner < 3; ++corner)
                 findOnSide(i, normal, {m_triangles[i][corner], m_triangles[i][(corner + 1) % 3]}, found);
         }
-        m_found[threadIndex].swap(found);
-    }
-
-    void finalize() override
-    {
-        m_result.swap(m_found[0]);
-        for (int i = 1; i < m_found.size(); ++i) m_result.append(m_found[i]);
+        return found;
     }
 
 private:
@@ -171,11 +161,8 @@ private:
 
     const float* m_vertices;
     const MeshTriangle* m_triangles;
-    int m_numTriangles;
     const MeshAdjTris& m_adjTris;
     double m_limit, m_flatEnough;
-    Edges& m_result;
-    zn::vector<Edges> m_found;
 };
 
 } // namespace
@@ -229,10 +216,10 @@ void meshFindAnglesLessThan(const CompactMesh& mesh, const MeshAdjTris& adjTris,
                             MeshDihedralAnglesResult& result)
 {
     znOS::StopWatch watch;
-    result.edges.clear();
-    const double limit = std::numbers::pi - degrees / 180.0 * std::numbers::pi;
-    MeshFindAnglesLessThan alg(mesh, adjTris, limit, result.edges);
-    ThreadPool::get().run(alg);
+    const SharpEdges sharp(mesh, adjTris, std::numbers::pi - degrees / 180.0 * std::numbers::pi);
+    result.edges = znUtil::parallelReduce(
+        ThreadPool::get(), mesh.getNumTriangles(), Edges(), [&](Slice slice) { return sharp.find(slice); },
+        [](Edges& all, Edges& found) { all.empty() ? all.swap(found) : all.append(found); });
     debugChannel().print("   meshFindAnglesLessThan: %f s\n", watch.stop());
 }
 

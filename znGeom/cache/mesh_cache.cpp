@@ -126,10 +126,7 @@ private:
 
 SimpleMeshCache::SimpleMeshCache() : m_impl(new SimpleMeshCacheImpl) {}
 
-SimpleMeshCache::~SimpleMeshCache()
-{
-    if (m_owned) delete m_impl;
-}
+SimpleMeshCache::~SimpleMeshCache() = default;
 
 void SimpleMeshCache::clear() { m_impl->clear(); }
 

@@ -55,7 +55,7 @@ class ZNGEOM_API SimpleMeshCache : public MeshCache
 {
 public:
     SimpleMeshCache();
-    SimpleMeshCache(const SimpleMeshCache& other) : MeshCache(other), m_impl(other.m_impl), m_owned(false) {}
+    SimpleMeshCache(const SimpleMeshCache& other) = default;
     SimpleMeshCache& operator=(const SimpleMeshCache&) = delete;
     ~SimpleMeshCache() override;
 
@@ -78,8 +78,7 @@ protected:
     void setBoundariesImpl(const CompactMesh& mesh, zn::Reference<MeshBoundaries> boundaries) override;
 
 private:
-    SimpleMeshCacheImpl* m_impl;
-    bool m_owned = true;
+    zn::ImplPointer<SimpleMeshCacheImpl> m_impl;
 };
 
 } // namespace znGeom

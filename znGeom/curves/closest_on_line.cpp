@@ -153,16 +153,22 @@ public:
         BoundingBox box(&point.x);
         box.extend(PointFlt(place));
         box.extend(box.diagonalLength() * 0.5f);
-        if (epsilonTolFlt > box.diagonalLength()) return atVertex(lineVertexOf(onSurface.triangle));
+        if (epsilonTolFlt > box.diagonalLength()) return atVertex(lineVertexOf(onSurface));
         return closestInBox(point, box, onSurface);
     }
 
 private:
-    /// The last corner of a local triangle that is on the line, as a vertex of the full mesh.
-    int lineVertexOf(int localTriangle) const
+    /// The corner of a local triangle on which the place stands if it is on the line, otherwise the last corner that
+    /// is; as a vertex of the full mesh.
+    int lineVertexOf(const MeshCoord& place) const
     {
-        int lineVertex = -1;
-        for (const int corner : std::as_const(*m_frame.localMesh).getTriangles()[localTriangle].corners)
+        const CompactMesh& local = *m_frame.localMesh;
+        const MeshTriangle& corners = local.getTriangles()[place.triangle];
+        int stoodOn, lineVertex = -1;
+        if (place.onVertex(local.getVerticesRaw(), local.getTrianglesRaw(), double(epsilonTolFlt), &stoodOn))
+            lineVertex = m_frame.localToFullVertex[corners[stoodOn]];
+        if (lineVertex >= 0) return lineVertex;
+        for (const int corner : corners.corners)
             if (m_frame.localToFullVertex[corner] >= 0) lineVertex = m_frame.localToFullVertex[corner];
         return lineVertex;
     }
@@ -230,15 +236,6 @@ private:
 MeshClosestPtOnLine::MeshClosestPtOnLine(const CompactMesh& mesh, const MeshAdjTris& adjTris, const MeshSequence& lines)
     : m_impl(new MeshClosestPtOnLineImpl(mesh, adjTris, lines))
 {}
-
-MeshClosestPtOnLine::MeshClosestPtOnLine(MeshClosestPtOnLine&& other) noexcept
-    : m_impl(other.m_impl), m_owned(std::exchange(other.m_owned, false))
-{}
-
-MeshClosestPtOnLine::~MeshClosestPtOnLine()
-{
-    if (m_owned) delete m_impl;
-}
 
 MeshCoord MeshClosestPtOnLine::operator()(const Point& point) const { return m_impl->closest(point); }
 

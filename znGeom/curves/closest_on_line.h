@@ -2,6 +2,7 @@
 #pragma once
 
 #include "znGeom/analysis/mesh_sequence.h"
+#include "znGeom/foundation/containers/impl_base.h"
 #include "znGeom/foundation/mesh/compact_mesh.h"
 #include "znGeom/foundation/mesh/mesh_adjacency.h"
 #include "znGeom/foundation/mesh/mesh_coord.h"
@@ -24,23 +25,22 @@ public:
     ///
     /// Linear in the mesh.
     MeshClosestPtOnLine(const CompactMesh& mesh, const MeshAdjTris& adjTris, const MeshSequence& lines);
-    MeshClosestPtOnLine(const MeshClosestPtOnLine& other) : m_impl(other.m_impl), m_owned(false) {}
-    MeshClosestPtOnLine(MeshClosestPtOnLine&& other) noexcept;
+    MeshClosestPtOnLine(const MeshClosestPtOnLine& other) = default;
+    MeshClosestPtOnLine(MeshClosestPtOnLine&& other) noexcept = default;
     MeshClosestPtOnLine& operator=(const MeshClosestPtOnLine&) = delete;
-    ~MeshClosestPtOnLine();
 
     /// \return the place on the line that is nearest to `point`, in a triangle of the mesh beside it
     ///
     /// The line is searched in a box about the point and the surface point nearest to it, widened by half their
     /// distance: one that is farther than about twice the surface is not seen. A point on the surface, within
-    /// `epsilonTolFlt`, gives a line vertex of the triangle that it stands on: the last one in corner order. Where no
+    /// `epsilonTolFlt`, gives a line vertex of the triangle that it stands on: the one on which it stands itself,
+    /// otherwise the last one in corner order. Where no
     /// part of the line is found the result is the nearest place of the kept triangles, and its number counts among
     /// those and not in the mesh. Without such triangles it is invalid.
     MeshCoord operator()(const znLinear::Point& point) const;
 
 private:
-    MeshClosestPtOnLineImpl* m_impl;
-    bool m_owned = true;
+    zn::ImplPointer<MeshClosestPtOnLineImpl> m_impl;
 };
 
 } // namespace znGeom

@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "znGeom/analysis/adjacency.h"
+#include "znGeom/editing/internal/extract_part.h"
 #include "znGeom/editing/partition.h"
 #include "znGeom/foundation/mesh/bit_runs.h"
 #include "znGeom/foundation/output/debug_channel.h"
@@ -13,14 +14,7 @@ namespace znGeom {
 
 namespace {
 
-/// Part of a mesh by index lists that live elsewhere.
-struct Part
-{
-    int numVertices;
-    const int* vertices;
-    int numTriangles;
-    const int* triangles;
-};
+using internal::Part;
 
 template <int Width>
 void gather(const float* source, const Part& part, float* target)
@@ -68,10 +62,8 @@ void copyAttributes(CompactMesh& target, const CompactMesh& source, const Part& 
     target.setNormalsComputed(source.getNormalsComputed());
 }
 
-void copyTriangles(CompactMesh& target, const CompactMesh& source, const Part& part)
+void copyTriangles(CompactMesh& target, const CompactMesh& source, const Part& part, int* newVertices)
 {
-    zn::vector<int> table(source.getNumVertices(), -1);
-    int* newVertices = table.data();
     for (int i = 0; i < part.numVertices; ++i) newVertices[part.vertices[i]] = i;
     target.resizeTriangleArray(part.numTriangles);
     const MeshTriangle* from = source.getTriangles();
@@ -84,17 +76,23 @@ void copyTriangles(CompactMesh& target, const CompactMesh& source, const Part& p
 
 void extract(CompactMesh& target, const CompactMesh& source, const Part& part)
 {
+    zn::vector<int> newVertices(source.getNumVertices(), -1);
+    internal::extractPart(target, source, part, newVertices.data());
+}
+
+} // namespace
+
+void internal::extractPart(CompactMesh& target, const CompactMesh& source, const Part& part, int* newVertices)
+{
     debugChannel().print("meshExtract: vertices(%d) triangles(%d)\n", part.numVertices, part.numTriangles);
     znOS::StopWatch watch;
     MeshModification modification(&target, MeshModification::TopologyChanged);
     target.resizeVertexArray(part.numVertices);
     copyAttributes(target, source, part, modification);
-    copyTriangles(target, source, part);
+    copyTriangles(target, source, part, newVertices);
     target.modified(modification);
     debugChannel().print("  copied triangles: %f s\n", watch.stop());
 }
-
-} // namespace
 
 void meshExtract(CompactMesh& target, const CompactMesh& source, const MeshSubset& subset)
 {

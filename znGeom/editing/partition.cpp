@@ -242,15 +242,7 @@ MeshPartition::MeshPartition(const CompactMesh& mesh, const MeshAdjTris& adjTris
     : m_impl(new MeshPartitionImpl(mesh, adjTris, parts))
 {}
 
-MeshPartition::~MeshPartition()
-{
-    if (m_owner) delete m_impl;
-}
-
-void MeshPartition::compute(zn::list<zn::Reference<MeshSubset>>& subsets)
-{
-    static_cast<const MeshPartitionImpl*>(m_impl)->compute(subsets);
-}
+void MeshPartition::compute(zn::list<zn::Reference<MeshSubset>>& subsets) { m_impl->compute(subsets); }
 
 void meshTriSubsetMembership(const CompactMesh& mesh, const zn::list<zn::Reference<MeshSubset>>& subsets,
                              Remap& membership)

@@ -8,6 +8,8 @@
 
 namespace znGeom {
 
+class MeshPartitionImpl;
+
 /// Divides the triangles of a mesh into parts whose sizes differ by one at most.
 ///
 /// Each part is grown across edges from the triangle that has the fewest neighbours left, the lowest of them, so that
@@ -22,9 +24,8 @@ public:
     /// \param adjTris  built from the mesh by `meshAdjTris`
     /// \param parts    below 1 counts as 1; no more parts come than there are triangles
     MeshPartition(const CompactMesh& mesh, const MeshAdjTris& adjTris, int parts);
-    MeshPartition(const MeshPartition& other) : m_impl(other.m_impl), m_owner(false) {}
+    MeshPartition(const MeshPartition& other) = default;
     MeshPartition& operator=(const MeshPartition&) = delete;
-    ~MeshPartition();
 
     /// \param subsets  replaced: the parts, each triangle in one of them, triangles and vertices ascending, the
     ///                 vertices those that the triangles use. None for a mesh without triangles, but one that has
@@ -35,8 +36,7 @@ public:
     void compute(zn::list<zn::Reference<MeshSubset>>& subsets);
 
 private:
-    zn::ImplBase* m_impl;
-    bool m_owner = true;
+    zn::ImplPointer<MeshPartitionImpl> m_impl;
 };
 
 /// Finds the subset of each triangle.

@@ -1,6 +1,9 @@
 #include "znGeom/editing/triangles.h"
 
 #include <algorithm>
+#include <cstdint>
+
+#include "znGeom/foundation/containers/checked_size.h"
 
 namespace znGeom {
 
@@ -9,9 +12,9 @@ namespace {
 /// How many triangles the fans of all polygons have.
 int countFanTriangles(const int* lengths, int numPolys)
 {
-    int count = 0;
+    std::int64_t count = 0;
     for (int i = 0; i < numPolys; ++i) count += std::max(lengths[i] - 2, 0);
-    return count;
+    return zn::checkedSize(count);
 }
 
 /// Writes the fan of each polygon, and for each triangle its polygon.
@@ -41,6 +44,7 @@ void meshTriangulate(CompactMesh& mesh, Remap& remap)
     const int* lengths = mesh.getPolyLengths();
     const int numTriangles = countFanTriangles(lengths, mesh.getNumPolys());
     remap.resize(numTriangles, mesh.getNumPolys());
+    if (numTriangles == 0) return;
     mesh.resizeTriangleArray(numTriangles);
     writeFans(lengths, mesh.getPolyPoints(), mesh.getNumPolys(), mesh.getTrianglesRaw(), remap.data());
 

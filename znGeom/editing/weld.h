@@ -44,4 +44,20 @@ ZNGEOM_API void meshCompact(CompactMesh& mesh, znUtil::Progress& progress, Remap
 ZNGEOM_API void meshCompact(CompactMesh& mesh, znUtil::Progress& progress, Remap& remap,
                             IMeshVertexEqualityChecker& checker);
 
+inline void meshCompact(CompactMesh& mesh)
+{
+    znUtil::Progress progress;
+    meshCompact(mesh, progress);
+}
+inline void meshCompact(CompactMesh& mesh, Remap& remap)
+{
+    znUtil::Progress progress;
+    meshCompact(mesh, progress, remap);
+}
+inline void meshCompact(CompactMesh& mesh, Remap& remap, IMeshVertexEqualityChecker& checker)
+{
+    znUtil::Progress progress;
+    meshCompact(mesh, progress, remap, checker);
+}
+
 } // namespace znGeom

@@ -7,6 +7,7 @@
 #include "znGeom/files/internal/decimal.h"
 #include "znGeom/files/internal/parsers.h"
 #include "znGeom/files/internal/text_file.h"
+#include "znGeom/topology/topo_walks.h"
 #include "znGeom/topology/twin.h"
 
 namespace znGeom {
@@ -213,12 +214,12 @@ void meshWrite(TopoMesh& mesh, const Filename& file)
     Line(writer) << mesh.numVertices() << " " << mesh.numFaces();
     zn::vector<int> indices(mesh.vertexNumbers());
     int count = 0;
-    for (TopoMeshVertex vertex = mesh.firstVertex(); vertex; vertex = vertex->next) {
+    for (const TopoMeshVertex vertex : verticesOf(mesh)) {
         indices[vertex.number()] = count++;
         const znLinear::Point& p = vertex->point;
         Line(writer) << TenDigits{p.x} << " " << TenDigits{p.y} << " " << TenDigits{p.z};
     }
-    for (TopoMeshFace face = mesh.firstFace(); face; face = face->next) writeFace(writer, face, indices);
+    for (const TopoMeshFace face : facesOf(mesh)) writeFace(writer, face, indices);
 }
 
 bool meshWriteObj(const CompactMesh& mesh, const Filename& file)

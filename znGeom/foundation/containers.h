@@ -6,6 +6,7 @@
 
 #include "znGeom/foundation/containers/block_allocator.h"
 #include "znGeom/foundation/containers/checked_size.h"
+#include "znGeom/foundation/containers/disjoint_sets.h"
 #include "znGeom/foundation/containers/hash_table.h"
 #include "znGeom/foundation/containers/impl_base.h"
 #include "znGeom/foundation/containers/list.h"

@@ -8,6 +8,7 @@
 #include "znGeom/foundation/linear/bounding_box.h"
 #include "znGeom/foundation/linear/intersect.h"
 #include "znGeom/foundation/linear/line.h"
+#include "znGeom/foundation/linear/narrow.h"
 #include "znGeom/foundation/linear/normal.h"
 #include "znGeom/foundation/linear/plane.h"
 #include "znGeom/foundation/linear/point.h"

@@ -1,6 +1,9 @@
-/// What the machine offers beside the language: hints for its caches and its pages.
+/// What the library needs of compiler and machine, and which library it is.
 #pragma once
 
+#include "znGeom/foundation/machine/clones.h"
 #include "znGeom/foundation/machine/export.h"
 #include "znGeom/foundation/machine/huge_pages.h"
+#include "znGeom/foundation/machine/language.h"
 #include "znGeom/foundation/machine/prefetch.h"
+#include "znGeom/foundation/machine/version.h"

@@ -1,17 +1,18 @@
 #include "znGeom/spatial/closest_point.h"
 
 #include <array>
+#include <bitset>
 #include <cmath>
 #include <limits>
+#include <optional>
 #include <utility>
 
 #include "znGeom/analysis/bounds.h"
 #include "znGeom/analysis/edges.h"
-#include "znGeom/foundation/containers/stamp_table.h"
 #include "znGeom/foundation/linear/intersect.h"
 #include "znGeom/foundation/output/debug_channel.h"
 #include "znGeom/foundation/output/stop_watch.h"
-#include "znGeom/spatial/internal/nearest_search.h"
+#include "znGeom/spatial/internal/closest_batch.h"
 #include "znGeom/spatial/internal/nearest_triangle.h"
 #include "znGeom/spatial/octree_closest.h"
 
@@ -23,77 +24,70 @@ namespace {
 
 constexpr double largestDouble = std::numeric_limits<double>::max();
 
-/// The largest magnitude of a coordinate in the box that an octree divides.
-double extentOf(const Octree& octree)
-{
-    const BoundingBox box = octree.getRoot().box;
-    const float extent = std::max({std::fabs(box.minX), std::fabs(box.minY), std::fabs(box.minZ), std::fabs(box.maxX),
-                                   std::fabs(box.maxY), std::fabs(box.maxZ)});
-    return static_cast<double>(extent);
-}
+/// What making a tree costs for each triangle, in the units of `ClosestEngine::walked`.
+constexpr double treeCost = 4;
+
+/// What a walk costs at the least, in the same units.
+constexpr double leastWalk = 200;
 
 } // namespace
 
 class ClosestPointContext final : public zn::ImplBase
 {
 public:
-    explicit ClosestPointContext(int numTriangles) : seenTriangles(numTriangles) {}
+    explicit ClosestPointContext(const internal::ClosestIndex& index) : m_index(index), m_engine(index) {}
 
-    zn::StampTable seenTriangles;
-    OctreeClosestIt leaves;
+    double compute(const Point& point, MeshCoord* coord)
+    {
+        if (!m_index.tree && m_engine.walked() > worthOfTree()) makeTree(znUtil::ThreadPool::get());
+        return m_engine.compute(point, coord);
+    }
+    bool compute(const internal::ClosestQuestions& questions, znUtil::Progress* progress, znUtil::ThreadPool& pool)
+    {
+        if (!m_index.tree && m_engine.walked() + leastWalk * questions.count > worthOfTree()) makeTree(pool);
+        return internal::computeAll(m_index, questions, progress, pool);
+    }
+
+private:
+    double worthOfTree() const { return treeCost * m_index.mesh.getNumTriangles(); }
+    void makeTree(znUtil::ThreadPool& pool)
+    {
+        m_ownTree = new TriangleTree(m_index.mesh, pool);
+        m_index.tree = m_ownTree.get();
+        m_engine.useTree(*m_index.tree);
+    }
+
+    internal::ClosestIndex m_index;
+    zn::Reference<TriangleTree> m_ownTree;
+    internal::ClosestEngine m_engine;
 };
 
 MeshClosestPoint::MeshClosestPoint(const CompactMesh& mesh, const Octree& octree, const OctreeTris& octreeTris)
-    : m_mesh(&mesh), m_octree(&octree), m_octreeTris(&octreeTris),
-      m_context(new ClosestPointContext(mesh.getNumTriangles())), m_owned(true)
+    : m_context(new ClosestPointContext({mesh, octree, octreeTris, nullptr})), m_owned(true)
 {}
 
-MeshClosestPoint::MeshClosestPoint(const MeshClosestPoint& other)
-    : m_mesh(other.m_mesh), m_octree(other.m_octree), m_octreeTris(other.m_octreeTris), m_context(other.m_context),
-      m_owned(false)
+MeshClosestPoint::MeshClosestPoint(const CompactMesh& mesh, const Octree& octree, const OctreeTris& octreeTris,
+                                   const TriangleTree& tree)
+    : m_context(new ClosestPointContext({mesh, octree, octreeTris, &tree})), m_owned(true)
 {}
 
-MeshClosestPoint::MeshClosestPoint(MeshClosestPoint&& other) noexcept : MeshClosestPoint(std::as_const(other))
-{
-    m_owned = std::exchange(other.m_owned, false);
-}
+MeshClosestPoint::MeshClosestPoint(const MeshClosestPoint& other) : m_context(other.m_context), m_owned(false) {}
+
+MeshClosestPoint::MeshClosestPoint(MeshClosestPoint&& other) noexcept
+    : m_context(other.m_context), m_owned(std::exchange(other.m_owned, false))
+{}
 
 MeshClosestPoint::~MeshClosestPoint()
 {
     if (m_owned) delete m_context;
 }
 
-double MeshClosestPoint::compute(const Point& point, MeshCoord* coord)
-{
-    const SearchBoxes* boxes = SearchBoxes::of(*m_octreeTris);
-    const bool isFinite = std::isfinite(point.x) && std::isfinite(point.y) && std::isfinite(point.z);
-    if (boxes && isFinite) {
-        NearestSearch search(*m_mesh, *m_octreeTris, *boxes, extentOf(*m_octree), point);
-        if (search.run()) {
-            if (coord) *coord = search.coord();
-            return std::sqrt(search.distance2());
-        }
-    }
-    return walk(point, coord);
-}
+double MeshClosestPoint::compute(const Point& point, MeshCoord* coord) { return m_context->compute(point, coord); }
 
-/// Leaf by leaf with rising distance.
-double MeshClosestPoint::walk(const Point& point, MeshCoord* coord)
+bool MeshClosestPoint::compute(const Point* points, int count, MeshCoord* places, double* distances,
+                               znUtil::Progress* progress, znUtil::ThreadPool& pool)
 {
-    OctreeClosestIt& leaves = m_context->leaves;
-    zn::StampTable& seen = m_context->seenTriangles;
-    const std::uint32_t stamp = seen.next();
-    NearestTriangle nearest(*m_mesh, point, largestDouble, extentOf(*m_octree), coord);
-    leaves.reset(*m_octree, point);
-    bool valid = leaves.valid() && !(leaves.getDistance2() >= nearest.best2());
-    for (; valid; valid = leaves.nextWithin(nearest.best2())) {
-        const int leaf = leaves.get().node->leafIndex;
-        const int count = m_octreeTris->numTris(leaf);
-        if (count == 0) continue;
-        nearest.testAll(m_octreeTris->firstTri(leaf), count,
-                        [&seen, stamp](int triangle) { return seen.mark(triangle, stamp); });
-    }
-    return std::sqrt(nearest.best2());
+    return m_context->compute({points, count, places, distances}, progress, pool);
 }
 
 namespace {
@@ -126,6 +120,73 @@ BoundingBox neighbourBox(const CompactMesh& mesh, const int* around, int count)
     return result;
 }
 
+/// The vertices that still matter when the walk only goes on because triangles reach far: the corners of those that are
+/// nearer than the best so far, found by one pass over the mesh. In general there are none.
+class VerticesOfNearer
+{
+public:
+    VerticesOfNearer(const CompactMesh& mesh, const internal::NearestTriangle& nearest)
+    {
+        for (const int triangle : nearest.listNearer(mesh.getNumTriangles()))
+            for (const int vertex : mesh.getTriangles()[triangle].corners) m_bits.set(bitOf(vertex));
+    }
+    bool none() const { return m_bits.none(); }
+    /// False for a vertex that does not matter; true for some of these as well.
+    bool mayHave(int vertex) const { return m_bits.test(bitOf(vertex)); }
+
+private:
+    static constexpr size_t numBits = 1024;
+    static size_t bitOf(int vertex) { return static_cast<size_t>(vertex) % numBits; }
+
+    std::bitset<numBits> m_bits;
+};
+
+/// The walk of `meshClosestPoint`.
+class VertexWalk
+{
+public:
+    VertexWalk(const CompactMesh& mesh, const MeshAdjTris& adjTris, const BoundingBox* neighbourBoxes,
+               const Point& point, internal::NearestTriangle& nearest)
+        : m_mesh(mesh), m_adjTris(adjTris), m_neighbourBoxes(neighbourBoxes), m_point(point), m_nearest(nearest)
+    {}
+
+    void run(const Octree& octree, double reach2)
+    {
+        const auto bound2 = [&] { return std::max(reach2, m_nearest.best2()); };
+        const int patience = m_mesh.getNumTriangles() / 40;
+        int numBeyond = 0; // vertices farther than the best so far
+        OctreeClosestIt leaves(octree, m_point);
+        bool valid = leaves.valid() && !(leaves.getDistance2() >= bound2());
+        for (; valid; valid = leaves.nextWithin(bound2())) {
+            const OctreeNode& leaf = *leaves.get().node;
+            if (leaves.getDistance2() >= m_nearest.best2()) numBeyond += leaf.endPoint - leaf.firstPoint;
+            // To make boxes for all vertices within reach would be dearer than to look at all triangles once.
+            if (numBeyond > patience && !m_neighbourBoxes && !m_matter) m_matter.emplace(m_mesh, m_nearest);
+            if (m_matter && m_matter->none()) return;
+            for (int i = leaf.firstPoint; i < leaf.endPoint; ++i) test(octree.pointIndices()[i]);
+        }
+    }
+
+private:
+    void test(int vertex)
+    {
+        if (m_matter && !m_matter->mayHave(vertex)) return;
+        const int* around = m_adjTris.triIndices(vertex);
+        const int count = m_adjTris.numTris(vertex);
+        const BoundingBox box = m_neighbourBoxes ? m_neighbourBoxes[vertex] : neighbourBox(m_mesh, around, count);
+        if (!(m_nearest.best2() > box.distance2(m_point))) return;
+        m_nearest.testAll(around, count, [this](int triangle) { return m_seen.mark(triangle); });
+    }
+
+    const CompactMesh& m_mesh;
+    const MeshAdjTris& m_adjTris;
+    const BoundingBox* m_neighbourBoxes;
+    PointFlt m_point;
+    internal::NearestTriangle& m_nearest;
+    LatelySeen m_seen;
+    std::optional<VerticesOfNearer> m_matter;
+};
+
 } // namespace
 
 double meshClosestPoint(const CompactMesh& mesh, const Octree& octree, const MeshAdjTris& adjTris, const Point& point,
@@ -133,25 +194,9 @@ double meshClosestPoint(const CompactMesh& mesh, const Octree& octree, const Mes
 {
     // The larger of the two, not their sum: it finds the nearest point unless a triangle reaches far into a leaf that
     // lies beyond both.
-    const double reach = longestEdge / std::sqrt(2.0), reach2 = reach * reach;
-    const PointFlt pointFlt(point);
-    NearestTriangle nearest(mesh, point, maxDistance2, extentOf(octree), coord);
-    const auto bound2 = [&] { return std::max(reach2, nearest.best2()); };
-    LatelySeen seen;
-
-    OctreeClosestIt leaves(octree, point);
-    bool valid = leaves.valid() && !(leaves.getDistance2() >= bound2());
-    for (; valid; valid = leaves.nextWithin(bound2())) {
-        const OctreeNode& leaf = *leaves.get().node;
-        for (int i = leaf.firstPoint; i < leaf.endPoint; ++i) {
-            const int vertex = octree.pointIndices()[i];
-            const int* around = adjTris.triIndices(vertex);
-            const int count = adjTris.numTris(vertex);
-            const BoundingBox box = neighbourBoxes ? neighbourBoxes[vertex] : neighbourBox(mesh, around, count);
-            if (!(nearest.best2() > box.distance2(pointFlt))) continue;
-            nearest.testAll(around, count, [&seen](int triangle) { return seen.mark(triangle); });
-        }
-    }
+    const double reach = longestEdge / std::sqrt(2.0);
+    internal::NearestTriangle nearest(mesh, point, maxDistance2, octree.getRoot().box, coord);
+    VertexWalk(mesh, adjTris, neighbourBoxes, point, nearest).run(octree, reach * reach);
     return std::sqrt(nearest.best2());
 }
 

@@ -63,20 +63,10 @@ public:
     /// Null for a leaf beyond the table.
     const int* firstTri(int leaf) const { return leaf < m_table.getNumSets() ? m_table.getSet(leaf) : nullptr; }
     const ArrayOfSets& getData() const { return m_table; }
-    void swap(OctreeTris& other)
-    {
-        m_table.swap(other.m_table);
-        m_searchData.swap(other.m_searchData);
-    }
-
-    /// What `computeOctreeTris` leaves here for searches of nearest points, theirs to know what it is; null in a table
-    /// that was made otherwise.
-    const zn::ReferenceCount* searchData() const { return m_searchData.get(); }
-    void setSearchData(const zn::Reference<zn::ReferenceCount>& data) { m_searchData = data; }
+    void swap(OctreeTris& other) { m_table.swap(other.m_table); }
 
 private:
     ArrayOfSets m_table;
-    zn::Reference<zn::ReferenceCount> m_searchData;
 };
 
 /// For each leaf of an octree, the lines that touch it.

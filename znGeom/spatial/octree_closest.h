@@ -17,14 +17,16 @@ class OctreeClosestItImpl;
 /// last entry sinks from there while it is strictly greater than the lesser child, the first one if both are equal;
 /// children enter in ascending order.
 ///
-/// The octree is borrowed. An iterator that is reset keeps its memory, so that a loop over many points takes none. A
-/// copy shares the walk of its source: it must not outlive it, nor run at the same time. Belongs to one thread.
+/// The octree is borrowed, and a temporary one refused. An iterator that is reset keeps its memory, so that a loop over
+/// many points takes none. A copy shares the walk of its source: it must not outlive it, nor run at the same time.
+/// Belongs to one thread.
 class ZNGEOM_API OctreeClosestIt
 {
 public:
     /// Nowhere: to be `reset` before any other use.
     OctreeClosestIt() = default;
     OctreeClosestIt(const Octree& octree, const znLinear::Point& point) { reset(octree, point); }
+    OctreeClosestIt(const Octree&&, const znLinear::Point&) = delete;
     OctreeClosestIt(const OctreeClosestIt& other) : m_impl(other.m_impl), m_owned(false) {}
     OctreeClosestIt(OctreeClosestIt&& other) noexcept;
     OctreeClosestIt& operator=(const OctreeClosestIt&) = delete;
@@ -32,6 +34,7 @@ public:
 
     /// Starts at the leaf that is nearest to a point. A point that is not a number meets every leaf.
     void reset(const Octree& octree, const znLinear::Point& point);
+    void reset(const Octree&&, const znLinear::Point&) = delete;
     /// False when all leaves have been delivered.
     bool valid() const;
     /// Goes to the next leaf. Wants a valid iterator, as do the functions below.

@@ -16,8 +16,7 @@ namespace znGeom {
 /// other triangle is recorded in each leaf that it truly touches, however large it is and however few vertices the
 /// leaf has. The table is the same for any number of threads.
 ///
-/// Beside the table it leaves boxes for searches of nearest points, about ten bytes an entry. About linear in the
-/// recorded entries; on the process-wide pool. Prints one message of two lines.
+/// About linear in the recorded entries; on the process-wide pool. Prints one message of two lines.
 ZNGEOM_API void computeOctreeTris(const CompactMesh& mesh, const Octree& octree, OctreeTris& result);
 
 /// Finds the line segments of a mesh (`getLines`) that touch each leaf of an octree, in the same way.

@@ -2,6 +2,7 @@
 
 #include <bit>
 #include <limits>
+#include <optional>
 
 #include "znGeom/spatial/box_predicates.h"
 
@@ -87,7 +88,7 @@ template <typename Query>
 struct OctreeFilterIt<Query>::Record
 {
     const Octree& octree;
-    const Query* query = nullptr;
+    std::optional<Query> query;
     int stackCapacity, stackSize = 0;
     std::unique_ptr<OctreeIterator[]> stack;
     int order[8];
@@ -127,7 +128,7 @@ template <typename Query>
 void OctreeFilterIt<Query>::reset(const Query& query)
 {
     Record& record = *m_record;
-    record.query = &query;
+    record.query.emplace(query);
     Octree::getNodeOrdering(orderingDirection(query), record.order);
     record.stackSize = 0;
     const OctreeIterator root = record.octree.getRoot();

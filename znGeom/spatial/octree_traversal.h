@@ -17,8 +17,8 @@
 
 namespace znGeom {
 
-/// The leaves that a query meets, depth first. Octree and query are borrowed: both must outlive the traversal, and the
-/// query must not change meanwhile. Memory is taken at construction only: a loop over many queries makes one iterator
+/// The leaves that a query meets, depth first. The octree is borrowed and must outlive the traversal; a temporary one
+/// is refused. The query is copied. Memory is taken at construction only: a loop over many queries makes one iterator
 /// and resets it.
 template <typename Query>
 class ZNGEOM_API OctreeFilterIt
@@ -28,6 +28,8 @@ public:
     OctreeFilterIt(const Octree& octree, const Query& query);
     /// Invalid until `reset`.
     explicit OctreeFilterIt(const Octree& octree);
+    OctreeFilterIt(const Octree&&, const Query&) = delete;
+    explicit OctreeFilterIt(const Octree&&) = delete;
     OctreeFilterIt(const OctreeFilterIt&) = delete;
     OctreeFilterIt& operator=(const OctreeFilterIt&) = delete;
     ~OctreeFilterIt();
@@ -64,11 +66,13 @@ class ZNGEOM_API OctreeLeafIterator
 {
 public:
     explicit OctreeLeafIterator(const Octree& octree) { reset(octree); }
+    explicit OctreeLeafIterator(const Octree&&) = delete;
 
     bool valid() const { return !m_stack.empty(); }
     /// Starts on an octree. Only for an exhausted iterator: what is left of an earlier walk stays below and comes up
     /// again when the new one is done.
     void reset(const Octree& octree);
+    void reset(const Octree&&) = delete;
     void next();
     OctreeIterator get() const { return m_stack.back(); }
 

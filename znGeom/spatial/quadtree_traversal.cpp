@@ -17,7 +17,7 @@ struct QuadtreeIntersectIt::Record
 {
     QuadtreeIterator current;
     const Quadtree& quadtree;
-    const BoundingBox& query;
+    BoundingBox query;
     int order[4] = {0, 1, 2, 3};
     int stackCapacity;
     int top = 0;

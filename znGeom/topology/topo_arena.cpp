@@ -28,8 +28,16 @@ std::byte* TopoBlockList::addBlock(int firstNumber)
     --m_blocksLeft;
     std::byte* block = m_next;
     m_next += TopoBlock::bytes;
-    new (block) TopoBlock{firstNumber, &m_metadata};
-    return block + TopoBlock::headerBytes;
+    new (block) TopoBlock(firstNumber, this);
+    m_records.push_back(block + TopoBlock::headerBytes);
+    return m_records.back();
+}
+
+BlindData* TopoBlockList::addColumn(TopoBlock& block, int slot, int numRecords)
+{
+    m_columns.push_back(std::make_unique<BlindData[]>(static_cast<std::size_t>(numRecords)));
+    ++block.numColumns;
+    return block.columns[slot] = m_columns.back().get();
 }
 
 } // namespace znGeom

@@ -8,33 +8,53 @@
 #include <type_traits>
 #include <vector>
 
-#include "znGeom/foundation/containers/block_allocator.h"
 #include "znGeom/foundation/machine/export.h"
+#include "znGeom/topology/topo_blind_data.h"
 
 namespace znGeom {
+
+class TopoBlockList;
 
 /// The header of a block. Blocks are aligned to their size, so that a record's address leads to it.
 struct TopoBlock
 {
     static constexpr std::size_t bytes = std::size_t(1) << 16;
-    static constexpr std::size_t headerBytes = 64;
+    static constexpr std::size_t headerBytes = 192;
+    static constexpr int maxSlots = 20;
 
-    int firstNumber;              ///< the creation number of the block's first record
-    zn::BlockAllocator* metadata; ///< where the records of the block take their slots from
+    int firstNumber;                   ///< the creation number of the block's first record
+    int numColumns = 0;                ///< how many of the columns are there
+    TopoBlockList* list;               ///< the blocks of all records of this kind
+    BlindData* columns[maxSlots] = {}; ///< per slot its values for all records of the block; null until one is written
 
+    TopoBlock(int first, TopoBlockList* blocks) : firstNumber(first), list(blocks) {}
+
+    template <typename Record>
+    static constexpr int numRecords()
+    {
+        return static_cast<int>((bytes - headerBytes) / sizeof(Record));
+    }
     /// The block in which a record, or a part of one, lies.
     static TopoBlock* of(const void* record)
     {
         return reinterpret_cast<TopoBlock*>(reinterpret_cast<std::uintptr_t>(record) & ~(bytes - 1));
     }
+    /// Which record of its block this is, or the one of which it is a part.
+    template <typename Record>
+    static int indexOf(const void* record)
+    {
+        return static_cast<int>(((reinterpret_cast<std::uintptr_t>(record) & (bytes - 1)) - headerBytes) /
+                                sizeof(Record));
+    }
     /// How many records of its kind were made before this one.
     template <typename Record>
     static int numberOf(const Record* record)
     {
-        const TopoBlock* block = of(record);
-        const auto* first = reinterpret_cast<const std::byte*>(block) + headerBytes;
-        return block->firstNumber + static_cast<int>(record - reinterpret_cast<const Record*>(first));
+        return of(record)->firstNumber + indexOf<Record>(record);
     }
+    /// The record of a creation number, given any other one of the same mesh and kind.
+    template <typename Record>
+    static Record* numbered(const Record* other, int number);
 };
 static_assert(sizeof(TopoBlock) <= TopoBlock::headerBytes);
 
@@ -43,12 +63,16 @@ static_assert(sizeof(TopoBlock) <= TopoBlock::headerBytes);
 class ZNGEOM_API TopoBlockList
 {
 public:
-    explicit TopoBlockList(std::size_t metadataBytes) : m_metadata(metadataBytes, 64) {}
+    TopoBlockList() = default;
     TopoBlockList(const TopoBlockList&) = delete;
     TopoBlockList& operator=(const TopoBlockList&) = delete;
 
     /// A fresh block, its header filled in. \return its first byte for records
     std::byte* addBlock(int firstNumber);
+    /// Gives a block room for a slot of so many records, all unwritten.
+    BlindData* addColumn(TopoBlock& block, int slot, int numRecords);
+    /// The first byte for records of a block.
+    std::byte* recordsOf(int block) const { return m_records[static_cast<std::size_t>(block)]; }
 
 private:
     struct FreeSlab
@@ -57,28 +81,33 @@ private:
         void operator()(std::byte* slab) const { ::operator delete(slab, std::align_val_t(alignment)); }
     };
 
-    zn::BlockAllocator m_metadata;
+    std::vector<std::byte*> m_records;
     std::vector<std::unique_ptr<std::byte, FreeSlab>> m_slabs;
+    std::vector<std::unique_ptr<BlindData[]>> m_columns;
     std::byte* m_next = nullptr; ///< the first unused block of the newest slab
     std::size_t m_blocksLeft = 0;
     std::size_t m_blocksPerSlab = 1;
 };
+
+template <typename Record>
+Record* TopoBlock::numbered(const Record* other, int number)
+{
+    constexpr int perBlock = numRecords<Record>();
+    return reinterpret_cast<Record*>(of(other)->list->recordsOf(number / perBlock)) + number % perBlock;
+}
 
 /// Makes records; none is ever made anew in the place of another, so that a handle never names a second thing.
 template <typename Record>
 class TopoArena
 {
     static_assert(std::is_trivially_destructible_v<Record>);
-    static constexpr std::size_t recordsPerBlock = (TopoBlock::bytes - TopoBlock::headerBytes) / sizeof(Record);
 
 public:
-    explicit TopoArena(std::size_t metadataBytes) : m_blocks(metadataBytes) {}
-
     Record* make()
     {
         if (m_left == 0) {
             m_next = m_blocks.addBlock(m_numMade);
-            m_left = recordsPerBlock;
+            m_left = TopoBlock::numRecords<Record>();
         }
         --m_left;
         ++m_numMade;
@@ -92,7 +121,7 @@ public:
 private:
     TopoBlockList m_blocks;
     std::byte* m_next = nullptr;
-    std::size_t m_left = 0;
+    int m_left = 0;
     int m_numMade = 0;
 };
 

@@ -1,6 +1,6 @@
 #include "znGeom/topology/topo_handles.h"
 
-#include "znGeom/topology/internal/fan.h"
+#include "znGeom/topology/topo_walks.h"
 
 namespace znGeom {
 
@@ -8,18 +8,18 @@ using namespace znLinear;
 
 bool TopoMeshVertex::onBoundary() const
 {
-    const TopoMeshEdge e = record()->edge;
-    return e && (boundaryOut(e) || boundaryIn(e));
+    for (const TopoMeshEdge e : outgoingOf(*this))
+        if (!e->twin || !e->prev->twin) return true;
+    return false;
 }
 
 TopoMeshFace TopoMeshVertex::adjacent(TopoMeshVertex other) const
 {
-    TopoMeshFace found;
-    if (!record()->edge) return found;
-    forFan(record()->edge, [&](TopoMeshEdge e) {
-        if (!found && e->face.adjacent(other)) found = e->face;
-    });
-    return found;
+    for (const TopoMeshEdge e : fanOf(*this))
+        if (e->face.adjacent(other)) return e->face;
+    for (const TopoMeshEdge e : outgoingOf(*this))
+        if (e->face.adjacent(other)) return e->face;
+    return {};
 }
 
 void TopoMeshEdge::setMetadata(int slot, BlindData value) const
@@ -30,29 +30,26 @@ void TopoMeshEdge::setMetadata(int slot, BlindData value) const
 
 int TopoMeshFace::numVertices() const
 {
-    int count = 1;
-    for (TopoMeshEdge e = record()->edge->next; e != record()->edge; e = e->next) ++count;
+    int count = 0;
+    for ([[maybe_unused]] const TopoMeshEdge side : sidesOf(*this)) ++count;
     return count;
 }
 
 Point TopoMeshFace::centroid() const
 {
     Vector sum;
-    TopoMeshEdge e = record()->edge;
-    do {
-        sum += e->origin->point.asVector();
-        e = e->next;
-    } while (e != record()->edge);
-    return (sum / double(numVertices())).asPoint();
+    int count = 0;
+    for (const TopoMeshEdge side : sidesOf(*this)) {
+        sum += side->origin->point.asVector();
+        ++count;
+    }
+    return (sum / double(count)).asPoint();
 }
 
 TopoMeshEdge TopoMeshFace::adjacent(TopoMeshVertex vertex) const
 {
-    TopoMeshEdge e = record()->edge;
-    do {
-        if (e->origin == vertex) return e;
-        e = e->next;
-    } while (e != record()->edge);
+    for (const TopoMeshEdge side : sidesOf(*this))
+        if (side->origin == vertex) return side;
     return {};
 }
 

@@ -1,15 +1,13 @@
 /// The elements of a half-edge mesh: handles, and the records that they name.
 #pragma once
 
-#include <algorithm>
-#include <bit>
 #include <compare>
+#include <cstdint>
 #include <functional>
-#include <memory>
-#include <utility>
+#include <type_traits>
 
 #include "znGeom/foundation/linear/point.h"
-#include "znGeom/topology/topo_arena.h"
+#include "znGeom/topology/topo_metadata.h"
 
 namespace znGeom {
 
@@ -53,90 +51,19 @@ class ZNGEOM_API TopoMeshVertex : public TopoMeshHandle<TopoMeshVertexRecord>
 public:
     using TopoMeshHandle::TopoMeshHandle;
 
+    /// Whether this names a vertex that was not removed. False for null.
+    bool isAlive() const;
     /// A copy of the position.
     znLinear::Point point() const;
-    /// Whether a boundary half-edge leaves or reaches the vertex. False for an isolated one.
+    /// Whether a boundary half-edge leaves or reaches the vertex, in any of its fans. False for an isolated one. Linear
+    /// in the valence.
     bool onBoundary() const;
-    /// The number of outgoing half-edges, which is the number of faces at the vertex; 0 for an isolated one.
+    /// The number of outgoing half-edges, of all fans, which is the number of faces at the vertex; 0 for an isolated
+    /// one. Constant.
     int valence() const;
-    /// A face that holds both vertices, or null.
+    /// A face that holds both vertices, or null; the first one in the fan of `edge`, otherwise one of another fan.
+    /// Linear in the sides of the faces here.
     TopoMeshFace adjacent(TopoMeshVertex other) const;
-};
-
-/// One value beside an element, a number or a flag, and a word that tells which.
-class BlindData
-{
-public:
-    enum Kind : std::uint64_t { Unwritten, Number, Flag };
-
-    constexpr BlindData() = default;
-    BlindData(bool flag) : m_value(flag ? 1u : 0u), m_kind(Flag) {}
-    BlindData(double number) : m_value(std::bit_cast<std::uint64_t>(number)), m_kind(Number) {}
-
-    /// The value as it was written; 0 and false while nothing was.
-    double asDouble() const { return std::bit_cast<double>(m_value); }
-    bool asBool() const { return m_value != 0; }
-    Kind kind() const { return m_kind; }
-    friend bool operator==(const BlindData&, const BlindData&) = default;
-
-private:
-    std::uint64_t m_value = 0;
-    Kind m_kind = Unwritten;
-};
-
-/// The slots of an element. They take memory from the first write on; a slot that was never written reads as zero.
-template <int NumSlots>
-class TopoMetadata
-{
-public:
-    static constexpr int numSlots = NumSlots;
-
-    /// One slot, to be read or assigned.
-    class Slot
-    {
-    public:
-        Slot(TopoMetadata& slots, int slot) : m_slots(slots), m_slot(slot) {}
-        Slot& operator=(BlindData value)
-        {
-            m_slots.block()[m_slot] = value;
-            return *this;
-        }
-        operator BlindData() const { return std::as_const(m_slots)[m_slot]; }
-        double asDouble() const { return BlindData(*this).asDouble(); }
-        bool asBool() const { return BlindData(*this).asBool(); }
-
-    private:
-        TopoMetadata& m_slots;
-        int m_slot;
-    };
-
-    TopoMetadata() = default;
-    TopoMetadata(const TopoMetadata&) = delete;
-    TopoMetadata& operator=(const TopoMetadata&) = delete;
-
-    Slot operator[](int slot) { return {*this, slot}; }
-    BlindData operator[](int slot) const { return m_block ? m_block[slot] : BlindData(); }
-    bool isWritten() const { return m_block != nullptr; }
-    /// Becomes what another element has in its slots; nothing, if these were never written.
-    void copyFrom(const TopoMetadata& other)
-    {
-        if (other.m_block)
-            std::copy_n(other.m_block, NumSlots, block());
-        else if (m_block)
-            std::fill_n(m_block, NumSlots, BlindData());
-    }
-
-private:
-    BlindData* block()
-    {
-        if (!m_block) {
-            m_block = static_cast<BlindData*>(TopoBlock::of(this)->metadata->allocate());
-            std::uninitialized_fill_n(m_block, NumSlots, BlindData());
-        }
-        return m_block;
-    }
-
-    BlindData* m_block = nullptr;
 };
 
 /// A half-edge: it runs from its origin to the origin of the next one of its face.
@@ -145,6 +72,8 @@ class ZNGEOM_API TopoMeshEdge : public TopoMeshHandle<TopoMeshEdgeRecord>
 public:
     using TopoMeshHandle::TopoMeshHandle;
 
+    /// Whether this names a half-edge that was not removed. False for null.
+    bool isAlive() const;
     /// Writes a slot of this half-edge and of its twin, if there is one.
     void setMetadata(int slot, BlindData value) const;
 };
@@ -155,6 +84,9 @@ class ZNGEOM_API TopoMeshFace : public TopoMeshHandle<TopoMeshFaceRecord>
 public:
     using TopoMeshHandle::TopoMeshHandle;
 
+    /// Whether this names a face that was not removed. False for null.
+    bool isAlive() const;
+    /// The number of corners, which is that of sides. Linear in it.
     int numVertices() const;
     /// The mean of the vertex positions.
     znLinear::Point centroid() const;
@@ -167,10 +99,12 @@ struct TopoMeshVertexRecord
     znLinear::Point point;
     TopoMeshEdge edge; ///< some outgoing half-edge; null for an isolated vertex
     TopoMeshVertex next, prev;
-    TopoMetadata<16> metadata;
+    [[no_unique_address]] TopoMetadata<TopoMeshVertexRecord, 16> metadata;
     // Kept by the mesh.
-    int numOutgoing = 0;     ///< more than the fan of `edge` has where fans touch only here
+    int firstOut = -1;   ///< the number of the half-edge at which the list of all outgoing ones begins; -1 without any
+    int numOutgoing = 0; ///< -1 for a removed vertex
     unsigned closedAt = ~0u; ///< the fan of `edge` was closed when so many half-edges had been unpaired or removed
+    bool linkedBack = false; ///< whether `outPrev` holds in the list
 };
 
 struct TopoMeshEdgeRecord
@@ -178,14 +112,17 @@ struct TopoMeshEdgeRecord
     TopoMeshVertex origin;
     TopoMeshEdge next, prev; ///< around the face; always set
     TopoMeshEdge twin;       ///< null on the boundary
-    TopoMeshFace face;
-    TopoMetadata<20> metadata;
+    TopoMeshFace face;       ///< null for a removed half-edge
+    [[no_unique_address]] TopoMetadata<TopoMeshEdgeRecord, 20> metadata;
     TopoMeshEdge listNext, listPrev;
+    // Kept by the mesh: the neighbours in the list of half-edges that leave the same origin, by number; -1 for none.
+    // The way back is laid when it is first needed: a mesh that is only built never touches the older half-edges again.
+    int outNext = -1, outPrev = -1;
 };
 
 struct TopoMeshFaceRecord
 {
-    TopoMeshEdge edge; ///< the first half-edge, by which barycentric weights are counted
+    TopoMeshEdge edge; ///< the first half-edge, by which barycentric weights are counted; null for a removed face
     TopoMeshFace next, prev;
 };
 
@@ -193,8 +130,11 @@ struct TopoMeshFaceRecord
 static_assert(sizeof(TopoMeshEdgeRecord) == 64 && sizeof(TopoMeshVertexRecord) == 64);
 static_assert(sizeof(TopoMeshVertex) == sizeof(void*) && std::is_trivially_copyable_v<TopoMeshVertex>);
 
+inline bool TopoMeshVertex::isAlive() const { return record() && record()->numOutgoing >= 0; }
 inline znLinear::Point TopoMeshVertex::point() const { return record()->point; }
 inline int TopoMeshVertex::valence() const { return record()->numOutgoing; }
+inline bool TopoMeshEdge::isAlive() const { return record() && record()->face; }
+inline bool TopoMeshFace::isAlive() const { return record() && record()->edge; }
 
 /// An element of any kind.
 class TopoMeshEntity

@@ -1,6 +1,6 @@
 #include "znGeom/topology/topo_iterators.h"
 
-#include "znGeom/topology/internal/fan.h"
+#include "znGeom/topology/topo_walks.h"
 
 namespace znGeom {
 
@@ -33,16 +33,24 @@ TopoMeshEdge TopoMeshBoundaryIterator::nextEdge() const { return m_forward ? edg
 void TopoMeshBoundaryIterator::next()
 {
     m_stepped = nextEdge();
-    // The next one is looked for in the fan at the far end of the half-edge stepped, so that other fans that touch
-    // there lead nobody astray.
+    // The next one is looked for in the fan at the far end of the half-edge stepped: other fans that touch there play
+    // no part.
     edge = m_forward && m_stepped ? boundaryOut(m_stepped->next) : m_stepped;
     if (edge == m_begin) edge = {};
 }
 
 void TopoMeshBoundaryIterator::getPrevNextEdges(TopoMeshVertex vertex, TopoMeshEdge& prev, TopoMeshEdge& next)
 {
-    prev = vertex->edge ? boundaryIn(vertex->edge) : TopoMeshEdge();
-    next = vertex->edge ? boundaryOut(vertex->edge) : TopoMeshEdge();
+    prev = next = {};
+    if (!vertex->edge) return;
+    prev = boundaryIn(vertex->edge);
+    next = boundaryOut(vertex->edge);
+    for (const TopoMeshEdge e : outgoingOf(vertex)) {
+        if (prev || next) return;
+        if (e->twin && e->prev->twin) continue;
+        prev = boundaryIn(e);
+        next = boundaryOut(e);
+    }
 }
 
 } // namespace znGeom

@@ -5,9 +5,10 @@
 
 namespace znGeom {
 
-/// Every outgoing half-edge of a vertex once, in fan order; faces are listed by the half-edges they own at the vertex.
+/// Every outgoing half-edge of one fan of a vertex once, in fan order; faces are listed by the half-edges they own at
+/// the vertex. Where fans touch at the vertex it walks the one of its `edge`; `outgoingOf` meets all.
 ///
-/// The walk begins at the vertex' `edge` and steps from `e` to `e->twin->next`; at the end of an open fan it restarts
+/// The walk begins at the vertex's `edge` and steps from `e` to `e->twin->next`; at the end of an open fan it restarts
 /// from where it began and steps the other way. The boundary half-edge that arrives at the vertex is not among them. A
 /// caller may set `edge` by hand to begin elsewhere, and may step first and then change the half-edge just left: one
 /// that has left the vertex by then is replaced as the beginning by the present one, so that none is met twice and none
@@ -49,7 +50,8 @@ public:
     /// The one along which the last step went; null before the first.
     TopoMeshEdge prevEdge() const { return m_stepped; }
 
-    /// The boundary half-edges that arrive at a vertex and leave it; null where there is none.
+    /// The boundary half-edges that arrive at a vertex and leave it, both of one fan: that of the vertex's `edge` if it
+    /// is open, otherwise some open one; null where there is none.
     static void getPrevNextEdges(TopoMeshVertex vertex, TopoMeshEdge& prev, TopoMeshEdge& next);
 
 private:

@@ -1,12 +1,13 @@
 #include "znGeom/topology/topo_mesh.h"
 
 #include "znGeom/foundation/machine/prefetch.h"
-
-#include "znGeom/topology/internal/fan.h"
+#include "znGeom/topology/internal/links.h"
+#include "znGeom/topology/topo_walks.h"
 
 namespace znGeom {
 
 using namespace znLinear;
+using internal::link;
 
 namespace {
 
@@ -42,11 +43,7 @@ void unlink(List& list, Handle element)
 TopoMeshModification::TopoMeshModification(const TopoMesh* mesh, Type type) : EntityModification(mesh), m_type(type) {}
 TopoMeshModification::~TopoMeshModification() = default;
 
-TopoMesh::TopoMesh()
-    : m_vertexArena(TopoMetadata<16>::numSlots * sizeof(BlindData)),
-      m_edgeArena(TopoMetadata<20>::numSlots * sizeof(BlindData)), m_faceArena(sizeof(BlindData))
-{}
-
+TopoMesh::TopoMesh() = default;
 TopoMesh::~TopoMesh() = default;
 
 // Elements
@@ -58,13 +55,20 @@ TopoMeshVertex TopoMesh::allocVertex(const Point& point)
     return append(m_vertices, vertex);
 }
 
-TopoMeshEdge TopoMesh::makeEdge(TopoMeshVertex origin, TopoMeshFace face)
+/// In the list, but not yet among those that leave its origin.
+TopoMeshEdge TopoMesh::makeLooseEdge(TopoMeshVertex origin, TopoMeshFace face)
 {
     const TopoMeshEdge edge(m_edgeArena.make());
     edge->origin = origin;
     edge->face = face;
-    ++origin->numOutgoing;
     return append(m_edges, edge);
+}
+
+TopoMeshEdge TopoMesh::makeEdge(TopoMeshVertex origin, TopoMeshFace face)
+{
+    const TopoMeshEdge edge = makeLooseEdge(origin, face);
+    attach(edge);
+    return edge;
 }
 
 TopoMeshFace TopoMesh::makeFace() { return append(m_faces, TopoMeshFace(m_faceArena.make())); }
@@ -72,16 +76,16 @@ TopoMeshFace TopoMesh::makeFace() { return append(m_faces, TopoMeshFace(m_faceAr
 void TopoMesh::removeVertex(TopoMeshVertex v)
 {
     v->edge = {};
+    v->numOutgoing = -1;
     unlink(m_vertices, v);
 }
 
-/// A half-edge without a face is a removed one.
 void TopoMesh::removeEdge(TopoMeshEdge e)
 {
     if (e->twin) unpair(e);
     ++m_numOpenings;
     e->face = {};
-    --e->origin->numOutgoing;
+    detach(e);
     unlink(m_edges, e);
 }
 
@@ -98,42 +102,57 @@ void TopoMesh::unpair(TopoMeshEdge e)
     ++m_numOpenings;
 }
 
+/// Puts a half-edge in front of those that leave its origin; the only one becomes the vertex's `edge`.
+void TopoMesh::attach(TopoMeshEdge e)
+{
+    const TopoMeshVertex v = e->origin;
+    const int number = e.number();
+    e->outPrev = -1;
+    e->outNext = v->firstOut;
+    if (v->linkedBack && v->firstOut >= 0) TopoBlock::numbered(e.record(), v->firstOut)->outPrev = number;
+    v->firstOut = number;
+    if (!v->edge) v->edge = e;
+    ++v->numOutgoing;
+}
+
+/// Takes a half-edge from among those that leave its origin. The vertex's `edge`, if it was this one, becomes another.
+void TopoMesh::detach(TopoMeshEdge e)
+{
+    const TopoMeshVertex v = e->origin;
+    if (v->firstOut == e.number()) {
+        v->firstOut = e->outNext;
+    } else {
+        if (!v->linkedBack) linkBack(v);
+        TopoBlock::numbered(e.record(), e->outPrev)->outNext = e->outNext;
+    }
+    if (v->linkedBack && e->outNext >= 0) TopoBlock::numbered(e.record(), e->outNext)->outPrev = e->outPrev;
+    --v->numOutgoing;
+    if (v->edge != e) return;
+    v->edge = v->firstOut < 0 ? TopoMeshEdge() : TopoMeshEdge(TopoBlock::numbered(e.record(), v->firstOut));
+    v->closedAt = ~0u;
+}
+
+void TopoMesh::linkBack(TopoMeshVertex v)
+{
+    int before = -1;
+    for (const TopoMeshEdge e : outgoingOf(v)) {
+        e->outPrev = before;
+        before = e.number();
+    }
+    v->linkedBack = true;
+}
+
 void TopoMesh::setOrigin(TopoMeshEdge e, TopoMeshVertex origin)
 {
-    --e->origin->numOutgoing;
+    detach(e);
     e->origin = origin;
-    ++origin->numOutgoing;
-}
-
-/// Makes sure that a vertex' `edge` is a living outgoing half-edge: the one that it has, one of those offered, or,
-/// where fans only touched at the vertex and this one is gone, one of another fan. Null for a vertex without any.
-void TopoMesh::ensureEdge(TopoMeshVertex v, TopoMeshEdge first, TopoMeshEdge second)
-{
-    const auto leaves = [&](TopoMeshEdge e) { return e && e->face && e->origin == v; };
-    if (leaves(v->edge)) return;
-    v->edge = leaves(first) ? first : leaves(second) ? second : TopoMeshEdge();
-    if (v->edge || v->numOutgoing == 0) return;
-    v->edge = m_edges.first;
-    while (v->edge->origin != v) v->edge = v->edge->listNext;
-}
-
-/// All outgoing half-edges, of fans that touch only here as well.
-zn::vector<TopoMeshEdge> TopoMesh::outgoing(TopoMeshVertex v) const
-{
-    zn::vector<TopoMeshEdge> found;
-    if (!v->edge) return found;
-    forFan(v->edge, [&](TopoMeshEdge e) { found.append(e); });
-    if (found.size() == v->numOutgoing) return found;
-    found.clear();
-    for (TopoMeshEdge e = m_edges.first; e; e = e->listNext)
-        if (e->origin == v) found.append(e);
-    return found;
+    attach(e);
 }
 
 // Building
 
-/// The half-edge without a twin that leaves a vertex in the fan of its `edge`, or null. The vertex' `edge` becomes that
-/// half-edge, so that it is found at once the next time; a fan that is closed is not walked twice.
+/// The half-edge without a twin that leaves a vertex in the fan of its `edge`, or null. The vertex's `edge` becomes
+/// that half-edge, so that it is found at once the next time; a fan that is closed is not walked twice.
 inline TopoMeshEdge TopoMesh::openEnd(TopoMeshVertex v)
 {
     if (!v->edge || v->closedAt == m_numOpenings) return {};
@@ -150,25 +169,26 @@ TopoMeshFace TopoMesh::makeFace(const TopoMeshVertex* vertices, int count)
     for (int i = 0; i < count; ++i) znUtil::prefetch(vertices[i].record());
     for (int i = 0; i < count; ++i) znUtil::prefetch(vertices[i]->edge.record());
     const TopoMeshFace face = makeFace();
-    const TopoMeshEdge first = makeEdge(vertices[0], face);
+    const TopoMeshEdge first = makeLooseEdge(vertices[0], face);
     face->edge = first;
     TopoMeshEdge last = first;
     for (int i = 1; i < count; ++i) {
-        const TopoMeshEdge e = makeEdge(vertices[i], face);
+        const TopoMeshEdge e = makeLooseEdge(vertices[i], face);
         link(last, e);
         last = e;
     }
     link(last, first);
-
-    TopoMeshEdge e = first;
-    for (int i = 0; i < count; ++i, e = e->next) {
-        // A face that has a vertex twice may find its own half-edges.
-        const TopoMeshEdge back = e->twin ? TopoMeshEdge() : openEnd(vertices[i + 1 < count ? i + 1 : 0]);
-        if (back && back != e && endOf(back) == vertices[i]) setTwins(back, e);
-    }
-    for (int i = 0; i < count; ++i, e = e->next)
-        if (!vertices[i]->edge) vertices[i]->edge = e;
+    for (const TopoMeshEdge e : sidesOf(face)) pairWithOpen(e);
+    for (const TopoMeshEdge e : sidesOf(face)) attach(e);
     return face;
+}
+
+/// Pairs a new half-edge with the open one in the fan of its end's `edge`, if that runs the other way. In a face that
+/// has a vertex twice that may be one of its own, and half-edges paired before come by again.
+inline void TopoMesh::pairWithOpen(TopoMeshEdge e)
+{
+    const TopoMeshEdge back = e->twin ? TopoMeshEdge() : openEnd(endOf(e));
+    if (back && back != e && endOf(back) == e->origin) setTwins(back, e);
 }
 
 TopoMeshFace TopoMesh::allocTriangle(TopoMeshVertex a, TopoMeshVertex b, TopoMeshVertex c)
@@ -202,14 +222,17 @@ void TopoMesh::setTwins(TopoMeshEdge a, TopoMeshEdge b)
 
 TopoMeshEdge TopoMesh::findEdge(TopoMeshVertex a, TopoMeshVertex b)
 {
-    for (TopoMeshEdge e = a->edge; e;) {
-        if (endOf(e) == b) return e;
-        e = nextAround(e);
-        if (e == a->edge) return {};
-    }
-    for (TopoMeshEdge e = a->edge ? prevAround(a->edge) : a->edge; e && e != a->edge; e = prevAround(e))
+    for (const TopoMeshEdge e : outgoingOf(a))
         if (endOf(e) == b) return e;
     return {};
+}
+
+bool areJoined(TopoMeshVertex a, TopoMeshVertex b)
+{
+    if (b.valence() < a.valence()) std::swap(a, b);
+    for (const TopoMeshEdge e : outgoingOf(a))
+        if (endOf(e) == b || e->prev->origin == b) return true;
+    return false;
 }
 
 } // namespace znGeom

@@ -29,14 +29,21 @@ private:
 /// Vertices, half-edges and faces in three lists, in order of creation; new elements come last. Faces are polygons of
 /// three sides or more. There are no half-edges outside faces: a boundary is the absence of a twin.
 ///
-/// Elements are named by handles and read directly (`edge->next->origin`); only the operations here write. No element
-/// ever moves, and no record is used a second time while the mesh lives. Handles are trusted: an operation that is
-/// asked something impossible and has a `bool` result says false and changes nothing; what the others ask for is said
-/// with each. Operations tell nobody; who edits calls `modified` once at the end.
+/// Elements are named by handles and read directly (`edge->next->origin`) or by the walks of `topo_walks.h`; only the
+/// operations here write. No element ever moves, and no record is used a second time while the mesh lives. Handles are
+/// trusted: an operation that is asked something impossible and has a `bool` result says false and changes nothing;
+/// what the others ask for is said with each. Every operation copes with every mesh that the others can make: edges of
+/// three faces and more, twins that run the same way, faces that meet themselves, edges that end where they begin.
+/// Operations notify nobody; whoever edits calls `modified` once at the end.
 ///
-/// At a vertex where fans of faces touch without sharing an edge, walks see the fan of the vertex's `edge`; the edits
-/// that merge or remove vertices see them all. A mesh is used by one thread at a time; different meshes are
-/// independent. A half-edge takes 64 bytes and a triangle mesh about 80 bytes a half-edge in all.
+/// Fans of faces that touch at a vertex without sharing an edge are seen by all operations.
+/// `TopoMeshEdgeVertexIterator`, `fanOf` and the boundary walks see one fan: that of the vertex's `edge`, if nothing
+/// else is said.
+///
+/// The valence of a vertex counts its faces in all fans. No operation costs more than is said with it, whatever the
+/// size of the mesh; collapses, swaps and deletions take no memory. A mesh is used by one thread at a time; different
+/// meshes are independent. A half-edge takes 64 bytes and a triangle mesh about 80 bytes a half-edge in all; a metadata
+/// slot takes 16 bytes an element once it is written.
 class ZNGEOM_API TopoMesh : public Entity
 {
 public:
@@ -71,45 +78,74 @@ public:
     void setTwins(TopoMeshEdge a, TopoMeshEdge b);
     void setPoint(TopoMeshVertex vertex, const znLinear::Point& point) { vertex->point = point; }
 
-    /// The half-edge from `a` to `b`, or null: direction matters. Looks round `a`.
+    /// A half-edge from `a` to `b`, or null: direction matters. Linear in the valence of `a`.
     static TopoMeshEdge findEdge(TopoMeshVertex a, TopoMeshVertex b);
 
-    // Edges
+    // Swapping and subdividing
     /// Turns the diagonal of two triangles. `e` then names the other diagonal; both half-edges, both faces and the four
     /// sides keep their handles, and a face's first half-edge keeps its place counted from the diagonal. False when
     /// there is no twin, a face is no triangle, or the other diagonal exists already or would join a vertex to itself.
+    /// Linear in the smaller valence of the two opposite corners.
     ///
     /// It is its own inverse: the diagonal turns counter-clockwise when the first of the four vertices is one of its
     /// ends, clockwise otherwise. An end whose `edge` left it gets the half-edge that follows in the order of
     /// `TopoMeshEdgeVertexIterator`.
     bool swapEdge(TopoMeshEdge e);
+    /// A new vertex on an edge. `e` keeps its origin and its twin, which now starts at the new vertex; the pair from
+    /// there to the old end is new. The faces gain a side each. Constant.
+    TopoMeshVertex subdivideEdge(TopoMeshEdge e, const znLinear::Point& point);
+    /// Cuts a face from its vertex `a` to its vertex `b`. `f` keeps the sides from b round to a; the new face gets the
+    /// rest and the way back. Linear in the sides.
+    /// \return the new half-edge from a to b, which lies in `f`; null, and no change, when the two are the same or
+    ///         neighbours in the face
+    TopoMeshEdge subdivideFace(TopoMeshFace f, TopoMeshVertex a, TopoMeshVertex b);
+    /// The same along a path of new vertices at the given points, first to last from a to b; the vertices may then be
+    /// neighbours.
+    /// \return the new face
+    TopoMeshFace subdivideFace(TopoMeshFace f, TopoMeshVertex a, TopoMeshVertex b,
+                               const zn::vector<znLinear::Point>& points);
+    /// A new vertex inside a face, joined to all its corners. `f` keeps its first half-edge. Linear in the sides.
+    /// \return the new vertex
+    TopoMeshVertex subdivideFace(TopoMeshFace f, const znLinear::Point& point);
+
+    // Collapsing
     /// Merges the two ends of an edge into its end vertex and returns that; its position stays. A triangle on the edge
-    /// goes, a larger face loses a side.
+    /// goes, a larger face loses a side. Linear in the valence of the origin.
     ///
     /// Where a triangle goes, its other two sides become one: the twin of the side before `e` keeps its handle and gets
     /// a new twin, the twin of the side after `e` goes and its place is taken by another record. A side without a twin
     /// leaves the other one on the boundary; corners that lose their last face stay as isolated vertices. All other
-    /// half-edges keep their handles.
+    /// half-edges keep their handles. A further edge between the two ends becomes one that ends where it begins.
     TopoMeshVertex collapseEdge(TopoMeshEdge e);
     /// Contracts a boundary half-edge into its end: its face goes, the end keeps its handle and position. The outer
     /// sides join as in `collapseEdge`.
     TopoMeshVertex contractEdge(TopoMeshEdge e) { return collapseEdge(e); }
-    /// Removes an edge and merges its faces into the face of `e`. False when there is no twin, when both sides are the
-    /// same face, or when the halves run the same way.
-    bool deleteEdge(TopoMeshEdge e);
-    /// A new vertex on an edge. `e` keeps its origin and its twin, which now starts at the new vertex; the pair from
-    /// there to the old end is new. The faces gain a side each.
-    TopoMeshVertex subdivideEdge(TopoMeshEdge e, const znLinear::Point& point);
-    /// Parts an edge: both halves become boundary, and both ends are divided where that separates their fans. The
-    /// handles stay on the side of `e`. Nothing happens on a boundary half-edge.
-    void splitEdge(TopoMeshEdge e);
+    /// Whether collapsing an edge of triangles keeps the surface what it is topologically: the link test of Dey,
+    /// Edelsbrunner, Guha and Nekhayev, "Topology preserving edge contraction" (1999). False when the ends have another
+    /// neighbour in common than the third corners of the edge's faces, when these corners are one vertex, when an edge
+    /// inside the mesh joins two boundary vertices (but for the tip of an ear), and for an edge that ends where it
+    /// begins, lies twice in one face, or has halves that run the same way. Looks at the neighbours of the origin, and
+    /// for each round the vertex of smaller valence.
+    static bool canCollapse(TopoMeshEdge e);
 
-    // Vertices
+    // Deleting
     /// Removes a vertex with all its faces and leaves one face over the ring of its neighbours, whose half-edges keep
-    /// their handles. At a boundary vertex a new boundary half-edge closes the ring.
+    /// their handles. At a boundary vertex a new boundary half-edge closes the ring. Of fans that only touch here the
+    /// one of the vertex's `edge` gets the new face; the faces of the others go. Linear in the sides of the faces here.
     /// \return the new face; null for an isolated vertex, at a boundary vertex of a single face, where the ring has two
     ///         sides only, which are then joined, and where a face meets the vertex twice
     TopoMeshFace deleteVertex(TopoMeshVertex v);
+    /// Removes an edge and merges its faces into the face of `e`. False when there is no twin, when both sides are the
+    /// same face, or when the halves run the same way. Linear in the sides of the face across.
+    bool deleteEdge(TopoMeshEdge e);
+    /// Removes a face; its neighbours' half-edges become boundary, its vertices stay. Linear in its sides.
+    void deleteFace(TopoMeshFace f);
+
+    // Seams
+    /// Parts an edge: both halves become boundary, and both ends are divided where that separates their fans. The
+    /// handles stay on the side of `e`. Nothing happens on a boundary half-edge. Linear in the valence of the ends, as
+    /// the following ones.
+    void splitEdge(TopoMeshEdge e);
     /// Cuts the fan of a boundary vertex along an outgoing half-edge: it and its twin become boundary, and the side of
     /// the twin gets a copy of the vertex. The far end stays whole.
     /// \return the copy; null when there was nothing to cut
@@ -118,23 +154,9 @@ public:
     /// boundary, and the side across from them gets a copy of the vertex. The far ends stay whole.
     void splitVertex(TopoMeshEdge in, TopoMeshEdge out);
     /// Joins two boundary half-edges as twins: the end of `b` becomes the origin of `a`, the origin of `b` the end of
-    /// `a`. The vertices of `a` survive, with their positions. Nothing happens when the two belong to one face or when
-    /// an end would meet itself.
+    /// `a`. The vertices of `a` survive, with their positions; where the two become one, one of them does. The two may
+    /// belong to one face: a quad becomes a tube. Nothing happens when one of them has a twin or both are the same.
     void mergeVertices(TopoMeshEdge a, TopoMeshEdge b);
-
-    // Faces
-    /// Removes a face; its neighbours' half-edges become boundary, its vertices stay.
-    void deleteFace(TopoMeshFace f);
-    /// Cuts a face from its vertex `a` to its vertex `b`, which are no neighbours in it. `f` keeps the sides from b
-    /// round to a; the new face gets the rest and the way back.
-    /// \return the new half-edge from a to b, which lies in `f`
-    TopoMeshEdge subdivideFace(TopoMeshFace f, TopoMeshVertex a, TopoMeshVertex b);
-    /// The same along a path of new vertices at the given points, first to last from a to b; the vertices may then be
-    /// neighbours. \return the new face
-    TopoMeshFace subdivideFace(TopoMeshFace f, TopoMeshVertex a, TopoMeshVertex b,
-                               const zn::vector<znLinear::Point>& points);
-    /// A new vertex inside a face, joined to all its corners. `f` keeps its first half-edge. \return the new vertex
-    TopoMeshVertex subdivideFace(TopoMeshFace f, const znLinear::Point& point);
 
     /// Tells the listeners.
     void modified(TopoMeshModification& modification) { sendMessage(modification); }
@@ -147,6 +169,7 @@ private:
         int count = 0;
     };
 
+    TopoMeshEdge makeLooseEdge(TopoMeshVertex origin, TopoMeshFace face);
     TopoMeshEdge makeEdge(TopoMeshVertex origin, TopoMeshFace face);
     TopoMeshFace makeFace();
     TopoMeshFace makeFace(const TopoMeshVertex* vertices, int count);
@@ -154,16 +177,18 @@ private:
     void removeEdge(TopoMeshEdge e);
     void removeFace(TopoMeshFace f);
     void unpair(TopoMeshEdge e);
+    void attach(TopoMeshEdge e);
+    void detach(TopoMeshEdge e);
+    void linkBack(TopoMeshVertex v);
     void setOrigin(TopoMeshEdge e, TopoMeshVertex origin);
     TopoMeshEdge openEnd(TopoMeshVertex v);
-    void ensureEdge(TopoMeshVertex v, TopoMeshEdge first = {}, TopoMeshEdge second = {});
-    zn::vector<TopoMeshEdge> outgoing(TopoMeshVertex v) const;
-    TopoMeshEdge collapseSide(TopoMeshEdge e);
-    TopoMeshEdge closeTriangle(TopoMeshEdge e);
-    zn::vector<TopoMeshEdge> isolateFan(TopoMeshVertex v);
-    TopoMeshFace closeRing(const zn::vector<TopoMeshEdge>& ring, bool open);
+    void pairWithOpen(TopoMeshEdge e);
     void mergeInto(TopoMeshVertex survivor, TopoMeshVertex dying);
-    TopoMeshVertex divideFan(TopoMeshEdge kept, TopoMeshEdge moved);
+    void dropSide(TopoMeshEdge e);
+    void zipSides(TopoMeshEdge after, TopoMeshEdge before);
+    TopoMeshVertex divideVertex(TopoMeshEdge kept, TopoMeshEdge moved);
+    TopoMeshFace replaceFan(TopoMeshEdge fan);
+    void closeShortRing(TopoMeshEdge first, int size);
     TopoMeshFace cutFace(TopoMeshEdge fromA, TopoMeshEdge fromB, const zn::vector<znLinear::Point>& points);
 
     TopoArena<TopoMeshVertexRecord> m_vertexArena;

@@ -1,6 +1,6 @@
 #include "znGeom/topology/topo_point.h"
 
-#include "znGeom/topology/internal/fan.h"
+#include "znGeom/topology/topo_walks.h"
 
 namespace znGeom {
 
@@ -153,16 +153,16 @@ bool TopoMeshPoint::onBoundary() const
 TopoMeshFace TopoMeshPoint::adjacent(const TopoMeshPoint& other) const
 {
     if (coord.face && isOn(coord.face, other)) return coord.face;
-    TopoMeshFace found;
-    const auto consider = [&](TopoMeshFace face) {
-        if (!found && isOn(face, other)) found = face;
-    };
     if (kind == OnEdge) {
-        consider(edge->face);
-        if (edge->twin) consider(edge->twin->face);
+        if (isOn(edge->face, other)) return edge->face;
+        if (edge->twin && isOn(edge->twin->face, other)) return edge->twin->face;
     }
-    if (kind == AtVertex && vertex->edge) forFan(vertex->edge, [&](TopoMeshEdge e) { consider(e->face); });
-    return found;
+    if (kind != AtVertex) return {};
+    for (const TopoMeshEdge e : fanOf(vertex))
+        if (isOn(e->face, other)) return e->face;
+    for (const TopoMeshEdge e : outgoingOf(vertex))
+        if (isOn(e->face, other)) return e->face;
+    return {};
 }
 
 void TopoMeshPoint::getEdgeWeights(double& originWeight, double& endWeight) const

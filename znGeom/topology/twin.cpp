@@ -6,6 +6,7 @@
 #include "znGeom/foundation/output/debug_channel.h"
 #include "znGeom/foundation/output/stop_watch.h"
 #include "znGeom/foundation/threads/radix_sort.h"
+#include "znGeom/topology/topo_walks.h"
 
 namespace znGeom {
 
@@ -21,17 +22,13 @@ struct OpenEdge
 zn::vector<OpenEdge> collectOpenEdges(const TopoMesh& mesh)
 {
     zn::vector<OpenEdge> open;
-    for (TopoMeshFace face = mesh.firstFace(); face; face = face->next) {
-        TopoMeshEdge e = face->edge;
-        do {
-            if (!e->twin) {
-                const auto a = static_cast<std::uint32_t>(e->origin.number());
-                const auto b = static_cast<std::uint32_t>(e->next->origin.number());
-                open.append({std::min(a, b), std::max(a, b), e});
-            }
-            e = e->next;
-        } while (e != face->edge);
-    }
+    for (const TopoMeshFace face : facesOf(mesh))
+        for (const TopoMeshEdge e : sidesOf(face)) {
+            if (e->twin) continue;
+            const auto a = static_cast<std::uint32_t>(e->origin.number());
+            const auto b = static_cast<std::uint32_t>(endOf(e).number());
+            open.append({std::min(a, b), std::max(a, b), e});
+        }
     return open;
 }
 

@@ -5,6 +5,8 @@
 #include <limits>
 #include <stdexcept>
 
+#include "znGeom/foundation/machine/language.h"
+
 namespace zn {
 
 /// A size as `int`. One that does not fit fails as the standard containers fail: with `std::length_error`.

@@ -4,6 +4,8 @@
 #include <list>
 #include <utility>
 
+#include "znGeom/foundation/machine/language.h"
+
 namespace zn {
 
 /// A face over `std::list`, circular around a sentinel. A `Node` names one place: `next()` and `prev()` walk, `value()`

@@ -7,6 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "znGeom/foundation/machine/language.h"
+
 namespace zn {
 
 /// A face over `std::vector` with `int` sizes. Elements are always addressable: a `zn::vector<bool>` holds real bools,

@@ -24,7 +24,7 @@ struct AffineMatrixT
              sizeof(T)) constexpr AffineMatrixT(const AffineMatrixT<U>& other) requires(!std::is_same_v<T, U>)
     {
         for (int row = 0; row < 4; ++row)
-            for (int column = 0; column < 3; ++column) m[row][column] = static_cast<T>(other.m[row][column]);
+            for (int column = 0; column < 3; ++column) m[row][column] = inPrecision<T>(other.m[row][column]);
     }
 
     static constexpr AffineMatrixT identity() { return AffineMatrixT(); }

@@ -25,7 +25,7 @@ struct BoundingBox
     /// The same, narrowed.
     explicit constexpr BoundingBox(const double* point)
     {
-        setPoint(static_cast<float>(point[0]), static_cast<float>(point[1]), static_cast<float>(point[2]));
+        setPoint(znLinear::narrow(point[0]), znLinear::narrow(point[1]), znLinear::narrow(point[2]));
     }
     /// The cube of edge 2 * `halfSize` about a point.
     constexpr BoundingBox(const float* centre, float halfSize) : BoundingBox(centre) { extend(halfSize); }

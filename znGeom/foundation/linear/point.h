@@ -20,7 +20,7 @@ struct Point2T
     /// Widening is implicit, narrowing is asked for.
     template <typename U>
     explicit(sizeof(U) > sizeof(T)) constexpr Point2T(const Point2T<U>& other) requires(!std::is_same_v<T, U>)
-        : x(static_cast<T>(other.x)), y(static_cast<T>(other.y))
+        : x(inPrecision<T>(other.x)), y(inPrecision<T>(other.y))
     {}
 
     constexpr T& operator[](int axis) { return axis == 0 ? x : y; }
@@ -58,7 +58,7 @@ struct PointT
     /// Widening is implicit, narrowing is asked for.
     template <typename U>
     explicit(sizeof(U) > sizeof(T)) constexpr PointT(const PointT<U>& other) requires(!std::is_same_v<T, U>)
-        : x(static_cast<T>(other.x)), y(static_cast<T>(other.y)), z(static_cast<T>(other.z))
+        : x(inPrecision<T>(other.x)), y(inPrecision<T>(other.y)), z(inPrecision<T>(other.z))
     {}
 
     constexpr T& operator[](int axis) { return axis == 0 ? x : axis == 1 ? y : z; }

@@ -29,7 +29,7 @@ struct ProjMatrixT
     template <typename U>
     explicit(sizeof(U) > sizeof(T)) constexpr ProjMatrixT(const ProjMatrixT<U>& other) requires(!std::is_same_v<T, U>)
     {
-        for (int i = 0; i < 16; ++i) m[i / 4][i % 4] = static_cast<T>(other.m[i / 4][i % 4]);
+        for (int i = 0; i < 16; ++i) m[i / 4][i % 4] = inPrecision<T>(other.m[i / 4][i % 4]);
     }
 
     constexpr T* operator[](int row) { return m[row]; }

@@ -9,6 +9,7 @@
 #include <limits>
 #include <type_traits>
 
+#include "znGeom/foundation/linear/narrow.h"
 #include "znGeom/foundation/linear/tolerance.h"
 
 namespace znLinear {
@@ -46,7 +47,7 @@ struct VectorT
     /// Widening is implicit, narrowing is asked for.
     template <typename U>
     explicit(sizeof(U) > sizeof(T)) constexpr VectorT(const VectorT<U>& other) requires(!std::is_same_v<T, U>)
-        : dx(static_cast<T>(other.dx)), dy(static_cast<T>(other.dy)), dz(static_cast<T>(other.dz))
+        : dx(inPrecision<T>(other.dx)), dy(inPrecision<T>(other.dy)), dz(inPrecision<T>(other.dz))
     {}
 
     constexpr T& operator[](int axis) { return axis == 0 ? dx : axis == 1 ? dy : dz; }
@@ -187,7 +188,7 @@ struct Vector2T
 
     template <typename U>
     explicit(sizeof(U) > sizeof(T)) constexpr Vector2T(const Vector2T<U>& other) requires(!std::is_same_v<T, U>)
-        : dx(static_cast<T>(other.dx)), dy(static_cast<T>(other.dy))
+        : dx(inPrecision<T>(other.dx)), dy(inPrecision<T>(other.dy))
     {}
 
     constexpr T& operator[](int axis) { return axis == 0 ? dx : dy; }

@@ -1,6 +1,8 @@
 /// A hint to the processor that some memory will be needed soon.
 #pragma once
 
+#include "znGeom/foundation/machine/language.h"
+
 namespace znUtil {
 
 /// Starts loading the cache line of `address`, which need not be valid. Worth its cost in loops that reach memory by

@@ -40,7 +40,7 @@ CompactMesh::CompactMesh(int numVertices, const MeshVertex* vertices, const Mesh
     }
     if (colours) {
         float* values = allocAttributes(ColoursName, 4)->asFloat();
-        std::copy_n(reinterpret_cast<const float*>(colours), 4 * numVertices, values);
+        std::copy_n(reinterpret_cast<const float*>(colours), 4 * static_cast<size_t>(numVertices), values);
     }
 }
 
@@ -109,8 +109,8 @@ void CompactMesh::resizeTriangleNormals()
     const int numNormals = m_triangleNormals.size(), numTriangles = getNumTriangles();
     if (numNormals == 0 || numNormals == numTriangles) return;
     m_triangleNormals.resize(numTriangles);
-    if (numTriangles > numNormals)
-        std::fill_n(getTriangleNormalsRaw() + 3 * numNormals, 3 * (numTriangles - numNormals), 0.0f);
+    MeshNormal* normals = m_triangleNormals.write();
+    if (numTriangles > numNormals) std::fill(normals + numNormals, normals + numTriangles, MeshNormal{0, 0, 0});
 }
 
 void CompactMesh::copyTriangles(int numTriangles, const int* corners)

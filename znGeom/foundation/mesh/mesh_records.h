@@ -1,6 +1,7 @@
 /// The element records of a mesh: plain data, whose arrays are read as flat `float` and `int` arrays.
 #pragma once
 
+#include <cmath>
 #include <type_traits>
 
 #include "znGeom/foundation/linear/affine_matrix.h"
@@ -16,8 +17,17 @@ struct MeshVertex
     znLinear::PointFlt asPointFlt() const { return {x, y, z}; }
     void set(float x_, float y_, float z_) { x = x_, y = y_, z = z_; }
     void set(const float* values) { set(values[0], values[1], values[2]); }
-    void set(const double* values) { set(float(values[0]), float(values[1]), float(values[2])); }
+    void set(const double* values)
+    {
+        set(znLinear::narrow(values[0]), znLinear::narrow(values[1]), znLinear::narrow(values[2]));
+    }
 };
+
+/// Whether all three coordinates are numbers and not infinite.
+inline bool isFinite(const MeshVertex& vertex)
+{
+    return std::isfinite(vertex.x) && std::isfinite(vertex.y) && std::isfinite(vertex.z);
+}
 
 struct MeshNormal
 {
@@ -25,7 +35,10 @@ struct MeshNormal
 
     znLinear::Vector asVector() const { return {double(x), double(y), double(z)}; }
     void set(float x_, float y_, float z_) { x = x_, y = y_, z = z_; }
-    MeshNormal& operator=(const znLinear::Normal& n) { return set(float(n.dx), float(n.dy), float(n.dz)), *this; }
+    MeshNormal& operator=(const znLinear::Normal& n)
+    {
+        return set(znLinear::narrow(n.dx), znLinear::narrow(n.dy), znLinear::narrow(n.dz)), *this;
+    }
 };
 
 struct MeshUV
@@ -33,7 +46,7 @@ struct MeshUV
     float u, v;
 
     void set(float u_, float v_) { u = u_, v = v_; }
-    void set(const double& u_, const double& v_) { u = float(u_), v = float(v_); }
+    void set(const double& u_, const double& v_) { u = znLinear::narrow(u_), v = znLinear::narrow(v_); }
 };
 
 /// Three vertex indices, counter-clockwise seen from the front.

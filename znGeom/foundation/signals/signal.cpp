@@ -1,5 +1,7 @@
 #include "znGeom/foundation/signals/signal.h"
 
+#include <utility>
+
 namespace znRTB {
 
 FunctionBase::~FunctionBase() = default;
@@ -28,11 +30,10 @@ void Connection::unlock()
 
 void Connection::leaveClient()
 {
-    if (!m_client) return;
-    Connection** link = &m_client->m_first;
-    while (*link != this) link = &(*link)->m_nextOfClient;
-    *link = m_nextOfClient;
-    m_client = nullptr;
+    if (!m_linkOfClient) return;
+    *m_linkOfClient = m_nextOfClient;
+    if (m_nextOfClient) m_nextOfClient->m_linkOfClient = m_linkOfClient;
+    m_linkOfClient = nullptr;
 }
 
 SignalClient::~SignalClient() { disconnectAll(); }
@@ -58,15 +59,16 @@ Connection* SignalBase::addCallback(FunctionBase* function)
 {
     Connection* connection = new Connection(this, function);
     (m_last ? m_last->m_next : m_first) = connection;
-    m_last = connection;
+    connection->m_previous = std::exchange(m_last, connection);
     return connection;
 }
 
 Connection* SignalBase::addCallback(FunctionBase* function, SignalClient& client)
 {
     Connection* connection = addCallback(function);
-    connection->m_client = &client;
+    connection->m_linkOfClient = &client.m_first;
     connection->m_nextOfClient = client.m_first;
+    if (client.m_first) client.m_first->m_linkOfClient = &connection->m_nextOfClient;
     client.m_first = connection;
     return connection;
 }
@@ -80,10 +82,9 @@ bool SignalBase::isConnected() const
 
 void SignalBase::erase(Connection* connection)
 {
-    Connection* before = nullptr;
-    for (Connection* c = m_first; c != connection; c = c->m_next) before = c;
-    (before ? before->m_next : m_first) = connection->m_next;
-    if (m_last == connection) m_last = before;
+    Connection *previous = connection->m_previous, *next = connection->m_next;
+    (previous ? previous->m_next : m_first) = next;
+    (next ? next->m_previous : m_last) = previous;
 }
 
 SignalBase::Emission::Emission(SignalBase& signal)

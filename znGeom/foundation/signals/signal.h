@@ -5,7 +5,9 @@
 /// clients belong to one thread at a time.
 #pragma once
 
+#include <concepts>
 #include <memory>
+#include <utility>
 
 #include "znGeom/foundation/machine/export.h"
 
@@ -88,6 +90,18 @@ private:
     Function m_function;
 };
 
+/// Calls a lambda, or whatever else takes the arguments; holds it by value.
+template <typename Base, typename Call, typename... Arguments>
+class FunctionCall : public Base
+{
+public:
+    explicit FunctionCall(Call call) : m_call(std::move(call)) {}
+    void operator()(Arguments... arguments) override { m_call(static_cast<Arguments>(arguments)...); }
+
+private:
+    Call m_call;
+};
+
 /// One function on one signal, owned by the signal. A pointer to it is good until `disconnect`, or until the signal or
 /// the client dies.
 class ZNGEOM_API Connection
@@ -121,15 +135,17 @@ private:
 
     SignalBase* m_signal; ///< null once the signal is gone
     std::unique_ptr<FunctionBase> m_function;
-    Connection* m_next = nullptr;         ///< in the signal's list
-    SignalClient* m_client = nullptr;     ///< null for a connection that nobody ends
-    Connection* m_nextOfClient = nullptr; ///< in the client's list
-    int m_locks = 0;                      ///< emissions that stand at this item
+    Connection* m_next = nullptr; ///< in the signal's list
+    Connection* m_previous = nullptr;
+    Connection* m_nextOfClient = nullptr;  ///< in the client's list
+    Connection** m_linkOfClient = nullptr; ///< what points here in that list; null when no client ends this connection
+    int m_locks = 0;                       ///< emissions that stand at this item
     bool m_blocked = false;
     bool m_removing = false;
 };
 
-/// Base of a listener: its connections end with it. A copy of a listener has none.
+/// Base of a listener: its connections end with it. A copy of a listener has none. Whichever side ends a connection, it
+/// costs the same however many there are.
 class ZNGEOM_API SignalClient
 {
 public:
@@ -212,6 +228,19 @@ public:
         return SignalBase::addCallback(function, client);
     }
 
+    /// Calls a lambda, which is copied. What it refers to must live as long as the connection.
+    template <std::invocable<A> Call>
+    Connection* addCallback(Call call)
+    {
+        return SignalBase::addCallback(new FunctionCall<FunctionArg<A>, Call, A>(std::move(call)));
+    }
+    /// The same; the connection ends with the client.
+    template <std::invocable<A> Call>
+    Connection* addCallback(Call call, SignalClient& client)
+    {
+        return SignalBase::addCallback(new FunctionCall<FunctionArg<A>, Call, A>(std::move(call)), client);
+    }
+
     void emit(A argument)
     {
         emitEach([&argument](FunctionBase& f) { static_cast<FunctionArg<A>&>(f)(static_cast<A>(argument)); });
@@ -227,6 +256,18 @@ public:
     Connection* addCallback(Function2Args<A, B>* function, SignalClient& client)
     {
         return SignalBase::addCallback(function, client);
+    }
+
+    /// Calls a lambda, as above.
+    template <std::invocable<A, B> Call>
+    Connection* addCallback(Call call)
+    {
+        return SignalBase::addCallback(new FunctionCall<Function2Args<A, B>, Call, A, B>(std::move(call)));
+    }
+    template <std::invocable<A, B> Call>
+    Connection* addCallback(Call call, SignalClient& client)
+    {
+        return SignalBase::addCallback(new FunctionCall<Function2Args<A, B>, Call, A, B>(std::move(call)), client);
     }
 
     void emit(A first, B second)

@@ -10,15 +10,11 @@ using znString::IString;
 
 namespace {
 
-#if defined(_WIN32)
-constexpr const char* separators = "/\\:";
-#else
-constexpr const char* separators = "/";
-#endif
+constexpr char separator = '/';
 
 int baseBegin(const CString& path)
 {
-    const size_t at = std::string_view(path.asChar()).find_last_of(separators);
+    const size_t at = std::string_view(path.asChar()).rfind(separator);
     return at == std::string_view::npos ? 0 : static_cast<int>(at) + 1;
 }
 

@@ -7,6 +7,8 @@
 #include <iterator>
 #include <utility>
 
+#include "znGeom/foundation/machine/language.h"
+
 namespace znUtil {
 
 namespace internal {

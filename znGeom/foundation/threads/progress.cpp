@@ -2,23 +2,37 @@
 
 namespace znUtil {
 
+namespace {
+
+/// What is no number counts as nothing.
+double clamped(double fraction) { return fraction > 0 ? (fraction < 1 ? fraction : 1.0) : 0.0; }
+
+} // namespace
+
 void Progress::subPhase(double fraction, Progress& child)
 {
     if (child.m_parent) child.set(1.0);
     child.m_parent = this;
-    child.m_shareBegin = m_allotted;
+    child.m_shareBegin = m_allotted.load(std::memory_order_relaxed);
     child.m_shareSize = fraction;
-    child.m_allotted = 0;
+    child.m_allotted.store(0, std::memory_order_relaxed);
     child.m_fraction.store(0, std::memory_order_relaxed);
-    m_allotted += fraction;
+    m_allotted.store(child.m_shareBegin + fraction, std::memory_order_relaxed);
 }
 
 void Progress::set(double fractionDone)
 {
-    const double fraction = fractionDone > 0 ? (fractionDone < 1 ? fractionDone : 1.0) : 0.0;
+    m_allotted.store(clamped(fractionDone), std::memory_order_relaxed);
+    report(fractionDone);
+}
+
+/// Moves this progress, and with it those above it.
+void Progress::report(double fractionDone)
+{
+    const double fraction = clamped(fractionDone);
     m_fraction.store(fraction, std::memory_order_relaxed);
     notify();
-    if (m_parent) m_parent->set(m_shareBegin + m_shareSize * fraction);
+    if (m_parent) m_parent->report(m_shareBegin + m_shareSize * fraction);
 }
 
 void Progress::setCaption(const char* caption)
@@ -45,7 +59,7 @@ bool Progress::cancelled() const { return root().m_cancelled.load(std::memory_or
 void Progress::reset()
 {
     m_parent = nullptr;
-    m_allotted = 0;
+    m_allotted.store(0, std::memory_order_relaxed);
     m_fraction.store(0, std::memory_order_relaxed);
     m_cancelled.store(false, std::memory_order_relaxed);
     m_caption.clear();

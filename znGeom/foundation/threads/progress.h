@@ -27,8 +27,9 @@ public:
     Progress& operator=(const Progress&) = delete;
 
     /// Binds `child` to the next share of this range: `child.set(1.0)` means that this progress has advanced by
-    /// `fraction`. Shares follow one another whether or not earlier children came to their ends. A child that is bound
-    /// already first gives its parent the rest of its previous share.
+    /// `fraction`. Shares follow one another whether or not earlier children came to their ends; after a `set` the next
+    /// share begins where that put this progress. A child that is bound already first gives its parent the rest of its
+    /// previous share.
     void subPhase(double fraction, Progress& child);
 
     /// How much of this range is done, clamped to [0, 1]. From any thread.
@@ -52,11 +53,12 @@ public:
 private:
     Progress& root();
     const Progress& root() const { return const_cast<Progress*>(this)->root(); }
+    void report(double fractionDone);
     void notify();
 
     Progress* m_parent = nullptr;
     double m_shareBegin = 0, m_shareSize = 0; ///< this object's range within its parent
-    double m_allotted = 0;                    ///< shares already given to children
+    std::atomic<double> m_allotted{0};        ///< where the next child's share begins
     std::atomic<double> m_fraction{0};
     std::atomic<bool> m_cancelled{false};
     std::mutex m_observerMutex;

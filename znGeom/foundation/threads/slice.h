@@ -1,6 +1,8 @@
 /// The rule by which an index range is divided among threads or chunks.
 #pragma once
 
+#include "znGeom/foundation/machine/language.h"
+
 namespace znUtil {
 
 /// One part of [0, count) divided into `parts`: contiguous, in order, the first count mod parts slices one element

@@ -1,6 +1,7 @@
 #include "znGeom/foundation/threads/thread_pool.h"
 
 #include <algorithm>
+#include <chrono>
 #include <exception>
 #include <mutex>
 #include <system_error>
@@ -11,10 +12,14 @@ namespace znUtil {
 
 namespace {
 
-/// How often a thread looks again before it goes to sleep: some tens of microseconds in all, so that loops that follow
-/// one another closely never pay for waking anybody. Between two looks it leaves the memory that it waits for alone:
-/// every look takes it from the thread that is about to write there.
-constexpr int looksBeforeSleep = 64, pausesPerLook = 32;
+/// How long a thread watches before it goes to sleep: loops that follow one another closely never pay for waking
+/// anybody, and no processor is kept busy for longer than this when nothing runs.
+constexpr std::chrono::microseconds watch{40};
+
+/// Between two looks a thread leaves the memory that it waits for alone, as every look takes it from the thread that is
+/// about to write there. A worker looks often, so that a new loop has it soon. The calling thread, at the end of a
+/// loop, begins with short breaks for bodies that are nearly done, and takes longer ones while they go on.
+constexpr int pausesOfWorkers = 4, mostPausesOfCaller = 32;
 
 /// More than any machine has that this runs on.
 constexpr int maxThreads = 1024;
@@ -31,14 +36,21 @@ inline void relax()
 #endif
 }
 
-/// Blocks while `value` equals `old`: awake for a while, then asleep.
+/// Blocks while `value` equals `old`: awake for a while, then asleep. The breaks between looks double up to the
+/// longest.
 template <typename T>
-void waitWhileEqual(const std::atomic<T>& value, T old)
+void waitWhileEqual(const std::atomic<T>& value, T old, int firstPauses, int mostPauses)
 {
-    for (int look = 0; look < looksBeforeSleep; ++look) {
+    using Clock = std::chrono::steady_clock;
+    for (int pauses = firstPauses; pauses < mostPauses; pauses *= 2) {
         if (value.load(std::memory_order_acquire) != old) return;
-        for (int pause = 0; pause < pausesPerLook; ++pause) relax();
+        for (int pause = 0; pause < pauses; ++pause) relax();
     }
+    const Clock::time_point end = Clock::now() + watch;
+    do {
+        if (value.load(std::memory_order_acquire) != old) return;
+        for (int pause = 0; pause < mostPauses; ++pause) relax();
+    } while (Clock::now() < end);
     value.wait(old, std::memory_order_acquire);
 }
 
@@ -110,7 +122,7 @@ public:
         }
         for (int pending = m_pending.load(std::memory_order_acquire); pending != 0;
              pending = m_pending.load(std::memory_order_acquire))
-            waitWhileEqual(m_pending, pending);
+            waitWhileEqual(m_pending, pending, 1, mostPausesOfCaller);
     }
 
 private:
@@ -142,7 +154,13 @@ private:
         for (;;) {
             const unsigned state = m_state.load(std::memory_order_acquire);
             if (m_stop.load(std::memory_order_relaxed)) return;
-            if (!runNextBody() && (state & leftMask) == noneLeft) waitWhileEqual(m_state, state);
+            if ((state & leftMask) == noneLeft) {
+                waitWhileEqual(m_state, state, pausesOfWorkers, pausesOfWorkers);
+                // A tiny loop is over by then, and done sooner by the calling thread alone.
+                relax();
+            } else {
+                runNextBody();
+            }
         }
     }
 
@@ -190,6 +208,7 @@ void ThreadPool::runBodies(ThreadedAlgBase& alg, const Body& body)
     }
     context.failure.rethrow();
     alg.finalize();
+    alg.complete();
 }
 
 void ThreadPool::run(ThreadedChunkAlg& alg)

@@ -37,7 +37,8 @@ public:
     void setProgress(Progress* progress) { m_progress = progress; }
 
     /// How much of its own part a thread has done, 0 to 1. The mean over the threads reaches the `Progress` through
-    /// worker 0, so that its observer is called on the calling thread.
+    /// worker 0, so that its observer is called on the calling thread. When the loop is done, and was not cancelled,
+    /// the `Progress` of one that reported at all is set to 1.
     void updateProgress(int threadIndex, double fraction);
     /// Whether the caller asked to stop.
     bool cancelled(int threadIndex) const;
@@ -45,6 +46,7 @@ public:
 private:
     friend class ThreadPool;
     void prepare(int numThreads);
+    void complete();
 
     Progress* m_progress = nullptr;
     int m_numThreads = 0;

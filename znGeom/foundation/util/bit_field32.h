@@ -4,6 +4,8 @@
 #include <bit>
 #include <cstdint>
 
+#include "znGeom/foundation/machine/language.h"
+
 namespace znUtil {
 
 class BitField32

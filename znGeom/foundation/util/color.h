@@ -1,6 +1,8 @@
 /// `znUtil::Color`: red, green, blue and alpha, 0 to 1.
 #pragma once
 
+#include "znGeom/foundation/machine/language.h"
+
 namespace znUtil {
 
 struct Color

@@ -1,6 +1,8 @@
 /// `znUtil::Transform2d`: scale and offset of texture coordinates.
 #pragma once
 
+#include "znGeom/foundation/machine/language.h"
+
 namespace znUtil {
 
 struct Transform2d

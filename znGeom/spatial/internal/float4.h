@@ -6,8 +6,6 @@
 
 namespace znGeom {
 
-#if defined(__GNUC__)
-
 /// With the operators of its elements, element by element.
 using Float4 = float __attribute__((vector_size(16)));
 using Mask4 = int __attribute__((vector_size(16)));
@@ -34,63 +32,8 @@ inline Float4 pick(int bits, Float4 set, Float4 clear)
                                                     {0, 0, -1, 0}, {-1, 0, -1, 0}, {0, -1, -1, 0}, {-1, -1, -1, 0}};
     Mask4 mask;
     std::memcpy(&mask, masks[bits], sizeof mask);
-    return mask ? set : clear;
+    return reinterpret_cast<Float4>((reinterpret_cast<Mask4>(set) & mask) | (reinterpret_cast<Mask4>(clear) & ~mask));
 }
-
-#else
-
-struct Float4
-{
-    float lanes[4];
-    float& operator[](int i) { return lanes[i]; }
-    float operator[](int i) const { return lanes[i]; }
-};
-
-template <typename Operation>
-Float4 eachLane(const Float4& a, const Float4& b, const Operation& operation)
-{
-    Float4 result;
-    for (int i = 0; i < 4; ++i) result[i] = operation(a[i], b[i]);
-    return result;
-}
-
-inline Float4 operator+(Float4 a, Float4 b)
-{
-    return eachLane(a, b, [](float x, float y) { return x + y; });
-}
-inline Float4 operator-(Float4 a, Float4 b)
-{
-    return eachLane(a, b, [](float x, float y) { return x - y; });
-}
-inline Float4 operator*(Float4 a, Float4 b)
-{
-    return eachLane(a, b, [](float x, float y) { return x * y; });
-}
-inline Float4 lesser(Float4 a, Float4 b)
-{
-    return eachLane(a, b, [](float x, float y) { return x < y ? x : y; });
-}
-inline Float4 greater(Float4 a, Float4 b)
-{
-    return eachLane(a, b, [](float x, float y) { return x > y ? x : y; });
-}
-inline unsigned placesLess(Float4 a, Float4 b)
-{
-    return (a[0] < b[0] ? 1u : 0u) | (a[1] < b[1] ? 2u : 0u) | (a[2] < b[2] ? 4u : 0u);
-}
-inline unsigned placesLessOrEqual(Float4 a, Float4 b)
-{
-    return (a[0] <= b[0] ? 1u : 0u) | (a[1] <= b[1] ? 2u : 0u) | (a[2] <= b[2] ? 4u : 0u);
-}
-inline Float4 pick(int bits, Float4 set, Float4 clear)
-{
-    Float4 result = clear;
-    for (int i = 0; i < 3; ++i)
-        if (bits >> i & 1) result[i] = set[i];
-    return result;
-}
-
-#endif
 
 /// Four numbers from anywhere.
 inline Float4 loadFloat4(const float* from)
@@ -99,6 +42,9 @@ inline Float4 loadFloat4(const float* from)
     std::memcpy(&result, from, sizeof result);
     return result;
 }
+
+/// For those who want three floats.
+inline const float* asFloats(const Float4& numbers) { return reinterpret_cast<const float*>(&numbers); }
 
 /// Over the first three.
 inline float dot(Float4 a, Float4 b)

@@ -1,10 +1,12 @@
 #include "znGeom/spatial/internal/nearest_triangle.h"
 
 #include <algorithm>
+#include <numeric>
 
 #include "znGeom/foundation/machine/prefetch.h"
+#include "znGeom/spatial/internal/triangle_bounds.h"
 
-namespace znGeom {
+namespace znGeom::internal {
 
 namespace {
 
@@ -13,36 +15,35 @@ constexpr int capacity = TriangleBounds::capacity;
 /// How many triangles ahead the corners are asked for.
 constexpr int cornersAhead = 12;
 
-float lesser(float a, float b) { return a < b ? a : b; }
-float greater(float a, float b) { return a > b ? a : b; }
-float clamped(float t) { return lesser(greater(t, 0.0f), 1.0f); }
-
 } // namespace
 
 /// The corners of some triangles as seen from the point, coordinate by coordinate, so that the loops over them are
 /// straight and the compiler takes several at once.
 struct TriangleBounds::Corners
 {
-    float a[3][capacity], b[3][capacity], c[3][capacity];
+    float at[9][capacity];   ///< x, y and z of the first corner, of the second, of the third
+    float reached[capacity]; ///< 1; 0 where a corner lies outside the mesh's box or is no number
 
     Corners(const TriangleBounds& bounds, const int* triangles, int count)
     {
+        // A scale beyond the range of `float` is applied in two steps.
+        const float half = static_cast<float>(std::ldexp(1.0, std::ilogb(bounds.m_frame.scale) / 2));
+        const float rest = static_cast<float>(bounds.m_frame.scale / static_cast<double>(half));
         for (int i = 0; i < std::min(count, cornersAhead); ++i) znUtil::prefetch(&bounds.m_triangles[triangles[i]]);
         for (int i = 0; i < count; ++i) {
             if (i + cornersAhead < count) znUtil::prefetch(&bounds.m_triangles[triangles[i + cornersAhead]]);
-            const MeshTriangle& triangle = bounds.m_triangles[triangles[i]];
-            set(a, i, bounds.m_vertices[triangle[0]], bounds.m_point);
-            set(b, i, bounds.m_vertices[triangle[1]], bounds.m_point);
-            set(c, i, bounds.m_vertices[triangle[2]], bounds.m_point);
+            for (int corner = 0; corner < 3; ++corner) {
+                const float* vertex = &bounds.m_vertices[bounds.m_triangles[triangles[i]][corner]].x;
+                for (int axis = 0; axis < 3; ++axis)
+                    at[3 * corner + axis][i] =
+                        (vertex[axis] - bounds.m_frame.origin[axis]) * half * rest - bounds.m_query.at[axis];
+            }
         }
-    }
-
-private:
-    static void set(float (&corners)[3][capacity], int i, const MeshVertex& vertex, const znLinear::PointFlt& point)
-    {
-        corners[0][i] = vertex.x - point.x;
-        corners[1][i] = vertex.y - point.y;
-        corners[2][i] = vertex.z - point.z;
+        const float limit = static_cast<float>(bounds.m_query.reach * (1 + SearchFrame::margin));
+        for (int i = 0; i < count; ++i) reached[i] = 1;
+        for (const auto& coordinates : at)
+            for (int i = 0; i < count; ++i)
+                reached[i] = (coordinates[i] <= limit) & (coordinates[i] >= -limit) ? reached[i] : 0.0f;
     }
 };
 
@@ -51,13 +52,13 @@ void TriangleBounds::boundByBoxes(const int* triangles, int count, float* lower2
     const Corners corners(*this, triangles, count);
     for (int i = 0; i < count; ++i) lower2[i] = 0;
     for (int axis = 0; axis < 3; ++axis) {
-        const float *a = corners.a[axis], *b = corners.b[axis], *c = corners.c[axis];
+        const float *a = corners.at[axis], *b = corners.at[axis + 3], *c = corners.at[axis + 6];
         for (int i = 0; i < count; ++i) {
-            const float below = lesser(lesser(a[i], b[i]), c[i]), above = -greater(greater(a[i], b[i]), c[i]);
-            const float outside = greater(greater(below, above), 0.0f);
-            lower2[i] += outside * outside;
+            const float distance = outside(0, lesser(lesser(a[i], b[i]), c[i]), greater(greater(a[i], b[i]), c[i]));
+            lower2[i] += distance * distance;
         }
     }
+    for (int i = 0; i < count; ++i) lower2[i] = corners.reached[i] != 0 ? lower2[i] : 0.0f;
 }
 
 float TriangleBounds::nearestCorner2(const int* triangles, int count) const
@@ -65,77 +66,28 @@ float TriangleBounds::nearestCorner2(const int* triangles, int count) const
     const Corners corners(*this, triangles, count);
     float least = std::numeric_limits<float>::infinity();
     for (int i = 0; i < count; ++i) {
-        const auto length2 = [i](const float(&at)[3][capacity]) {
-            return at[0][i] * at[0][i] + at[1][i] * at[1][i] + at[2][i] * at[2][i];
+        const auto length2 = [&corners, i](int corner) {
+            const float x = corners.at[corner][i], y = corners.at[corner + 1][i], z = corners.at[corner + 2][i];
+            return x * x + y * y + z * z;
         };
-        const float a2 = length2(corners.a), b2 = length2(corners.b), c2 = length2(corners.c);
-        // No distance is known to a triangle with a corner that is no number.
-        if (a2 + b2 + c2 < std::numeric_limits<float>::infinity()) least = std::min({least, a2, b2, c2});
+        if (corners.reached[i] != 0) least = std::min({least, length2(0), length2(3), length2(6)});
     }
     return least;
 }
 
-namespace {
-
-/// The products of a triangle's sides from its first corner, and of these with the way from there to the point: all
-/// that it takes to find the nearest place.
-struct SideProducts
-{
-    float bb, bc, cc; ///< of the sides to the second and the third corner
-    float pb, pc;     ///< of these with the way to the point
-};
-
-/// About the nearest place, a + v (b - a) + w (c - a): the foot of the perpendicular when it lies within the triangle,
-/// otherwise the best place of the three sides. Without branches; after Ericson, "Real-Time Collision Detection"
-/// (2005).
-inline void findPlace(const SideProducts& s, float& v, float& w)
-{
-    const auto excess = [&s](float atV, float atW) {
-        return atV * (atV * s.bb + 2 * (atW * s.bc - s.pb)) + atW * (atW * s.cc - 2 * s.pc);
-    };
-    const float onB = clamped(s.pb / s.bb), onC = clamped(s.pc / s.cc);
-    const float across = clamped((s.pc - s.pb + s.bb - s.bc) / (s.bb - 2 * s.bc + s.cc));
-    const float excessB = excess(onB, 0), excessC = excess(0, onC), excessA = excess(1 - across, across);
-    const bool cBest = excessC < excessB;
-    v = cBest ? 0.0f : onB;
-    w = cBest ? onC : 0.0f;
-    const bool acrossBest = excessA < (cBest ? excessC : excessB);
-    v = acrossBest ? 1 - across : v;
-    w = acrossBest ? across : w;
-
-    const float inverse = 1 / (s.bb * s.cc - s.bc * s.bc);
-    const float footV = (s.cc * s.pb - s.bc * s.pc) * inverse, footW = (s.bb * s.pc - s.bc * s.pb) * inverse;
-    const bool within = (footV >= 0) & (footW >= 0) & (footV + footW <= 1);
-    v = within ? footV : v;
-    w = within ? footW : w;
-}
-
-} // namespace
-
 void TriangleBounds::boundByPlanes(const int* triangles, int count, float* lower2) const
 {
     const Corners corners(*this, triangles, count);
-    const auto& [a, b, c] = corners;
     for (int i = 0; i < count; ++i) {
-        SideProducts s{0, 0, 0, 0, 0};
+        SeenTriangle seen;
         for (int axis = 0; axis < 3; ++axis) {
-            const float toB = b[axis][i] - a[axis][i], toC = c[axis][i] - a[axis][i];
-            s.bb += toB * toB, s.bc += toB * toC, s.cc += toC * toC;
-            s.pb -= a[axis][i] * toB, s.pc -= a[axis][i] * toC;
+            seen.a[axis] = corners.at[axis][i];
+            seen.b[axis] = corners.at[axis + 3][i];
+            seen.c[axis] = corners.at[axis + 6][i];
         }
-        float v, w;
-        findPlace(s, v, w);
-        float length2 = 0, alongA = 0, alongB = 0, alongC = 0;
-        for (int axis = 0; axis < 3; ++axis) {
-            const float way = a[axis][i] + v * (b[axis][i] - a[axis][i]) + w * (c[axis][i] - a[axis][i]);
-            length2 += way * way;
-            alongA += way * a[axis][i], alongB += way * b[axis][i], alongC += way * c[axis][i];
-        }
-        const float before = greater(lesser(lesser(alongA, alongB), alongC), 0.0f);
-        // Where a corner is no number, a product too large, or the point on the triangle, nothing is known.
-        const float bound2 = before * (before / length2);
-        const bool isKnown = (bound2 > 0) & (bound2 < std::numeric_limits<float>::infinity());
-        lower2[i] = isKnown ? bound2 : 0.0f;
+        float upper2;
+        boundTriangle(seen, lower2[i], upper2);
+        lower2[i] = corners.reached[i] != 0 ? lower2[i] : 0.0f;
     }
 }
 
@@ -159,4 +111,22 @@ int NearestTriangle::sift(const int* triangles, int count, float* lower2, int* k
     return numLeft;
 }
 
-} // namespace znGeom
+std::vector<int> NearestTriangle::listNearer(int numTriangles) const
+{
+    std::vector<int> nearer;
+    int triangles[capacity], kept[capacity];
+    float lower2[capacity];
+    Candidate candidate;
+    for (int first = 0; first < numTriangles; first += capacity) {
+        const int count = std::min(capacity, numTriangles - first);
+        std::iota(triangles, triangles + count, first);
+        m_bounds.boundByBoxes(triangles, count, lower2);
+        const int numKept = sift(triangles, count, lower2, kept);
+        for (int i = 0; i < numKept; ++i)
+            if (measure(triangles[kept[i]], candidate) && m_best2 > candidate.distance2)
+                nearer.push_back(triangles[kept[i]]);
+    }
+    return nearer;
+}
+
+} // namespace znGeom::internal

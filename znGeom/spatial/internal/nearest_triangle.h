@@ -1,39 +1,40 @@
-/// The candidate test that the closest-point engines share.
+/// The candidate test of the engines that walk over the leaves of an octree.
 #pragma once
 
 #include <cmath>
 #include <limits>
+#include <vector>
 
 #include "znGeom/foundation/mesh/compact_mesh.h"
 #include "znGeom/foundation/mesh/mesh_coord.h"
+#include "znGeom/spatial/internal/search_frame.h"
 
-namespace znGeom {
+namespace znGeom::internal {
 
-/// Bounds, in `float`, on the squared distances of a point from triangles, several at once.
+/// Bounds, in `float` and in a frame, on the squared distances of a point from triangles, several at once.
 class TriangleBounds
 {
 public:
     static constexpr int capacity = 64;
 
-    TriangleBounds(const CompactMesh& mesh, const znLinear::PointFlt& point)
-        : m_point(point), m_vertices(mesh.getVertices()), m_triangles(mesh.getTriangles())
+    TriangleBounds(const CompactMesh& mesh, const SearchFrame& frame, const FrameQuery& query)
+        : m_frame(frame), m_query(query), m_vertices(mesh.getVertices()), m_triangles(mesh.getTriangles())
     {}
 
     /// From below, by the boxes of the triangles.
     /// \param count   at most `capacity`, as in the functions below
-    /// \param lower2  one per triangle
+    /// \param lower2  one per triangle; 0 where a corner lies outside the mesh's box or is no number
     void boundByBoxes(const int* triangles, int count, float* lower2) const;
-    /// From below and good to rounding: for each triangle by the plane through about its nearest place, at right angles
-    /// to the way there, before which no corner lies. How well the place was found decides how sharp the bound is and
-    /// not whether it holds.
+    /// From below and good to rounding, by planes through about the nearest places.
     void boundByPlanes(const int* triangles, int count, float* lower2) const;
-    /// From above: the least squared distance of a corner; infinite without triangles of finite corners.
+    /// From above: the least squared distance of a corner; infinite without triangles in the mesh's box.
     float nearestCorner2(const int* triangles, int count) const;
 
 private:
     struct Corners;
 
-    znLinear::PointFlt m_point;
+    const SearchFrame& m_frame;
+    const FrameQuery& m_query;
     const MeshVertex* m_vertices;
     const MeshTriangle* m_triangles;
 };
@@ -51,22 +52,49 @@ public:
         double distance2;
     };
 
-    /// \param best2   the squared distance to begin with
-    /// \param extent  no vertex has a coordinate of larger magnitude
-    /// \param coord   gets each place that is taken; may be null
-    NearestTriangle(const CompactMesh& mesh, const znLinear::Point& query, double best2, double extent,
+    /// \param best2  the squared distance to begin with
+    /// \param box    of the mesh; triangles outside are measured as well, but slowly
+    /// \param coord  gets each place that is taken; may be null
+    NearestTriangle(const CompactMesh& mesh, const znLinear::Point& query, double best2, const BoundingBox& box,
                     MeshCoord* coord)
-        : m_bounds(mesh, znLinear::PointFlt(query)), m_vertices(mesh.getVerticesRaw()),
-          m_triangles(mesh.getTrianglesRaw()), m_query(query), m_best2(best2), m_coord(coord),
-          m_loss(lossFlt * (extent + std::fabs(query.x) + std::fabs(query.y) + std::fabs(query.z)))
+        : m_frame(box), m_frameQuery(m_frame, query), m_bounds(mesh, m_frame, m_frameQuery),
+          m_vertices(mesh.getVerticesRaw()), m_triangles(mesh.getTrianglesRaw()), m_query(query), m_best2(best2),
+          m_coord(coord)
     {
-        lowerReach(best2);
+        lowerReach(std::sqrt(best2) * m_frame.scale);
     }
+    NearestTriangle(const NearestTriangle&) = delete;
+    NearestTriangle& operator=(const NearestTriangle&) = delete;
 
     double best2() const { return m_best2; }
-    bool isFound() const { return m_isFound; }
-    const TriangleBounds& bounds() const { return m_bounds; }
-    /// Whether something that is farther than this, by a bound from below, is out of the question.
+
+    /// Tests triangles in order; one that is nearer than the best so far is taken, so that among equals the first one
+    /// stays. `mark(triangle)` is asked about those that have to be measured; those for which it answers false have
+    /// been tested before.
+    template <typename Mark>
+    void testAll(const int* triangles, int count, const Mark& mark)
+    {
+        constexpr int capacity = TriangleBounds::capacity;
+        for (; count > 0; triangles += capacity, count -= capacity) {
+            const int size = std::min(count, capacity);
+            float lower2[capacity];
+            int kept[capacity];
+            m_bounds.boundByBoxes(triangles, size, lower2);
+            if (!m_isFound) lowerReach(std::sqrt(static_cast<double>(m_bounds.nearestCorner2(triangles, size))));
+            const int numKept = sift(triangles, size, lower2, kept);
+            Candidate candidate;
+            for (int i = 0; i < numKept; ++i) {
+                const int triangle = triangles[kept[i]];
+                if (isBeyond(lower2[i]) || !mark(triangle)) continue;
+                if (measure(triangle, candidate) && m_best2 > candidate.distance2) take(candidate);
+            }
+        }
+    }
+
+    /// Lists all triangles of the mesh that are nearer than the best so far. Linear in the mesh.
+    std::vector<int> listNearer(int numTriangles) const;
+
+private:
     bool isBeyond(float lower2) const { return lower2 > m_reach2; }
 
     /// Projects the query on a triangle; false when it has no place.
@@ -83,13 +111,7 @@ public:
         m_best2 = candidate.distance2;
         m_isFound = true;
         if (m_coord) *m_coord = candidate.coord;
-        lowerReach(m_best2);
-    }
-
-    /// Lets the corners of some triangles tell how far is too far, before any triangle is measured.
-    void boundByCorners(const int* triangles, int count)
-    {
-        lowerReach(static_cast<double>(m_bounds.nearestCorner2(triangles, count)));
+        lowerReach(std::sqrt(m_best2) * m_frame.scale);
     }
 
     /// Keeps those triangles that may be nearest, in their order.
@@ -98,44 +120,16 @@ public:
     /// \return how many stay
     int sift(const int* triangles, int count, float* lower2, int* kept) const;
 
-    /// Tests triangles in order; one that is nearer than the best so far is taken, so that among equals the first one
-    /// stays. `mark(triangle)` is asked about those that have to be measured; those for which it answers false have
-    /// been tested before.
-    template <typename Mark>
-    void testAll(const int* triangles, int count, const Mark& mark)
+    /// Something is known to be within a distance, in the frame.
+    void lowerReach(double distance)
     {
-        constexpr int capacity = TriangleBounds::capacity;
-        for (; count > 0; triangles += capacity, count -= capacity) {
-            const int size = std::min(count, capacity);
-            float lower2[capacity];
-            int kept[capacity];
-            m_bounds.boundByBoxes(triangles, size, lower2);
-            if (!m_isFound) boundByCorners(triangles, size);
-            const int numKept = sift(triangles, size, lower2, kept);
-            Candidate candidate;
-            for (int i = 0; i < numKept; ++i) {
-                const int triangle = triangles[kept[i]];
-                if (isBeyond(lower2[i]) || !mark(triangle)) continue;
-                if (measure(triangle, candidate) && m_best2 > candidate.distance2) take(candidate);
-            }
-        }
+        const double reach = distance + m_frameQuery.loss;
+        if (!m_frameQuery.isInside || !(reach * reach < static_cast<double>(std::numeric_limits<float>::max()))) return;
+        m_reach2 = std::min(m_reach2, static_cast<float>(reach * reach * (1 + SearchFrame::margin)));
     }
 
-private:
-    /// What a distance in `float` may lose by rounding, relative to the size of the coordinates, several times over; it
-    /// covers by far what projection and evaluation in `double` lose.
-    static constexpr double lossFlt = 2e-6;
-
-    /// A triangle is known to be within the square root of `distance2`.
-    void lowerReach(double distance2)
-    {
-        using Limits = std::numeric_limits<float>;
-        // Squares below the smallest number vanish.
-        const double reach = std::sqrt(distance2) + m_loss + 1e-18;
-        if (reach * reach >= static_cast<double>(std::min(m_reach2, Limits::max()))) return;
-        m_reach2 = static_cast<float>(reach * reach * (1 + lossFlt));
-    }
-
+    SearchFrame m_frame;
+    FrameQuery m_frameQuery;
     TriangleBounds m_bounds;
     const float* m_vertices;
     const int* m_triangles;
@@ -143,8 +137,7 @@ private:
     double m_best2;
     bool m_isFound = false;
     MeshCoord* m_coord;
-    double m_loss;
     float m_reach2 = std::numeric_limits<float>::infinity(); ///< beyond it a triangle cannot be the nearest
 };
 
-} // namespace znGeom
+} // namespace znGeom::internal

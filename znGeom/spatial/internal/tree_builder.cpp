@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <memory>
 #include <utility>
 #include <vector>
 
-#include "znGeom/foundation/threads/parallel_for.h"
+#include "znGeom/foundation/threads/counting_sort.h"
+#include "znGeom/spatial/internal/aligned_array.h"
 
 namespace znGeom {
 
@@ -83,15 +85,14 @@ public:
     zn::vector<PointTreeNode> nodes;
     int maxDepth = 0;
 
-    SubtreeBuilder(TreeRules<Axes> rules, TreePoint* points, int* pointIndices)
-        : m_rules(rules), m_points(points), m_pointIndices(pointIndices)
+    /// \param points   in place for the tasks
+    /// \param scratch  room for as many
+    SubtreeBuilder(TreeRules<Axes> rules, TreePoint* points, TreePoint* scratch, int* pointIndices)
+        : m_rules(rules), m_points(points), m_scratch(scratch), m_pointIndices(pointIndices)
     {}
 
     void build(SubtreeTask& task)
     {
-        const int numPoints = task.root.endPoint - task.root.firstPoint;
-        if (m_scratch.size() < static_cast<size_t>(numPoints)) m_scratch.resize(static_cast<size_t>(numPoints));
-        m_scratchBegin = task.root.firstPoint;
         task.beginNode = nodes.size();
         task.numLeaves = 0;
 
@@ -117,7 +118,7 @@ private:
     void buildCell(const PendingCell& cell, SubtreeTask& task)
     {
         PointTreeNode& node = cell.node < 0 ? task.root : nodes[cell.node];
-        const TreePoint* points = (cell.inScratch ? scratchAt(node.firstPoint) : m_points + node.firstPoint);
+        const TreePoint* points = (cell.inScratch ? m_scratch : m_points) + node.firstPoint;
         const TreePoint* end = points + (node.endPoint - node.firstPoint);
         maxDepth = std::max(maxDepth, cell.level);
         if (m_rules.isToBeSplit(points, end, cell.box, cell.level)) {
@@ -153,20 +154,17 @@ private:
         for (size_t i = 0; i < numChildren; ++i)
             nodes.append(makeNode(firstPoint + starts[i], firstPoint + starts[i + 1]));
 
-        TreePoint* sorted = cell.inScratch ? m_points + firstPoint : scratchAt(firstPoint);
+        TreePoint* sorted = (cell.inScratch ? m_points : m_scratch) + firstPoint;
         for (const TreePoint* p = points; p != end; ++p) sorted[starts[static_cast<size_t>(childOf(*p))]++] = *p;
         for (int child = numChildren - 1; child >= 0; --child)
             m_pending.append(
                 {TreeRules<Axes>::childBox(box, child), firstChild + child, cell.level + 1, !cell.inScratch});
     }
 
-    TreePoint* scratchAt(int point) { return m_scratch.data() + (point - m_scratchBegin); }
-
     TreeRules<Axes> m_rules;
     TreePoint* m_points;
+    TreePoint* m_scratch;
     int* m_pointIndices;
-    int m_scratchBegin = 0;
-    std::vector<TreePoint> m_scratch;
     zn::vector<PendingCell> m_pending;
 };
 
@@ -178,8 +176,8 @@ public:
     zn::vector<SubtreeTask>& tasks;
     std::vector<SubtreeBuilder<Axes>> builders; ///< one per chunk
 
-    SubtreeLoop(zn::vector<SubtreeTask>& subtreeTasks, TreeRules<Axes> rules, TreePoint* points, int* pointIndices)
-        : tasks(subtreeTasks), m_prototype(rules, points, pointIndices)
+    SubtreeLoop(zn::vector<SubtreeTask>& subtreeTasks, const SubtreeBuilder<Axes>& prototype)
+        : tasks(subtreeTasks), m_prototype(prototype)
     {}
 
     void initialize(int) override { builders.assign(static_cast<size_t>(numChunks), m_prototype); }
@@ -247,7 +245,8 @@ class TreeBuild
 public:
     TreeBuild(int numPoints, const float* points, const BoundingBox& box, int leafCapacity, ThreadPool& pool)
         : m_numPoints(numPoints), m_source(points), m_box(box), m_rules{std::max(leafCapacity, 1)}, m_pool(pool),
-          m_points(std::make_unique_for_overwrite<TreePoint[]>(static_cast<size_t>(numPoints)))
+          m_points(internal::makeAlignedArray<TreePoint>(static_cast<size_t>(numPoints))),
+          m_scratch(internal::makeAlignedArray<TreePoint>(static_cast<size_t>(numPoints)))
     {
         m_tree.pointIndices.resize(numPoints);
     }
@@ -277,31 +276,24 @@ private:
         return {p[0], p[1], p[2], i};
     }
 
-    /// A stable counting sort by cell: each thread counts and then places its slice of the points.
     void sortIntoCells()
     {
-        constexpr int numCells = Rules::numSortedCells;
         const SortedCells<Axes> cells(m_box);
         const int numThreads = m_pool.getNumThreads();
-        zn::vector<int> starts(numThreads * numCells);
-        const auto cellOf = [&](int i) { return cells.cellOf(m_source + 3 * static_cast<std::ptrdiff_t>(i)); };
-
-        znUtil::parallelFor(m_pool, m_numPoints, [&](Slice slice, int thread) {
-            int* counts = starts.data() + thread * numCells;
-            for (int i = slice.begin; i < slice.end; ++i) ++counts[cellOf(i)];
-        });
-        int sum = 0;
-        for (int cell = 0; cell < numCells; ++cell) {
-            m_cellStarts[static_cast<size_t>(cell)] = sum;
-            for (int thread = 0; thread < numThreads; ++thread)
-                sum += std::exchange(starts[thread * numCells + cell], sum);
-        }
-        m_cellStarts[numCells] = sum;
-        znUtil::parallelFor(m_pool, m_numPoints, [&](Slice slice, int thread) {
-            int* places = starts.data() + thread * numCells;
+        const auto cellOf = std::make_unique_for_overwrite<std::uint16_t[]>(static_cast<size_t>(m_numPoints));
+        const auto visit = [this, numThreads, cellOf = cellOf.get()](int thread, const auto& take) {
+            const Slice slice(m_numPoints, thread, numThreads);
+            for (int i = slice.begin; i < slice.end; ++i) take(cellOf[i], i);
+        };
+        znUtil::parallelFor(m_pool, m_numPoints, [&, cellOf = cellOf.get()](Slice slice, int) {
             for (int i = slice.begin; i < slice.end; ++i)
-                m_points[static_cast<size_t>(places[cellOf(i)]++)] = pointAt(i);
+                cellOf[i] = static_cast<std::uint16_t>(cells.cellOf(m_source + 3 * std::ptrdiff_t{i}));
         });
+        znUtil::CountingSort sort(m_pool, Rules::numSortedCells);
+        sort.count(visit, m_cellStarts.data());
+        m_cellStarts.back() = m_numPoints;
+        TreePoint* const points = m_points.get();
+        sort.place(visit, [this, points](int place, int i) { points[place] = pointAt(i); });
     }
 
     /// Splits a cell of the sorted levels; what lies below them becomes tasks. No deeper than those levels.
@@ -342,7 +334,7 @@ private:
 
     void buildSubtrees()
     {
-        SubtreeLoop<Axes> loop(m_tasks, m_rules, m_points.get(), m_tree.pointIndices.write());
+        SubtreeLoop<Axes> loop(m_tasks, {m_rules, m_points.get(), m_scratch.get(), m_tree.pointIndices.write()});
         m_pool.run(loop);
 
         int numNodes = m_tree.nodes.size();
@@ -377,7 +369,7 @@ private:
     BoundingBox m_box;
     Rules m_rules;
     ThreadPool& m_pool;
-    std::unique_ptr<TreePoint[]> m_points;
+    internal::AlignedArray<TreePoint> m_points, m_scratch;
     std::array<int, Rules::numSortedCells + 1> m_cellStarts{};
     zn::vector<SubtreeTask> m_tasks;
     PointTree m_tree;

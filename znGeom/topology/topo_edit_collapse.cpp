@@ -1,0 +1,83 @@
+#include "znGeom/topology/internal/links.h"
+#include "znGeom/topology/topo_walks.h"
+
+namespace znGeom {
+
+using internal::isTriangle;
+using internal::link;
+
+namespace {
+
+/// The corner across from an edge of a triangle; null in a larger face.
+TopoMeshVertex thirdCorner(TopoMeshEdge e) { return isTriangle(e) ? e->prev->origin : TopoMeshVertex(); }
+
+bool isTip(TopoMeshVertex corner) { return corner && corner.valence() == 1; }
+
+} // namespace
+
+TopoMeshVertex TopoMesh::collapseEdge(TopoMeshEdge e)
+{
+    const TopoMeshVertex survivor = endOf(e);
+    const TopoMeshEdge t = e->twin;
+    if (e->origin != survivor) mergeInto(survivor, e->origin);
+    dropSide(e);
+    if (t && t.isAlive()) dropSide(t);
+    return survivor;
+}
+
+/// Takes a half-edge whose ends are one vertex out of its face. A triangle goes, and its other two sides become one.
+void TopoMesh::dropSide(TopoMeshEdge e)
+{
+    const TopoMeshEdge next = e->next, prev = e->prev;
+    const TopoMeshFace face = e->face;
+    const bool triangle = isTriangle(e);
+    removeEdge(e);
+    if (triangle) {
+        removeFace(face);
+        zipSides(next, prev);
+        return;
+    }
+    if (face->edge == e) face->edge = next;
+    link(prev, next);
+}
+
+/// Removes two sides of a face that is gone and joins what lies beyond them: the twin of `before` stays, and the record
+/// of `after` steps in for its twin.
+void TopoMesh::zipSides(TopoMeshEdge after, TopoMeshEdge before)
+{
+    const TopoMeshEdge replaced = after->twin, kept = before->twin;
+    removeEdge(before);
+    if (!replaced || !kept || replaced == before) {
+        removeEdge(after);
+        return;
+    }
+    unpair(after);
+    setOrigin(after, replaced->origin);
+    after->face = replaced->face;
+    if (after->face->edge == replaced) after->face->edge = after;
+    link(replaced->prev, after);
+    link(after, replaced->next);
+    if (after->origin->edge == replaced) after->origin->edge = after;
+    removeEdge(replaced);
+    setTwins(kept, after);
+}
+
+bool TopoMesh::canCollapse(TopoMeshEdge e)
+{
+    const TopoMeshVertex origin = e->origin, end = endOf(e);
+    const TopoMeshEdge t = e->twin;
+    if (origin == end || (t && (t->face == e->face || t->origin != end))) return false;
+    const TopoMeshVertex a = thirdCorner(e), b = t ? thirdCorner(t) : TopoMeshVertex();
+    if (a && a == b) return false;
+    if (t && !isTip(a) && !isTip(b) && origin.onBoundary() && end.onBoundary()) return false;
+
+    const auto isFurther = [&](TopoMeshVertex v) { return v != a && v != b && v != end && areJoined(v, end); };
+    for (const TopoMeshEdge spoke : outgoingOf(origin)) {
+        if (isFurther(endOf(spoke)) || isFurther(spoke->prev->origin)) return false;
+        const bool ownFace = spoke->face == e->face || (t && spoke->face == t->face);
+        if (!ownFace && !isTriangle(spoke) && spoke->face.adjacent(end)) return false;
+    }
+    return true;
+}
+
+} // namespace znGeom

@@ -1,0 +1,4 @@
+/// The version of the library.
+#pragma once
+
+#include "znGeom/foundation/machine/version.h"
