@@ -19,9 +19,12 @@ constexpr std::size_t maxElements = INT_MAX / 3;
 struct LoadedMesh
 {
     znGeom::CompactMesh mesh;
-    int numFaces = 0;               ///< as in the file
-    int numPolygons = 0;            ///< those of more than three corners
-    znGeom::MeshGroups groups;      ///< of the triangles, where the file has groups
+    int numFaces = 0;          ///< as in the file
+    int numPolygons = 0;       ///< those of more than three corners
+    znGeom::MeshGroups groups; ///< of the triangles, where the file has groups
+    /// Per triangle corner, where those at one vertex differ; otherwise empty.
+    zn::vector<znGeom::MeshUV> cornerUVs;
+    zn::vector<znGeom::MeshNormal> cornerNormals;
     std::vector<std::string> notes; ///< what the file has and the mesh doesn't
 };
 

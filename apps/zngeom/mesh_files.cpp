@@ -57,6 +57,8 @@ void takeResult(znGeom::MeshLoadResult& result, LoadedMesh& loaded)
     loaded.numFaces = result.numFaces;
     loaded.numPolygons = result.numPolygons;
     loaded.groups = std::move(result.groups);
+    loaded.cornerUVs = std::move(result.cornerUVs);
+    loaded.cornerNormals = std::move(result.cornerNormals);
     loaded.notes.assign(result.notes.begin(), result.notes.end());
 }
 
@@ -202,6 +204,10 @@ void noteUnwritten(LoadedMesh& loaded, const std::string& path, const std::strin
     const std::string missing = std::string(": ") + format.name + " files have none, not written";
     if (loaded.mesh.getNormals() && !format.writesNormals) loaded.notes.push_back("normals" + missing);
     if (loaded.mesh.getUVs() && !format.writesUVs) loaded.notes.push_back("texture coordinates" + missing);
+    const std::string missingPerCorner = std::string(" per face corner") + missing;
+    const bool isObj = format.format == MeshFormat::Obj;
+    if (!loaded.cornerNormals.empty() && !isObj) loaded.notes.push_back("normals" + missingPerCorner);
+    if (!loaded.cornerUVs.empty() && !isObj) loaded.notes.push_back("texture coordinates" + missingPerCorner);
     if (format.format == MeshFormat::Points) {
         if (loaded.numFaces > 0) loaded.notes.push_back("faces" + missing);
     } else if (loaded.numPolygons > 0) {
@@ -225,6 +231,8 @@ std::int64_t saveMesh(LoadedMesh& loaded, const std::string& path, znUtil::Progr
 {
     znGeom::MeshSaveOptions options;
     options.groups = &loaded.groups;
+    if (!loaded.cornerUVs.empty()) options.cornerUVs = loaded.cornerUVs.data();
+    if (!loaded.cornerNormals.empty()) options.cornerNormals = loaded.cornerNormals.data();
     const std::int64_t numBytes = saveMesh(loaded.mesh, path, progress, word, options);
     noteUnwritten(loaded, path, word);
     return numBytes;

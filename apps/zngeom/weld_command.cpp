@@ -66,6 +66,8 @@ private:
         if (m_positionsOnly) {
             mesh.deleteNormals();
             mesh.deleteUVs();
+            loaded.cornerNormals.clear();
+            loaded.cornerUVs.clear();
         }
         if (mesh.getUVs() && !mesh.getNormals())
             loaded.notes.push_back("texture coordinates: not compared, since there are no normals");

@@ -262,3 +262,39 @@ TEST(MeshLoad, KeepsCornerChannelsWhereTheyAgree)
         EXPECT_TRUE(!hasNormals || mesh.getNormals()[3].y == 1);
     }
 }
+
+TEST(MeshLoad, KeepsCornersApartWhereTheyDisagreeAndSavesThemAgain)
+{
+    // A quad that agrees, and then a triangle with a seam to it; a fourth face comes after the first disagreement.
+    const std::string text = square + "v 2 2 2\nvn 0 0 1\nvn 0 1 0\nvt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\nvt 7 8\n" +
+                             "f 1/1/1 2/2/1 3/3/1 4/4/1\nf 1/5/1 3/3/2 5/1/1\nf 1/1/2 5/2/2 2/2/1\n";
+    CompactMesh mesh;
+    const MeshLoadResult result = loadText(mesh, text, MeshFormat::Obj);
+    ASSERT_TRUE(result) << result.message;
+    EXPECT_TRUE(!mesh.getUVs() && !mesh.getNormals() && result.notes.size() == 2 && mesh.getNumTriangles() == 4);
+    ASSERT_EQ(result.cornerUVs.size(), 12);
+    ASSERT_EQ(result.cornerNormals.size(), 12);
+    const float u[] = {0, 1, 1, 0, 1, 0, 7, 1, 0, 0, 1, 1}, ny[] = {0, 0, 0, 0, 0, 0, 0, 1, 0, 1, 1, 0};
+    for (int corner = 0; corner < 12; ++corner) {
+        EXPECT_EQ(result.cornerUVs[corner].u, u[corner]) << corner;
+        EXPECT_EQ(result.cornerNormals[corner].y, ny[corner]) << corner;
+    }
+
+    std::string bytes;
+    MeshSaveOptions options;
+    options.cornerUVs = result.cornerUVs.data();
+    options.cornerNormals = result.cornerNormals.data();
+    znUtil::Progress progress;
+    const auto write = [&bytes](const void* more, size_t count) {
+        bytes.append(static_cast<const char*>(more), count);
+        return true;
+    };
+    ASSERT_TRUE(meshSave(mesh, MeshFormat::Obj, write, options, progress));
+    CompactMesh again;
+    const MeshLoadResult second = loadText(again, bytes, MeshFormat::Obj);
+    ASSERT_EQ(second.cornerUVs.size(), 12);
+    for (int corner = 0; corner < 12; ++corner) {
+        EXPECT_EQ(second.cornerUVs[corner].v, result.cornerUVs[corner].v);
+        EXPECT_EQ(second.cornerNormals[corner].z, result.cornerNormals[corner].z);
+    }
+}

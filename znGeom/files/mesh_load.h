@@ -36,6 +36,10 @@ struct MeshLoadResult
     int numFaces = 0;              ///< of three corners or more, as they stand in the file
     int numPolygons = 0;           ///< of more than three corners
     MeshGroups groups;             ///< where the format has them
+    /// Texture coordinates and normals of an OBJ file that differ between the corners at a vertex, and so are no
+    /// channel of the mesh: three in a row per triangle, otherwise empty. `MeshSaveOptions` takes them.
+    zn::vector<MeshUV> cornerUVs;
+    zn::vector<MeshNormal> cornerNormals;
 
     explicit operator bool() const { return status == Status::Loaded; }
 };
@@ -46,8 +50,8 @@ struct MeshLoadResult
 /// Vertices keep their numbers and faces their order. Where a face has more than three corners, all faces stand in the
 /// polygon description as well, and the triangles are their fans. Faces of one or two corners are left out, with a
 /// note. Normals and texture coordinates become channels, normals count as supplied; where the format has them per face
-/// corner (OBJ), this needs that the corners at each vertex agree, and otherwise there is a note. Coordinates may be
-/// infinite and not-a-numbers: `nan` and `inf` are read, and a number too large for a `float` is infinite.
+/// corner (OBJ), this needs that the corners at each vertex agree; otherwise they are in the result, with a note.
+/// Coordinates may be infinite or NaN: `nan` and `inf` are read, and a number too large for a `float` is infinite.
 ///
 ///  - OBJ: relative indices, all forms of corners, lines continued by a backslash, comments anywhere; groups.
 ///  - PLY: text and both binary forms, faces and triangle strips, any further elements and properties passed over.

@@ -252,7 +252,10 @@ bool ObjLoader::publish(CompactMesh& mesh)
     noteLost();
     m_normals.publish(m_context, m_parts.numVertices(), m_parts.normals);
     m_uvs.publish(m_context, m_parts.numVertices(), m_parts.uvs);
-    m_groups.publish(m_parts.faces, m_context.result().groups);
+    MeshLoadResult& result = m_context.result();
+    m_groups.publish(m_parts.faces, result.groups);
+    if (m_normals.isPerCorner()) result.cornerNormals = m_normals.cornerValues<MeshNormal>(m_parts.faces);
+    if (m_uvs.isPerCorner()) result.cornerUVs = m_uvs.cornerValues<MeshUV>(m_parts.faces);
     return m_parts.publish(mesh);
 }
 

@@ -4,32 +4,64 @@
 
 namespace znGeom::internal {
 
-void ObjChannel::use(int vertex, int entry, int numVertices)
+/// Whether the corner names what is there, and there is room.
+bool ObjChannel::accepts(int vertex, int entry, int numVertices)
 {
-    m_isUsed = true;
-    if (m_problem) return;
     if (entry < 0)
         m_problem = "not at every face corner, not kept";
     else if (entry >= count() || vertex >= numVertices)
-        m_problem = "face corners name what comes behind them, or nothing, not kept";
-    if (m_problem || (vertex >= m_chosen.size() && !m_chosen.reserve(numVertices - m_chosen.size()))) return;
-    if (const int known = m_chosen.size(); vertex >= known) {
-        std::fill_n(m_chosen.end(), numVertices - known, -1);
-        m_chosen.setEnd(m_chosen.begin() + numVertices);
-    }
+        m_problem = "face corners name what comes after them, or nothing, not kept";
+    else if (m_isPerCorner ? !m_ofCorner.reserve(1)
+                           : vertex >= m_chosen.size() && !m_chosen.reserve(numVertices - m_chosen.size()))
+        m_problem = "too many, not kept";
+    return !m_problem;
+}
 
-    int& chosen = m_chosen.begin()[vertex];
-    if (chosen < 0) chosen = entry;
-    if (chosen == entry) return;
-    const float* const values = m_values.begin() + std::ptrdiff_t(entry) * m_width;
-    if (!std::equal(values, values + m_width, m_values.begin() + std::ptrdiff_t(chosen) * m_width))
-        m_problem = "several at one vertex, not kept";
+void ObjChannel::use(int vertex, int entry, int numVertices)
+{
+    m_isUsed = true;
+    if (m_problem || !accepts(vertex, entry, numVertices)) return;
+    if (!m_isPerCorner) {
+        if (const int known = m_chosen.size(); vertex >= known) {
+            std::fill_n(m_chosen.end(), numVertices - known, -1);
+            m_chosen.setEnd(m_chosen.begin() + numVertices);
+        }
+        int& chosen = m_chosen.begin()[vertex];
+        if (chosen < 0) chosen = entry;
+        m_isPerCorner = chosen != entry && !std::equal(valuesOf(entry), valuesOf(entry) + m_width, valuesOf(chosen));
+    }
+    if (!m_isPerCorner)
+        ++m_numCorners;
+    else if (!m_ofCorner.append(&entry, 1))
+        m_problem = "too many, not kept";
+}
+
+void ObjChannel::gatherCorners(const FaceList& faces, float* out) const
+{
+    const int* const corners = faces.corners();
+    const auto put = [&](int corner) {
+        const int entry =
+            corner < m_numCorners ? m_chosen.begin()[corners[corner]] : m_ofCorner.begin()[corner - m_numCorners];
+        out = std::copy_n(valuesOf(entry), m_width, out);
+    };
+    int first = 0;
+    for (const FaceRun& run : faces.runs())
+        for (int face = 0; face < run.numFaces; ++face, first += run.numCorners)
+            for (int i = 2; i < run.numCorners; ++i) {
+                put(first);
+                put(first + i - 1);
+                put(first + i);
+            }
 }
 
 void ObjChannel::publish(LoadContext& context, int numVertices, GrowingArray<float>& result)
 {
     if (count() == 0) return;
     if (!m_isUsed) m_problem = "used by no face, not kept";
+    if (isPerCorner()) {
+        context.note(std::string(m_name) + ": several at one vertex, kept per face corner");
+        return;
+    }
     if (!m_problem && !result.reserve(std::int64_t(numVertices) * m_width)) m_problem = "too many, not kept";
     if (m_problem) {
         context.note(std::string(m_name) + ": " + m_problem);
