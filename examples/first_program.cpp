@@ -9,8 +9,7 @@ int main(int argc, char** argv)
     const znGeom::MeshLoadResult loaded = znGeom::meshLoad(mesh, znOS::Filename(argv[1])); // OBJ, PLY, STL, OFF, ...
     if (!loaded) return std::fprintf(stderr, "%s: %s\n", argv[1], loaded.message.c_str()), 1;
 
-    znUtil::Progress progress;
-    znGeom::meshCompact(mesh, progress); // vertices at the same place become one
+    znGeom::meshCompact(mesh); // vertices at the same place become one
 
     znGeom::MeshAdjTris adjTris;
     znGeom::MeshAdjVertices adjVertices;
