@@ -6,7 +6,9 @@ target_compile_options(zngeom_flags INTERFACE
   -Wdouble-promotion -Wformat=2 -Wundef)
 # GCC 12 drops the narrowing of a pair of doubles that are widened again at once, if it vectorises straight-line code.
 target_compile_options(zngeom_flags INTERFACE $<$<CXX_COMPILER_ID:GNU>:-fno-tree-slp-vectorize>)
-if(ZNGEOM_WERROR)
+# What a later compiler has to say is worth reading, and no reason for a build to fail.
+if(ZNGEOM_WERROR AND ((CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 15)
+    OR (CMAKE_CXX_COMPILER_ID STREQUAL Clang AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 20)))
   target_compile_options(zngeom_flags INTERFACE -Werror)
 endif()
 

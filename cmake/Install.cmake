@@ -9,6 +9,8 @@ install(TARGETS znGeom EXPORT znGeomTargets
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/znGeom DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
   FILES_MATCHING PATTERN "*.h" PATTERN internal EXCLUDE)
 install(EXPORT znGeomTargets NAMESPACE znGeom:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/znGeom)
+# The build folder is a package as well, for projects that export their targets from theirs.
+export(EXPORT znGeomTargets NAMESPACE znGeom:: FILE ${PROJECT_BINARY_DIR}/znGeomTargets.cmake)
 
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/znGeomConfig.cmake.in ${PROJECT_BINARY_DIR}/znGeomConfig.cmake
   INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/znGeom)

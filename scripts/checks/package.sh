@@ -15,8 +15,8 @@ fail() {
 }
 
 build_static_library() {
-    configure release
-    build release
+    configure release -DZNGEOM_TOOL=ON
+    build release znGeom zngeom
 }
 
 # install_package KIND BUILD_FOLDER: leaves the package in $scratch/KIND, moved there from where it was installed.

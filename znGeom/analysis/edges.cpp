@@ -54,6 +54,12 @@ MeshTriangle rotated(const MeshTriangle& triangle, int corner)
     return {{triangle[corner], triangle[cornerAfter(corner)], triangle[cornerBefore(corner)]}};
 }
 
+/// A triangle turned so that a vertex of it comes first.
+MeshTriangle startingAt(int vertex, const MeshTriangle& triangle)
+{
+    return rotated(triangle, triangle[0] == vertex ? 0 : triangle[1] == vertex ? 1 : 2);
+}
+
 /// Whether two triangles that begin with the same vertex have another one in common.
 bool shareSide(const MeshTriangle& a, const MeshTriangle& b)
 {
@@ -87,7 +93,7 @@ private:
         for (const int neighbour : m_adjTris.around(triangle[0])) {
             if (neighbour <= index) continue;
             const MeshTriangle& found = m_triangles[neighbour];
-            const MeshTriangle other = rotated(found, cornerOf(found, triangle[0]));
+            const MeshTriangle other = startingAt(triangle[0], found);
             if (!shareSide(triangle, other)) continue;
             if (!normal.isValid()) normal = meshTriNormal(m_vertices, triangle.corners);
             compare(normal, meshTriNormal(m_vertices, other.corners));
@@ -139,7 +145,7 @@ private:
         for (const int neighbour : m_adjTris.around(side.first)) {
             if (neighbour <= index) continue;
             const MeshTriangle& triangle = m_triangles[neighbour];
-            const MeshTriangle other = rotated(triangle, cornerOf(triangle, side.first));
+            const MeshTriangle other = startingAt(side.first, triangle);
             if (other[2] != side.second) continue;
             if (isSharp(normal, meshTriNormal(m_vertices, other.corners))) found.append(side);
         }

@@ -5,8 +5,8 @@
 
 namespace znGeom {
 
-/// The volume inside a mesh, in the cube of its units; negative where the mesh is inside out. Closed parts are added up,
-/// whether or not they overlap.
+/// The volume inside a mesh, in the cube of its units; negative where the mesh is inside out. Closed parts are added
+/// up, whether or not they overlap.
 ///
 /// It is meaningful only where the surface is closed and consistently wound, which `meshCountEdges` reports. For any
 /// other surface this is the sum of the cones from the first corner of the first triangle to all triangles. 0 without
