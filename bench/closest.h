@@ -4,6 +4,7 @@
 #include "bench/suite.h"
 
 #include <cstddef>
+#include <memory>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -40,15 +41,51 @@ std::vector<double> closestDistances(const Index& index, const std::vector<float
     return distances;
 }
 
-/// Lists the works: points near the surface and spread out, on one thread and on two.
+/// What a program does that has an index for one purpose: makes it, on as many threads as it likes, and asks.
+template <class Index>
+bool measureMadeAndAsked(const std::string& who, const std::string& work, int count)
+{
+    const auto ask = [=](const Soup& soup, const std::vector<float>& points) {
+        auto index = std::make_unique<Index>(soup);
+        auto distances = closestDistances(*index, points, 1);
+        return std::pair(std::move(index), std::move(distances));
+    };
+    return measure({work,
+                    who,
+                    [=](const Input& input) {
+                        return closestAgrees(input, Spread::near,
+                                             ask(input.soup(), checkedPoints(input, Spread::near)).second);
+                    },
+                    [=](benchmark::State& state, const Input& input) {
+                        const std::vector<float> points = queryPoints(input.soup(), Spread::near, count);
+                        std::size_t bytes = 0;
+                        timeWork(
+                            state, [&] { return &points; },
+                            [&](const std::vector<float>* subject) {
+                                auto result = ask(input.soup(), *subject);
+                                bytes = result.first->bytes();
+                                return result;
+                            });
+                        countBytesPerTriangle(state, bytes, input.soup().triangles.size() / 3);
+                    },
+                    2,
+                    {"torus_small", "torus", "torus_shuffled"}});
+}
+
+/// Lists the works: points near the surface and spread out, on one thread and on two, and an index made for one point
+/// or for many.
 ///
-/// \tparam Index  is made from a `Soup`; has `void distances(const float* points, std::size_t count, double* distances)
-///                const`, for any number of threads at once
+/// \tparam Index      is made from a `Soup`; has `void distances(const float* points, std::size_t count, double*
+///                    distances) const`, for any number of threads at once, and `std::size_t bytes() const`, what it
+///                    takes beside the mesh
+/// \tparam OnceIndex  the same for a single point
 ///
 /// These take seconds: two repetitions of each, and two threads on few meshes.
-template <class Index>
+template <class Index, class OnceIndex = Index>
 bool measureClosest(const std::string& who)
 {
+    measureMadeAndAsked<Index>(who, "closest_made_and_asked", numQueries);
+    measureMadeAndAsked<OnceIndex>(who, "closest_made_and_asked_once", 1);
     const auto list = [&](std::string work, Spread spread, int numThreads, std::vector<std::string> onInputs) {
         measure(
             {std::move(work), who,

@@ -32,33 +32,102 @@ bool closestAgrees(const Input& input, Spread spread, const std::vector<double>&
 
 namespace {
 
-class OctreeIndex
+/// Octree and triangle sets, which answer by a walk.
+class WalkIndex
 {
 public:
-    explicit OctreeIndex(const bench::Soup& soup) : mesh_(bench::toCompact(soup))
+    explicit WalkIndex(const bench::Soup& soup) : mesh_(bench::toCompact(soup)), bytesBefore_(bench::heapInUse())
     {
         znGeom::BoundingBox box;
         znGeom::meshBoundingBox(*mesh_, box);
         octree_ = std::make_unique<znGeom::Octree>(mesh_->getNumVertices(), mesh_->getVerticesRaw(), box, true, 16);
         znGeom::computeOctreeTris(*mesh_, *octree_, triangles_);
-        tree_ = std::make_unique<znGeom::TriangleTree>(*mesh_);
+        bytes_ = bench::heapInUse() - bytesBefore_;
     }
 
     void distances(const float* points, std::size_t count, double* distances) const
     {
-        znGeom::MeshClosestPoint closestPoint(*mesh_, *octree_, triangles_, *tree_);
+        answer(znGeom::MeshClosestPoint(*mesh_, *octree_, triangles_), points, count, distances);
+    }
+    std::size_t bytes() const { return bytes_; }
+
+protected:
+    static void answer(znGeom::MeshClosestPoint closestPoint, const float* points, std::size_t count, double* distances)
+    {
         znGeom::MeshCoord coord;
         for (std::size_t i = 0; i < count; ++i)
             distances[i] = closestPoint.compute(znLinear::Point(znLinear::PointFlt(points + 3 * i)), &coord);
     }
 
-private:
     std::unique_ptr<znGeom::CompactMesh> mesh_;
     std::unique_ptr<znGeom::Octree> octree_;
     znGeom::OctreeTris triangles_;
+
+private:
+    std::size_t bytesBefore_, bytes_ = 0;
+};
+
+/// The same and a tree.
+class TreeIndex : public WalkIndex
+{
+public:
+    explicit TreeIndex(const bench::Soup& soup) : WalkIndex(soup), tree_(std::make_unique<znGeom::TriangleTree>(*mesh_))
+    {}
+
+    void distances(const float* points, std::size_t count, double* distances) const
+    {
+        answer(znGeom::MeshClosestPoint(*mesh_, *octree_, triangles_, *tree_), points, count, distances);
+    }
+    std::size_t bytes() const { return WalkIndex::bytes() + tree_->numBytes(); }
+
+    /// In one call on two threads.
+    std::vector<double> distancesAtOnce(const std::vector<znLinear::Point>& points) const
+    {
+        static znUtil::ThreadPool twoThreads(2);
+        std::vector<znGeom::MeshCoord> places(points.size());
+        std::vector<double> distances(points.size());
+        znGeom::MeshClosestPoint(*mesh_, *octree_, triangles_, *tree_)
+            .compute(points.data(), static_cast<int>(points.size()), places.data(), distances.data(), nullptr,
+                     twoThreads);
+        return distances;
+    }
+
+private:
     std::unique_ptr<znGeom::TriangleTree> tree_;
 };
 
-[[maybe_unused]] const bool listed = bench::measureClosest<OctreeIndex>("znGeom");
+std::vector<znLinear::Point> pointsOf(const std::vector<float>& coordinates)
+{
+    std::vector<znLinear::Point> points;
+    for (std::size_t i = 0; i < coordinates.size(); i += 3) points.emplace_back(znLinear::PointFlt(&coordinates[i]));
+    return points;
+}
+
+bool measureAtOnce(const char* work, bench::Spread spread)
+{
+    using bench::Input;
+    return bench::measure(
+        {work,
+         "znGeom",
+         [=](const Input& input) {
+             const auto points = pointsOf(bench::checkedPoints(input, spread));
+             return bench::closestAgrees(input, spread, bench::madeOnce<TreeIndex>(input).distancesAtOnce(points));
+         },
+         [=](benchmark::State& state, const Input& input) {
+             const TreeIndex& index = bench::madeOnce<TreeIndex>(input);
+             const auto points = pointsOf(bench::queryPoints(input.soup(), spread, bench::numQueries));
+             bench::timeWork(
+                 state, [&] { return &points; },
+                 [&](const std::vector<znLinear::Point>* subject) { return index.distancesAtOnce(*subject); });
+         },
+         2,
+         {"torus_small", "torus"}});
+}
+
+[[maybe_unused]] const bool listed[] = {
+    bench::measureClosest<TreeIndex, WalkIndex>("znGeom"),
+    measureAtOnce("closest_near_at_once", bench::Spread::near),
+    measureAtOnce("closest_wide_at_once", bench::Spread::wide),
+};
 
 } // namespace

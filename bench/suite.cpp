@@ -127,6 +127,11 @@ void countBytesPerHalfedge(benchmark::State& state, std::size_t bytes, std::size
     state.counters["bytes_per_halfedge"] = static_cast<double>(bytes) / static_cast<double>(halfedges);
 }
 
+void countBytesPerTriangle(benchmark::State& state, std::size_t bytes, std::size_t triangles)
+{
+    state.counters["bytes_per_triangle"] = static_cast<double>(bytes) / static_cast<double>(triangles);
+}
+
 bool measure(Benchmark benchmark)
 {
     listed().push_back(std::move(benchmark));

@@ -49,6 +49,9 @@ std::size_t heapInUse();
 /// Reports what a half-edge mesh takes: bytes per half-edge, including the vertices and faces that go with it.
 void countBytesPerHalfedge(benchmark::State& state, std::size_t bytes, std::size_t halfedges);
 
+/// Reports what an index over triangles takes.
+void countBytesPerTriangle(benchmark::State& state, std::size_t bytes, std::size_t triangles);
+
 /// Times `work(prepare())` alone: what `prepare` costs, and what destroying the result costs, is left out.
 template <class Prepare, class Work>
 void timeWork(benchmark::State& state, Prepare&& prepare, Work&& work)

@@ -5,10 +5,11 @@
 int main(int argc, char** argv)
 {
     znGeom::CompactMesh mesh;
-    if (argc < 2 || !znGeom::meshReadObj(mesh, znOS::Filename(argv[1]))) return 1;
+    if (argc < 2) return 1;
+    const znGeom::MeshLoadResult loaded = znGeom::meshLoad(mesh, znOS::Filename(argv[1])); // OBJ, PLY, STL, OFF, ...
+    if (!loaded) return std::fprintf(stderr, "%s: %s\n", argv[1], loaded.message.c_str()), 1;
 
-    znUtil::Progress progress;
-    znGeom::meshCompact(mesh, progress); // vertices at the same place become one
+    znGeom::meshCompact(mesh); // vertices at the same place become one
 
     znGeom::MeshAdjTris adjTris;
     znGeom::MeshAdjVertices adjVertices;
@@ -17,4 +18,5 @@ int main(int argc, char** argv)
 
     std::printf("%d triangles, %d vertices, at most %d neighbours\n", mesh.getNumTriangles(), mesh.getNumVertices(),
                 adjVertices.maxNeighbours);
+    if (argc > 2 && !znGeom::meshSave(mesh, znOS::Filename(argv[2]))) return 1;
 }

@@ -15,11 +15,7 @@ build  command:g++                        g++                   a C++20 compiler
 build  command:cmake                      cmake                 CMake 3.22 or later
 build  command:ninja                      ninja-build           the Ninja build tool
 tool   header:CLI/CLI.hpp                 libcli11-dev          CLI11, the command line
-tool   header:assimp/Importer.hpp         libassimp-dev         Assimp, further mesh formats
-tool   header:zlib.h                      zlib1g-dev            zlib, which Assimp's package links
-tool   header:minizip/unzip.h             libminizip-dev        minizip, which Assimp's package links
-tool   header:tiny_obj_loader.h           libtinyobjloader-dev  tinyobjloader, OBJ with everything in it
-tool   header:nlohmann/json.hpp           nlohmann-json3-dev    nlohmann-json, JSON output
+tool   header:nlohmann/json.hpp           nlohmann-json3-dev    nlohmann-json, JSON in and out
 test   header:gtest/gtest.h               libgtest-dev          GoogleTest
 test   command:python3                    python3               Python, for the test runner
 clang  command:clang++                    clang                 Clang, for the sanitizers and the fuzz targets
@@ -34,6 +30,10 @@ peers  header:meshoptimizer.h             libmeshoptimizer-dev  meshoptimizer, t
 peers  header:eigen3/Eigen/Core           libeigen3-dev         Eigen, which CGAL uses
 peers  header:tbb/version.h               libtbb-dev            TBB, which CGAL uses
 peers  header:embree3/rtcore.h           libembree-dev         Embree, to compare with
+peers  header:assimp/Importer.hpp         libassimp-dev         Assimp, to compare with
+peers  header:zlib.h                      zlib1g-dev            zlib, which Assimp's package links
+peers  header:minizip/unzip.h             libminizip-dev        minizip, which Assimp's package links
+peers  header:tiny_obj_loader.h           libtinyobjloader-dev  tinyobjloader, to compare with
 LIST
 }
 

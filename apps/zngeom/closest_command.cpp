@@ -3,14 +3,13 @@
 #include <cmath>
 #include <filesystem>
 
-#include "apps/zngeom/byte_sink.h"
 #include "apps/zngeom/command.h"
+#include "apps/zngeom/format_option.h"
 #include "apps/zngeom/mesh_files.h"
 #include "apps/zngeom/pacer.h"
 #include "apps/zngeom/part_options.h"
 #include "apps/zngeom/point_reader.h"
 #include "znGeom/analysis/bounds.h"
-#include "znGeom/foundation/threads/thread_pool.h"
 #include "znGeom/spatial/closest_point.h"
 #include "znGeom/spatial/octree_partition.h"
 
@@ -22,40 +21,6 @@ struct Closest
 {
     double distance = 0;
     znGeom::MeshCoord place;
-};
-
-/// The queries of a slice of the points, each thread with an engine of its own.
-class ClosestLoop : public znUtil::ThreadedAlg
-{
-public:
-    ClosestLoop(const znGeom::CompactMesh& mesh, const znGeom::Octree& octree, const znGeom::OctreeTris& octreeTris,
-                const std::vector<znGeom::MeshVertex>& points)
-        : m_mesh(mesh), m_octree(octree), m_octreeTris(octreeTris), m_points(points), m_found(points.size())
-    {}
-
-    void execute(int threadIndex, int numThreads) override
-    {
-        constexpr int queriesPerLook = 256;
-        const znUtil::Slice slice(static_cast<int>(m_points.size()), threadIndex, numThreads);
-        znGeom::MeshClosestPoint closest(m_mesh, m_octree, m_octreeTris);
-        for (int i = slice.begin; i < slice.end; ++i) {
-            if ((i - slice.begin) % queriesPerLook == 0) {
-                if (cancelled(threadIndex)) return;
-                updateProgress(threadIndex, static_cast<double>(i - slice.begin) / slice.size());
-            }
-            Closest& found = m_found[static_cast<std::size_t>(i)];
-            found.distance = closest.compute(m_points[static_cast<std::size_t>(i)].asPoint(), &found.place);
-        }
-    }
-
-    std::vector<Closest> takeResult() { return std::move(m_found); }
-
-private:
-    const znGeom::CompactMesh& m_mesh;
-    const znGeom::Octree& m_octree;
-    const znGeom::OctreeTris& m_octreeTris;
-    const std::vector<znGeom::MeshVertex>& m_points;
-    std::vector<Closest> m_found;
 };
 
 /// May be cancelled.
@@ -76,11 +41,16 @@ std::vector<Closest> findClosest(const znGeom::CompactMesh& mesh, const std::vec
 
     progress.subPhase(0.8, phase);
     phase.setCaption("closest");
-    ClosestLoop loop(mesh, octree, octreeTris, points);
-    loop.setProgress(&phase);
-    znUtil::ThreadPool::get().run(loop);
+    std::vector<znLinear::Point> queries;
+    for (const znGeom::MeshVertex& point : points) queries.push_back(point.asPoint());
+    std::vector<znGeom::MeshCoord> places(points.size());
+    std::vector<double> distances(points.size());
+    znGeom::MeshClosestPoint(mesh, octree, octreeTris)
+        .compute(queries.data(), static_cast<int>(queries.size()), places.data(), distances.data(), &phase);
     checkCancelled(progress);
-    return loop.takeResult();
+    std::vector<Closest> found;
+    for (std::size_t i = 0; i < points.size(); ++i) found.push_back({distances[i], places[i]});
+    return found;
 }
 
 /// Nine digits, which is more than mesh files have.
@@ -126,14 +96,9 @@ std::string listing(const std::vector<Closest>& all, bool json)
 }
 
 void writeText(const std::string& text, const std::string& path)
-try {
-    PendingFile file(path);
-    ByteSink sink(file.path().string());
-    sink.text(text);
-    sink.finish();
-    file.commit();
-} catch (const Failure& failure) {
-    throw Failure(path + ": " + failure.what());
+{
+    PendingFile file(znOS::Filename(path.c_str()));
+    if (!file.write(text.data(), text.size()) || !file.commit()) throw Failure(path + ": " + file.message());
 }
 
 class ClosestCommand : public Command
@@ -154,6 +119,7 @@ public:
         m_sub->add_option("MESH", m_mesh, "The mesh file")->required();
         m_sub->add_option("POINTS", m_points, "A text file with points, or a mesh file for its vertices")->required();
         m_sub->add_option("-o,--output", m_output, "The file to write, instead of standard output");
+        addFormatOption(*m_sub, m_formats);
         return m_sub;
     }
 
@@ -163,12 +129,13 @@ public:
         znUtil::Progress phase;
         LoadedMesh loaded;
         progress.subPhase(0.3, phase);
-        loadMesh(m_mesh, phase, loaded);
+        loadMesh(m_mesh, phase, loaded, m_formats.input);
         checkHasTriangles(loaded.mesh, m_mesh);
         checkFinite(loaded.mesh.getVertices(), loaded.mesh.getNumVertices(), m_mesh);
 
         progress.subPhase(0.1, phase);
-        const std::vector<znGeom::MeshVertex> points = loadPoints(m_points, phase);
+        const std::vector<znGeom::MeshVertex> points =
+            loadPoints(m_points, phase, m_points == "-" ? m_formats.input : "");
         progress.subPhase(0.6, phase);
         const std::vector<Closest> found = findClosest(loaded.mesh, points, phase);
         checkAllFound(found);
@@ -224,6 +191,7 @@ private:
 
     CLI::App* m_sub = nullptr;
     std::string m_mesh, m_points, m_output;
+    StreamFormats m_formats;
 };
 
 } // namespace

@@ -1,6 +1,7 @@
 #include <span>
 
 #include "apps/zngeom/command.h"
+#include "apps/zngeom/format_option.h"
 #include "apps/zngeom/mesh_files.h"
 #include "apps/zngeom/pacer.h"
 #include "apps/zngeom/part_options.h"
@@ -41,16 +42,17 @@ public:
         sub->callback([component, boundary] {
             if (component->count() + boundary->count() == 0) throw CLI::RequiredError("--component or --boundary");
         });
+        addFormatOptions(*sub, m_formats);
         return sub;
     }
 
     Report run(znUtil::Progress& progress) override
     {
-        checkOutputFormat(m_output);
+        checkOutputFormat(m_output, m_formats.ofOutput());
         znUtil::Progress phase;
         LoadedMesh loaded;
         progress.subPhase(0.5, phase);
-        loadMesh(m_input, phase, loaded);
+        loadMesh(m_input, phase, loaded, m_formats.input);
         checkHasTriangles(loaded.mesh, m_input);
 
         progress.subPhase(0.3, phase);
@@ -63,11 +65,12 @@ public:
         checkCancelled(progress);
 
         progress.subPhase(0.2, phase);
-        putInPlace(*writeAside(part, m_output, phase), m_output);
+        saveMesh(part, m_output, phase, m_formats.ofOutput());
         report.add("vertices", part.getNumVertices());
         report.add("triangles", part.getNumTriangles());
-        noteUnwritten(loaded, m_output);
+        noteUnwritten(loaded, m_output, m_formats.ofOutput());
         report.addNotes(loaded.notes);
+        report.makeRoomFor(m_output);
         return report;
     }
 
@@ -135,6 +138,7 @@ private:
     }
 
     std::string m_input, m_output, m_across;
+    StreamFormats m_formats;
     int m_component = 0, m_boundary = 0, m_rings = 1;
 };
 

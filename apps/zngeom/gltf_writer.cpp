@@ -1,10 +1,13 @@
+#include "apps/zngeom/gltf_writer.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <limits>
 #include <nlohmann/json.hpp>
 
-#include "apps/zngeom/byte_sink.h"
-#include "apps/zngeom/mesh_writers.h"
 #include "apps/zngeom/pacer.h"
 
 namespace tool {
@@ -88,9 +91,49 @@ private:
     std::size_t m_size = 0;
 };
 
+/// Collects numbers and hands them on in large pieces, the lowest byte first.
+class Pieces
+{
+public:
+    Pieces(const znGeom::MeshByteWriter& write, const znUtil::Progress& progress) : m_write(write), m_progress(progress)
+    {}
+
+    void text(std::string_view text)
+    {
+        m_buffer += text;
+        if (m_buffer.size() >= pieceSize) flush();
+    }
+    template <typename Number>
+    void number(Number value)
+    {
+        auto bytes = std::bit_cast<std::array<char, sizeof(Number)>>(value);
+        if constexpr (std::endian::native == std::endian::big) std::reverse(bytes.begin(), bytes.end());
+        text({bytes.data(), bytes.size()});
+    }
+    template <typename Number>
+    void numbers(const Number* values, std::size_t count)
+    {
+        for (std::size_t i = 0; i < count; ++i) number(values[i]);
+    }
+    void flush()
+    {
+        checkCancelled(m_progress);
+        m_taken = m_taken && m_write(m_buffer.data(), m_buffer.size());
+        m_buffer.clear();
+    }
+
+private:
+    static constexpr std::size_t pieceSize = 1 << 18;
+
+    const znGeom::MeshByteWriter& m_write;
+    const znUtil::Progress& m_progress;
+    std::string m_buffer;
+    bool m_taken = true;
+};
+
 } // namespace
 
-void writeGlb(const znGeom::CompactMesh& mesh, const std::string& path, znUtil::Progress& progress)
+std::size_t writeGlb(const znGeom::CompactMesh& mesh, const znGeom::MeshByteWriter& write, znUtil::Progress& progress)
 {
     if (mesh.getNumVertices() == 0) throw Failure("can't be written: glTF has no place for a mesh without vertices");
     const GlbLayout layout(mesh);
@@ -98,21 +141,23 @@ void writeGlb(const znGeom::CompactMesh& mesh, const std::string& path, znUtil::
     const std::size_t total = 12 + 8 + json.size() + 8 + layout.binarySize();
     if (total > std::numeric_limits<std::uint32_t>::max()) throw Failure("can't be written: too large for a .glb file");
 
-    ByteSink sink(path);
-    sink.text("glTF");
-    for (const std::size_t value : {std::size_t(2), total, json.size()}) sink.binary(static_cast<std::uint32_t>(value));
-    sink.text("JSON" + json);
-    sink.binary(static_cast<std::uint32_t>(layout.binarySize()));
-    sink.text(std::string_view("BIN\0", 4));
-    sink.floats(mesh.getVerticesRaw(), 3 * mesh.getNumVertices());
-    if (mesh.getNormals()) sink.floats(mesh.getNormalsRaw(), 3 * mesh.getNumVertices());
-    checkCancelled(progress);
+    const auto numVertices = static_cast<std::size_t>(mesh.getNumVertices());
+    Pieces pieces(write, progress);
+    pieces.text("glTF");
+    for (const std::size_t value : {std::size_t(2), total, json.size()})
+        pieces.number(static_cast<std::uint32_t>(value));
+    pieces.text("JSON" + json);
+    pieces.number(static_cast<std::uint32_t>(layout.binarySize()));
+    pieces.text(std::string_view("BIN\0", 4));
+    pieces.numbers(mesh.getVerticesRaw(), 3 * numVertices);
+    if (mesh.getNormals()) pieces.numbers(mesh.getNormalsRaw(), 3 * numVertices);
     for (int vertex = 0; mesh.getUVs() && vertex < mesh.getNumVertices(); ++vertex) {
-        sink.binary(mesh.getUVs()[vertex].u);
-        sink.binary(1 - mesh.getUVs()[vertex].v); // this format counts from the upper edge of the image
+        pieces.number(mesh.getUVs()[vertex].u);
+        pieces.number(1 - mesh.getUVs()[vertex].v); // this format counts from the upper edge of the image
     }
-    for (int corner = 0; corner < 3 * mesh.getNumTriangles(); ++corner) sink.binary(mesh.getTrianglesRaw()[corner]);
-    sink.finish();
+    pieces.numbers(mesh.getTrianglesRaw(), 3 * static_cast<std::size_t>(mesh.getNumTriangles()));
+    pieces.flush();
+    return total;
 }
 
 } // namespace tool

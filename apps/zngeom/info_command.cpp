@@ -2,6 +2,7 @@
 
 #include "apps/zngeom/command.h"
 #include "apps/zngeom/failure.h"
+#include "apps/zngeom/format_option.h"
 #include "apps/zngeom/mesh_files.h"
 #include "apps/zngeom/mesh_summary.h"
 
@@ -123,6 +124,7 @@ public:
             "normals of two triangles with a common edge, in degrees: 0 where they are flat. Lengths are in the\n"
             "units of the file, areas and volumes in their squares and cubes.");
         sub->add_option("MESH", m_paths, "The mesh files, a report for each")->required();
+        addFormatOption(*sub, m_formats);
         return sub;
     }
 
@@ -146,21 +148,21 @@ public:
     }
 
 private:
-    static Report reportOn(const std::string& path, znUtil::Progress& progress)
+    Report reportOn(const std::string& path, znUtil::Progress& progress) const
     {
         znUtil::Progress phase;
         LoadedMesh loaded;
         progress.subPhase(0.7, phase);
-        loadMesh(path, phase, loaded);
+        loadMesh(path, phase, loaded, m_formats.input);
         progress.subPhase(0.3, phase);
         return describe(path, loaded, summarizeMesh(loaded.mesh, phase));
     }
 
-    static Report describe(const std::string& path, const LoadedMesh& loaded, const MeshSummary& summary)
+    Report describe(const std::string& path, const LoadedMesh& loaded, const MeshSummary& summary) const
     {
         Report report;
         report.add("file", path);
-        report.add("format", formatOf(path).name);
+        report.add("format", formatOf(path, m_formats.input).name);
         addCounts(loaded, summary, report);
         addComponents(summary, report);
         addLoops(summary.boundaryLoops, report);
@@ -179,6 +181,7 @@ private:
     }
 
     std::vector<std::string> m_paths;
+    StreamFormats m_formats;
 };
 
 } // namespace

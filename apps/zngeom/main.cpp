@@ -36,7 +36,8 @@ struct OutputOptions
 
 std::string formatsForHelp()
 {
-    std::string text = "Meshes are read and written by the extension of the file's name:\n";
+    std::string text =
+        "Meshes are read and written by the extension of the file's name; - is standard input and output:\n";
     for (const FileFormat& format : fileFormats()) {
         std::string extensions;
         for (const std::string& extension : format.extensions) extensions += extension + " ";
@@ -69,7 +70,7 @@ int printReport(const Report& report, const OutputOptions& options)
 {
     const Report::Notes notes = options.quiet ? Report::Notes::Hidden : Report::Notes::Shown;
     const std::string text = options.json ? report.json() : report.text(notes);
-    std::fputs(text.c_str(), stdout);
+    std::fputs(text.c_str(), report.isAside() ? stderr : stdout);
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
         printError("standard output can't be written");
         return Failed;

@@ -1,54 +1,75 @@
 /// The file formats of the tool, and reading and writing a mesh by its file's extension.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "apps/zngeom/loaded_mesh.h"
-#include "apps/zngeom/pending_file.h"
+#include "znGeom/files/mesh_save.h"
+#include "znGeom/files/pending_file.h"
 #include "znGeom/foundation/threads/progress.h"
 
 namespace tool {
+
+using PendingFile = znGeom::PendingFile;
 
 struct FileFormat
 {
     const char* name;
     std::vector<std::string> extensions; ///< in small letters; capitals in a file's name count as small ones
-    void (*read)(const std::string& path, znUtil::Progress& progress, LoadedMesh& result);
-    /// Null where the tool reads only.
-    void (*write)(const znGeom::CompactMesh& mesh, const std::string& path, znUtil::Progress& progress);
+    znGeom::MeshFormat format;           ///< of the library; unknown for glTF, which the tool reads and writes itself
+    bool isWritten;
     bool writesNormals, writesUVs;
     const char* remark; ///< for the help
 };
 
 const std::vector<FileFormat>& fileFormats();
 
-/// By the extension of the path; null for one that no format has.
-const FileFormat* findFormat(const std::string& path);
+// A path is a file's, or "-" for standard input and output. The format is that of the extension; `word` names one for
+// paths whose extension tells none: an extension without its dot, or nothing.
 
-/// The same. Fails for one that no format has.
-const FileFormat& formatOf(const std::string& path);
+/// Null for a path and a word that no format has.
+const FileFormat* findFormat(const std::string& path, const std::string& word = "");
 
-/// Fails with one line that begins with the path.
-void loadMesh(const std::string& path, znUtil::Progress& progress, LoadedMesh& result);
+/// The same. Fails where there is none.
+const FileFormat& formatOf(const std::string& path, const std::string& word = "");
+
+/// What messages call a path: standard input for "-".
+std::string inputName(const std::string& path);
+
+/// Reads a mesh of the path's format. Fails with one line that begins with the path; may be cancelled.
+void loadMesh(const std::string& path, znUtil::Progress& progress, LoadedMesh& result, const std::string& word = "");
+
+/// The same from memory. Failures don't begin with a path.
+/// \param folder  where glTF buffers may lie; empty when there is none
+void loadMesh(std::string_view bytes, const FileFormat& format, const std::string& folder, znUtil::Progress& progress,
+              LoadedMesh& result);
 
 /// Finds out before any work is done whether there is a writer for this path; fails if not.
-void checkOutputFormat(const std::string& path);
+void checkOutputFormat(const std::string& path, const std::string& word = "");
 
 /// Writes the triangles to a new file beside the target, for `putInPlace`. Fails with one line that begins with the
-/// path, and leaves no file; so does a cancel.
+/// path, and leaves no file; so does a cancel. Not for "-".
 std::unique_ptr<PendingFile> writeAside(const znGeom::CompactMesh& mesh, const std::string& path,
-                                        znUtil::Progress& progress);
+                                        znUtil::Progress& progress, const std::string& word = "",
+                                        const znGeom::MeshSaveOptions& options = {});
 
 /// Fails with one line that begins with the path.
 void putInPlace(PendingFile& file, const std::string& path);
 
 /// Adds to the mesh's notes what it has and a file of this path doesn't.
-void noteUnwritten(LoadedMesh& loaded, const std::string& path);
+void noteUnwritten(LoadedMesh& loaded, const std::string& path, const std::string& word = "");
 
-/// All three: writes the triangles to a new file, which takes the place of the old one when it is complete. A failure
-/// and a cancel leave what was there as it was.
-void saveMesh(LoadedMesh& loaded, const std::string& path, znUtil::Progress& progress);
+/// Writes the triangles to a new file, which takes the place of the old one when it is complete; a failure and a cancel
+/// leave what was there as it was. To standard output as they come. Returns the number of bytes.
+std::int64_t saveMesh(const znGeom::CompactMesh& mesh, const std::string& path, znUtil::Progress& progress,
+                      const std::string& word = "", const znGeom::MeshSaveOptions& options = {});
+
+/// The same with the groups of the mesh, and with notes of what isn't written.
+std::int64_t saveMesh(LoadedMesh& loaded, const std::string& path, znUtil::Progress& progress,
+                      const std::string& word = "");
 
 } // namespace tool

@@ -2,79 +2,62 @@
 
 #include <algorithm>
 
+#include "apps/zngeom/failure.h"
 #include "apps/zngeom/mesh_files.h"
-#include "apps/zngeom/mesh_readers.h"
-#include "apps/zngeom/pacer.h"
 #include "apps/zngeom/read_file.h"
-#include "apps/zngeom/text_scanner.h"
 
 namespace tool {
 
 namespace {
 
+const FileFormat& points() { return formatOf("points.xyz"); }
+
+/// Words are divided by blanks and commas; "#" starts a comment.
 int wordsOnFirstLine(const std::string& text)
 {
-    TextScanner scanner(text);
-    scanner.allowComments();
     int count = 0;
-    if (scanner.atEnd()) return count;
-    for (; scanner.hasWordOnLine(); ++count) scanner.word();
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        const bool isLineEnd = text[at] == '\n' || text[at] == '\r';
+        if (isLineEnd && count > 0) break;
+        if (isLineEnd || text[at] == ' ' || text[at] == '\t' || text[at] == ',') continue;
+        const std::size_t end = std::min(text.find_first_of(text[at] == '#' ? "\n\r" : " \t,\n\r", at), text.size());
+        count += text[at] == '#' ? 0 : 1;
+        at = end - 1;
+    }
     return count;
 }
 
-std::vector<znGeom::MeshVertex> readPoints(const std::string& text, znUtil::Progress& progress)
+/// A file of the plain format's extensions is a mesh or points: its first line tells.
+void loadAny(const std::string& path, znUtil::Progress& progress, const std::string& word, LoadedMesh& loaded)
 {
-    TextScanner scanner(text);
-    scanner.allowComments();
-    Pacer pacer(progress, text.size());
-    std::vector<znGeom::MeshVertex> points;
-    while (!scanner.atEnd()) {
-        float coordinates[3];
-        for (float& coordinate : coordinates) {
-            if (!scanner.hasWordOnLine()) scanner.fail("a point has fewer than three coordinates");
-            coordinate = scanner.number<float>();
-        }
-        points.emplace_back().set(coordinates);
-        if (!isFinite(points.back())) scanner.fail("a coordinate is not finite, or beyond the range of a float");
-        if (scanner.hasWordOnLine()) scanner.fail("a point has more than three coordinates");
-        if (points.size() > maxElements) scanner.fail("there are more than " + std::to_string(maxElements) + " points");
-        pacer.at(scanner.position());
+    const FileFormat* format = findFormat(path, word);
+    if (path == standardStream && !format) format = &points();
+    const bool isPlain = format && format->format == znGeom::MeshFormat::Plain;
+    if (format && !isPlain && path != standardStream) {
+        loadMesh(path, progress, loaded, word);
+        return;
     }
-    return points;
-}
-
-std::vector<znGeom::MeshVertex> loadText(const std::string& path, znUtil::Progress& progress, bool& isPlainMesh)
-try {
-    progress.setCaption("reading");
-    std::string text = readFile(path, progress);
-    std::replace(text.begin(), text.end(), ',', ' ');
-    isPlainMesh = isPlainMesh && wordsOnFirstLine(text) == 2;
-    if (isPlainMesh) return {};
-    return readPoints(text, progress);
-} catch (const Failure& failure) {
-    throw Failure(path + ": " + failure.what());
-}
-
-std::vector<znGeom::MeshVertex> loadVertices(const std::string& path, znUtil::Progress& progress)
-{
-    LoadedMesh loaded;
-    loadMesh(path, progress, loaded);
-    const znGeom::MeshVertex* vertices = loaded.mesh.getVertices();
-    checkFinite(vertices, loaded.mesh.getNumVertices(), path);
-    return {vertices, vertices + loaded.mesh.getNumVertices()};
+    try {
+        progress.setCaption("reading");
+        const std::string text = readFile(path, progress);
+        const bool isPoints = !format || (isPlain && wordsOnFirstLine(text) != 2);
+        loadMesh(text, isPoints ? points() : *format, "", progress, loaded);
+    } catch (const Failure& failure) {
+        throw Failure(inputName(path) + ": " + failure.what());
+    }
 }
 
 } // namespace
 
-std::vector<znGeom::MeshVertex> loadPoints(const std::string& path, znUtil::Progress& progress)
+std::vector<znGeom::MeshVertex> loadPoints(const std::string& path, znUtil::Progress& progress, const std::string& word)
 {
-    const FileFormat* format = findFormat(path);
-    bool isMesh = format != nullptr;
-    std::vector<znGeom::MeshVertex> points;
-    if (!format || format->read == readPlain) points = loadText(path, progress, isMesh);
-    if (isMesh) points = loadVertices(path, progress);
-    if (points.empty()) throw Failure(path + ": has no points");
-    return points;
+    LoadedMesh loaded;
+    loadAny(path, progress, word, loaded);
+    const int count = loaded.mesh.getNumVertices();
+    if (count == 0) throw Failure(inputName(path) + ": has no points");
+    const znGeom::MeshVertex* vertices = loaded.mesh.getVertices();
+    checkFinite(vertices, count, inputName(path));
+    return {vertices, vertices + count};
 }
 
 void checkFinite(const znGeom::MeshVertex* vertices, int count, const std::string& path)

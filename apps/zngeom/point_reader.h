@@ -15,7 +15,9 @@ namespace tool {
 ///
 /// Fails with one line that begins with the path; in a text it names the line. Coordinates are finite. May be
 /// cancelled.
-std::vector<znGeom::MeshVertex> loadPoints(const std::string& path, znUtil::Progress& progress);
+/// \param word  names a format for a path whose extension tells none, also for "-"; without one it is a text
+std::vector<znGeom::MeshVertex> loadPoints(const std::string& path, znUtil::Progress& progress,
+                                           const std::string& word = "");
 
 /// Fails for a mesh with a vertex whose coordinates are infinite or not numbers.
 void checkFinite(const znGeom::MeshVertex* vertices, int count, const std::string& path);

@@ -16,6 +16,7 @@ using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
 File openToRead(const std::string& path)
 {
+    if (path == standardStream) return File(stdin, [](std::FILE*) { return 0; });
     std::error_code error;
     if (std::filesystem::is_directory(path, error)) throw Failure("is a folder");
     File file(std::fopen(path.c_str(), "rb"), &std::fclose);
@@ -31,7 +32,7 @@ std::string readFile(const std::string& path, const znUtil::Progress& progress)
     const File file = openToRead(path);
     std::string content;
     std::error_code error;
-    const auto size = std::filesystem::file_size(path, error);
+    const auto size = path == standardStream ? 0 : std::filesystem::file_size(path, error);
     if (!error) content.reserve(size);
 
     char chunk[1 << 16];
@@ -43,16 +44,6 @@ std::string readFile(const std::string& path, const znUtil::Progress& progress)
     if (std::ferror(file.get()) != 0) throw Failure(std::string("can't be read: ") + std::strerror(errno));
     if (content.empty()) throw Failure("is empty");
     return content;
-}
-
-void checkReadable(const std::string& path)
-{
-    std::error_code error;
-    if (std::filesystem::exists(path, error) && !std::filesystem::is_directory(path, error) &&
-        !std::filesystem::is_regular_file(path, error))
-        throw Failure("is a pipe or a device, and this format is read from files alone");
-    const File file = openToRead(path);
-    if (std::fgetc(file.get()) == EOF) throw Failure("is empty");
 }
 
 } // namespace tool

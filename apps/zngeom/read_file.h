@@ -7,12 +7,11 @@
 
 namespace tool {
 
-/// The bytes of a file, also of a pipe that has a name. Fails with the system's reason for a file that can't be read,
-/// and for an empty one. May be cancelled.
-std::string readFile(const std::string& path, const znUtil::Progress& progress);
+/// The name that stands for standard input and output.
+constexpr const char* standardStream = "-";
 
-/// For readers that open the file themselves, perhaps several times: fails for a file that can't be read, that is
-/// empty, or that is no file but a pipe.
-void checkReadable(const std::string& path);
+/// The bytes of a file, also of a pipe that has a name, or of standard input for "-". Fails with the system's reason
+/// for a file that can't be read, and for an empty one. May be cancelled.
+std::string readFile(const std::string& path, const znUtil::Progress& progress);
 
 } // namespace tool

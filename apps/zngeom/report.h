@@ -39,6 +39,10 @@ public:
     /// Prints this text and nothing else, for people and for programs: the result of a command that has one.
     void setOutput(std::string text) { m_output = std::move(text); }
 
+    /// Where the output of the command goes to standard output, the report goes to standard error.
+    void makeRoomFor(const std::string& output) { m_isAside = output == "-"; }
+    bool isAside() const { return m_isAside; }
+
     /// Ends in a line end. Notes follow the values.
     std::string text(Notes notes) const;
     /// One line with all values, and with the notes under "notes".
@@ -53,6 +57,7 @@ private:
     std::vector<std::string> m_notes;
     std::vector<Report> m_parts;
     std::vector<std::string> m_failures;
+    bool m_isAside = false;
 };
 
 /// The same text with a question mark for each control character: those move the cursor, or colour what follows.

@@ -3,6 +3,7 @@
 #include <numeric>
 
 #include "apps/zngeom/command.h"
+#include "apps/zngeom/format_option.h"
 #include "apps/zngeom/mesh_files.h"
 #include "apps/zngeom/pacer.h"
 #include "apps/zngeom/part_options.h"
@@ -113,6 +114,7 @@ public:
         sub->add_option("--most", m_mostFiles, "Write nothing if it would be more files than this")
             ->check(wholeNumberFrom(1))
             ->capture_default_str();
+        addFormatOption(*sub, m_formats);
         return sub;
     }
 
@@ -122,7 +124,7 @@ public:
         znUtil::Progress phase;
         LoadedMesh loaded;
         progress.subPhase(0.4, phase);
-        loadMesh(m_input, phase, loaded);
+        loadMesh(m_input, phase, loaded, m_formats.input);
         checkHasTriangles(loaded.mesh, m_input);
 
         progress.subPhase(0.2, phase);
@@ -175,6 +177,7 @@ private:
     }
 
     std::string m_input, m_output, m_across;
+    StreamFormats m_formats;
     int m_numParts = 0, m_mostFiles = 1000;
 };
 

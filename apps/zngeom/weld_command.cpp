@@ -1,4 +1,5 @@
 #include "apps/zngeom/command.h"
+#include "apps/zngeom/format_option.h"
 #include "apps/zngeom/mesh_files.h"
 #include "apps/zngeom/pacer.h"
 #include "znGeom/analysis/census.h"
@@ -22,16 +23,17 @@ public:
         sub->add_option("IN", m_input, "The mesh file to read")->required();
         sub->add_option("OUT", m_output, "The mesh file to write; may be the same")->required();
         sub->add_flag("--positions", m_positionsOnly, "Compare and keep positions alone");
+        addFormatOptions(*sub, m_formats);
         return sub;
     }
 
     Report run(znUtil::Progress& progress) override
     {
-        checkOutputFormat(m_output);
+        checkOutputFormat(m_output, m_formats.ofOutput());
         znUtil::Progress phase;
         LoadedMesh loaded;
         progress.subPhase(0.5, phase);
-        loadMesh(m_input, phase, loaded);
+        loadMesh(m_input, phase, loaded, m_formats.input);
 
         progress.subPhase(0.3, phase);
         const int before = loaded.mesh.getNumVertices();
@@ -39,7 +41,7 @@ public:
         checkCancelled(progress);
 
         progress.subPhase(0.2, phase);
-        saveMesh(loaded, m_output, phase);
+        saveMesh(loaded, m_output, phase, m_formats.ofOutput());
 
         Report report;
         report.add("input", m_input);
@@ -50,6 +52,7 @@ public:
         report.add("triangles", loaded.mesh.getNumTriangles());
         report.add("degenerate_triangles", znGeom::meshCountDegenerateTriangles(loaded.mesh));
         report.addNotes(loaded.notes);
+        report.makeRoomFor(m_output);
         return report;
     }
 
@@ -63,6 +66,8 @@ private:
         if (m_positionsOnly) {
             mesh.deleteNormals();
             mesh.deleteUVs();
+            loaded.cornerNormals.clear();
+            loaded.cornerUVs.clear();
         }
         if (mesh.getUVs() && !mesh.getNormals())
             loaded.notes.push_back("texture coordinates: not compared, since there are no normals");
@@ -70,6 +75,7 @@ private:
     }
 
     std::string m_input, m_output;
+    StreamFormats m_formats;
     bool m_positionsOnly = false;
 };
 

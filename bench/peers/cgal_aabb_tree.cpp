@@ -38,12 +38,15 @@ class AabbIndex
 {
 public:
     explicit AabbIndex(const bench::Soup& soup)
-        : triangles_(trianglesOf(soup)), tree_(triangles_.begin(), triangles_.end())
+        : bytesBefore_(bench::heapInUse()), triangles_(trianglesOf(soup)), tree_(triangles_.begin(), triangles_.end())
     {
         tree_.build();
         tree_.accelerate_distance_queries();
         tree_.closest_point(pointAt(soup.positions.data())); // What it makes at the first query is made here.
+        bytes_ = bench::heapInUse() - bytesBefore_;
     }
+
+    std::size_t bytes() const { return bytes_; }
 
     void distances(const float* points, std::size_t count, double* distances) const
     {
@@ -54,6 +57,7 @@ public:
     }
 
 private:
+    std::size_t bytesBefore_, bytes_ = 0;
     Triangles triangles_;
     Tree tree_;
 };

@@ -3,11 +3,15 @@
 
 #include <embree3/rtcore.h>
 
+#include <atomic>
 #include <cmath>
+#include <cstddef>
 #include <limits>
 #include <memory>
 #include <type_traits>
 #include <vector>
+
+#include <sys/types.h>
 
 namespace {
 
@@ -21,9 +25,27 @@ struct Release
 using Device = std::unique_ptr<std::remove_pointer_t<RTCDevice>, Release>;
 using Scene = std::unique_ptr<std::remove_pointer_t<RTCScene>, Release>;
 
-RTCDevice deviceOnAllThreads()
+/// What a device has taken for its scenes.
+struct Memory
 {
-    static const Device device(rtcNewDevice(nullptr));
+    std::atomic<std::ptrdiff_t> bytes{0};
+
+    static bool count(void* memory, ssize_t bytes, bool)
+    {
+        static_cast<Memory*>(memory)->bytes += bytes;
+        return true;
+    }
+};
+
+RTCDevice deviceOnAllThreads(const Memory*& memory)
+{
+    static Memory taken;
+    static const Device device = [] {
+        Device made(rtcNewDevice(nullptr));
+        rtcSetDeviceMemoryMonitorFunction(made.get(), Memory::count, &taken);
+        return made;
+    }();
+    memory = &taken;
     return device.get();
 }
 
@@ -122,10 +144,16 @@ bool visit(RTCPointQueryFunctionArguments* arguments)
 class EmbreeIndex
 {
 public:
-    explicit EmbreeIndex(const bench::Soup& soup)
-        : buffers_(soup), corners_(bench::blownUp(soup).positions),
-          scene_(build(deviceOnAllThreads(), buffers_, RTC_BUILD_QUALITY_MEDIUM))
-    {}
+    explicit EmbreeIndex(const bench::Soup& soup) : buffers_(soup), corners_(bench::blownUp(soup).positions)
+    {
+        const Memory* memory;
+        const RTCDevice device = deviceOnAllThreads(memory);
+        const std::ptrdiff_t before = memory->bytes;
+        scene_ = build(device, buffers_, RTC_BUILD_QUALITY_MEDIUM);
+        bytes_ = static_cast<std::size_t>(memory->bytes - before) + corners_.size() * sizeof(float);
+    }
+
+    std::size_t bytes() const { return bytes_; }
 
     void distances(const float* points, std::size_t count, double* distances) const
     {
@@ -144,6 +172,7 @@ private:
     Buffers buffers_;
     std::vector<float> corners_;
     Scene scene_;
+    std::size_t bytes_ = 0;
 };
 
 /// Whether the scene's box is the mesh's.

@@ -66,8 +66,8 @@ TEST(ToolClosest, SaysWhatItCannotMeasure)
         {"1 2 3\n4 5\n6 7 8\n", "line 2: a point has fewer than three"},
         {"# a\n\n1 2 3 4\n", "line 3: a point has more than three"},
         {"1 2 3\n1 2 x\n", "line 2: \"x\" is not a number"},
-        {"1 2 nan\n", "line 1: a coordinate is not finite"},
-        {"1 2 1e99\n", "line 1: a coordinate is not finite"},
+        {"1 2 nan\n", "vertex 0, counted from 0, has a coordinate that is not finite"},
+        {"1 2 1e99\n", "vertex 0, counted from 0, has a coordinate that is not finite"},
         {"# nothing\n\n", "has no points"},
         {"", "is empty"},
     };

@@ -41,8 +41,12 @@ TEST(ToolFailures, ABadFileGivesOneClearLine)
         {"binary.off", "OFF BINARY\n", "binary"},
         {"four.off", "4OFF\n1 0 0\n0 0 0 0\n", "three dimensions"},
         {"junk.off", junk, ""},
-        {"corner.txt", with(boxPlain(), "3 3 0 4", "3 3 0 9"), "line 21: face 11 names vertex 9"},
-        {"polygon.txt", with(boxPlain(), "3 3 0 4", "4 3 0 4 1"), "4 corners"},
+        {"corner.txt", with(boxPlain(), "3 3 0 4", "3 3 0 9"),
+         "face 11 names vertex 9, the file has 9, counted from 0"},
+        {"corners.txt", with(boxPlain(), "3 3 0 4", "0 3 0 4"), "line 21: a face has 0 corners"},
+        {"large.obj", triangle + "f 1 2 4294967299\n", "line 4: a face names vertex 4294967299"},
+        {"small.obj", triangle + "f 1 2 -4294967295\n", "line 4: a face names vertex -4294967295"},
+        {"escape.obj", triangle + "v \x1B[31m 0 0\n", "line 4: \"?[31m\" is not a number"},
         {"counts.txt", with(boxPlain(), "9 11", "999999999 11"), "ends too soon"},
         {"comment.txt", "# " + boxPlain(), "\"#\""},
         {"junk.mesh", junk, ""},
@@ -53,13 +57,13 @@ TEST(ToolFailures, ABadFileGivesOneClearLine)
         {"counts.ply", manyFaces, "ends too soon, in face 7 of 2000000000"},
         {"twice.ply", with(boxPly(), "element face", "element vertex"), "twice"},
         {"junk.ply", junk, ""},
-        {"text.stl", boxStl().substr(0, 500), "endsolid"},
+        {"text.stl", boxStl().substr(0, 500), "ends too soon"},
         {"junk.stl", junk, ""},
         {"empty.stl", "", "is empty"},
-        {"corner.gltf", with(triangleGltf(), "AAACAAEA", "AAACAAkA"), "names a vertex"},
+        {"corner.gltf", with(triangleGltf(), "AAACAAEA", "AAACAAkA"), "names vertex 9"},
         {"cut.gltf", triangleGltf().substr(0, 300), ""},
         {"junk.glb", junk, ""},
-        {"unknown.xyz", "0 0 0\n", "unknown extension .xyz"},
+        {"unknown.abc", "0 0 0\n", "unknown extension .abc"},
         {"none", "0 0 0\n", "no extension"},
     };
     const Scratch scratch;
@@ -108,9 +112,9 @@ TEST(ToolFailures, WhatCannotBeReadOrWrittenIsSaid)
         {{"info", folder}, {folder, "folder"}},
         {{"convert", box, folder}, {folder, "folder"}},
         {{"convert", box, scratch.path("no/where.obj")}, {"No such file"}},
-        {{"convert", box, scratch.path("box.xyz")}, {"unknown extension"}},
+        {{"convert", box, scratch.path("box.abc")}, {"unknown extension"}},
         // What is to be written is looked at before what is to be read.
-        {{"convert", missing, scratch.path("box.xyz")}, {"unknown extension"}},
+        {{"convert", missing, scratch.path("box.abc")}, {"unknown extension"}},
     };
     for (const auto& [arguments, words] : cases) expectOneLine(runTool(arguments), words, arguments.back());
     EXPECT_EQ(scratch.names(), (std::vector<std::string>{"box.obj", "folder.obj"}));

@@ -90,7 +90,7 @@ TEST(ToolInfo, ReadsObjFilesAsPeopleWriteThem)
         {"one normal a vertex", normals + "f 1//1 2//2 3//1\nf 1//2 3//2 4//3\n",
          R"("channels": ["vertices", "normals"], "notes": [])"},
         {"several normals", normals + "f 1//1 2//2 3//1\nf 1//3 3//2 4//3\n",
-         R"("channels": ["vertices"], "notes": ["normals: several at one vertex, not kept"])"},
+         R"("channels": ["vertices"], "notes": ["normals: several at one vertex, kept per face corner"])"},
         {"normals here and there", normals + "f 1//1 2//2 3//1\nf 1 3 4\n",
          R"("channels": ["vertices"], "notes": ["normals: not at every face corner, not kept"])"},
         {"texture", square + "vt 0 0\nvt 1 1\nf 1/1 2/-1 3/2\n", R"("channels": ["vertices", "uvs"])"},

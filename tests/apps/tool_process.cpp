@@ -1,5 +1,6 @@
 #include "tests/apps/tool_process.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/wait.h>
@@ -39,7 +40,7 @@ std::ostream& operator<<(std::ostream& stream, const Outcome& outcome)
     return stream << "status " << outcome.status << "\nout: " << outcome.out << "\nerr: " << outcome.err;
 }
 
-ToolProcess::ToolProcess(const std::vector<std::string>& arguments, int terminal)
+ToolProcess::ToolProcess(const std::vector<std::string>& arguments, int terminal, const std::string& input)
     : m_out(std::tmpfile()), m_err(std::tmpfile())
 {
     std::vector<std::string> words{ZNGEOM_TOOL};
@@ -54,6 +55,7 @@ ToolProcess::ToolProcess(const std::vector<std::string>& arguments, int terminal
     if (m_pid < 0) throw std::runtime_error("the tool can't be started");
     if (m_pid > 0) return;
     setenv("TSAN_OPTIONS", withoutWaiting.c_str(), 1);
+    if (!input.empty()) dup2(open(input.c_str(), O_RDONLY), STDIN_FILENO);
     dup2(fileno(m_out), STDOUT_FILENO);
     dup2(terminal >= 0 ? terminal : fileno(m_err), STDERR_FILENO);
     // Whoever runs the tests in the background may have set Ctrl-C to be ignored, which the tool would respect.
@@ -81,7 +83,10 @@ void expectOneLine(const Outcome& outcome, const std::vector<std::string>& words
         EXPECT_NE(outcome.err.find(word), std::string::npos) << word << what << outcome;
 }
 
-Outcome runTool(const std::vector<std::string>& arguments) { return ToolProcess(arguments).wait(); }
+Outcome runTool(const std::vector<std::string>& arguments, const std::string& input)
+{
+    return ToolProcess(arguments, -1, input).wait();
+}
 
 Json report(std::vector<std::string> arguments)
 {

@@ -29,7 +29,8 @@ class ToolProcess
 {
 public:
     /// \param terminal  for standard error; -1 for a file
-    explicit ToolProcess(const std::vector<std::string>& arguments, int terminal = -1);
+    /// \param input     the file that is its standard input; empty for that of the tests
+    explicit ToolProcess(const std::vector<std::string>& arguments, int terminal = -1, const std::string& input = "");
 
     void signal(int number) const;
     Outcome wait();
@@ -42,7 +43,8 @@ private:
 /// Expects status 1, nothing on standard output and one line on standard error with the given words in it.
 void expectOneLine(const Outcome& outcome, const std::vector<std::string>& words, const std::string& what);
 
-Outcome runTool(const std::vector<std::string>& arguments);
+/// \param input  the file that is its standard input; empty for that of the tests
+Outcome runTool(const std::vector<std::string>& arguments, const std::string& input = "");
 
 /// The report of a call with `--json`.
 Json report(std::vector<std::string> arguments);

@@ -376,7 +376,7 @@ TEST(ClosestPoint, AllWaysLeadToTheAnswersOfTheWalk)
         MeshClosestPoint byTree(on.mesh, *on.octree, on.tris, on.tree), byItself(on.mesh, *on.octree, on.tris);
         std::vector<Point> points;
         std::vector<Found> expected;
-        for (int i = 0; i < 400; ++i) {
+        for (int i = 0; i < 240; ++i) {
             points.push_back(makeZooQuery(random, mesh, i));
             expected.push_back(byTris(on, points.back()));
             MeshCoord tree, itself;

@@ -63,24 +63,17 @@ private:
 };
 
 MeshClosestPoint::MeshClosestPoint(const CompactMesh& mesh, const Octree& octree, const OctreeTris& octreeTris)
-    : m_context(new ClosestPointContext({mesh, octree, octreeTris, nullptr})), m_owned(true)
+    : m_context(new ClosestPointContext({mesh, octree, octreeTris, nullptr}))
 {}
 
 MeshClosestPoint::MeshClosestPoint(const CompactMesh& mesh, const Octree& octree, const OctreeTris& octreeTris,
                                    const TriangleTree& tree)
-    : m_context(new ClosestPointContext({mesh, octree, octreeTris, &tree})), m_owned(true)
+    : m_context(new ClosestPointContext({mesh, octree, octreeTris, &tree}))
 {}
 
-MeshClosestPoint::MeshClosestPoint(const MeshClosestPoint& other) : m_context(other.m_context), m_owned(false) {}
-
-MeshClosestPoint::MeshClosestPoint(MeshClosestPoint&& other) noexcept
-    : m_context(other.m_context), m_owned(std::exchange(other.m_owned, false))
-{}
-
-MeshClosestPoint::~MeshClosestPoint()
-{
-    if (m_owned) delete m_context;
-}
+MeshClosestPoint::MeshClosestPoint(const MeshClosestPoint& other) = default;
+MeshClosestPoint::MeshClosestPoint(MeshClosestPoint&& other) noexcept = default;
+MeshClosestPoint::~MeshClosestPoint() = default;
 
 double MeshClosestPoint::compute(const Point& point, MeshCoord* coord) { return m_context->compute(point, coord); }
 

@@ -7,6 +7,7 @@
 /// coordinate stays as it was.
 #pragma once
 
+#include "znGeom/foundation/containers/impl_base.h"
 #include "znGeom/foundation/linear/line.h"
 #include "znGeom/foundation/mesh/compact_mesh.h"
 #include "znGeom/foundation/mesh/mesh_adjacency.h"
@@ -65,8 +66,7 @@ public:
                  znUtil::Progress* progress = nullptr, znUtil::ThreadPool& pool = znUtil::ThreadPool::get());
 
 private:
-    ClosestPointContext* m_context;
-    bool m_owned;
+    zn::ImplPointer<ClosestPointContext> m_context;
 };
 
 /// Finds the nearest point by the vertex octree: nearest vertices first, and the triangles around each.

@@ -168,21 +168,15 @@ private:
     std::vector<BoundingBox> m_splitBoxes; ///< of the cells that were split in this walk
 };
 
-OctreeClosestIt::OctreeClosestIt(OctreeClosestIt&& other) noexcept
-    : m_impl(other.m_impl), m_owned(std::exchange(other.m_owned, false))
-{}
-
-OctreeClosestIt::~OctreeClosestIt()
-{
-    if (m_owned) delete m_impl;
-}
+OctreeClosestIt::OctreeClosestIt() = default;
+OctreeClosestIt::OctreeClosestIt(const Octree& octree, const Point& point) { reset(octree, point); }
+OctreeClosestIt::OctreeClosestIt(const OctreeClosestIt& other) = default;
+OctreeClosestIt::OctreeClosestIt(OctreeClosestIt&& other) noexcept = default;
+OctreeClosestIt::~OctreeClosestIt() = default;
 
 void OctreeClosestIt::reset(const Octree& octree, const Point& point)
 {
-    if (!m_impl) {
-        m_impl = new OctreeClosestItImpl;
-        m_owned = true;
-    }
+    if (!m_impl) m_impl = zn::ImplPointer<OctreeClosestItImpl>(new OctreeClosestItImpl);
     m_impl->reset(octree, point);
 }
 

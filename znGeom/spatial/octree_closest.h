@@ -24,10 +24,10 @@ class ZNGEOM_API OctreeClosestIt
 {
 public:
     /// Nowhere: to be `reset` before any other use.
-    OctreeClosestIt() = default;
-    OctreeClosestIt(const Octree& octree, const znLinear::Point& point) { reset(octree, point); }
+    OctreeClosestIt();
+    OctreeClosestIt(const Octree& octree, const znLinear::Point& point);
     OctreeClosestIt(const Octree&&, const znLinear::Point&) = delete;
-    OctreeClosestIt(const OctreeClosestIt& other) : m_impl(other.m_impl), m_owned(false) {}
+    OctreeClosestIt(const OctreeClosestIt& other);
     OctreeClosestIt(OctreeClosestIt&& other) noexcept;
     OctreeClosestIt& operator=(const OctreeClosestIt&) = delete;
     ~OctreeClosestIt();
@@ -49,8 +49,7 @@ public:
     double getDistance2() const;
 
 private:
-    OctreeClosestItImpl* m_impl = nullptr;
-    bool m_owned = true;
+    zn::ImplPointer<OctreeClosestItImpl> m_impl;
 };
 
 } // namespace znGeom

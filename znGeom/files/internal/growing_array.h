@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <utility>
 
 #include "znGeom/foundation/mesh/array.h"
 
@@ -18,33 +19,51 @@ public:
     /// At most so many elements, so that the numbers that they consist of can still be counted with an `int`.
     static constexpr std::int64_t limit = std::numeric_limits<int>::max() / static_cast<int>(sizeof(T) / 4) - 2;
 
-    int size() { return static_cast<int>(m_end - begin()); }
+    int size() const { return m_size; }
+    /// How many there is room for.
+    int capacity() const { return m_elements.size(); }
     T* begin() { return m_elements.write(); }
-    T* end() { return m_end; }
+    const T* begin() const { return m_elements.read(); }
+    T* end() { return begin() + m_size; }
 
     /// Makes room for `count` more behind the end; false when they might be too many.
     bool reserve(std::int64_t count)
     {
-        const int used = size();
-        if (count > limit - used) return false;
+        if (count > limit - m_size) return false;
         const std::int64_t room = m_elements.size();
-        if (used + count > room) m_elements.resize(static_cast<int>(std::min(limit, room + room / 2 + count)));
-        m_end = begin() + used;
+        if (m_size + count > room) m_elements.resize(static_cast<int>(std::min(limit, room + room / 2 + count)));
         return true;
     }
 
     /// Moves the end within the room that was made.
-    void setEnd(T* end) { m_end = end; }
+    void setEnd(const T* end) { m_size = static_cast<int>(end - begin()); }
+
+    /// False when there would be too many.
+    bool append(const T* elements, int count)
+    {
+        if (m_size + std::int64_t(count) > m_elements.size() && !reserve(count)) return false;
+        std::copy_n(elements, count, end());
+        m_size += count;
+        return true;
+    }
+
+    /// Exactly the elements, in an array of their own; this one is empty then.
+    Array<T> take()
+    {
+        m_elements.resize(m_size);
+        m_size = 0;
+        return std::move(m_elements);
+    }
 
     void clear()
     {
         m_elements.resize(0);
-        m_end = nullptr;
+        m_size = 0;
     }
 
 private:
     Array<T> m_elements;
-    T* m_end = nullptr;
+    int m_size = 0;
 };
 
 } // namespace znGeom::internal

@@ -1,4 +1,5 @@
 #include "znGeom/files/internal/decimal.h"
+#include "znGeom/files/internal/face_list.h"
 #include "znGeom/files/internal/growing_array.h"
 #include "znGeom/files/internal/parsers.h"
 
@@ -53,13 +54,6 @@ bool readEntry(const char*& at, int& vertex)
     return readInt(++at, unused);
 }
 
-/// Faces with equally many corners that follow one another. Most files are one run.
-struct FaceRun
-{
-    int numCorners;
-    int numFaces;
-};
-
 class ObjParser
 {
 public:
@@ -70,14 +64,10 @@ public:
 private:
     const char* readVertex(const char* at);
     const char* readFace(const char* at);
-    void eraseFacesOutOfRange();
-    void publishPolygons(CompactMesh& mesh);
-    void publishTriangles(CompactMesh& mesh);
 
-    GrowingArray<MeshVertex> m_vertices;
-    GrowingArray<int> m_corners; ///< counted from 1, none below
-    zn::vector<FaceRun> m_runs;
-    int m_largestCorner = 0;
+    GrowingArray<float> m_positions;
+    FaceList m_faces;
+    int m_largestCorner = 0; ///< counted from 1
 };
 
 /// Vertices and faces count. All other lines are passed over: normals and UVs as well, which go no further than the
@@ -86,7 +76,7 @@ bool ObjParser::readLines(const char* begin, const char* end)
 {
     // The shortest vertex is "v \n", and no line has an entry for less than two characters.
     const std::int64_t size = end - begin;
-    if (!m_vertices.reserve(size / 3) || !m_corners.reserve(size / 2)) return false;
+    if (!m_positions.reserve(size) || !m_faces.reserve(size / 2)) return false;
     for (const char* at = begin; at != end; ++at) {
         while (isBlank(*at)) ++at;
         if (at[0] == 'v' && at[1] == ' ')
@@ -101,10 +91,10 @@ bool ObjParser::readLines(const char* begin, const char* end)
 /// Numbers that are missing are 0.
 const char* ObjParser::readVertex(const char* at)
 {
-    MeshVertex* const vertex = m_vertices.end();
-    vertex->set(0, 0, 0);
-    if (readFloat(at, vertex->x) && readFloat(at, vertex->y)) readFloat(at, vertex->z);
-    m_vertices.setEnd(vertex + 1);
+    float* const vertex = m_positions.end();
+    std::fill_n(vertex, 3, 0.0f);
+    if (readFloat(at, vertex[0]) && readFloat(at, vertex[1])) readFloat(at, vertex[2]);
+    m_positions.setEnd(vertex + 3);
     return at;
 }
 
@@ -112,7 +102,7 @@ const char* ObjParser::readVertex(const char* at)
 /// which cannot be read, and with it the face is lost.
 const char* ObjParser::readFace(const char* at)
 {
-    int* const face = m_corners.end();
+    int* const face = m_faces.end();
     int* corner = face;
     int smallest = 1, largest = 0;
     bool more = true;
@@ -121,62 +111,25 @@ const char* ObjParser::readFace(const char* at)
         smallest = std::min(smallest, *corner);
         largest = std::max(largest, *corner++);
     }
-    const int numCorners = static_cast<int>(corner - face);
-    if (numCorners < 3 || smallest < 1) return at;
-    m_corners.setEnd(corner);
+    if (corner - face < 3 || smallest < 1) return at;
+    for (int* each = face; each != corner; ++each) --*each;
     m_largestCorner = std::max(m_largestCorner, largest);
-    if (m_runs.empty() || m_runs.back().numCorners != numCorners) m_runs.append({numCorners, 0});
-    ++m_runs.back().numFaces;
+    m_faces.add(static_cast<int>(corner - face));
     return at;
 }
 
-/// Now that the number of vertices is known.
-void ObjParser::eraseFacesOutOfRange()
-{
-    const int numVertices = m_vertices.size();
-    if (m_largestCorner <= numVertices) return;
-    const int* face = m_corners.begin();
-    int* kept = m_corners.begin();
-    for (FaceRun& run : m_runs) {
-        const int numFaces = run.numFaces;
-        for (int i = 0; i < numFaces; ++i, face += run.numCorners) {
-            if (*std::max_element(face, face + run.numCorners) <= numVertices)
-                kept = std::copy_n(face, run.numCorners, kept);
-            else
-                --run.numFaces;
-        }
-    }
-    m_corners.setEnd(kept);
-}
-
+/// One polygon makes all faces polygons, and the triangles of the mesh stay as they were.
 void ObjParser::publish(CompactMesh& mesh)
 {
-    eraseFacesOutOfRange();
+    const int numVertices = m_positions.size() / 3;
+    if (m_largestCorner > numVertices) m_faces.eraseFrom(numVertices);
+    Array<float> positions = m_positions.take();
     mesh.resizeVertexArray(0);
-    mesh.copyVertices(m_vertices.size(), m_vertices.begin());
-    m_vertices.clear();
-    const auto isPolygons = [](const FaceRun& run) { return run.numCorners > 3 && run.numFaces > 0; };
-    if (std::any_of(m_runs.begin(), m_runs.end(), isPolygons))
-        publishPolygons(mesh);
+    mesh.takeVertices(positions);
+    if (m_faces.numPolygons() > 0)
+        m_faces.publishPolygons(mesh);
     else
-        publishTriangles(mesh);
-}
-
-/// One polygon makes all faces polygons, and the triangles of the mesh stay as they were.
-void ObjParser::publishPolygons(CompactMesh& mesh)
-{
-    int numPolygons = 0;
-    for (const FaceRun& run : m_runs) numPolygons += run.numFaces;
-    mesh.resizePolyArrays(m_corners.size(), numPolygons);
-    int* length = mesh.getPolyLengths();
-    for (const FaceRun& run : m_runs) length = std::fill_n(length, run.numFaces, run.numCorners);
-    std::transform(m_corners.begin(), m_corners.end(), mesh.getPolyPoints(), [](int corner) { return corner - 1; });
-}
-
-void ObjParser::publishTriangles(CompactMesh& mesh)
-{
-    mesh.resizeTriangleArray(m_corners.size() / 3);
-    std::transform(m_corners.begin(), m_corners.end(), mesh.getTrianglesRaw(), [](int corner) { return corner - 1; });
+        m_faces.publishTriangles(mesh);
 }
 
 } // namespace

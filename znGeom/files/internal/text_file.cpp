@@ -1,6 +1,7 @@
 #include "znGeom/files/internal/text_file.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <utility>
 
@@ -22,7 +23,9 @@ std::unique_ptr<char[]> makeBuffer(size_t size) { return std::make_unique_for_ov
 
 TextReader::TextReader(const znOS::Filename& file) : TextReader(std::string_view())
 {
+    errno = 0;
     m_file = openFile(file, "rb");
+    if (!m_file) m_error = errno;
     m_isOpen = m_file && (fill() || std::ferror(m_file.get()) == 0);
 }
 
@@ -33,6 +36,7 @@ TextReader::TextReader(std::string_view text, size_t size)
 bool TextReader::nextBlock()
 {
     m_used -= m_blockSize;
+    m_hasAddedEnd = false;
     if (m_used > 0) std::memmove(m_buffer.get(), end(), m_used);
     m_blockSize = 0;
     size_t searched = 0;
@@ -44,8 +48,25 @@ bool TextReader::nextBlock()
     } while (fill());
     if (m_used == 0) return false;
     m_buffer[m_used++] = '\n';
+    m_hasAddedEnd = true;
     m_blockSize = m_used;
     return true;
+}
+
+bool TextReader::requireBytes(const char*& at, size_t count)
+{
+    if (m_hasAddedEnd) --m_used;
+    m_hasAddedEnd = false;
+    const size_t left = m_used - std::min(m_used, static_cast<size_t>(at - begin()));
+    if (left < count) {
+        std::memmove(m_buffer.get(), m_buffer.get() + (m_used - left), left);
+        m_used = left;
+        while (m_used < count && fill()) {
+        }
+        at = begin(); // the buffer may have grown
+    }
+    m_blockSize = m_used;
+    return m_used - static_cast<size_t>(at - begin()) >= count;
 }
 
 std::int64_t TextReader::passToEnd()
@@ -68,6 +89,7 @@ bool TextReader::fill()
     const size_t count = m_file ? std::fread(m_buffer.get() + m_used, 1, room, m_file.get())
                                 : m_memory.copy(m_buffer.get() + m_used, room);
     if (!m_file) m_memory.remove_prefix(count);
+    if (count == 0 && m_file && std::ferror(m_file.get()) != 0) m_error = errno;
     m_used += count;
     m_bytesRead += static_cast<std::int64_t>(count);
     return count > 0;

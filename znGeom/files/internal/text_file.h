@@ -32,10 +32,26 @@ public:
     /// False for a file that did not open, or of which nothing can be read, as is so of a folder.
     bool isOpen() const { return m_isOpen; }
 
+    /// Whether there is nothing in it. To be asked before the first block.
+    bool isEmpty() const { return m_used == 0 && m_memory.empty(); }
+
     /// Goes on to the next block, which takes the place of the last one; false at the end of the text.
     bool nextBlock();
     const char* begin() const { return m_buffer.get(); }
     const char* end() const { return m_buffer.get() + m_blockSize; }
+
+    /// Makes `count` bytes stand one behind the other from `at` on, a place within the present block or its end, and
+    /// moves `at` to them; the block then holds whatever bytes are there, wherever lines end. For what is not text, or
+    /// not text from some place on. False when fewer are left.
+    bool requireBytes(const char*& at, size_t count);
+
+    /// Ends the present block at a place within it: the next one begins there.
+    void endBlock(const char* at) { m_blockSize = static_cast<size_t>(at - begin()); }
+
+    /// How many bytes were taken from the file so far.
+    std::int64_t bytesRead() const { return m_bytesRead; }
+    /// Whether the file couldn't be read to its end, and why.
+    int error() const { return m_error; }
 
     /// The size of the whole text. Passes over all blocks that are left.
     std::int64_t passToEnd();
@@ -48,9 +64,11 @@ private:
     bool m_isOpen = false;
     size_t m_capacity;
     std::unique_ptr<char[]> m_buffer;
-    size_t m_blockSize = 0; ///< at the beginning of the buffer
-    size_t m_used = 0;      ///< the block, and what was read beyond it
+    size_t m_blockSize = 0;     ///< at the beginning of the buffer
+    size_t m_used = 0;          ///< the block, and what was read beyond it
+    bool m_hasAddedEnd = false; ///< the last byte of the buffer is a line end that the text doesn't have
     std::int64_t m_bytesRead = 0;
+    int m_error = 0; ///< the system's number
 };
 
 /// Collects text and writes it in blocks. A write that fails, on a full disk for example, is not noticed.

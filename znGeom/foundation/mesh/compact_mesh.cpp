@@ -100,7 +100,13 @@ void CompactMesh::swap(CompactMesh& other)
 void CompactMesh::resizeTriangleArray(int numTriangles)
 {
     m_triangles.resize(numTriangles);
-    const int numNormals = m_triangleNormals.size();
+    resizeTriangleNormals();
+}
+
+/// The channel, if it is there, follows the number of triangles.
+void CompactMesh::resizeTriangleNormals()
+{
+    const int numNormals = m_triangleNormals.size(), numTriangles = getNumTriangles();
     if (numNormals == 0 || numNormals == numTriangles) return;
     m_triangleNormals.resize(numTriangles);
     MeshNormal* normals = m_triangleNormals.write();
@@ -111,6 +117,13 @@ void CompactMesh::copyTriangles(int numTriangles, const int* corners)
 {
     resizeTriangleArray(numTriangles);
     std::copy_n(corners, 3 * static_cast<size_t>(numTriangles), getTrianglesRaw());
+}
+
+void CompactMesh::takeTriangles(Array<MeshTriangle>& triangles)
+{
+    m_triangles.swap(triangles);
+    triangles.resize(0);
+    resizeTriangleNormals();
 }
 
 void CompactMesh::allocTriangleNormalArray()
@@ -158,6 +171,13 @@ void CompactMesh::resizePolyArrays(int numPoints, int numPolys)
     m_polyLengths.resize(numPolys);
     m_polyMaterials.resize(0);
     m_polyGroups.resize(0);
+}
+
+void CompactMesh::takePolys(Array<int>& points, Array<int>& lengths)
+{
+    resizePolyArrays(0, 0);
+    m_polyPoints.swap(points);
+    m_polyLengths.swap(lengths);
 }
 
 void CompactMesh::allocPolyMaterialArray()

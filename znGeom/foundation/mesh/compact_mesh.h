@@ -46,6 +46,8 @@ public:
     void resizeTriangleArray(int numTriangles);
     /// \param corners  three vertex indices per triangle
     void copyTriangles(int numTriangles, const int* corners);
+    /// Takes the elements of an array, which is empty then: nothing is copied unless the mesh has an allocator.
+    void takeTriangles(Array<MeshTriangle>& triangles);
 
     // Triangle normals
     /// Makes the channel, filled with zeros, unless it exists already.
@@ -107,6 +109,9 @@ public:
     const int* getPolyPoints() const { return m_polyPoints.read(); }
     /// Sets the sizes and releases the two optional arrays.
     void resizePolyArrays(int numPoints, int numPolys);
+    /// The same with the contents of two arrays, which are empty then: nothing is copied unless the mesh has an
+    /// allocator.
+    void takePolys(Array<int>& points, Array<int>& lengths);
     /// Which material and which smoothing group a polygon has, as the application numbers them; null while absent.
     void allocPolyMaterialArray();
     int* getPolyMaterials() { return m_polyMaterials.write(); }
@@ -116,6 +121,7 @@ public:
     const int* getPolyGroups() const { return m_polyGroups.read(); }
 
 private:
+    void resizeTriangleNormals();
     /// Calls `visit` with each array of this mesh and the same array of another.
     template <typename Mesh, typename Visit>
     static void forEachArray(CompactMesh& mesh, Mesh& other, const Visit& visit);

@@ -48,6 +48,12 @@ public:
 
     /// New elements are zero.
     void resize(int numElements);
+    /// Exchanges all numbers with an array that covers whole vertices; nothing is copied unless there is an allocator.
+    void swapValues(Array<float>& values)
+    {
+        m_values.swap(values);
+        invalidateRange();
+    }
     void setAllocator(const zn::Reference<ArrayAllocator>& allocator) { m_values.setAllocator(allocator); }
     size_t getSizeInBytes() const { return sizeof(*this) + m_values.blockBytes(m_values.size()); }
 

@@ -9,6 +9,7 @@
 /// | `meshCompact`                             | `TopologyChanged`   | vertices            | `normalsModified` when normals were compared, `uvsModified` when UVs exist, `stripsAndFansModified` when strips or fans exist, `triangleNormalsValid` |
 /// | `meshTriangulate`                         | `TopologyChanged`   |                     | `normalsValid`, `uvsValid`, `stsValid`, `coloursValid` |
 /// | `meshRead`, `meshReadObj`                 | `TopologyChanged`   |                     | none |
+/// | `meshLoad`                                | `TopologyChanged`   |                     | `normalsModified`, `uvsModified`, `polysModified` |
 /// | `meshComputeNormals`, `meshNormalize`     | `AttributesChanged` |                     | `normalsModified` |
 /// | `meshComputeTriangleNormals`              | `AttributesChanged` |                     | `triangleNormalsModified` |
 /// | `MeshOrient::orient`, `meshMakeOriented`  | `TopologyChanged`   |                     | `uvsValid`, `stsValid`, `coloursValid` |

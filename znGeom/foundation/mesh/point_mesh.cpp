@@ -84,6 +84,17 @@ void PointMesh::copyVertices(int numVertices, const MeshVertex* vertices)
     std::copy_n(vertices, numVertices, getVertices());
 }
 
+void PointMesh::takeVertices(Array<float>& positions)
+{
+    const int numVertices = positions.size() / 3;
+    for (const auto& attribute : m_attributes) // before any of them changes
+        zn::checkedSize(std::int64_t{numVertices} * attribute->getNumComponents());
+    m_vertices->swapValues(positions);
+    for (const auto& attribute : m_attributes)
+        if (attribute.get() != m_vertices) attribute->resize(numVertices);
+    positions.resize(0);
+}
+
 void PointMesh::allocNormalArray() { allocChannel(NormalsName, 3); }
 
 void PointMesh::deleteNormals() { deleteAttributes(NormalsName); }

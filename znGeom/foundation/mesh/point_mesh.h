@@ -56,6 +56,9 @@ public:
     const float* getVerticesRaw() const { return toRead(m_vertices); }
     void resizeVertexArray(int numVertices);
     void copyVertices(int numVertices, const MeshVertex* vertices);
+    /// Takes the elements of an array, three per vertex, which is empty then: nothing is copied unless the mesh has an
+    /// allocator. All other channels follow the new number of vertices.
+    void takeVertices(Array<float>& positions);
 
     // Normals
     MeshNormal* getNormals() { return reinterpret_cast<MeshNormal*>(getNormalsRaw()); }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 
+#include "znGeom/foundation/machine/prefetch.h"
 #include "znGeom/spatial/box_predicates.h"
 
 namespace znGeom::internal {
@@ -55,6 +56,7 @@ int FirstLeaf::pushChildren(const Cell& cell, const BoundingBox& box, const Poin
     for (unsigned meeting = meetingChildren(cell.at.box, box); meeting != 0; meeting &= meeting - 1) {
         Cell child{0, cell.at};
         child.at.descend(std::countr_zero(meeting));
+        znUtil::prefetch(child.at.node);
         child.distance2 = child.at.box.distance2(point);
         int place = count++;
         for (; place > 0 && stack[place - 1].distance2 < child.distance2; --place) stack[place] = stack[place - 1];

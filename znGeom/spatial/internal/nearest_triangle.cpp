@@ -42,8 +42,7 @@ struct TriangleBounds::Corners
         const float limit = static_cast<float>(bounds.m_query.reach * (1 + SearchFrame::margin));
         for (int i = 0; i < count; ++i) reached[i] = 1;
         for (const auto& coordinates : at)
-            for (int i = 0; i < count; ++i)
-                reached[i] = (coordinates[i] <= limit) & (coordinates[i] >= -limit) ? reached[i] : 0.0f;
+            for (int i = 0; i < count; ++i) reached[i] = std::fabs(coordinates[i]) <= limit ? reached[i] : 0.0f;
     }
 };
 

@@ -19,6 +19,9 @@ namespace {
 
 constexpr int width = PackedTriangles::width;
 
+/// How many leaves ahead the triangles are asked for.
+constexpr int leavesAhead = 2;
+
 /// Where the corners of no triangle lie: beyond all reach, with squares that do not overflow.
 constexpr float beyondReach = 1e18f;
 
@@ -61,7 +64,8 @@ private:
         FoundRecords found;
         PointRecord* record = m_records.get() + slice.begin;
         for (int t = slice.begin; t < slice.end; ++t) {
-            if (t + ahead < slice.end) znUtil::prefetch(&vertices[triangles[t + ahead][0]]);
+            if (t + ahead < slice.end)
+                for (const int corner : triangles[t + ahead].corners) znUtil::prefetch(&vertices[corner]);
             const float *a = &vertices[triangles[t][0]].x, *b = &vertices[triangles[t][1]].x,
                         *c = &vertices[triangles[t][2]].x;
             float nothing = 0; // no number if a coordinate is not finite
@@ -160,6 +164,8 @@ void PackedTriangles::fillLeaves(const CompactMesh& mesh, const int* order, Thre
                     continue;
                 }
                 const int count = std::min(width, numTriangles - width * number);
+                for (int i = width * (number + leavesAhead); i < width * (number + leavesAhead + 1); ++i)
+                    if (i < numTriangles) znUtil::prefetch(&mesh.getTriangles()[order[i]]);
                 Leaf& leaf = leaves[static_cast<size_t>(number)];
                 exact = fillLeaf(mesh, order + static_cast<std::ptrdiff_t>(width) * number, count, leaf) && exact;
                 setChild(node, child, leaf, count);
@@ -175,6 +181,8 @@ bool PackedTriangles::fillLeaf(const CompactMesh& mesh, const int* order, int co
 {
     const MeshVertex* vertices = mesh.getVertices();
     const MeshTriangle* triangles = mesh.getTriangles();
+    for (int slot = 0; slot < count; ++slot)
+        for (const int corner : triangles[order[slot]].corners) znUtil::prefetch(&vertices[corner]);
     bool exact = true;
     for (int slot = 0; slot < count; ++slot) {
         const int t = order[slot];

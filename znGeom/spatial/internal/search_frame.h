@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "znGeom/foundation/linear/bounding_box.h"
+#include "znGeom/foundation/linear/narrow.h"
 
 namespace znGeom::internal {
 
@@ -65,7 +66,7 @@ struct SearchFrame
     float toFrame(float coordinate, int axis) const
     {
         const float seen = origin[axis] != 0 ? coordinate - origin[axis] : coordinate;
-        return static_cast<float>(static_cast<double>(seen) * scale);
+        return znLinear::narrow(static_cast<double>(seen) * scale);
     }
     double fromFrame(float coordinate, int axis) const
     {
@@ -93,7 +94,7 @@ struct FrameQuery
         for (int axis = 0; axis < 3; ++axis) {
             const double coordinate = frame.toFrame(point[axis], axis);
             isInside = isInside && std::fabs(coordinate) <= SearchFrame::farthest * frame.largest;
-            at[axis] = static_cast<float>(coordinate);
+            at[axis] = znLinear::narrow(coordinate);
             size = std::max(size, std::fabs(coordinate));
         }
         reach = frame.largest + size;

@@ -1,0 +1,110 @@
+/// `znGeom::internal::SaveSink`: where the writers behind `meshSave` put their bytes.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <charconv>
+#include <string>
+#include <string_view>
+
+#include "znGeom/files/mesh_save.h"
+
+namespace znGeom::internal {
+
+/// Collects bytes and hands them on in large pieces; reports the progress and notices a cancel as it does so. After a
+/// failure nothing is handed on, and a writer need not look before its end.
+class SaveSink
+{
+public:
+    /// \param numElements  vertices and faces that will be written, for the progress
+    SaveSink(const MeshByteWriter& write, std::int64_t numElements, znUtil::Progress& progress)
+        : m_write(write), m_numElements(numElements), m_progress(progress)
+    {}
+
+    void text(std::string_view text)
+    {
+        m_buffer += text;
+        if (m_buffer.size() >= pieceSize) flush();
+    }
+    /// The shortest decimal number that gives the same value again.
+    template <typename Number>
+    void decimal(Number value)
+    {
+        char digits[32];
+        text({digits, static_cast<size_t>(std::to_chars(digits, digits + sizeof digits, value).ptr - digits)});
+    }
+    /// Decimal numbers, each behind a blank.
+    void decimals(const float* values, int count)
+    {
+        for (int i = 0; i < count; ++i) {
+            text(" ");
+            decimal(values[i]);
+        }
+    }
+    /// The bytes of a number, the lowest first.
+    template <typename Number>
+    void binary(Number value)
+    {
+        auto bytes = std::bit_cast<std::array<char, sizeof(Number)>>(value);
+        if constexpr (std::endian::native == std::endian::big) std::reverse(bytes.begin(), bytes.end());
+        text({bytes.data(), bytes.size()});
+    }
+    void binaries(const float* values, int count)
+    {
+        for (int i = 0; i < count; ++i) binary(values[i]);
+    }
+
+    /// One more vertex or face is written.
+    void count() { ++m_numDone; }
+    bool hasStopped() const { return m_hasFailed || m_isCancelled; }
+    bool isCancelled() const { return m_isCancelled; }
+    std::int64_t numBytes() const { return m_numBytes; }
+
+    void flush();
+
+private:
+    static constexpr size_t pieceSize = 1 << 18;
+
+    const MeshByteWriter& m_write;
+    std::int64_t m_numElements, m_numDone = 0, m_numBytes = 0;
+    znUtil::Progress& m_progress;
+    std::string m_buffer;
+    bool m_hasFailed = false, m_isCancelled = false;
+};
+
+/// Calls `use` with the corners of each face, from 0, and their number: of the triangles, or of the polygons where the
+/// mesh has no triangles. Ends early when the sink has stopped.
+template <typename Use>
+void forEachFace(const CompactMesh& mesh, SaveSink& sink, const Use& use)
+{
+    for (int i = 0; i < mesh.getNumTriangles() && !sink.hasStopped(); ++i, sink.count())
+        use(mesh.getTriangles()[i].corners, 3);
+    const int numPolys = mesh.getNumTriangles() > 0 ? 0 : mesh.getNumPolys();
+    const int* corners = mesh.getPolyPoints();
+    for (int i = 0; i < numPolys && !sink.hasStopped(); ++i, sink.count()) {
+        use(corners, mesh.getPolyLengths()[i]);
+        corners += mesh.getPolyLengths()[i];
+    }
+}
+
+/// Calls `use` with each vertex number. Ends early when the sink has stopped.
+template <typename Use>
+void forEachVertex(const CompactMesh& mesh, SaveSink& sink, const Use& use)
+{
+    for (int i = 0; i < mesh.getNumVertices() && !sink.hasStopped(); ++i, sink.count()) use(i);
+}
+
+inline int countFaces(const CompactMesh& mesh)
+{
+    return mesh.getNumTriangles() > 0 ? mesh.getNumTriangles() : mesh.getNumPolys();
+}
+
+void saveObj(const CompactMesh& mesh, const MeshSaveOptions& options, SaveSink& sink);
+void savePly(const CompactMesh& mesh, SaveSink& sink);
+void saveStl(const CompactMesh& mesh, SaveSink& sink);
+void saveOff(const CompactMesh& mesh, SaveSink& sink);
+void savePlain(const CompactMesh& mesh, SaveSink& sink);
+void savePoints(const CompactMesh& mesh, SaveSink& sink);
+
+} // namespace znGeom::internal

@@ -1,0 +1,36 @@
+/// The formats of mesh files that `meshLoad` and `meshSave` know.
+#pragma once
+
+#include "znGeom/foundation/containers/vector.h"
+#include "znGeom/foundation/machine/export.h"
+#include "znGeom/foundation/text/filename.h"
+
+#include <string>
+
+namespace znGeom {
+
+enum class MeshFormat {
+    Unknown,
+    Obj,
+    Ply,
+    Stl,
+    Off,
+    Plain, ///< counts of vertices and faces, x y z per vertex, then per face its number of corners and these, from 0
+    Points ///< x y z on each line, divided by blanks or commas; vertices alone
+};
+
+/// By the extension, whose capitals count as small letters: .obj, .ply, .stl, .off, .xyz for points, and .txt, .mesh or
+/// .plain for the plain format.
+ZNGEOM_API MeshFormat meshFormat(const znOS::Filename& file);
+
+/// "OBJ", "PLY", ...
+ZNGEOM_API const char* meshFormatName(MeshFormat format);
+
+/// Which faces belong together by the file's own word: the groups and objects of an OBJ file.
+struct MeshGroups
+{
+    zn::vector<std::string> names;
+    zn::vector<int> ofTriangle; ///< an index into `names` per triangle, -1 for none; empty when there are no groups
+};
+
+} // namespace znGeom

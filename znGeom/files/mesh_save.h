@@ -1,0 +1,71 @@
+/// Writing a mesh to a file of any common format.
+///
+/// `meshSave` writes numbers that read back to the same bits, puts a file in its place only when it is complete, and
+/// says in its result what it did. `meshWrite` and `meshWriteObj` are plain filters that tell less.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include "znGeom/files/mesh_format.h"
+#include "znGeom/foundation/mesh/compact_mesh.h"
+#include "znGeom/foundation/threads/progress.h"
+
+namespace znGeom {
+
+/// What came of writing a mesh. Texts are single lines.
+struct MeshSaveResult
+{
+    enum class Status {
+        Saved,
+        UnknownFormat, ///< no format has this extension
+        Unwritable,    ///< the system didn't take the file or a part of it
+        Cancelled
+    };
+
+    Status status = Status::Saved;
+    std::string message;           ///< what is wrong; empty when saved
+    zn::vector<std::string> notes; ///< what the mesh has and the file doesn't, a line each
+    std::int64_t numBytes = 0;     ///< of the file
+    int numVertices = 0;           ///< that were written
+    int numFaces = 0;              ///< that were written: triangles, or polygons where the mesh has no triangles
+    int numPolygons = 0;           ///< of more than three corners among these
+
+    explicit operator bool() const { return status == Status::Saved; }
+};
+
+/// What the OBJ format has room for and a mesh doesn't hold. Nothing is owned; null is none.
+struct MeshSaveOptions
+{
+    const MeshGroups* groups = nullptr; ///< with one entry per triangle, or nothing
+    /// One per triangle corner, three in a row per triangle; they take the place of the channels of the mesh.
+    const MeshUV* cornerUVs = nullptr;
+    const MeshNormal* cornerNormals = nullptr; ///< likewise
+};
+
+/// Writes a mesh in the format of the file's extension: vertices in their order, then the triangles, or the polygons of
+/// a mesh that has no triangles, then nothing else. Whatever stood in the file stays until the new one is complete; a
+/// failure and a cancel leave it as it was, and nothing beside it.
+///
+///  - OBJ: positions, texture coordinates and normals, and what the options name. No blanks at line ends.
+///  - PLY: binary, lowest byte first, with normals and texture coordinates.
+///  - STL: binary, with the normals of the triangles; polygons as their fans.
+///  - OFF, plain, points: text; positions, and faces except in points.
+///
+/// Text is the same under every locale. Indices are trusted. Linear, with a buffer of fixed size beside the mesh; runs
+/// on the calling thread.
+ZNGEOM_API MeshSaveResult meshSave(const CompactMesh& mesh, const znOS::Filename& file);
+ZNGEOM_API MeshSaveResult meshSave(const CompactMesh& mesh, const znOS::Filename& file, znUtil::Progress& progress);
+ZNGEOM_API MeshSaveResult meshSave(const CompactMesh& mesh, const znOS::Filename& file, const MeshSaveOptions& options,
+                                   znUtil::Progress& progress);
+
+/// Takes bytes of a file, in their order; false when it can't, and then nothing more is handed to it.
+using MeshByteWriter = std::function<bool(const void* bytes, size_t count)>;
+
+/// The same to wherever the caller wants it, as it comes.
+ZNGEOM_API MeshSaveResult meshSave(const CompactMesh& mesh, MeshFormat format, const MeshByteWriter& write,
+                                   const MeshSaveOptions& options, znUtil::Progress& progress);
+
+} // namespace znGeom
