@@ -24,10 +24,11 @@ run_target() {
 }
 
 export_sanitizer_options
-names=()
-for source in tests/fuzz/fuzz_*.cpp; do names+=("$(basename "$source" .cpp)"); done
 configure asan
-build asan "${names[@]}"
+rm -f build/asan/bin/fuzz_* # those that exist no more
+build asan zngeom_fuzz_targets
+names=()
+for program in build/asan/bin/fuzz_*; do names+=("$(basename "$program")"); done
 
 seconds=$((total / ${#names[@]} > at_least ? total / ${#names[@]} : at_least))
 export seconds
