@@ -1,11 +1,12 @@
+# The target zngeom_fuzz_targets builds all fuzz targets.
+if(ZNGEOM_FUZZ)
+  add_custom_target(zngeom_fuzz_targets)
+endif()
+
 # zngeom_add_fuzz_target(<name> <source>...)
 #
 # Builds a fuzz target (a program with LLVMFuzzerTestOneInput) as bin/<name>, with the library and the fuzzer's main.
 # Names begin with fuzz_; seeds stand in tests/fuzz/corpus/<name>. Does nothing without ZNGEOM_FUZZ.
-# The target zngeom_fuzz_targets builds them all.
-if(ZNGEOM_FUZZ)
-  add_custom_target(zngeom_fuzz_targets)
-endif()
 function(zngeom_add_fuzz_target name)
   if(ZNGEOM_FUZZ)
     add_executable(${name} ${ARGN})
