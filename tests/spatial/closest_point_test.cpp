@@ -358,7 +358,9 @@ Point makeZooQuery(Random& random, const CompactMesh& mesh, int turn)
     case 5:
         return Point(box.center()) + random.vector(turn % 16 == 5 ? 20 : 1e5) * size;
     case 6:
-        return turn % 24 == 6 ? Point(box.center()) : turn % 48 == 14 ? Point(0, INFINITY, 0) : Point(PointFlt(spread));
+        return turn % 24 == 6    ? Point(box.center())
+               : turn % 48 == 14 ? Point(0, double(INFINITY), 0)
+                                 : Point(PointFlt(spread));
     default:
         return spread;
     }
