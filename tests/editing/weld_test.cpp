@@ -149,8 +149,9 @@ TEST(Weld, OrderOfManyVerticesIsTheSameOnAnyPool)
         for (int i = 0; i < count; ++i)
             for (const int n : {nx, ny, nz}) positions.push_back(static_cast<float>(random.below(n)) - 0.25f);
         for (int i = 0; i < 50; ++i) positions[random.below(3 * count)] = NAN;
-        const zn::vector<VertexKey> keys{{positions.data(), 3}, {positions.data() + 1, 3}, {positions.data() + 2, 3}};
-        const VertexOrder order = sortVertices(count, keys, one);
+        const zn::vector<internal::VertexKey> keys{
+            {positions.data(), 3}, {positions.data() + 1, 3}, {positions.data() + 2, 3}};
+        const internal::VertexOrder order = internal::sortVertices(count, keys, one);
         std::vector<char> seen(count);
         for (int i = 0; i < count; ++i) {
             ASSERT_FALSE(std::exchange(seen[order.vertex(i)], true));
@@ -161,7 +162,7 @@ TEST(Weld, OrderOfManyVerticesIsTheSameOnAnyPool)
             ASSERT_TRUE(std::lexicographical_compare(a, a + 3, b, b + 3) || std::equal(a, a + 3, b));
         }
         for (znUtil::ThreadPool* pool : {&two, &seven}) {
-            const VertexOrder other = sortVertices(count, keys, *pool);
+            const internal::VertexOrder other = internal::sortVertices(count, keys, *pool);
             for (int i = 0; i < count; ++i) ASSERT_EQ(order.vertex(i), other.vertex(i));
         }
     }

@@ -49,7 +49,8 @@ void expectPartition(const CompactMesh& mesh, int leafCapacity)
         const znTest::LogRecorder log;
         OctreeTris tris;
         OctreeLines lines;
-        areTriangles ? computeOctreeTris(mesh, *octree, tris, pool) : meshOctreeLines(mesh, *octree, lines, pool);
+        areTriangles ? internal::computeOctreeTris(mesh, *octree, tris, pool)
+                     : internal::meshOctreeLines(mesh, *octree, lines, pool);
         const ArrayOfSets& table = areTriangles ? tris.getData() : lines.getData();
         ASSERT_EQ(table.getNumSets(), static_cast<int>(sets.size()));
         for (int k = 0; k < table.getNumSets(); ++k)

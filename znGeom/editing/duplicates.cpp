@@ -8,7 +8,7 @@ int meshCountDuplicates(const PointMesh& mesh, znUtil::Progress& progress)
 {
     if (mesh.getNumVertices() == 0 || progress.cancelled()) return 0;
     const float* positions = mesh.getVerticesRaw();
-    const VertexOrder order = sortVertices(
+    const internal::VertexOrder order = internal::sortVertices(
         mesh.getNumVertices(), {{positions, 3}, {positions + 1, 3}, {positions + 2, 3}}, znUtil::ThreadPool::get());
     if (progress.cancelled()) return 0;
 

@@ -35,9 +35,9 @@ struct WeldChannels
         if (normals) uvs = mesh.getUVsRaw();
     }
 
-    zn::vector<VertexKey> sortKeys() const
+    zn::vector<internal::VertexKey> sortKeys() const
     {
-        zn::vector<VertexKey> keys;
+        zn::vector<internal::VertexKey> keys;
         for (int i = 0; i < 3; ++i) keys.append({positions + i, 3});
         for (int i = 0; normals && i < 3; ++i) keys.append({normals + i, 3});
         for (int i = 0; uvs && i < 2; ++i) keys.append({uvs + i, 2});
@@ -61,7 +61,7 @@ struct WeldChannels
 /// it; `isSame(place, first)` tells whether the vertex at `place` is the same as vertex `first`.
 /// \return the number of runs
 template <typename IsSame>
-int numberRuns(const VertexOrder& order, Remap& remap, const IsSame& isSame)
+int numberRuns(const internal::VertexOrder& order, Remap& remap, const IsSame& isSame)
 {
     int* images = remap.data();
     int count = 1, first = order.vertex(0);
@@ -144,7 +144,8 @@ void weld(CompactMesh& mesh, znUtil::Progress& progress, Remap& remap, const Mak
     progress.subPhase(0.8, phase);
     int count = 0;
     {
-        const VertexOrder order = sortVertices(numVertices, channels.sortKeys(), znUtil::ThreadPool::get());
+        const internal::VertexOrder order =
+            internal::sortVertices(numVertices, channels.sortKeys(), znUtil::ThreadPool::get());
         debugChannel().print("  sorted vertices: %f s\n", watch.clear());
         watch.start();
         progress.subPhase(0.2, phase);
@@ -173,14 +174,14 @@ void meshCompact(CompactMesh& mesh, znUtil::Progress& progress)
 void meshCompact(CompactMesh& mesh, znUtil::Progress& progress, Remap& remap)
 {
     // With the default checker the sort has answered every question already.
-    weld(mesh, progress, remap, [](const WeldChannels&, const VertexOrder& order) {
+    weld(mesh, progress, remap, [](const WeldChannels&, const internal::VertexOrder& order) {
         return [&order](int place, int) { return order.sameAsBefore(place); };
     });
 }
 
 void meshCompact(CompactMesh& mesh, znUtil::Progress& progress, Remap& remap, IMeshVertexEqualityChecker& checker)
 {
-    weld(mesh, progress, remap, [&checker](const WeldChannels& channels, const VertexOrder& order) {
+    weld(mesh, progress, remap, [&checker](const WeldChannels& channels, const internal::VertexOrder& order) {
         return [&](int place, int first) {
             const int vertex = order.vertex(place);
             return checker.areEqual(channels.position(first), channels.position(vertex)) &&

@@ -7,7 +7,7 @@ namespace znGeom {
 using namespace znLinear;
 
 Octree::Octree(int numPoints, const float* points, const BoundingBox& box, bool parallel, int leafCapacity)
-    : m_points(points), m_box(box), m_tree(buildPointTree<3>(numPoints, points, box, leafCapacity, parallel))
+    : m_points(points), m_box(box), m_tree(internal::buildPointTree<3>(numPoints, points, box, leafCapacity, parallel))
 {}
 
 Octree::~Octree() = default;

@@ -56,24 +56,24 @@ void partition(const CompactMesh& mesh, const Octree& octree, typename Elements:
 
 } // namespace
 
-void computeOctreeTris(const CompactMesh& mesh, const Octree& octree, OctreeTris& result, ThreadPool& pool)
+void internal::computeOctreeTris(const CompactMesh& mesh, const Octree& octree, OctreeTris& result, ThreadPool& pool)
 {
     partition<internal::TriangleElements>(mesh, octree, result, pool);
 }
 
 void computeOctreeTris(const CompactMesh& mesh, const Octree& octree, OctreeTris& result)
 {
-    computeOctreeTris(mesh, octree, result, ThreadPool::get());
+    internal::computeOctreeTris(mesh, octree, result, ThreadPool::get());
 }
 
-void meshOctreeLines(const CompactMesh& mesh, const Octree& octree, OctreeLines& result, ThreadPool& pool)
+void internal::meshOctreeLines(const CompactMesh& mesh, const Octree& octree, OctreeLines& result, ThreadPool& pool)
 {
     partition<internal::LineElements>(mesh, octree, result, pool);
 }
 
 void meshOctreeLines(const CompactMesh& mesh, const Octree& octree, OctreeLines& result)
 {
-    meshOctreeLines(mesh, octree, result, ThreadPool::get());
+    internal::meshOctreeLines(mesh, octree, result, ThreadPool::get());
 }
 
 } // namespace znGeom

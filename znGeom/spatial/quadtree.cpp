@@ -5,7 +5,7 @@
 namespace znGeom {
 
 Quadtree::Quadtree(int numPoints, const float* points, const BoundingBox& box, int leafCapacity)
-    : m_box(box), m_tree(buildPointTree<2>(numPoints, points, box, leafCapacity, true))
+    : m_box(box), m_tree(internal::buildPointTree<2>(numPoints, points, box, leafCapacity, true))
 {}
 
 Quadtree::~Quadtree() = default;

@@ -8,7 +8,7 @@
 #include "znGeom/foundation/threads/bounded_sort.h"
 #include "znGeom/foundation/threads/parallel_for.h"
 
-namespace znGeom {
+namespace znGeom::internal {
 
 using znUtil::KeyedIndex;
 using znUtil::Slice;
@@ -172,4 +172,4 @@ VertexOrder sortVertices(int count, const zn::vector<VertexKey>& keys, ThreadPoo
     return order;
 }
 
-} // namespace znGeom
+} // namespace znGeom::internal

@@ -8,7 +8,7 @@
 #include "znGeom/foundation/containers/vector.h"
 #include "znGeom/foundation/threads/radix_sort.h"
 
-namespace znGeom {
+namespace znGeom::internal {
 
 /// One `float` per vertex to compare by: `values[stride * vertex]`.
 struct VertexKey
@@ -43,4 +43,4 @@ struct VertexOrder
 /// threads and sorted by all their keys at once. The result does not depend on the number of threads.
 VertexOrder sortVertices(int count, const zn::vector<VertexKey>& keys, znUtil::ThreadPool& pool);
 
-} // namespace znGeom
+} // namespace znGeom::internal

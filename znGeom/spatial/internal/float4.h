@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstring>
 
-namespace znGeom {
+namespace znGeom::internal {
 
 /// With the operators of its elements, element by element.
 using Float4 = float __attribute__((vector_size(16)));
@@ -73,4 +73,4 @@ private:
     int m_last;
 };
 
-} // namespace znGeom
+} // namespace znGeom::internal

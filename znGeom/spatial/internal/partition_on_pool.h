@@ -4,11 +4,11 @@
 #include "znGeom/foundation/threads/thread_pool.h"
 #include "znGeom/spatial/octree_partition.h"
 
-namespace znGeom {
+namespace znGeom::internal {
 
 ZNGEOM_API void computeOctreeTris(const CompactMesh& mesh, const Octree& octree, OctreeTris& result,
                                   znUtil::ThreadPool& pool);
 ZNGEOM_API void meshOctreeLines(const CompactMesh& mesh, const Octree& octree, OctreeLines& result,
                                 znUtil::ThreadPool& pool);
 
-} // namespace znGeom
+} // namespace znGeom::internal

@@ -10,7 +10,7 @@
 #include "znGeom/foundation/threads/counting_sort.h"
 #include "znGeom/spatial/internal/aligned_array.h"
 
-namespace znGeom {
+namespace znGeom::internal {
 
 namespace {
 
@@ -387,4 +387,4 @@ PointTree buildPointTree(int numPoints, const float* points, const BoundingBox& 
 template PointTree buildPointTree<2>(int, const float*, const BoundingBox&, int, bool);
 template PointTree buildPointTree<3>(int, const float*, const BoundingBox&, int, bool);
 
-} // namespace znGeom
+} // namespace znGeom::internal

@@ -3,7 +3,7 @@
 
 #include "znGeom/spatial/point_tree.h"
 
-namespace znGeom {
+namespace znGeom::internal {
 
 /// Builds a tree over three floats a point by the rules that `Octree` states.
 ///
@@ -16,4 +16,4 @@ PointTree buildPointTree(int numPoints, const float* points, const BoundingBox& 
 extern template PointTree buildPointTree<2>(int, const float*, const BoundingBox&, int, bool);
 extern template PointTree buildPointTree<3>(int, const float*, const BoundingBox&, int, bool);
 
-} // namespace znGeom
+} // namespace znGeom::internal
