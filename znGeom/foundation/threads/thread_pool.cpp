@@ -156,11 +156,11 @@ private:
             if (m_stop.load(std::memory_order_relaxed)) return;
             if ((state & leftMask) == noneLeft) {
                 waitWhileEqual(m_state, state, pausesOfWorkers, pausesOfWorkers);
-                // A tiny loop is over by then: the calling thread finishes it sooner on its own.
-                relax();
-            } else {
-                runNextBody();
+                continue;
             }
+            // A tiny loop is over after a pause: the calling thread finishes it sooner on its own.
+            relax();
+            if (((m_state.load(std::memory_order_acquire) ^ state) & ~leftMask) == 0) runNextBody();
         }
     }
 
