@@ -22,7 +22,7 @@ using znString::IString;
 using Subsets = zn::list<zn::Reference<MeshSubset>>;
 using Colours = zn::list<znUtil::Color>;
 
-/// Reads a file into a mesh; false when it does not open. Everything that reading changes is told in one message.
+/// Reads a file into a mesh; false when it does not open. Everything that reading changes is announced in one message.
 bool readFile(CompactMesh& mesh, const Filename& file, void (*parse)(TextReader&, CompactMesh&))
 {
     TextReader text(file);
@@ -42,7 +42,7 @@ struct TenDigits
 template <typename T>
 TenDigits(T) -> TenDigits<T>;
 
-/// One line, or a part of one: numbers and pieces of text, one behind the other.
+/// One line, or a part of one: numbers and pieces of text, one after the other.
 class Line
 {
 public:
@@ -114,7 +114,7 @@ void ObjWriter::writeCorner(Line& line, int vertex) const
     if (m_hasNormals) line << "/" << index;
 }
 
-/// Bare indices stand two blanks apart and have one blank behind them: the format has always been so.
+/// Bare indices are two blanks apart and followed by one blank: the format has always been like this.
 void ObjWriter::writeTriangle(const MeshTriangle& triangle)
 {
     const bool isBare = !m_hasNormals && !m_hasUVs;
@@ -127,7 +127,7 @@ void ObjWriter::writeTriangle(const MeshTriangle& triangle)
     if (isBare) line << " ";
 }
 
-/// A face of any size, in pieces for which a line has room.
+/// A face of any size, in pieces that fit in a line.
 void writeFace(TextWriter& writer, TopoMeshFace face, const zn::vector<int>& indices)
 {
     constexpr int cornersPerPiece = 16;

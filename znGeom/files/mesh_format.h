@@ -15,18 +15,18 @@ enum class MeshFormat {
     Ply,
     Stl,
     Off,
-    Plain, ///< counts of vertices and faces, x y z per vertex, then per face its number of corners and these, from 0
-    Points ///< x y z on each line, divided by blanks or commas; vertices alone
+    Plain, ///< counts of vertices and faces, x y z per vertex, per face its number of corners and their indices, from 0
+    Points ///< x y z on each line, separated by blanks or commas; vertices alone
 };
 
-/// By the extension, whose capitals count as small letters: .obj, .ply, .stl, .off, .xyz for points, and .txt, .mesh or
-/// .plain for the plain format.
+/// By the extension, regardless of case: .obj, .ply, .stl, .off, .xyz for points, and .txt, .mesh or .plain for the
+/// plain format.
 ZNGEOM_API MeshFormat meshFormat(const znOS::Filename& file);
 
 /// "OBJ", "PLY", ...
 ZNGEOM_API const char* meshFormatName(MeshFormat format);
 
-/// Which faces belong together by the file's own word: the groups and objects of an OBJ file.
+/// Which faces belong together according to the file itself: the groups and objects of an OBJ file.
 struct MeshGroups
 {
     zn::vector<std::string> names;

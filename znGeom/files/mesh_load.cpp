@@ -43,7 +43,7 @@ void tellChange(CompactMesh& mesh)
     mesh.modified(modification);
 }
 
-/// 0 for what is no file.
+/// 0 for anything that is not a file.
 std::int64_t sizeOf(const znOS::Filename& file)
 {
     std::error_code error;

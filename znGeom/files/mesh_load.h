@@ -1,8 +1,8 @@
 /// Reading a mesh from a file of any common format.
 ///
 /// `meshLoad` takes files as people and other programs write them, checks all that it reads, and says in its result
-/// what it did: choose it for files that come from elsewhere. `meshRead` and `meshReadObj` are plain filters that
-/// check nothing and tell nothing.
+/// what it did: choose it for files that come from elsewhere. `meshRead` and `meshReadObj` are plain filters that check
+/// nothing and report nothing.
 ///
 ///     znGeom::CompactMesh mesh;
 ///     const znGeom::MeshLoadResult result = znGeom::meshLoad(mesh, znOS::Filename("scan.ply"));
@@ -18,13 +18,13 @@
 
 namespace znGeom {
 
-/// What came of reading a mesh. Texts are single lines without control characters, whatever the file holds.
+/// The outcome of reading a mesh. Texts are single lines without control characters, whatever the file holds.
 struct MeshLoadResult
 {
     enum class Status {
         Loaded,
         UnknownFormat, ///< no format has this extension
-        Unreadable,    ///< the system doesn't give the file or a part of it
+        Unreadable,    ///< the system doesn't provide the file or a part of it
         Malformed,     ///< empty, cut off, a face names a vertex that isn't there, or not of this format
         TooLarge,      ///< more than a mesh can hold
         Cancelled
@@ -36,7 +36,7 @@ struct MeshLoadResult
     int numFaces = 0;              ///< of three corners or more, as they stand in the file
     int numPolygons = 0;           ///< of more than three corners
     MeshGroups groups;             ///< where the format has them
-    /// Texture coordinates and normals of an OBJ file that differ between the corners at a vertex, and so are no
+    /// Texture coordinates and normals of an OBJ file that differ between the corners at a vertex, and so are not a
     /// channel of the mesh: three in a row per triangle, otherwise empty. `MeshSaveOptions` takes them.
     zn::vector<MeshUV> cornerUVs;
     zn::vector<MeshNormal> cornerNormals;
@@ -44,23 +44,24 @@ struct MeshLoadResult
     explicit operator bool() const { return status == Status::Loaded; }
 };
 
-/// Replaces everything in `mesh` by what is in a file, whose extension tells the format, and tells one
-/// `TopologyChanged`. Anything but `Loaded` leaves the mesh as it was and tells nothing.
+/// Replaces everything in `mesh` by what is in a file, whose extension gives the format, and announces one
+/// `TopologyChanged`. Anything but `Loaded` leaves the mesh as it was and announces nothing.
 ///
-/// Vertices keep their numbers and faces their order. Where a face has more than three corners, all faces stand in the
+/// Vertices keep their numbers and faces their order. Where a face has more than three corners, all faces are in the
 /// polygon description as well, and the triangles are their fans. Faces of one or two corners are left out, with a
 /// note. Normals and texture coordinates become channels, normals count as supplied; where the format has them per face
-/// corner (OBJ), this needs that the corners at each vertex agree; otherwise they are in the result, with a note.
+/// corner (OBJ), the corners at each vertex have to agree for this; otherwise they are in the result, with a note.
 /// Coordinates may be infinite or NaN: `nan` and `inf` are read, and a number too large for a `float` is infinite.
 ///
 ///  - OBJ: relative indices, all forms of corners, lines continued by a backslash, comments anywhere; groups.
-///  - PLY: text and both binary forms, faces and triangle strips, any further elements and properties passed over.
-///  - STL: text and binary; three vertices of its own for each triangle; its normals, which follow from them, go.
+///  - PLY: text and both binary forms, faces and triangle strips, any further elements and properties skipped.
+///  - STL: text and binary; each triangle has three vertices of its own; the normals, which follow from them, are
+///    dropped.
 ///  - OFF: text, with or without normals. Plain: faces of any size. Points: vertices alone.
 ///
 /// Lines may end in any way, and numbers read the same under every locale. Memory is in proportion to the bytes that
-/// were really there, and at no time are there two copies of the mesh. Linear; runs on the calling thread. The progress
-/// is looked at every 128 KiB. A pipe that has a name is read as well as a file.
+/// were really there, and there are never two copies of the mesh. Linear; runs on the calling thread. The progress is
+/// checked every 128 KiB. A named pipe can be read just like a file.
 ZNGEOM_API MeshLoadResult meshLoad(CompactMesh& mesh, const znOS::Filename& file);
 ZNGEOM_API MeshLoadResult meshLoad(CompactMesh& mesh, const znOS::Filename& file, znUtil::Progress& progress);
 /// The same in a format of the caller's choice, whatever the file's name.

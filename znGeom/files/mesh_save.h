@@ -1,7 +1,7 @@
 /// Writing a mesh to a file of any common format.
 ///
 /// `meshSave` writes numbers that read back to the same bits, puts a file in its place only when it is complete, and
-/// says in its result what it did. `meshWrite` and `meshWriteObj` are plain filters that tell less.
+/// says in its result what it did. `meshWrite` and `meshWriteObj` are plain filters that report less.
 #pragma once
 
 #include <cstddef>
@@ -15,7 +15,7 @@
 
 namespace znGeom {
 
-/// What came of writing a mesh. Texts are single lines.
+/// The outcome of writing a mesh. Texts are single lines.
 struct MeshSaveResult
 {
     enum class Status {
@@ -36,18 +36,18 @@ struct MeshSaveResult
     explicit operator bool() const { return status == Status::Saved; }
 };
 
-/// What the OBJ format has room for and a mesh doesn't hold. Nothing is owned; null is none.
+/// What the OBJ format has room for and a mesh doesn't hold. Nothing is owned; null means none.
 struct MeshSaveOptions
 {
     const MeshGroups* groups = nullptr; ///< with one entry per triangle, or nothing
-    /// One per triangle corner, three in a row per triangle; they take the place of the channels of the mesh.
+    /// One per triangle corner, three in a row per triangle; they replace the channels of the mesh.
     const MeshUV* cornerUVs = nullptr;
     const MeshNormal* cornerNormals = nullptr; ///< likewise
 };
 
 /// Writes a mesh in the format of the file's extension: vertices in their order, then the triangles, or the polygons of
-/// a mesh that has no triangles, then nothing else. Whatever stood in the file stays until the new one is complete; a
-/// failure and a cancel leave it as it was, and nothing beside it.
+/// a mesh that has no triangles, and nothing else. Whatever was in the file stays until the new one is complete; a
+/// failure or a cancel leaves it as it was, and nothing beside it.
 ///
 ///  - OBJ: positions, texture coordinates and normals, and what the options name. No blanks at line ends.
 ///  - PLY: binary, lowest byte first, with normals and texture coordinates.
@@ -61,10 +61,10 @@ ZNGEOM_API MeshSaveResult meshSave(const CompactMesh& mesh, const znOS::Filename
 ZNGEOM_API MeshSaveResult meshSave(const CompactMesh& mesh, const znOS::Filename& file, const MeshSaveOptions& options,
                                    znUtil::Progress& progress);
 
-/// Takes bytes of a file, in their order; false when it can't, and then nothing more is handed to it.
+/// Takes bytes of a file, in order; false when it can't, and then nothing more is passed to it.
 using MeshByteWriter = std::function<bool(const void* bytes, size_t count)>;
 
-/// The same to wherever the caller wants it, as it comes.
+/// The same, to wherever the caller wants it, piece by piece.
 ZNGEOM_API MeshSaveResult meshSave(const CompactMesh& mesh, MeshFormat format, const MeshByteWriter& write,
                                    const MeshSaveOptions& options, znUtil::Progress& progress);
 

@@ -13,12 +13,12 @@
 namespace znGeom {
 
 /// A new file beside a target, which takes the target's place when everything has gone well. Until then the target
-/// stays as it is, or absent; an object that goes without a commit leaves nothing behind. Where the target is a link,
-/// the file at its end is replaced. The first failure stays: after it nothing is written.
+/// stays as it is, or absent; an object that is destroyed without a commit leaves nothing behind. Where the target is a
+/// link, the file that it leads to is replaced. The first failure stays: nothing is written after it.
 class ZNGEOM_API PendingFile
 {
 public:
-    /// Makes the new file, empty. Fails where the target can't be written: its folder, the file itself, or because it
+    /// Creates the new file, empty. Fails where the target can't be written: its folder, the file itself, or because it
     /// is a folder, a device or a pipe.
     explicit PendingFile(const znOS::Filename& target);
     PendingFile(const PendingFile&) = delete;
@@ -26,12 +26,12 @@ public:
     ~PendingFile();
 
     bool hasFailed() const { return !m_message.empty(); }
-    /// What is wrong, in a line; empty while nothing is.
+    /// What is wrong, in one line; empty while nothing is.
     const std::string& message() const { return m_message; }
     /// How many bytes were written.
     std::int64_t size() const { return m_size; }
 
-    /// Adds bytes at the end. False after a failure.
+    /// Appends bytes. False after a failure.
     bool write(const void* bytes, size_t count);
     /// Closes the new file, so that any number of them can wait for their commit. False after a failure.
     bool finish();

@@ -20,11 +20,11 @@ constexpr double exactPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
                                   1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 constexpr int largestExactPower = 22;
 
-// Signs follow no pattern that a processor could guess, so they are looked up and not branched on.
+// Signs follow no pattern that a processor could predict, so they are looked up and not branched on.
 constexpr float signs[] = {1, -1};
 
-/// Computes digits * 10^exponent as a `double` with an error of at most two units in its last place, which settles
-/// the `float` except close to the middle between two floats. False when it is not settled.
+/// Computes digits * 10^exponent as a `double` with an error of at most two units in its last place, which determines
+/// the `float` except close to the middle between two floats. False when it does not.
 bool convertQuickly(std::int64_t digits, std::ptrdiff_t exponent, float& value)
 {
     if (exponent < -largestExactPower || exponent > largestExactPower) return false;
@@ -37,7 +37,7 @@ bool convertQuickly(std::int64_t digits, std::ptrdiff_t exponent, float& value)
     return true;
 }
 
-/// Whether a number that no `float` holds is too large and not too small: where its first digit stands decides.
+/// Whether a number that no `float` can hold is too large rather than too small: the place of its first digit decides.
 bool isHuge(std::string_view text)
 {
     const std::string_view mantissa = text.substr(0, text.find_first_of("eE"));
@@ -71,7 +71,7 @@ constexpr auto digitPairs = [] {
 template <int precision>
 char* writeFixed(char* out, std::uint64_t digits, int exponent)
 {
-    char text[2 * precision] = {}; // twice: copies of a fixed size are cheap, and may take too much
+    char text[2 * precision] = {}; // twice: copies of a fixed size are cheap, but may copy more than there is
     for (int i = precision - 2; i >= 0; i -= 2, digits /= 100)
         std::memcpy(text + i, digitPairs.data() + 2 * (digits % 100), 2);
     int used = precision;

@@ -1,9 +1,9 @@
 /// Decimal numbers in text, the same under every locale.
 ///
-/// The scanners take the longest beginning that can be a number, as a stream does: "1.5abc" is 1.5 with "abc" behind
-/// it, "1-2" is two numbers, "1e" is none at all, since its exponent is missing. There is no hexadecimal form:
-/// "0x10" is 0 with "x10" behind it. They don't look for the end of the text: behind the last number there must stand
-/// a byte that belongs to no number, such as a line end.
+/// The scanners take the longest prefix that can be a number, as a stream does: "1.5abc" is 1.5 followed by "abc",
+/// "1-2" is two numbers, "1e" is none at all, since its exponent is missing. There is no hexadecimal form: "0x10" is 0
+/// followed by "x10". They don't look for the end of the text: the last number must be followed by a byte that belongs
+/// to no number, such as a line end.
 #pragma once
 
 #include <cstddef>
@@ -14,14 +14,14 @@ namespace znGeom::internal {
 enum class Scan {
     Number,   ///< read
     TooLarge, ///< a number, but out of the range of its type
-    None      ///< no number stands here
+    None      ///< there is no number here
 };
 
-/// The value of a text that is known to be a number. What these cost does not matter: few numbers come here.
+/// The value of a text that is known to be a number. What these cost does not matter: few numbers need them.
 Scan convertInt(const char* begin, const char* end, int& value);
 Scan convertFloat(const char* begin, const char* end, float& value);
 
-/// 10 and more for what is no digit.
+/// 10 or more for anything that is not a digit.
 inline unsigned digitOf(char c) { return static_cast<unsigned char>(c - '0'); }
 /// White space that does not end a line.
 inline bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\v' || c == '\f' || c == '\r'; }

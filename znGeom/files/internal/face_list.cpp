@@ -33,7 +33,7 @@ bool FaceList::append(const int* corners, int numCorners)
     return true;
 }
 
-/// Keeps the room that was made, and the corners that stand in it.
+/// Keeps the room that was made, and the corners that are in it.
 void FaceList::becomePolygons(int numCorners)
 {
     m_corners.reserve(3 * m_triangles.capacity());

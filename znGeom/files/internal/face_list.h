@@ -9,23 +9,23 @@
 
 namespace znGeom::internal {
 
-/// Faces with equally many corners that follow one another. Most files are one run.
+/// Consecutive faces with the same number of corners. Most files are one run.
 struct FaceRun
 {
     int numCorners;
     int numFaces;
 };
 
-/// Faces of any size, one behind the other. As long as all are triangles they stand where a mesh can take them over;
-/// the first other one moves them, once.
+/// Faces of any size, one after the other. As long as all are triangles they are stored where a mesh can take them
+/// over; the first face that is not a triangle moves them, once.
 class FaceList
 {
 public:
-    /// Makes room for so many more corners; false when they might be too many.
+    /// Makes room for that many more corners; false when they might be too many.
     bool reserve(std::int64_t numCorners);
-    /// Where the corners of the next face go, within the room that was made.
+    /// Where to put the corners of the next face, within the room that was made.
     int* end() { return corners() + m_numCorners; }
-    /// Takes the corners that stand at the end as a face.
+    /// Takes the corners at the end as a face.
     void add(int numCorners);
     /// Makes room, copies and takes; false when there would be too many.
     bool append(const int* corners, int numCorners);

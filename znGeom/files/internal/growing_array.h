@@ -1,4 +1,4 @@
-/// `znGeom::internal::GrowingArray`: elements whose number is not known beforehand.
+/// `znGeom::internal::GrowingArray`: elements whose number is not known in advance.
 #pragma once
 
 #include <algorithm>
@@ -10,23 +10,23 @@
 
 namespace znGeom::internal {
 
-/// Grows in advance of a loop that then writes through a pointer. Growing takes address space: memory that was not
-/// written to is not used, and where the system can move a block by its page table nothing is copied.
+/// Grows in advance of a loop that then writes through a pointer. Growing takes address space: memory that has not been
+/// written to is not used, and nothing is copied where the system can move a block by its page table.
 template <typename T>
 class GrowingArray
 {
 public:
-    /// At most so many elements, so that the numbers that they consist of can still be counted with an `int`.
+    /// The largest number of elements; the numbers that they consist of can then still be counted with an `int`.
     static constexpr std::int64_t limit = std::numeric_limits<int>::max() / static_cast<int>(sizeof(T) / 4) - 2;
 
     int size() const { return m_size; }
-    /// How many there is room for.
+    /// How many elements there is room for.
     int capacity() const { return m_elements.size(); }
     T* begin() { return m_elements.write(); }
     const T* begin() const { return m_elements.read(); }
     T* end() { return begin() + m_size; }
 
-    /// Makes room for `count` more behind the end; false when they might be too many.
+    /// Makes room for `count` more after the end; false when they might be too many.
     bool reserve(std::int64_t count)
     {
         if (count > limit - m_size) return false;

@@ -1,4 +1,4 @@
-/// `znGeom::internal::LoadContext`: how the reading of a mesh file stands.
+/// `znGeom::internal::LoadContext`: the state of reading a mesh file.
 #pragma once
 
 #include <string>
@@ -11,16 +11,16 @@ namespace znGeom::internal {
 
 /// Text from a file as it may be shown: control characters become question marks.
 std::string printable(std::string_view text);
-/// The same in quotes; junk can be long, and then its beginning is shown.
+/// The same in quotes; junk can be long, and then only its beginning is shown.
 std::string quoted(std::string_view word);
 
-/// The first failure stays. What can fail returns false, and whoever called it does so too.
+/// The first failure stays. What can fail returns false, and so does its caller.
 class LoadContext
 {
 public:
     using Status = MeshLoadResult::Status;
 
-    /// \param size  what is to be read, for the progress; 0 when not known
+    /// \param size  the number of bytes to be read, for the progress; 0 when not known
     LoadContext(TextReader& text, std::int64_t size, znUtil::Progress& progress, MeshLoadResult& result)
         : m_text(text), m_size(size), m_progress(progress), m_result(result)
     {}
@@ -31,12 +31,12 @@ public:
     MeshLoadResult& result() { return m_result; }
     bool hasFailed() const { return m_result.status != Status::Loaded; }
 
-    /// False always.
+    /// Always false.
     bool fail(Status status, std::string message);
     bool malformed(std::string message) { return fail(Status::Malformed, std::move(message)); }
     bool tooLarge();
 
-    /// Goes on in the text, a block at a time, and reports how far it is. False at its end and after a failure.
+    /// Moves on in the text, a block at a time, and reports how far it is. False at its end and after a failure.
     bool nextBlock();
     /// As `TextReader::requireBytes`; fails where the file ends too soon.
     bool requireBytes(const char*& at, size_t count);

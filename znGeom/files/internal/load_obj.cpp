@@ -13,7 +13,7 @@ namespace znGeom::internal {
 
 namespace {
 
-/// The words of one line, behind which there stands a byte that belongs to no number.
+/// The words of one line, which is followed by a byte that belongs to no number.
 class ObjLine
 {
 public:
@@ -165,7 +165,7 @@ void ObjLoader::readOther(std::string_view keyword, ObjLine line)
     if (keyword == "curv" || keyword == "curv2" || keyword == "surf") ++m_numFreeForms;
 }
 
-/// Behind the position there may be a weight or a colour.
+/// The position may be followed by a weight or a colour.
 bool ObjLoader::readVertex(ObjLine line)
 {
     float position[3];
@@ -180,7 +180,7 @@ bool ObjLoader::readVertex(ObjLine line)
     return m_parts.addVertex(position);
 }
 
-/// Numbers that are missing are 0.
+/// Missing numbers are 0.
 bool ObjLoader::readEntry(ObjLine line, ObjChannel& channel)
 {
     float values[3] = {};
@@ -190,7 +190,7 @@ bool ObjLoader::readEntry(ObjLine line, ObjChannel& channel)
 }
 
 /// Reads v, v/vt, v//vn or v/vt/vn as indices from 0; -1 for what is not there, and for texture coordinates and normals
-/// that can't be.
+/// with impossible indices.
 bool ObjLoader::readCorner(ObjLine& line, int (&indices)[3])
 {
     const int counts[3] = {m_parts.numVertices(), m_uvs.count(), m_normals.count()};

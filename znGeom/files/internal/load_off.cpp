@@ -46,7 +46,7 @@ bool readHeader(TextScanner& scanner, OffHeader& header)
     return true;
 }
 
-/// What stands behind the position and the normal on a line is colour or texture.
+/// Anything after the position and the normal on a line is colour or texture.
 bool readVertices(const OffHeader& header, TextScanner& scanner, LoadContext& context, MeshParts& parts)
 {
     bool more = header.furtherChannels;
@@ -62,7 +62,7 @@ bool readVertices(const OffHeader& header, TextScanner& scanner, LoadContext& co
     return true;
 }
 
-/// What stands behind the corners is the colour of the face.
+/// Anything after the corners is the colour of the face.
 bool readFaces(const OffHeader& header, TextScanner& scanner, LoadContext& context, MeshParts& parts)
 {
     zn::vector<int> corners;

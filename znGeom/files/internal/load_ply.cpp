@@ -39,7 +39,7 @@ public:
     {
         return visit(type, [&value](auto number) { value = static_cast<float>(number); });
     }
-    /// What is no index of ours is pulled to the end of `int`, where the check of the corners finds it.
+    /// What cannot be an index is clamped to the limit of `int`, where the check of the corners finds it.
     bool read(PlyType type, int& value)
     {
         return visit(type, [&value](auto number) {
@@ -162,7 +162,7 @@ private:
         return true;
     }
 
-    /// Strips follow one another in one list, divided by -1. Every second triangle of a strip runs the other way.
+    /// Strips follow one another in one list, separated by -1. Every second triangle of a strip is wound the other way.
     bool addCorners(bool isFace)
     {
         if (isFace) return m_parts.addFace(m_list.data(), m_list.size());

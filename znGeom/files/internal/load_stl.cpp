@@ -28,7 +28,7 @@ bool addTriangle(const float* positions, MeshParts& parts)
            parts.addTriangle(first, first + 1, first + 2);
 }
 
-/// Its normal stands in front of the corners and a word of no fixed meaning behind them.
+/// Its normal comes before the corners and a word of no fixed meaning after them.
 bool readBinary(LoadContext& context, MeshParts& parts)
 {
     const char* at = context.text().begin();
@@ -66,7 +66,7 @@ bool readLoop(TextScanner& scanner, MeshParts& parts)
     return expect(scanner, "endloop") && expect(scanner, "endfacet") && addTriangle(positions, parts);
 }
 
-/// A file may have several solids, one behind the other. Their names are any words to the end of the line.
+/// A file may have several solids, one after the other. Their names are any words to the end of the line.
 bool readText(LoadContext& context, MeshParts& parts)
 {
     TextScanner scanner(context);
@@ -84,7 +84,7 @@ bool readText(LoadContext& context, MeshParts& parts)
     return !context.hasFailed();
 }
 
-/// The header of a binary file may begin with the word of the text form too: then the size tells, or what follows.
+/// The header of a binary file may begin with the word of the text form too: then the size decides, or what follows.
 bool isText(LoadContext& context)
 {
     constexpr size_t looked = 1024;

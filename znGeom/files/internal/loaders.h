@@ -1,4 +1,4 @@
-/// The readers behind `meshLoad`, one per format. Each fills the parts and gives false after a failure, which stands in
+/// The readers behind `meshLoad`, one per format. Each fills the parts and returns false after a failure, which is in
 /// the context. The text's first block is there when they begin.
 #pragma once
 

@@ -22,7 +22,7 @@ void writeFans(const CompactMesh& mesh, int* out)
     }
 }
 
-/// What was read of a channel, if it is there for every vertex.
+/// What was read of a channel, if there is a value for every vertex.
 void moveChannel(GrowingArray<float>& values, MeshAttributes& channel)
 {
     Array<float> exact = values.take();

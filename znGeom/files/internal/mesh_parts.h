@@ -12,7 +12,7 @@ namespace znGeom::internal {
 class MeshParts
 {
 public:
-    /// The number that a format gives its first vertex, for the words of a failure.
+    /// The number that a format gives its first vertex, for failure messages.
     explicit MeshParts(LoadContext& context, int firstNumber = 0) : m_context(context), m_firstNumber(firstNumber) {}
 
     int numVertices() const { return positions.size() / 3; }
@@ -21,11 +21,11 @@ public:
     {
         return (numVertices() < mostVertices && positions.append(position, 3)) || m_context.tooLarge();
     }
-    /// \param corners  vertex indices from 0, not checked yet; a face of one or two is counted instead of taken
+    /// \param corners  vertex indices from 0, not checked yet; a face of one or two is counted but not taken
     bool addFace(const int* corners, int numCorners);
     bool addTriangle(int a, int b, int c);
 
-    /// Checks all corners and gives everything to the mesh, whatever the mesh held.
+    /// Checks all corners and gives everything to the mesh, whatever it held before.
     bool publish(CompactMesh& mesh);
 
     GrowingArray<float> positions; ///< three per vertex
@@ -39,7 +39,7 @@ private:
     void publishChannels(CompactMesh& mesh);
     bool publishFaces(CompactMesh& mesh);
 
-    /// Loops over three times a count are counted in `int`.
+    /// Loops over three times a count use an `int` as counter.
     static constexpr int mostVertices = std::numeric_limits<int>::max() / 3;
 
     LoadContext& m_context;

@@ -28,10 +28,10 @@ bool scanWord(const char*& at, T& value)
     return true;
 }
 
-/// Reads numbers with white space between them. The first thing that is no number ends the reading for good, as the
-/// end of the text does.
+/// Reads numbers with white space between them. The first thing that is not a number ends the reading for good, as does
+/// the end of the text.
 ///
-/// A real number out of range is an infinity, an `int` out of range the nearest one. Besides decimal numbers "inf",
+/// A real number out of range is an infinity, an `int` out of range is the nearest one. Besides decimal numbers "inf",
 /// "infinity" and "nan" are known, in any case, so that what was written is read back; hexadecimal forms are not.
 class NumberReader
 {

@@ -7,8 +7,8 @@
 
 namespace znGeom::internal {
 
-/// A list of entries that face corners point to. It becomes a channel when at each vertex all corners agree, and values
-/// per corner otherwise. That is found out as the faces come: corners are kept from the first disagreement on.
+/// A list of entries that face corners point to. It becomes a channel when all corners agree at each vertex, and values
+/// per corner otherwise. That is found out as the faces arrive: corners are kept from the first disagreement on.
 class ObjChannel
 {
 public:
@@ -19,13 +19,14 @@ public:
     int count() const { return m_values.size() / m_width; }
     bool add(const float* values) { return m_values.append(values, m_width); }
 
-    /// A face corner at a vertex points to an entry; to none when it is below 0. For all corners in their order.
+    /// A face corner at a vertex points to an entry; to none when it is below 0. To be called for all corners in their
+    /// order.
     /// \param numVertices  so far
     void use(int vertex, int entry, int numVertices);
 
-    /// One entry per vertex, zeros where no face uses the vertex; or nothing, and a note why.
+    /// One entry per vertex, zeros where no face uses the vertex; or nothing, and a note saying why.
     void publish(LoadContext& context, int numVertices, GrowingArray<float>& result);
-    /// Whether the corners at some vertex disagree; `publish` gives nothing then, and this one value per triangle
+    /// Whether the corners at some vertex disagree; then `publish` gives nothing, and this gives one value per triangle
     /// corner, three in a row per triangle of the fans of all faces.
     bool isPerCorner() const { return m_isPerCorner && !m_problem; }
     template <typename Value>
@@ -48,7 +49,7 @@ private:
     int m_numCorners = 0;         ///< up to the first disagreement; these have what was chosen for their vertices
     GrowingArray<int> m_ofCorner; ///< the entries of all further corners
     bool m_isPerCorner = false;
-    const char* m_problem = nullptr; ///< why it becomes no channel
+    const char* m_problem = nullptr; ///< why it does not become a channel
     bool m_isUsed = false;
 };
 

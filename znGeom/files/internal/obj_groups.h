@@ -19,7 +19,7 @@ public:
     void publish(const FaceList& faces, MeshGroups& result) const;
 
 private:
-    /// Faces that follow one another.
+    /// Consecutive faces.
     struct Stretch
     {
         int firstFace, group;

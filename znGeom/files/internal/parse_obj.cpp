@@ -14,8 +14,8 @@ namespace znGeom::internal {
 
 namespace {
 
-// Every line ends with '\n', which belongs to no number and is no blank: nothing runs beyond it. One carriage return in
-// front of it belongs to the line end.
+// Every line ends with '\n', which belongs to no number and is not a blank: nothing runs beyond it. One carriage return
+// before it belongs to the line end.
 bool isLineEnd(const char* at) { return *at == '\n' || (*at == '\r' && at[1] == '\n'); }
 
 const char* skipBlanks(const char* at)
@@ -24,7 +24,7 @@ const char* skipBlanks(const char* at)
     return at;
 }
 
-/// False when the rest of the line is not to be read: no number stands here, which counts as 0, or one that is too
+/// False when the rest of the line is not to be read: there is no number here, which counts as 0, or one that is too
 /// large, which counts as the largest.
 bool readFloat(const char*& at, float& value)
 {
@@ -40,9 +40,9 @@ bool readInt(const char*& at, int& value)
     return scanInt(at, value) == Scan::Number;
 }
 
-/// Reads v, v/vt, v//vn or v/vt/vn. Blanks may stand in front of each number, not in front of a slash. A broken entry
-/// is as good as its v, which is 0 when it cannot be read; what follows it on the line is not to be read, and the
-/// result is false.
+/// Reads v, v/vt, v//vn or v/vt/vn. Blanks may come before each number, but not before a slash. A broken entry is as
+/// good as its v, which is 0 when it cannot be read; what follows it on the line is not to be read, and the result is
+/// false.
 bool readEntry(const char*& at, int& vertex)
 {
     int unused;
@@ -70,8 +70,7 @@ private:
     int m_largestCorner = 0; ///< counted from 1
 };
 
-/// Vertices and faces count. All other lines are passed over: normals and UVs as well, which go no further than the
-/// file, and comments.
+/// Vertices and faces count. All other lines are skipped: comments, and also normals and UVs, which are not kept.
 bool ObjParser::readLines(const char* begin, const char* end)
 {
     // The shortest vertex is "v \n", and no line has an entry for less than two characters.
@@ -88,7 +87,7 @@ bool ObjParser::readLines(const char* begin, const char* end)
     return true;
 }
 
-/// Numbers that are missing are 0.
+/// Missing numbers are 0.
 const char* ObjParser::readVertex(const char* at)
 {
     float* const vertex = m_positions.end();

@@ -16,8 +16,8 @@ void resizeTriangles(CompactMesh& mesh, int count)
     if (count > old) std::fill_n(mesh.getTriangles() + old, count - old, MeshTriangle{});
 }
 
-/// Makes room for one more vertex or triangle, of which there will be `count`. The array grows with what is read and
-/// not by what the header claims.
+/// Makes room for one more vertex or triangle, of which there will be `count`. The array grows with what is read, not
+/// with what the header claims.
 int grownSize(int size, int count)
 {
     return static_cast<int>(std::min<std::int64_t>(count, 2 * std::int64_t(size) + 1000));
@@ -46,7 +46,7 @@ void readTriangles(NumberReader& numbers, int count, CompactMesh& mesh)
 } // namespace
 
 /// A count is cut down to what the bytes of the text could hold at two bytes a number, so that a header alone takes no
-/// memory. Up to that, vertices and triangles that are missing are zeros.
+/// memory. Up to that limit, missing vertices and triangles are zeros.
 void parsePlain(TextReader& text, CompactMesh& mesh)
 {
     constexpr int mostElements = std::numeric_limits<int>::max() / 3;

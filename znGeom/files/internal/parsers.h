@@ -1,4 +1,4 @@
-/// The readers of the mesh formats, on files or on text in memory. They fill the mesh and tell nobody.
+/// The readers of the mesh formats, on files or on text in memory. They fill the mesh and notify nobody.
 #pragma once
 
 #include "znGeom/files/internal/text_file.h"

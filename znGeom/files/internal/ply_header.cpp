@@ -99,7 +99,7 @@ bool checkHeader(LoadContext& context, const PlyHeader& header)
     return (found & 7) == 7 || context.malformed("the vertices have no x, y and z");
 }
 
-/// What the header announces and no mesh keeps.
+/// What the header announces that no mesh keeps.
 void noteLost(LoadContext& context, const PlyHeader& header)
 {
     for (const PlyElement& element : header.elements) {

@@ -36,7 +36,7 @@ struct PlyHeader
 };
 
 /// Reads to the end of the line "end_header" and checks that there are vertices with x, y and z; notes what the header
-/// announces and no mesh keeps.
+/// announces that no mesh keeps.
 bool readPlyHeader(LoadContext& context, TextScanner& scanner, PlyHeader& header);
 
 } // namespace znGeom::internal

@@ -8,7 +8,7 @@ namespace znGeom::internal {
 
 namespace {
 
-/// Entries of a channel, each written once per vertex that has it: the corners at a vertex mostly agree.
+/// Entries of a channel, each written once per vertex that has it: the corners at a vertex usually agree.
 class CornerEntries
 {
 public:
@@ -36,7 +36,7 @@ CornerEntries::CornerEntries(const char* keyword, const float* values, int width
     : m_values(values), m_width(width)
 {
     if (!values) return;
-    constexpr int mostCompared = 8; // a vertex at which all corners differ shall not cost the square of their number
+    constexpr int mostCompared = 8; // a vertex at which all corners differ must not cost the square of their number
     const int numCorners = 3 * mesh.getNumTriangles();
     const int* vertices = mesh.getTrianglesRaw();
     m_ofCorner = zn::vector<int>(numCorners);
@@ -139,7 +139,7 @@ void saveObj(const CompactMesh& mesh, const MeshSaveOptions& options, SaveSink& 
         sink.decimals(mesh.getVerticesRaw() + 3 * std::ptrdiff_t(vertex), 3);
         sink.text("\n");
     });
-    // Without triangles there are no corners that options could speak of.
+    // Without triangles there are no corners that options could refer to.
     const MeshSaveOptions& used = mesh.getNumTriangles() > 0 ? options : none;
     if (mesh.getNormals() && !used.cornerNormals) saveLines("vn", mesh.getNormalsRaw(), 3, numVertices, sink);
     if (mesh.getUVs() && !used.cornerUVs) saveLines("vt", mesh.getUVsRaw(), 2, numVertices, sink);

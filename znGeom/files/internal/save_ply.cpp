@@ -7,7 +7,7 @@ namespace znGeom::internal {
 
 namespace {
 
-/// A face's number of corners takes a byte where it can.
+/// A face's number of corners takes one byte where it fits.
 bool hasLargePolygons(const CompactMesh& mesh)
 {
     const int* lengths = mesh.getPolyLengths();

@@ -12,8 +12,8 @@
 
 namespace znGeom::internal {
 
-/// Collects bytes and hands them on in large pieces; reports the progress and notices a cancel as it does so. After a
-/// failure nothing is handed on, and a writer need not look before its end.
+/// Collects bytes and passes them on in large pieces; reports the progress and notices a cancel as it does so. After a
+/// failure nothing is passed on, and a writer need not check before it has finished.
 class SaveSink
 {
 public:
@@ -27,14 +27,14 @@ public:
         m_buffer += text;
         if (m_buffer.size() >= pieceSize) flush();
     }
-    /// The shortest decimal number that gives the same value again.
+    /// The shortest decimal number that reads back to the same value.
     template <typename Number>
     void decimal(Number value)
     {
         char digits[32];
         text({digits, static_cast<size_t>(std::to_chars(digits, digits + sizeof digits, value).ptr - digits)});
     }
-    /// Decimal numbers, each behind a blank.
+    /// Decimal numbers, each after a blank.
     void decimals(const float* values, int count)
     {
         for (int i = 0; i < count; ++i) {

@@ -1,4 +1,4 @@
-// The text formats that are counts, positions and faces.
+// The text formats that consist of counts, positions and faces.
 #include "znGeom/files/internal/save_sink.h"
 
 namespace znGeom::internal {

@@ -76,7 +76,7 @@ std::int64_t TextReader::passToEnd()
     return m_bytesRead;
 }
 
-/// Reads on behind what is there, and keeps a byte free for a line end. False at the end of the text.
+/// Reads more after what is there, and keeps a byte free for a line end. False at the end of the text.
 bool TextReader::fill()
 {
     if (m_used + 1 >= m_capacity) {

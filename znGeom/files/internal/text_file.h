@@ -29,10 +29,10 @@ public:
     /// Reads from memory, which must outlive the reader, through a buffer of `size` bytes, at least 2.
     explicit TextReader(std::string_view text, size_t size = bufferSize);
 
-    /// False for a file that did not open, or of which nothing can be read, as is so of a folder.
+    /// False for a file that did not open, or from which nothing can be read, such as a folder.
     bool isOpen() const { return m_isOpen; }
 
-    /// Whether there is nothing in it. To be asked before the first block.
+    /// Whether there is nothing in it. To be called before the first block.
     bool isEmpty() const { return m_used == 0 && m_memory.empty(); }
 
     /// Goes on to the next block, which takes the place of the last one; false at the end of the text.
@@ -40,20 +40,20 @@ public:
     const char* begin() const { return m_buffer.get(); }
     const char* end() const { return m_buffer.get() + m_blockSize; }
 
-    /// Makes `count` bytes stand one behind the other from `at` on, a place within the present block or its end, and
-    /// moves `at` to them; the block then holds whatever bytes are there, wherever lines end. For what is not text, or
-    /// not text from some place on. False when fewer are left.
+    /// Makes `count` bytes contiguous from `at` on, a place within the current block or its end, and moves `at` to
+    /// them; the block then holds whatever bytes are there, wherever lines end. For what is not text, or not text from
+    /// some point on. False when fewer are left.
     bool requireBytes(const char*& at, size_t count);
 
-    /// Ends the present block at a place within it: the next one begins there.
+    /// Ends the current block at a place within it: the next one begins there.
     void endBlock(const char* at) { m_blockSize = static_cast<size_t>(at - begin()); }
 
-    /// How many bytes were taken from the file so far.
+    /// How many bytes have been taken from the file so far.
     std::int64_t bytesRead() const { return m_bytesRead; }
     /// Whether the file couldn't be read to its end, and why.
     int error() const { return m_error; }
 
-    /// The size of the whole text. Passes over all blocks that are left.
+    /// The size of the whole text. Skips all blocks that are left.
     std::int64_t passToEnd();
 
 private:
@@ -82,7 +82,7 @@ public:
 
     bool isOpen() const { return m_file != nullptr; }
 
-    /// Where the next line goes, with room for `lineRoom` characters; `setEnd` takes its end.
+    /// Where to write the next line, with room for `lineRoom` characters; `setEnd` takes its end.
     char* line();
     void setEnd(const char* end) { m_used = static_cast<size_t>(end - m_buffer.get()); }
 

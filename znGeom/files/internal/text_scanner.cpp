@@ -95,7 +95,7 @@ void TextScanner::skipLine()
     while (!isLineEnd(*m_at)) ++m_at;
 }
 
-/// A carriage return and a line feed are one line end, and both stand in one block.
+/// A carriage return and a line feed are one line end, and both are in one block.
 void TextScanner::skipLineEnd()
 {
     if (m_at == m_context.text().end()) return;

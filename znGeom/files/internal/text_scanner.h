@@ -10,8 +10,8 @@
 
 namespace znGeom::internal {
 
-/// Reads a text word by word and knows the line that each stands on. Words are divided by blanks, tabs and line ends of
-/// any kind. Every failure names the line.
+/// Reads a text word by word and knows which line each is on. Words are separated by blanks, tabs and line ends of any
+/// kind. Every failure names the line.
 class TextScanner
 {
 public:
@@ -22,29 +22,29 @@ public:
     /// From here on commas count as blanks.
     void allowCommas() { m_commas = true; }
 
-    /// Passes over blanks, line ends and comments; true at the end of the text, and after a failure.
+    /// Skips blanks, line ends and comments; true at the end of the text, and after a failure.
     bool atEnd() { return !seek(); }
     /// True if a word follows on this line.
     bool hasWordOnLine();
 
-    /// The next word, good until the next call; fails at the end of the text.
+    /// The next word, valid until the next call; fails at the end of the text.
     bool readWord(std::string_view& word);
     /// The next word as a number. "nan" and "inf" are numbers; what is too large is infinite.
     bool read(float& value);
     bool read(int& value);
-    /// A count of at least one, and so many whole numbers: the corners of a face.
+    /// A count of at least one, and that many whole numbers: the corners of a face.
     bool readCounted(zn::vector<int>& numbers);
     bool readThree(float* values) { return read(values[0]) && read(values[1]) && read(values[2]); }
 
-    /// Passes over the rest of the line, not over its end.
+    /// Skips the rest of the line, but not its end.
     void skipLine();
-    /// Passes over a line end that stands here.
+    /// Skips a line end if there is one here.
     void skipLineEnd();
 
-    /// Fails with the line in front.
+    /// Fails, with the line number before the message.
     bool fail(const std::string& what);
 
-    /// Where bytes follow that are no text.
+    /// Where bytes follow that are not text.
     const char* at() const { return m_at; }
 
 private:
