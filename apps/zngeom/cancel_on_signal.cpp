@@ -27,7 +27,7 @@ CancelOnSignal::CancelOnSignal(znUtil::Progress& progress)
     action.sa_flags = static_cast<int>(SA_RESETHAND); // and no SA_RESTART: waiting for a pipe ends
     for (std::size_t i = 0; i < signals.size(); ++i) {
         sigaction(signals[i], nullptr, &m_former[i]);
-        // Whoever started us may have asked us not to care, as nohup does.
+        // Whoever started us may have asked us to ignore it, as nohup does.
         if (m_former[i].sa_handler != SIG_IGN) sigaction(signals[i], &action, nullptr);
     }
 }

@@ -9,12 +9,12 @@
 
 namespace tool {
 
-/// While it lives, the first interrupt, hang-up or request to end cancels a progress. A second one of the same kind
-/// ends the process at once, as it would without this.
+/// While it lives, the first interrupt, hang-up or termination request cancels a progress. A second one of the same
+/// kind ends the process at once, as it would without this.
 class CancelOnSignal
 {
 public:
-    /// \param progress  the root; must outlive this. One at a time in a process.
+    /// \param progress  the root; must outlive this. Only one of these may exist in a process at a time.
     explicit CancelOnSignal(znUtil::Progress& progress);
     CancelOnSignal(const CancelOnSignal&) = delete;
     CancelOnSignal& operator=(const CancelOnSignal&) = delete;

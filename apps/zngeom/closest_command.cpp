@@ -140,7 +140,7 @@ public:
         const std::vector<Closest> found = findClosest(loaded.mesh, points, phase);
         checkAllFound(found);
 
-        // The flag is that of all commands; here it is about the lines as well.
+        // The flag is common to all commands; here it applies to the lines as well.
         const bool json = m_sub->get_option("--json")->count() > 0;
         Report report;
         if (m_output.empty()) {

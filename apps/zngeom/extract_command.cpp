@@ -38,7 +38,7 @@ public:
             ->check(wholeNumberFrom(1))
             ->needs(boundary)
             ->capture_default_str();
-        // The parser would name the missing one in no better words.
+        // The parser's own words for a missing one would be no better.
         sub->callback([component, boundary] {
             if (component->count() + boundary->count() == 0) throw CLI::RequiredError("--component or --boundary");
         });

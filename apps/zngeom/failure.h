@@ -5,7 +5,7 @@
 
 namespace tool {
 
-/// Something that the user has to know, told in one line without a line end.
+/// Something that the user has to know, in one line without a line end.
 class Failure : public std::runtime_error
 {
 public:

@@ -14,7 +14,7 @@ struct StreamFormats
 {
     std::string input, output;
 
-    /// What goes out is of the kind that comes in unless it is said.
+    /// The output has the format of the input unless one is given.
     const std::string& ofOutput() const { return output.empty() ? input : output; }
 };
 

@@ -26,7 +26,7 @@ std::uint32_t uint32At(std::string_view bytes, std::size_t position)
     return value;
 }
 
-/// A member of the root that this reader makes use of; others aren't kept.
+/// A member of the root that this reader uses; others aren't kept.
 bool isUsed(const nlohmann::json& key)
 {
     static const std::array<std::string_view, 9> used{
@@ -252,7 +252,7 @@ std::optional<std::string> GltfDocument::problemOfPath(const std::string& name) 
     return std::nullopt;
 }
 
-/// Only a regular file, and none outside the folder that a link leads to.
+/// Only a regular file, and not one outside the folder, even through a link.
 std::string GltfDocument::readBeside(const std::string& name, std::size_t size)
 {
     const std::string buffer = "the buffer " + name.substr(0, 60) + " ";
@@ -353,7 +353,7 @@ std::vector<Number> GltfDocument::elements(std::size_t accessor, std::size_t wid
     return values;
 }
 
-/// Single elements that take the place of others.
+/// Single elements that replace others.
 template <typename Number, typename Convert>
 void GltfDocument::overlaySparse(const Json& accessor, std::size_t width, const Convert& convert,
                                  std::vector<Number>& values)

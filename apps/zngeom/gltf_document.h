@@ -20,7 +20,7 @@ public:
     using Json = nlohmann::json;
 
     /// \param file    the whole content; must outlive the document
-    /// \param folder  where buffers may lie; empty when there is none
+    /// \param folder  where buffers may be; empty when there is none
     GltfDocument(std::string_view file, std::string folder);
 
     /// A member of an object; null when it isn't there.
@@ -32,18 +32,19 @@ public:
     std::size_t count(const char* list) const;
     const Json& root() const { return m_root; }
 
-    /// Makes sure that what the file is expanded to stays in proportion to it: so many more bytes. A few megabytes are
-    /// always free.
+    /// Makes sure that with this many more bytes, what the file expands to stays in proportion to it. A few megabytes
+    /// are always allowed.
     void claim(std::size_t bytes);
 
-    /// The numbers of an accessor, `width` for each element. Whole numbers that stand for fractions become these.
+    /// The numbers of an accessor, `width` for each element. Whole numbers that stand for fractions are converted to
+    /// these.
     std::vector<float> floats(std::size_t accessor, std::size_t width);
     std::vector<std::uint32_t> indices(std::size_t accessor);
-    /// How many elements an accessor has, without a look at them.
+    /// How many elements an accessor has, without looking at them.
     std::size_t numElements(std::size_t accessor) const;
 
 private:
-    /// Where numbers stand in a buffer.
+    /// Where numbers are in a buffer.
     struct Run
     {
         const unsigned char* bytes;
@@ -66,8 +67,8 @@ private:
     std::string m_folder;
     std::string_view m_binary; ///< the chunk of a binary file
     std::map<std::size_t, std::string> m_buffers;
-    std::map<std::string, std::size_t> m_opened; ///< the buffer that each file is
-    std::size_t m_justified;                     ///< bytes that were really there
+    std::map<std::string, std::size_t> m_opened; ///< the index of the buffer that each file provides
+    std::size_t m_justified;                     ///< bytes that are really there
     std::size_t m_claimed = 0;
 };
 

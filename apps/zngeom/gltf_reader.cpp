@@ -13,7 +13,7 @@ namespace {
 
 using Json = GltfDocument::Json;
 
-/// Affine: three columns of a matrix, and where it moves the origin to.
+/// Affine: three columns of a matrix, and where it moves the origin.
 struct Placing
 {
     std::array<std::array<double, 3>, 4> columns{{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {0, 0, 0}}};
@@ -86,7 +86,7 @@ Placing placingOf(const Json& node)
     return placing;
 }
 
-/// One part of a mesh in one place of the scene.
+/// One part of a mesh at one place in the scene.
 struct Part
 {
     const Json* primitive;
@@ -124,7 +124,7 @@ private:
         return result;
     }
 
-    /// The nodes of the scene; without one, those that no node holds.
+    /// The nodes of the scene; without a scene, those that have no parent.
     std::vector<std::size_t> roots() const
     {
         if (m_document.count("scenes") > 0)
@@ -140,7 +140,7 @@ private:
         return result;
     }
 
-    /// Every node stands in one place: a tree grows no faster than the file.
+    /// Every node is in one place only: a tree grows no faster than the file.
     void visitTree(std::size_t root)
     {
         std::vector<std::pair<std::size_t, Placing>> open{{root, Placing()}};
@@ -223,7 +223,7 @@ private:
         return all;
     }
 
-    /// Parts of a mesh that name the same vertices share them.
+    /// Parts of a mesh that refer to the same vertices share them.
     Vertices addVertices(const Part& part)
     {
         const auto positions = part.attribute("POSITION");
@@ -249,7 +249,7 @@ private:
         }
     }
 
-    /// By the inverse transpose of the matrix, but for a factor.
+    /// By the inverse transpose of the matrix, up to a factor.
     void addNormals(const std::vector<float>& values, const Placing& placing)
     {
         const auto& [x, y, z, origin] = placing.columns;

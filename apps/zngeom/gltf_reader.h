@@ -9,10 +9,10 @@
 
 namespace tool {
 
-/// glTF, text and binary, in memory: all meshes of the scene, in the places where its nodes put them, in one mesh, with
-/// the vertices of the file in their order, one copy for each placement. Takes no other format, and keeps no more than
-/// a multiple of the file's size. Fails with one line; may be cancelled.
-/// \param folder  where files with its buffers may lie; empty when there is none
+/// glTF, text and binary, in memory: all meshes of the scene, placed where its nodes put them, in one mesh, with the
+/// vertices of the file in their order, one copy for each placement. Accepts no other format, and keeps no more than a
+/// multiple of the file's size. Fails with one line; may be cancelled.
+/// \param folder  where files with its buffers may be; empty when there is none
 /// \param result  its mesh must be empty
 void readGltf(std::string_view file, const std::string& folder, znUtil::Progress& progress, LoadedMesh& result);
 

@@ -14,7 +14,7 @@ namespace tool {
 
 namespace {
 
-/// The binary chunk of the file, part by part, and what the JSON chunk says of it.
+/// The binary chunk of the file, part by part, and what the JSON chunk says about it.
 class GlbLayout
 {
 public:
@@ -32,7 +32,7 @@ public:
 
     std::size_t binarySize() const { return m_size; }
 
-    /// Filled up with blanks to a multiple of four.
+    /// Padded with blanks to a multiple of four.
     std::string json() const
     {
         Json document;
@@ -67,7 +67,7 @@ private:
         m_size += bytes;
     }
 
-    /// The format wants the bounds of the positions.
+    /// The format requires the bounds of the positions.
     void addBounds()
     {
         float low[3], high[3];
@@ -91,7 +91,7 @@ private:
     std::size_t m_size = 0;
 };
 
-/// Collects numbers and hands them on in large pieces, the lowest byte first.
+/// Collects numbers and passes them on in large pieces, the lowest byte first.
 class Pieces
 {
 public:

@@ -128,7 +128,7 @@ public:
         return sub;
     }
 
-    /// The others are told of as well where one of several meshes fails.
+    /// Where one of several meshes fails, the others are still reported.
     Report run(znUtil::Progress& progress) override
     {
         if (m_paths.size() == 1) return reportOn(m_paths.front(), progress);

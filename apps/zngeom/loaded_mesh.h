@@ -11,10 +11,10 @@
 
 namespace tool {
 
-/// A mesh has no more vertices and face corners than this: loops over 3 * count are counted in `int`.
+/// A mesh has no more vertices and face corners than this: loops over 3 * count use an `int` as counter.
 constexpr std::size_t maxElements = INT_MAX / 3;
 
-/// A mesh from a file. Where any face has more than three corners all faces stand in the polygon description as well,
+/// A mesh from a file. Where any face has more than three corners, all faces are in the polygon description as well,
 /// and the triangles are their fans.
 struct LoadedMesh
 {

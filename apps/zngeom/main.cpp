@@ -162,7 +162,7 @@ std::vector<std::string> commandNames(const CLI::App& app)
     return names;
 }
 
-/// Whether the first word stands where a command is expected, and is none.
+/// Whether the first word is where a command is expected, and is not one.
 bool isUnknownCommand(const std::vector<std::string>& arguments, const std::vector<std::string>& names)
 {
     if (arguments.empty() || arguments.front().starts_with('-')) return false;
@@ -204,7 +204,7 @@ int runTool(std::vector<std::string> arguments)
     if (const auto names = commandNames(app); isUnknownCommand(arguments, names))
         return refuseCommand(arguments.front(), names);
     try {
-        std::reverse(arguments.begin(), arguments.end()); // as the parser takes them
+        std::reverse(arguments.begin(), arguments.end()); // the order in which the parser takes them
         app.parse(std::move(arguments));
     } catch (const CLI::ParseError& problem) {
         return app.exit(problem) == 0 ? Success : WrongUsage;

@@ -49,7 +49,7 @@ void printTime(const char* what, const std::string& path, const FileFormat& form
     znGeom::debugChannel().print("%s %s (%s): %f s\n", what, path.c_str(), format.name, watch.stop());
 }
 
-/// What the library says of a mesh becomes the tool's, or is thrown.
+/// What the library says about a mesh becomes what the tool says, or is thrown.
 void takeResult(znGeom::MeshLoadResult& result, LoadedMesh& loaded)
 {
     if (result.status == znGeom::MeshLoadResult::Status::Cancelled) throw Cancelled();
@@ -76,7 +76,7 @@ void loadFile(const std::string& path, const FileFormat& format, znUtil::Progres
     }
 }
 
-/// Returns the number of bytes that were handed on.
+/// Returns the number of bytes that were passed on.
 std::int64_t writeMesh(const znGeom::CompactMesh& mesh, const FileFormat& format, const znGeom::MeshByteWriter& write,
                        const znGeom::MeshSaveOptions& options, znUtil::Progress& progress)
 {

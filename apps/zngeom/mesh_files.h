@@ -19,7 +19,7 @@ using PendingFile = znGeom::PendingFile;
 struct FileFormat
 {
     const char* name;
-    std::vector<std::string> extensions; ///< in small letters; capitals in a file's name count as small ones
+    std::vector<std::string> extensions; ///< in lower case; the case of a file's name doesn't matter
     znGeom::MeshFormat format;           ///< of the library; unknown for glTF, which the tool reads and writes itself
     bool isWritten;
     bool writesNormals, writesUVs;
@@ -28,10 +28,10 @@ struct FileFormat
 
 const std::vector<FileFormat>& fileFormats();
 
-// A path is a file's, or "-" for standard input and output. The format is that of the extension; `word` names one for
-// paths whose extension tells none: an extension without its dot, or nothing.
+// A path is that of a file, or "-" for standard input and output. The format is that of the extension; `word` names one
+// for paths whose extension gives none: an extension without its dot, or nothing.
 
-/// Null for a path and a word that no format has.
+/// Null for a path and a word that belong to no format.
 const FileFormat* findFormat(const std::string& path, const std::string& word = "");
 
 /// The same. Fails where there is none.
@@ -44,11 +44,11 @@ std::string inputName(const std::string& path);
 void loadMesh(const std::string& path, znUtil::Progress& progress, LoadedMesh& result, const std::string& word = "");
 
 /// The same from memory. Failures don't begin with a path.
-/// \param folder  where glTF buffers may lie; empty when there is none
+/// \param folder  where glTF buffers may be; empty when there is none
 void loadMesh(std::string_view bytes, const FileFormat& format, const std::string& folder, znUtil::Progress& progress,
               LoadedMesh& result);
 
-/// Finds out before any work is done whether there is a writer for this path; fails if not.
+/// Checks, before any work is done, that there is a writer for this path; fails if not.
 void checkOutputFormat(const std::string& path, const std::string& word = "");
 
 /// Writes the triangles to a new file beside the target, for `putInPlace`. Fails with one line that begins with the
@@ -60,15 +60,15 @@ std::unique_ptr<PendingFile> writeAside(const znGeom::CompactMesh& mesh, const s
 /// Fails with one line that begins with the path.
 void putInPlace(PendingFile& file, const std::string& path);
 
-/// Adds to the mesh's notes what it has and a file of this path doesn't.
+/// Adds to the mesh's notes what it has and a file at this path won't.
 void noteUnwritten(LoadedMesh& loaded, const std::string& path, const std::string& word = "");
 
-/// Writes the triangles to a new file, which takes the place of the old one when it is complete; a failure and a cancel
-/// leave what was there as it was. To standard output as they come. Returns the number of bytes.
+/// Writes the triangles to a new file, which replaces the old one when it is complete; a failure or a cancel leaves
+/// what was there as it was. Standard output receives them as they come. Returns the number of bytes.
 std::int64_t saveMesh(const znGeom::CompactMesh& mesh, const std::string& path, znUtil::Progress& progress,
                       const std::string& word = "", const znGeom::MeshSaveOptions& options = {});
 
-/// The same with the groups of the mesh, and with notes of what isn't written.
+/// The same with the groups of the mesh, and with notes on what isn't written.
 std::int64_t saveMesh(LoadedMesh& loaded, const std::string& path, znUtil::Progress& progress,
                       const std::string& word = "");
 

@@ -1,4 +1,4 @@
-/// The numbers that tell what a mesh is like.
+/// The numbers that describe a mesh.
 #pragma once
 
 #include <optional>
@@ -14,7 +14,7 @@ namespace tool {
 struct MeshSummary
 {
     znGeom::MeshVertexCensus vertices;
-    int duplicatePositions = 0; ///< vertices at the place of an earlier one
+    int duplicatePositions = 0; ///< vertices at the position of an earlier one
     znGeom::MeshEdgeCensus edges;
     int degenerateTriangles = 0;              ///< with a corner repeated
     int components = 0, vertexComponents = 0; ///< over shared edges, and over shared vertices
@@ -29,8 +29,8 @@ struct MeshSummary
 /// Throws `Cancelled` when the user has asked to stop. n log n in the vertices, linear in the triangles.
 MeshSummary summarizeMesh(const znGeom::CompactMesh& mesh, znUtil::Progress& progress);
 
-/// A note for meshes whose triangles lie side by side and share next to no vertices, as those of STL files do; empty
-/// for any other one.
+/// A note for meshes whose triangles lie side by side and share next to no vertices, as in STL files; empty for any
+/// other mesh.
 std::string soupNote(const znGeom::MeshEdgeCensus& edges, int numVertices, int duplicatePositions);
 
 } // namespace tool

@@ -14,12 +14,12 @@ inline void checkCancelled(const znUtil::Progress& progress)
     if (progress.cancelled()) throw Cancelled();
 }
 
-/// Reports how far a loop is, and ends it when the user has asked to stop. A call costs a count; every so many calls
-/// one looks and reports.
+/// Reports how far a loop is, and ends it when the user has asked to stop. A call costs a count; only one in every so
+/// many checks and reports.
 class Pacer
 {
 public:
-    /// \param total  what `at` will have reached at the end
+    /// \param total  the value of `at` at the end
     Pacer(znUtil::Progress& progress, std::size_t total) : m_progress(progress), m_total(total) {}
 
     void at(std::size_t done)

@@ -44,7 +44,7 @@ std::string soupNote(const znGeom::CompactMesh& mesh, const znGeom::MeshEdgeSide
     znGeom::MeshEdgeCensus edges;
     znGeom::meshCountEdges(mesh, sides, phase, edges);
     checkCancelled(progress);
-    // Counting duplicates takes a sort, and most meshes are none.
+    // Counting duplicates takes a sort, and most meshes are not soups.
     const int mostPossible = mesh.getNumVertices();
     if (soupNote(edges, mesh.getNumVertices(), mostPossible).empty()) return {};
     progress.subPhase(0.8, phase);

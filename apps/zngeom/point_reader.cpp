@@ -12,7 +12,7 @@ namespace {
 
 const FileFormat& points() { return formatOf("points.xyz"); }
 
-/// Words are divided by blanks and commas; "#" starts a comment.
+/// Words are separated by blanks and commas; "#" starts a comment.
 int wordsOnFirstLine(const std::string& text)
 {
     int count = 0;
@@ -27,7 +27,7 @@ int wordsOnFirstLine(const std::string& text)
     return count;
 }
 
-/// A file of the plain format's extensions is a mesh or points: its first line tells.
+/// A file with an extension of the plain format is a mesh or points: its first line decides.
 void loadAny(const std::string& path, znUtil::Progress& progress, const std::string& word, LoadedMesh& loaded)
 {
     const FileFormat* format = findFormat(path, word);

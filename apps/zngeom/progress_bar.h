@@ -10,7 +10,7 @@
 namespace tool {
 
 /// Watches a progress and draws it as the last line of the terminal that standard error leads to. Draws nothing, ever,
-/// where standard error is a pipe or a file. The line is gone when the bar is.
+/// where standard error is a pipe or a file. The line disappears with the bar.
 class ProgressBar
 {
 public:

@@ -20,7 +20,7 @@ public:
     using Value = nlohmann::ordered_json;
     enum class Notes { Shown, Hidden };
 
-    /// \param key  small letters and underscores; people see blanks for these
+    /// \param key  lower-case letters and underscores; people see the underscores as blanks
     void add(const char* key, const Value& value);
     /// \param shown  what people see instead of the value
     void add(const char* key, Value value, std::string shown);
@@ -30,7 +30,7 @@ public:
     void addNotes(const std::vector<std::string>& notes);
 
     void addPart(Report part) { m_parts.push_back(std::move(part)); }
-    /// Instead of a part that could not be made: programs see an object with the file's name and the reason.
+    /// In place of a part that could not be made: programs see an object with the file's name and the reason.
     /// \param message  one line for the user, which the caller of the command shows as an error
     void addFailedPart(const std::string& file, const std::string& message);
     /// The lines of the parts that failed.
@@ -39,11 +39,11 @@ public:
     /// Prints this text and nothing else, for people and for programs: the result of a command that has one.
     void setOutput(std::string text) { m_output = std::move(text); }
 
-    /// Where the output of the command goes to standard output, the report goes to standard error.
+    /// When the output of the command goes to standard output, the report goes to standard error.
     void makeRoomFor(const std::string& output) { m_isAside = output == "-"; }
     bool isAside() const { return m_isAside; }
 
-    /// Ends in a line end. Notes follow the values.
+    /// Ends with a line end. Notes follow the values.
     std::string text(Notes notes) const;
     /// One line with all values, and with the notes under "notes".
     std::string json() const;
@@ -60,15 +60,15 @@ private:
     bool m_isAside = false;
 };
 
-/// The same text with a question mark for each control character: those move the cursor, or colour what follows.
+/// The same text with a question mark for each control character, which might move the cursor or colour what follows.
 std::string withoutControls(std::string text);
 
 /// The same number in as many decimal digits as a `float` needs: 0.1 and not 0.10000000149.
 double shortest(float value);
 
-/// As many decimal digits as numbers have that were computed from `float` positions.
+/// As many decimal digits as are meaningful in numbers computed from `float` positions.
 Report::Value rounded(double value);
-/// What people see of it: 8.0, or "none" for what is not finite.
+/// What people see of a number: 8.0, or "none" for what is not finite.
 std::string shownNumber(double value);
 
 } // namespace tool

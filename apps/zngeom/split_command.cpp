@@ -19,7 +19,7 @@ namespace {
 /// A divided mesh.
 struct Division
 {
-    std::vector<int> partOf; ///< per triangle its part
+    std::vector<int> partOf; ///< the part of each triangle
     int numParts = 0;
 };
 
@@ -34,7 +34,7 @@ Division equalParts(const znGeom::CompactMesh& mesh, int count)
     return {{partOf.data(), partOf.data() + partOf.getDomainSize()}, partOf.range};
 }
 
-/// The numbers of the parts, that of most triangles first.
+/// The numbers of the parts, the one with the most triangles first.
 std::vector<int> orderBySize(const znGeom::MeshExtractParts& parts)
 {
     std::vector<int> order(static_cast<std::size_t>(parts.getNumParts()));

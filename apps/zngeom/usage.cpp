@@ -46,7 +46,7 @@ CLI::Validator wholeNumberFrom(int least)
 std::string nearestWord(const std::string& word, const std::vector<std::string>& candidates)
 {
     std::string nearest;
-    std::size_t fewest = 3; // more than two mistakes are another word
+    std::size_t fewest = 3; // with more than two mistakes it is another word
     for (const std::string& candidate : candidates) {
         const std::size_t mistakes = countMistakes(word.substr(0, 100), candidate);
         if (mistakes >= std::min(fewest, candidate.size())) continue;

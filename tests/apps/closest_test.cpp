@@ -9,7 +9,7 @@ namespace toolTest {
 
 namespace {
 
-TEST(ToolClosest, TellsDistanceTriangleAndWeights)
+TEST(ToolClosest, ReportsDistanceTriangleAndWeights)
 {
     const Scratch scratch;
     const std::string mesh =
@@ -46,7 +46,7 @@ TEST(ToolClosest, KeepsTheOrderOfThePointsAndTakesTheVerticesOfAMesh)
     EXPECT_EQ(count, 3000);
 
     const std::string grid = scratch.write("grid.obj", gridObj(9));
-    // A plain file has the extension of a text; its first line tells.
+    // A plain file has the extension of a text; its first line decides.
     report({"convert", grid, scratch.path("grid.txt")});
     for (const std::string& mesh : {grid, scratch.path("grid.txt")}) {
         const Json summary = report({"closest", grid, mesh, "-o", scratch.path("out.txt")});

@@ -101,7 +101,7 @@ TEST(ToolFailures, AFileThatIsCutOffIsNeverTakenForAWholeOne)
     }
 }
 
-TEST(ToolFailures, WhatCannotBeReadOrWrittenIsSaid)
+TEST(ToolFailures, WhatCannotBeReadOrWrittenIsReported)
 {
     const Scratch scratch;
     const std::string box = scratch.write("box.obj", boxObj());
@@ -113,7 +113,7 @@ TEST(ToolFailures, WhatCannotBeReadOrWrittenIsSaid)
         {{"convert", box, folder}, {folder, "folder"}},
         {{"convert", box, scratch.path("no/where.obj")}, {"No such file"}},
         {{"convert", box, scratch.path("box.abc")}, {"unknown extension"}},
-        // What is to be written is looked at before what is to be read.
+        // What is to be written is checked before what is to be read.
         {{"convert", missing, scratch.path("box.abc")}, {"unknown extension"}},
     };
     for (const auto& [arguments, words] : cases) expectOneLine(runTool(arguments), words, arguments.back());

@@ -56,7 +56,7 @@ std::string glb(const std::string& json, std::uint32_t statedLength, const std::
     return file;
 }
 
-TEST(ToolGltf, ReadsStripsFansSparseAndSmallNumbersOfAFileBeside)
+TEST(ToolGltf, ReadsStripsFansSparseAndSmallNumbersOfAFileBesideIt)
 {
     const Scratch scratch;
     scratch.write("square.bin", square());
@@ -67,14 +67,14 @@ TEST(ToolGltf, ReadsStripsFansSparseAndSmallNumbersOfAFileBeside)
     fan["meshes"][0]["primitives"][0]["mode"] = 6;
     EXPECT_EQ(asPlain(scratch, fan), corners + "3 0 1 2\n3 0 2 3\n");
 
-    // Two parts that name the same vertices share them; without indices the vertices are the corners.
+    // Two parts that refer to the same vertices share them; without indices the vertices are the corners.
     Json twice = squareScene();
     twice["meshes"][0]["primitives"].push_back({{"attributes", {{"POSITION", 0}}}, {"mode", 6}});
     std::string fourFaces = corners;
     fourFaces[2] = '4';
     EXPECT_EQ(asPlain(scratch, twice), fourFaces + "3 0 1 2\n3 1 3 2\n3 0 1 2\n3 0 2 3\n");
 
-    // The fourth vertex is moved to the place of the second.
+    // The fourth vertex is moved to the position of the second.
     Json sparse = squareScene();
     sparse["accessors"][0]["sparse"] = Json::parse(
         R"({"count": 1, "indices": {"bufferView": 1, "byteOffset": 3, "componentType": 5121},

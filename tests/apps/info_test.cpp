@@ -33,7 +33,7 @@ void expectInfos(const std::vector<File>& files)
     }
 }
 
-TEST(ToolInfo, TellsTheSameOfOneSurfaceInEveryFormat)
+TEST(ToolInfo, ReportsTheSameForOneSurfaceInEveryFormat)
 {
     const std::string box = R"("vertices": 9, "unused_vertices": 1, "duplicate_positions": 0, "non_finite_vertices": 0,
         "triangles": 11, "degenerate_triangles": 0, "edges": 18, "boundary_edges": 3, "boundary_vertices": 3,
@@ -41,7 +41,7 @@ TEST(ToolInfo, TellsTheSameOfOneSurfaceInEveryFormat)
         "max": [5, 5, 5.5], "channels": ["vertices"], )";
     const std::string faces = box + R"("faces": 6, "polygons": 5, )", noNotes = R"("notes": [])";
     const std::string plyNote = R"("notes": ["vertex properties: quality, not kept"])";
-    // Three vertices a triangle, and no place for the unused one.
+    // Three vertices per triangle, and no place for the unused one.
     const std::string soup = R"("vertices": 33, "duplicate_positions": 25, "triangles": 11, "boundary_edges": 33,
         "valence_max": 2, "max": [1, 1, 1])";
     expectInfos({{"box.obj", boxObj(), faces + noNotes},
@@ -143,7 +143,7 @@ TEST(ToolInfo, CountsAndMeasuresASurfaceAndItsParts)
     });
 }
 
-TEST(ToolInfo, TellsPeopleTheSameTheLongestLoopsAndWhatHasNoValue)
+TEST(ToolInfo, ShowsPeopleTheSameTheLongestLoopsAndWhatHasNoValue)
 {
     std::string triangles;
     for (int i = 1; i <= 12; ++i) {

@@ -49,7 +49,7 @@ TEST(ToolConvert, KeepsNormalsAndTextureCoordinatesWhereTheFormatHasThem)
         const Json result = report({"convert", scratch.path("a.obj"), scratch.path(name)});
         EXPECT_EQ(result["notes"].size(), 2U) << name << result;
     }
-    // Facets look where their corners run counter-clockwise.
+    // Facets face the side from which their corners run counter-clockwise.
     EXPECT_EQ(scratch.read("e.stl").substr(84, 12), std::string("\0\0\0\0\0\0\0\0\0\0\x80\x3F", 12));
 }
 
@@ -127,7 +127,7 @@ struct FileSizeLimit
     rlimit former{};
 };
 
-TEST(ToolOutput, TellsOfAFullDiskAndLeavesTheOldFile)
+TEST(ToolOutput, ReportsAFullDiskAndLeavesTheOldFile)
 {
     const Scratch scratch;
     std::string points;

@@ -66,7 +66,7 @@ TEST(ToolExtract, TakesRingsOfTrianglesRoundALoop)
 {
     const Scratch scratch;
     const std::string grid = scratch.write("grid.obj", gridObj(6)), out = scratch.path("rim.ply");
-    // What is left out are the squares between vertices that lie further inside than so many rings.
+    // The squares left out are those between vertices that lie further inside than that many rings.
     for (const auto& [rings, triangles] : {std::pair{"1", 40}, {"2", 64}, {"3", 72}, {"2000000000", 72}}) {
         const Json result = report({"extract", grid, out, "--boundary", "1", "--rings", rings});
         EXPECT_EQ(result["triangles"], triangles) << rings;
@@ -74,7 +74,7 @@ TEST(ToolExtract, TakesRingsOfTrianglesRoundALoop)
     }
     EXPECT_EQ(report({"extract", grid, out, "--boundary", "1"})["triangles"], 40);
     EXPECT_EQ(info(out)["boundary_loop_lengths"], Json({24, 16}));
-    // The second loop of the ring that was just written is its inner one, and all its triangles lie at both.
+    // The second loop of the ring just written is its inner one, and all its triangles touch both.
     EXPECT_EQ(report({"extract", out, out, "--boundary", "2"})["boundary_loop_length"], 16);
 }
 
@@ -94,7 +94,7 @@ TEST(ToolParts, SaysThatWeldingWouldHelpASoup)
     }
     expectOneLine(runTool({"split", soup, out, "--most", "10"}), {"11 files", words}, soup);
 
-    // Others are left in peace: one triangle, loose triangles that are nowhere near, a surface with vertices to weld.
+    // Others get no such note: one triangle, loose triangles far apart, a surface with vertices to weld.
     const std::string triangle = "v 0 0 0\nv 1 0 0\nv 0 1 0\nf -3 -2 -1\n";
     for (const std::string& content :
          {triangle, triangle + "v 5 0 0\nv 6 0 0\nv 5 1 0\nf -3 -2 -1\n", gridObj(4) + "v 0 0 0\nv 0 0 0\n"})

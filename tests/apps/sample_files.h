@@ -5,7 +5,7 @@
 
 namespace toolTest {
 
-/// A unit cube of which one triangle is missing: 8 vertices, then one that nothing uses; 5 squares and a triangle.
+/// A unit cube with one triangle missing: 8 vertices, then one that nothing uses; 5 squares and a triangle.
 std::string boxObj();
 std::string boxOff();
 std::string boxPly();
@@ -23,8 +23,8 @@ std::string triangleGltf();
 /// A cube of squares, from -1 to 1 along y and z and between two numbers along x; inside out where the first is the
 /// larger one.
 std::string cubeObj(const std::string& first = "-1", const std::string& second = "1");
-/// Two tetrahedra of volume 1/6 that touch at their first vertex: one of 4 triangles, and one of 6, since a face of it
-/// is divided in three.
+/// Two tetrahedra of volume 1/6 that touch at their first vertex: one of 4 triangles, and one of 6, since one of its
+/// faces is divided in three.
 std::string tetrahedraObj();
 /// A flat square of `side` times `side` unit squares.
 std::string gridObj(int side);

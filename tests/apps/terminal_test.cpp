@@ -120,7 +120,8 @@ TEST(ToolCancel, InterruptedAnywhereItLeavesTheOldFilesOrTheWholeNewOnes)
                 numOld += content == "old";
                 numNew += content == whole;
             }
-            // Before it listens to signals, and after it has finished with the file, the tool ends as any program does.
+            // Before it listens for signals, and after it has finished with the file, the tool ends as any program
+            // does.
             EXPECT_TRUE(outcome.status == 0 || outcome.status == 130 || outcome.status == -SIGINT) << outcome;
             EXPECT_TRUE(numOld == files.size() ? outcome.status != 0 : numNew == files.size() && outcome.status != 130)
                 << place << outcome;

@@ -48,7 +48,7 @@ ToolProcess::ToolProcess(const std::vector<std::string>& arguments, int terminal
     std::vector<char*> argv;
     for (std::string& word : words) argv.push_back(word.data());
     argv.push_back(nullptr);
-    // The thread sanitizer would have every process with threads wait for a second at its end.
+    // The thread sanitizer would make every process with threads wait for a second at its end.
     const char* options = std::getenv("TSAN_OPTIONS");
     const std::string withoutWaiting = (options ? options : "") + std::string(" atexit_sleep_ms=0");
     m_pid = fork();

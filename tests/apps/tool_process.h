@@ -24,7 +24,7 @@ struct Outcome
 /// Everything that a failed expectation should show.
 std::ostream& operator<<(std::ostream& stream, const Outcome& outcome);
 
-/// A running tool. Its standard output goes to a file, its standard error too unless a terminal is given for it.
+/// A running tool. Its standard output goes to a file, as does its standard error unless a terminal is given for it.
 class ToolProcess
 {
 public:
@@ -40,7 +40,7 @@ private:
     std::FILE *m_out, *m_err;
 };
 
-/// Expects status 1, nothing on standard output and one line on standard error with the given words in it.
+/// Expects status 1, nothing on standard output and one line on standard error that contains the given words.
 void expectOneLine(const Outcome& outcome, const std::vector<std::string>& words, const std::string& what);
 
 /// \param input  the file that is its standard input; empty for that of the tests
@@ -52,7 +52,7 @@ Json report(std::vector<std::string> arguments);
 /// The report of `zngeom info`.
 Json info(const std::string& path);
 
-/// A folder of its own for every test; gone at the end.
+/// A folder of its own for every test; removed at the end.
 class Scratch
 {
 public:

@@ -72,7 +72,7 @@ const std::string square = "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\n";
 
 } // namespace
 
-TEST(MeshLoad, ReplacesTheWholeMeshAndTellsItOnce)
+TEST(MeshLoad, ReplacesTheWholeMeshAndNotifiesItOnce)
 {
     const TemporaryFile file("mesh.PLY");
     file.write("ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\nproperty float z\n"
@@ -139,7 +139,7 @@ TEST(MeshLoad, EveryTruncatedPrefixFailsOrGivesAWholeMesh)
     const std::string textPly = "ply\r\nformat ascii 1.0\r\ncomment x\r\nelement vertex 3\r\nproperty double x\r\n"
                                 "property float y\r\nproperty float z\r\nelement face 1\r\nproperty list uchar int "
                                 "vertex_indices\r\nend_header\r\n0 0 0\r\n1 0 0\r\n0 1 0\r\n3 0 1 2\r\n";
-    // How many bytes at the end can go without harm: line ends, digits of a last number, a name.
+    // How many bytes at the end can be lost without harm: line ends, digits of a last number, a name.
     const std::vector<std::tuple<MeshFormat, std::string, size_t>> files{
         {MeshFormat::Ply, saved(mesh, MeshFormat::Ply), 0}, {MeshFormat::Ply, textPly, 2},
         {MeshFormat::Stl, saved(mesh, MeshFormat::Stl), 0}, {MeshFormat::Stl, textStl, 9},
@@ -161,7 +161,7 @@ TEST(MeshLoad, EveryTruncatedPrefixFailsOrGivesAWholeMesh)
     }
 }
 
-TEST(MeshLoad, AHeaderTakesNoMemoryThatTheFileDoesNotHave)
+TEST(MeshLoad, AHeaderTakesNoMemoryThatTheFileDoesNotJustify)
 {
     const std::string ply = "ply\nformat binary_little_endian 1.0\nelement vertex 2000000000\nproperty float x\n"
                             "property float y\nproperty float z\nend_header\n";

@@ -101,7 +101,7 @@ TEST(MeshSave, WritesPolygonsOfAMeshWithoutTriangles)
     }
 }
 
-TEST(MeshSave, WritesGroupsAndChannelsOfCornersToObj)
+TEST(MeshSave, WritesGroupsAndCornerChannelsToObj)
 {
     CompactMesh mesh;
     mesh.resizeVertexArray(4);

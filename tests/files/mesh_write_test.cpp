@@ -86,7 +86,7 @@ TEST(MeshWrite, ObjWithMaterials)
                                                       "newmtl mat1\nNs 100.0\nd 1.0\nillum 2\nKd 1e-05 0 1e+06\n" +
                                                       rest);
 
-    // That the materials can't be written is not told.
+    // That the materials can't be written is not reported.
     std::filesystem::remove(materials);
     std::filesystem::create_directory(materials);
     EXPECT_TRUE(meshWriteObj(mesh, {}, colours, file.name()));
@@ -107,7 +107,7 @@ TEST(MeshWrite, PlainToTheLetter)
                            "3 0 1 2\n3 1 3 -2147483648\n");
 }
 
-/// Numbers of all sizes, and such at which a writer of digits may go wrong.
+/// Numbers of all sizes, and some at which a writer of digits may go wrong.
 void makeNumbers(CompactMesh& mesh)
 {
     constexpr float infinity = std::numeric_limits<float>::infinity(), nan = std::numeric_limits<float>::quiet_NaN();
@@ -121,7 +121,7 @@ void makeNumbers(CompactMesh& mesh)
     for (int i = 0; i < 180000; i += 3) {
         values[i] = std::bit_cast<float>(static_cast<std::uint32_t>(random.next()));
         values[i + 1] = static_cast<float>(random.real(-1, 1) * std::exp2(random.below(48) - 20));
-        // Often in the middle between two results.
+        // Often halfway between two results.
         values[i + 2] = (static_cast<float>(random.below(4000000)) + 0.5f) / static_cast<float>(1 << random.below(8));
     }
     std::copy(std::begin(chosen), std::end(chosen), values);

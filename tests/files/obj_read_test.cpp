@@ -107,8 +107,8 @@ std::vector<std::string> wordsOf(const std::string& text)
     return {std::istream_iterator<std::string>(in), {}};
 }
 
-/// A line of some kind, out of pieces that make sense or nearly so, in which some characters have been changed. Of each
-/// list the last few are picked rarely.
+/// A line of some kind, made of pieces that make sense or nearly do, in which some characters have been changed. The
+/// last few of each list are picked rarely.
 std::string randomLine(znTest::Random& random)
 {
     using Pieces = std::vector<std::string>;
@@ -157,8 +157,8 @@ TEST(ObjRead, WhichFacesAreKept)
         readText(mesh, "f 4 3 2\n" + line + "\nv 0 0 0\nv 1 0 0\nv 0 1 0\nv 0 0 1\nf 2 3 4\n");
         return trianglesOf(mesh);
     };
-    // UVs and normals are not there and not missed. An entry that breaks off behind its v counts, and a blank may stand
-    // behind a slash.
+    // UVs and normals are not there and not missed. An entry that breaks off after its v counts, and a blank may follow
+    // a slash.
     for (const char* line : {"f 1 2 3", "f 1/1/1 2/2/2 3/3/3", "f 1//9 2//9 3//9", "f 1/-9 2/0 3/9", " \t f  1   2\t3",
                              "f +1 2 3", "f 1+2+3", "f 1 2 3/x", "f 1 2 3//", "f 1/ 4 2 3", "f 1 2 3\r"})
         EXPECT_EQ(read(line), (Faces{{3, 2, 1}, {0, 1, 2}, {1, 2, 3}})) << line;
@@ -185,7 +185,7 @@ TEST(ObjRead, OnePolygonMakesAllFacesPolygons)
     EXPECT_EQ(mesh.getNumPolys(), 4);
 }
 
-TEST(ObjRead, ReplacesPositionsAndTellsOnceUnlessTheFileDoesNotOpen)
+TEST(ObjRead, ReplacesPositionsAndNotifiesOnceUnlessTheFileDoesNotOpen)
 {
     CompactMesh mesh;
     mesh.setArrayAllocator(new znTest::MovingAllocator);

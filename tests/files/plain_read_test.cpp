@@ -42,7 +42,7 @@ Content readText(const std::string& text)
     return contentOf(mesh);
 }
 
-/// The same with the calls of the C library, into arrays of zeros of as many elements as the file may hold.
+/// The same with functions of the C library, into arrays of zeros with as many elements as the file can hold.
 Content scanText(const std::string& text)
 {
     const TemporaryFile file;
@@ -84,31 +84,31 @@ TEST(PlainRead, FilesThatBreakOffAreReadAsByTheCLibrary)
     }
 }
 
-TEST(PlainRead, TheHeaderIsNotBelievedWhatTheFileIsTooSmallFor)
+TEST(PlainRead, TheHeaderIsNotBelievedWhereTheFileIsTooSmall)
 {
     EXPECT_EQ(readText("2000000000 2000000000\n1 2 3\n"), (Content{{1, 2, 3, 0, 0, 0, 0, 0, 0, 0, 0, 0}, Ints(9)}));
     EXPECT_EQ(readText("99999999999 1\n").first, Floats(6));
     EXPECT_EQ(readText("2000000000 5\nx" + std::string(59, ' ')).first.size(), 3u * (74 / 6));
     for (const char* text : {"-1 -1\n1 2 3\n 3 0 0 0", "", "0 0\n", "x", "-", "3", "0 0 1 2 3", "\n\n"})
         EXPECT_EQ(readText(text), Content()) << text;
-    // As tight as numbers can stand.
+    // As close together as numbers can be.
     EXPECT_EQ(readText("2+1+1-1+1-1+1.5.5+3+0-1+2").first, (Floats{1, -1, 1, -1, 1.5f, .5f}));
 }
 
 TEST(PlainRead, OddContents)
 {
-    // The count of a face is read and dropped: a quadrilateral puts the rest out of step.
+    // The count of a face is read and dropped: a quadrilateral throws the rest out of step.
     EXPECT_EQ(readText("1 2\n0 0 0\n4 0 1 2 3\n3 0 1 2\n").second, (Ints{0, 1, 2, 3, 0, 1}));
-    // Indices are not looked at, and those that no int holds are the nearest one.
+    // Indices are not checked, and those that no int can hold become the nearest int.
     EXPECT_EQ(readText("0 1\n3 -7 99999999999 5").second, (Ints{-7, 2147483647, 5}));
-    // The first thing that is no number ends the reading, be it half a number or a zero byte.
+    // The first thing that is not a number ends the reading, be it half a number or a zero byte.
     for (const std::string& end : {std::string("x"), std::string("--3"), std::string("1e"), std::string(1, '\0')})
         EXPECT_EQ(readText("2 1\n1 2 " + end + " 4 5 6\n3 1 1 1\n"), (Content{{1, 2, 0, 0, 0, 0}, {0, 0, 0}})) << end;
     EXPECT_EQ(readText("0 2\n3 1 - 5 3 6 7 8").second, (Ints{1, 0, 0, 0, 0, 0}));
     EXPECT_EQ(readText("1 0\n0x10 2 3\n").first, Floats(3));
 }
 
-TEST(PlainRead, ReplacesEverythingAndTellsOnce)
+TEST(PlainRead, ReplacesEverythingAndNotifiesOnce)
 {
     CompactMesh mesh;
     mesh.setArrayAllocator(new znTest::MovingAllocator);

@@ -11,7 +11,8 @@
 
 namespace znTest {
 
-/// A file in a temporary folder of its own, which goes with all that is in it. It is not there before it is written.
+/// A file in a temporary folder of its own, which is removed with all that is in it. It is not there before it is
+/// written.
 class TemporaryFile
 {
 public:

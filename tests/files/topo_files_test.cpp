@@ -54,7 +54,7 @@ TEST(TopoFiles, WhatIsWrittenIsReadBack)
     makeGrid(grid, 6, 6);
     TopoMesh mesh, back;
     fill(mesh, grid);
-    // Deletions leave gaps in the numbers, and a face of more corners than fit in one piece of a line.
+    // Deletions leave gaps in the numbers, and a face has more corners than fit in one piece of a line.
     mesh.deleteVertex(listed(verticesOf(mesh))[14]);
     zn::vector<Point> points;
     Random random(1);

@@ -35,7 +35,7 @@ bool sameNumbers(const float* a, const float* b, int count)
     return (a != nullptr) == (b != nullptr) && std::equal(a, a + (a ? count : 0), b, isSame);
 }
 
-/// What was written is read back as it was.
+/// What was written reads back as it was.
 void requireRoundTrip(const znGeom::CompactMesh& mesh, znGeom::MeshFormat format)
 {
     std::string bytes;
@@ -55,7 +55,7 @@ void requireRoundTrip(const znGeom::CompactMesh& mesh, znGeom::MeshFormat format
         znFuzz::require(sameNumbers(back.getNormalsRaw(), mesh.getNormalsRaw(), 3 * mesh.getNumVertices()));
 }
 
-/// Where blocks of the file end must not matter: a buffer that almost nothing fits in gives the same.
+/// Where blocks of the file end must not matter: a buffer with room for almost nothing gives the same.
 void requireSameThroughSmallBlocks(std::string_view file, znGeom::MeshFormat format)
 {
     znGeom::CompactMesh mesh, narrow;

@@ -21,7 +21,7 @@ bool sameBytes(const T* a, const T* b, int count)
     return count == 0 || std::memcmp(a, b, static_cast<size_t>(count) * sizeof(T)) == 0;
 }
 
-/// Reads a text into `mesh`, and once more through a buffer that almost nothing fits in: where a block ends must not
+/// Reads a text into `mesh`, and once more through a buffer with room for almost nothing: where a block ends must not
 /// matter.
 inline void parseBothWays(void (*parse)(znGeom::internal::TextReader&, znGeom::CompactMesh&), std::string_view text,
                           znGeom::CompactMesh& mesh)
