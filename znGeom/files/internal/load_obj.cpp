@@ -87,7 +87,7 @@ private:
     ObjChannel m_normals, m_uvs;
     ObjGroups m_groups;
     zn::vector<int> m_corners; ///< vertex, uv and normal of each corner of one face
-    std::string m_continued;   ///< the beginning of a line that goes on in the next one
+    std::string m_continued;   ///< the beginning of a line that continues in the next one
     std::int64_t m_lineNumber = 0;
     bool m_hasColours = false, m_hasMaterials = false;
     int m_numLinesAndPoints = 0, m_numFreeForms = 0;

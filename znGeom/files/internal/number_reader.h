@@ -57,7 +57,7 @@ private:
         return true;
     }
 
-    /// To the next number; a number never goes beyond a block, which ends with a line end.
+    /// Moves to the next number; a number never extends beyond a block, which ends with a line end.
     bool seek()
     {
         while (!m_hasEnded) {

@@ -26,8 +26,8 @@ public:
 
     /// One entry per vertex, zeros where no face uses the vertex; or nothing, and a note saying why.
     void publish(LoadContext& context, int numVertices, GrowingArray<float>& result);
-    /// Whether the corners at some vertex disagree; then `publish` gives nothing, and this gives one value per triangle
-    /// corner, three in a row per triangle of the fans of all faces.
+    /// Whether the corners at some vertex disagree; `publish` then gives nothing, and `cornerValues` one value per
+    /// triangle corner, three in a row per triangle of the fans of all faces.
     bool isPerCorner() const { return m_isPerCorner && !m_problem; }
     template <typename Value>
     zn::vector<Value> cornerValues(const FaceList& faces) const

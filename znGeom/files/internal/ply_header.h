@@ -17,7 +17,7 @@ struct PlyProperty
     PlyType type{};
     bool isList = false;
     PlyType countType{}; ///< of lists
-    /// Where a number of a vertex goes: 0 to 2 position, 3 to 5 normal, 6 and 7 texture coordinates, -1 nowhere.
+    /// What a number of a vertex is: 0 to 2 position, 3 to 5 normal, 6 and 7 texture coordinates, -1 not kept.
     int slot = -1;
     bool isCorners = false; ///< a list of the corners of a face or a strip
 };

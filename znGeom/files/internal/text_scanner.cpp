@@ -21,7 +21,7 @@ void TextScanner::skipBlanks()
     if (*m_at == '#' && m_comments) skipLine();
 }
 
-/// To the next word; false when there is none.
+/// Moves to the next word; false when there is none.
 bool TextScanner::seek()
 {
     while (!m_context.hasFailed()) {
