@@ -6,7 +6,7 @@ endif()
 # zngeom_add_fuzz_target(<name> <source>...)
 #
 # Builds a fuzz target (a program with LLVMFuzzerTestOneInput) as bin/<name>, with the library and the fuzzer's main.
-# Names begin with fuzz_; seeds stand in tests/fuzz/corpus/<name>. Does nothing without ZNGEOM_FUZZ.
+# Names begin with fuzz_; seeds are in tests/fuzz/corpus/<name>. Does nothing without ZNGEOM_FUZZ.
 function(zngeom_add_fuzz_target name)
   if(ZNGEOM_FUZZ)
     add_executable(${name} ${ARGN})

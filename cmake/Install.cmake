@@ -1,5 +1,5 @@
 # Installs the library, its headers, the CMake package (find_package(znGeom)), a pkg-config file and the licence. What is
-# installed can be moved as a whole: both packages find the rest from where they are themselves.
+# installed can be moved as a whole: both packages find the rest relative to their own place.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS znGeom EXPORT znGeomTargets
@@ -18,7 +18,7 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/znGeomConfigVersion.cmake
 install(FILES ${PROJECT_BINARY_DIR}/znGeomConfig.cmake ${PROJECT_BINARY_DIR}/znGeomConfigVersion.cmake
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/znGeom)
 
-# pkg-config: a folder below the prefix is named from the place of the file itself, any other by its full path.
+# pkg-config: a folder below the prefix is given relative to the file itself, any other by its full path.
 function(zngeom_pkg_config_folder result folder)
   if(IS_ABSOLUTE ${folder})
     set(${result} ${folder} PARENT_SCOPE)
@@ -35,7 +35,7 @@ else()
 endif()
 zngeom_pkg_config_folder(ZNGEOM_PC_LIBDIR ${CMAKE_INSTALL_LIBDIR})
 zngeom_pkg_config_folder(ZNGEOM_PC_INCLUDEDIR ${CMAKE_INSTALL_INCLUDEDIR})
-# Users of the static library have to know that it is static, and to link the threads that it uses.
+# Users of the static library have to know that it is static, and have to link the threads that it uses.
 if(NOT BUILD_SHARED_LIBS)
   set(ZNGEOM_PC_CFLAGS " -DZNGEOM_STATIC")
   set(ZNGEOM_PC_LIBS " -pthread")

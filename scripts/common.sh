@@ -3,8 +3,8 @@
 
 jobs_to_run() { echo "${CMAKE_BUILD_PARALLEL_LEVEL:-$(nproc)}"; }
 
-# Runs a command under a title. On a terminal its output is shown; elsewhere it goes to a log, of which the end is shown
-# if the command fails.
+# Runs a command under a title. On a terminal its output is shown; elsewhere it goes to a log, whose end is shown if the
+# command fails.
 run_step() {
     local title=$1
     shift
@@ -29,8 +29,8 @@ configure() {
     run_step "$preset: configuring" cmake --preset "$preset" "$@"
 }
 
-# Runs a command with the layout of memory not randomised, where that is allowed: sanitizers keep their tables at fixed
-# addresses, and some kernels move everything else into their way.
+# Runs a command without randomising the layout of memory, where that is allowed: sanitizers keep their tables at fixed
+# addresses, and some kernels put other things in their way.
 unrandomised() {
     if setarch -R true 2>/dev/null; then setarch -R "$@"; else "$@"; fi
 }
@@ -42,7 +42,7 @@ build() {
     run_step "$preset: building${*:+ $*}" unrandomised cmake --build --preset "$preset" --parallel "$(jobs_to_run)" ${*:+--target "$@"}
 }
 
-# The library alone as a shared library, in build/checks/shared, quickly compiled. It leaves no symbol open.
+# The library alone as a shared library, in build/checks/shared, quickly compiled. It leaves no symbol undefined.
 build_shared_library() {
     run_step "shared library: configuring" cmake -S . -B build/checks/shared -G Ninja -DCMAKE_BUILD_TYPE=Release \
         -DCMAKE_CXX_COMPILER=g++ -DCMAKE_CXX_FLAGS_RELEASE=-O1 -DBUILD_SHARED_LIBS=ON -DCMAKE_SHARED_LINKER_FLAGS=-Wl,-z,defs \

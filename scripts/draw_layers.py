@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Draws docs/images/layers.svg: the folders of the repository in the rows of the check of includes.
+"""Draws docs/images/layers.svg: the folders of the repository in the rows that the check of includes uses.
 
 A file may include its own folder and the rows below. Folders that don't exist yet are left out.
 """
@@ -72,7 +72,7 @@ def draw_layer(top, title, kind, rows):
 
 
 def rows_of_library(in_foundation):
-    """The rows inside foundation/ or outside of it, the highest first."""
+    """The rows inside foundation/ or outside it, the highest first."""
     for row in reversed(includes.ROWS):
         boxes = [(folder.removeprefix("foundation/"), NOTES.get(folder, "")) for folder in row
                  if folder.startswith("foundation/") == in_foundation and has_sources(f"znGeom/{folder}")]

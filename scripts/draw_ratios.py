@@ -62,7 +62,7 @@ def nice(ratio):
 
 
 def draw_group(parts, y, name, bars, x_of):
-    """Two lines of names at the left, the bars from the line of even speed to their ratios; returns the height."""
+    """Two lines of names on the left, the bars from the line of even speed to their ratios; returns the height."""
     height = max(len(bars) * (BAR + 2), 30)
     work, library = name
     parts.append(f'<text class="name" x="{NAMES}" y="{y + 12}">{plain(work)}</text>')

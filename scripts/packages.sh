@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
-# Finds out which packages are missing and installs them where it may: scripts/packages.sh GROUP...
+# Finds out which packages are missing and installs them where it is allowed to: scripts/packages.sh GROUP...
 #
-# It installs Debian and Ubuntu packages, as root or through a sudo that asks no password. Anywhere else it names what is
-# needed and stops. When nothing is missing it does nothing at all.
+# It installs Debian and Ubuntu packages, as root or through a sudo that asks for no password. Anywhere else it names
+# what is needed and stops. When nothing is missing it does nothing at all.
 set -euo pipefail
 
-# The one list of what this repository uses: group, probe, Debian package, what it is.
+# The only list of what this repository uses: group, probe, Debian package, what it is.
 #   command:NAME  a program on the PATH
 #   header:FILE   a header in the system's include folders
 #   clang-rt      the sanitizer and fuzzer runtimes that belong to Clang

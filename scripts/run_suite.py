@@ -51,8 +51,8 @@ def property_of(test, name):
 
 
 def run_program(program, folder, names):
-    """Runs some tests of a program. The code that it ended with, and what it said."""
-    # Files, not pipes and arguments: what a hanging program had said is kept, and a filter may be long.
+    """Runs some tests of a program. Returns its exit code, and what it printed."""
+    # Files, not pipes and arguments: what a hanging program has printed is kept, and a filter may be long.
     with tempfile.NamedTemporaryFile("w+") as flags, tempfile.TemporaryFile() as output:
         flags.write(FILTER + ":".join(names))
         flags.flush()
@@ -66,7 +66,7 @@ def run_program(program, folder, names):
 
 
 def read_results(lines):
-    """The results as (kind, test, what it said), and the same for a test that began and did not end, if any."""
+    """The results as (kind, test, what it printed), and the same for a test that began and did not end, if any."""
     results, running, said = [], "", []
     for line in lines:
         if start := START.search(line):
@@ -80,7 +80,7 @@ def read_results(lines):
 
 
 def run_shard(program, folder, names):
-    """Runs tests one after the other. After a crash the program is started again with those that are left."""
+    """Runs tests one after the other. After a crash the program is started again with the remaining ones."""
     results = []
     while names:
         code, lines = run_program(program, folder, names)
@@ -101,7 +101,7 @@ def run_shard(program, folder, names):
 
 
 def run_google_test(program, folder, names):
-    """Runs all tests of a program in as many shards as there are cores; prints what failed and skipped tests said."""
+    """Runs all tests of a program in as many shards as cores; prints the output of failed and skipped tests."""
     counts = Counts()
     shards = min(job_count(), len(names))
     with ThreadPoolExecutor(shards) as pool:

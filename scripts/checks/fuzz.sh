@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Runs all fuzz targets, as many at a time as there are cores: scripts/checks/fuzz.sh [SECONDS]
 #
-# They share the seconds, three minutes if not told otherwise; each gets at least twenty. Seeds come from
-# tests/fuzz/corpus/NAME. What a run finds stays in build/fuzz/findings, its own corpus in build/fuzz/corpus.
+# They share the seconds, three minutes by default; each gets at least twenty. Seeds come from tests/fuzz/corpus/NAME.
+# What a run finds stays in build/fuzz/findings, its own corpus in build/fuzz/corpus.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 source scripts/common.sh
@@ -25,7 +25,7 @@ run_target() {
 
 export_sanitizer_options
 configure asan
-rm -f build/asan/bin/fuzz_* # those that exist no more
+rm -f build/asan/bin/fuzz_* # those that no longer exist
 build asan zngeom_fuzz_targets
 names=()
 for program in build/asan/bin/fuzz_*; do names+=("$(basename "$program")"); done

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Checks that every header of the library compiles alone, and that the library does without run-time type information.
 
-A header that the source of the same name includes first has been compiled alone by every build. The others are compiled
+A header that the source of the same name includes first is compiled alone by every build. The others are compiled
 here, with the warnings of our own build. Needs a configured release build (it configures one if there is none)."""
 
 import json

@@ -2,10 +2,10 @@
 """Checks how files include one another.
 
 Every include of a file of this repository is written from its root and names a file that exists, the library includes
-nothing outside znGeom/, and includes form no circle. The folders of the library stand in rows: a file includes its own
-folder and the rows above it. Beside each folder stands the header of its name, which includes all public headers in
-it, and znGeom/znGeom.h includes all of these. Every public header includes, at least through others, the one that asks
-for the language that is needed.
+nothing outside znGeom/, and includes form no cycle. The folders of the library are in rows: a file includes its own
+folder and the rows above it. Beside each folder is the header of the same name, which includes all public headers in
+it, and znGeom/znGeom.h includes all of these. Every public header includes, at least through others, the one that
+requires the language version needed.
 """
 
 import re
@@ -38,7 +38,7 @@ INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.MULTILINE)
 def source_files():
     for folder in FOLDERS:
         for path in sorted((ROOT / folder).rglob("*")):
-            # What lies in tests/package is a project of its own.
+            # What is in tests/package is a project of its own.
             if path.suffix in (".h", ".cpp") and not path.is_relative_to(ROOT / "tests/package"):
                 yield path.relative_to(ROOT).as_posix()
 
@@ -64,13 +64,13 @@ def broken_rule(file, name, quoted):
 
 
 def folder_of(file):
-    """The folder of the table in which a file lies, or None: what lies in `internal` belongs to the folder above."""
+    """The folder of the table that a file is in, or None: what is in `internal` belongs to the folder above."""
     folder = file.rpartition("/")[0].removesuffix("/internal")
     return folder if folder in ROW_OF else None
 
 
 def is_group(file):
-    """Whether a file is a door for users: the header of a folder, or one that lies in znGeom/ itself."""
+    """Whether a file is an entry point for users: the header of a folder, or one in znGeom/ itself."""
     return file.count("/") == 1 or (ROOT / file.removesuffix(".h")).is_dir()
 
 
@@ -87,7 +87,7 @@ def broken_order(file, name):
 
 
 def missing_in_groups(graph):
-    """Public headers that the header of their folder misses, and headers of folders that the next higher one misses."""
+    """Public headers missing from the header of their folder, and headers of folders missing from the next higher."""
     for file in public_headers(graph):
         if file == UMBRELLA:
             continue
@@ -111,7 +111,7 @@ def without_language(graph):
 
 
 def find_circle(graph):
-    """One circle of the graph as a list of files, or an empty list."""
+    """One cycle of the graph as a list of files, or an empty list."""
     try:
         TopologicalSorter(graph).prepare()
     except CycleError as error:

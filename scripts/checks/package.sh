@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Checks the installed package, static and shared: a fresh program outside the tree builds and runs against it through
 # find_package(znGeom) and through pkg-config. The package is moved after the installation: nothing in it may depend on
-# where it was put first. A fresh project can also take the sources in with add_subdirectory.
+# where it was first put. A fresh project can also take in the sources with add_subdirectory.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 source scripts/common.sh
@@ -80,8 +80,8 @@ refuse_older_language() {
     grep -m1 'error:' "$scratch/log" | grep -q 'znGeom needs C++20' || { head "$scratch/log"; fail "C++17 gives another message"; }
 }
 
-# Only configured: what it would build is the library as before. Without a build type the library is optimised, and
-# says so.
+# Only configured: it would build the same library as before. Without a build type the library is optimised, and says
+# so.
 use_through_add_subdirectory() {
     local folder=$scratch/subdirectory
     run_logged "configuring with add_subdirectory" \

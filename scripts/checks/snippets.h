@@ -1,4 +1,4 @@
-/// What the snippets of the pages may lean on besides the library; scripts/checks/snippets.py includes it.
+/// What the snippets of the pages may use besides the library; scripts/checks/snippets.py includes it.
 #pragma once
 
 #include <znGeom/znGeom.h>

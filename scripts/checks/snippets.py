@@ -1,13 +1,13 @@
 #!/usr/bin/env python3
 """Checks that the C++ snippets of README.md and docs/ compile and run.
 
-A block that has a main is a program. Any other is the body of a function, in which the lines of a comment before the
-block stand first; it may lean on scripts/checks/snippets.h, and a second comment tells what holds afterwards:
+A block that has a main is a program. Any other is the body of a function, which begins with the lines of a comment
+before the block; it may use scripts/checks/snippets.h, and a second comment says what holds afterwards:
 
     <!-- snippet: znGeom::CompactMesh mesh = grid(); -->
     <!-- afterwards: mesh.getNumTriangles() == 0 -->
 
-A comment `<!-- snippet: file -->` marks a block that stands in a file of its own, outside of any function. Programs run
+A comment `<!-- snippet: file -->` marks a block that is a file of its own, outside any function. Programs run
 where bunny.obj is a mesh. Needs the library of the release build (it builds one if there is none).
 """
 
@@ -54,7 +54,7 @@ class Page:
     def sources(self):
         yield from self.programs
         if self.bodies or self.files:
-            # Files come without the preamble, in a namespace each: they include what they need, or lean on what is here.
+            # Files come without the preamble, each in a namespace: they include what they need, or use what is here.
             head = '#include "scripts/checks/snippets.h"\n'
             files = [f"namespace file{number} {{\n{code}\n}}\n" for number, code in enumerate(self.files)]
             yield "\n".join([head, *files, *self.bodies, "int main()\n{", *self.calls, "}\n"])
@@ -65,7 +65,7 @@ class Page:
 
 
 def run(command):
-    """What a command said if it failed, else nothing."""
+    """What a command printed if it failed, otherwise nothing."""
     done = subprocess.run(command, cwd=WORK, text=True, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=300,
                           check=False)
     return f"{done.stdout}{command[0]} ended with {done.returncode}\n" if done.returncode else ""
