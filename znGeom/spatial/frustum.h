@@ -7,7 +7,7 @@
 
 namespace znGeom {
 
-/// A convex body of eight corners and six planes. Corners 0 to 3 run round the near cap, corners 4 to 7 round the far
+/// A convex body of eight corners and six planes. Corners 0 to 3 run around the near cap, corners 4 to 7 around the far
 /// one, and corner i is joined to corner i + 4. The normals of the planes point outward.
 class ZNGEOM_API Frustum
 {
