@@ -16,7 +16,8 @@ bool contains(const Frustum& frustum, const Point& p)
 
 namespace {
 
-/// Whether a face of the box has all eight corners of the frustum beyond it. A corner inside the box answers at once.
+/// Whether a face of the box has all eight corners of the frustum beyond it. A corner inside the box settles it at
+/// once.
 bool boxFaceSeparates(const BoundingBox& box, const Frustum& frustum)
 {
     const Point low = box.minPt(), high = box.maxPt();
@@ -92,8 +93,8 @@ struct TriangleInBox
     bool planeMissesBox() const
     {
         float low, high;
-        // In `double`: the normal of a sliver is a small difference of large products, and one that is off its true
-        // direction would deny boxes that the sliver runs through.
+        // In `double`: the normal of a sliver is a small difference of large products, and one that deviates from its
+        // true direction would reject boxes that the sliver passes through.
         project(box, VectorFlt(cross(Vector(e01), Vector(e12))), low, high);
         return low > 0 || high < 0;
     }
@@ -154,7 +155,7 @@ bool pointFrustumIntersect(const Point& p, const Frustum& frustum)
 namespace {
 
 /// The hull of a frustum. The last four are wound the other way round, so that a raised cull distance hides them where
-/// it shows the others.
+/// it shows the others, and vice versa.
 constexpr int hullTriangles[12][3] = {{0, 1, 2}, {0, 2, 3}, {0, 4, 5}, {0, 5, 1}, {3, 7, 4}, {3, 4, 0},
                                       {2, 1, 5}, {2, 5, 6}, {3, 7, 6}, {3, 6, 2}, {6, 7, 4}, {6, 4, 5}};
 

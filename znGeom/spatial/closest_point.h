@@ -25,9 +25,9 @@ class ClosestPointContext;
 /// Two ways lead to the same answers, to the last bit: a walk over the leaves, at some ten microseconds a query, and a
 /// `TriangleTree`, at one to four. An instance without a tree walks until that has cost about as much as making one,
 /// and then makes one for itself on the process-wide pool; a single query after a build does not pay for a tree, and
-/// many queries never cost more than about twice the best. Callers that expect many queries pass a tree. Where points
-/// lie more than 64 times the size of the mesh away, and for meshes in which one coordinate is 2^146 times another, the
-/// walk answers in either case; all other sizes and positions are treated alike.
+/// many queries never cost more than about twice the optimum. Callers that expect many queries pass a tree. Where
+/// points lie more than 64 times the size of the mesh away, and for meshes in which one coordinate is 2^146 times
+/// another, the walk answers in either case; all other sizes and positions are treated alike.
 ///
 /// Mesh, octree, triangle sets and tree are borrowed and must not change. An instance serves one thread at a time:
 /// parallel loops make one per thread, with one tree for all of them, or pass all queries in one call. A copy shares

@@ -12,7 +12,7 @@ namespace znGeom {
 ///                 determinant (twice the area times the length of `direction` times the cosine, not scaled) within
 ///                 1e-6 is one: rays in the plane and tiny triangles are not seen. Also set, though the result is
 ///                 false, for a back side that is nearer than the cull distance.
-/// A front side counts at any t, even behind the origin; a back side only from the cull distance on. Edges are
+/// A front side counts at any t, even behind the origin; a back side only at the cull distance or beyond. Edges are
 /// differences in `float`, everything after that is `double`. After Moller and Trumbore, "Fast, Minimum Storage
 /// Ray/Triangle Intersection" (1997), with the division deferred to the end.
 ZNGEOM_API bool intersectRayTriangle(const double* direction, const float* origin, const float* p0, const float* p1,
