@@ -155,7 +155,7 @@ bool pointFrustumIntersect(const Point& p, const Frustum& frustum)
 namespace {
 
 /// The hull of a frustum. The last four are wound the other way round, so that a raised cull distance hides them where
-/// it shows the others, and vice versa.
+/// it shows the others.
 constexpr int hullTriangles[12][3] = {{0, 1, 2}, {0, 2, 3}, {0, 4, 5}, {0, 5, 1}, {3, 7, 4}, {3, 4, 0},
                                       {2, 1, 5}, {2, 5, 6}, {3, 7, 6}, {3, 6, 2}, {6, 7, 4}, {6, 4, 5}};
 

@@ -1,4 +1,4 @@
-/// One question after another for the nearest triangle, on one thread.
+/// One query after another for the nearest triangle, on one thread.
 #pragma once
 
 #include <optional>
@@ -19,7 +19,7 @@ struct ClosestIndex
 };
 
 /// Answers by a tree where it has one and otherwise by a walk over the leaves, to the same bits. Keeps its memory from
-/// query to query; what only walks need is made by the first of them.
+/// query to query; what only walks need is made by the first walk.
 class ClosestEngine
 {
 public:
@@ -28,7 +28,7 @@ public:
         if (index.tree) useTree(*index.tree);
     }
 
-    /// From now on.
+    /// From now on, answers by this tree.
     void useTree(const TriangleTree& tree)
     {
         m_index.tree = &tree;
