@@ -74,7 +74,8 @@ private:
 /// \param octree          over the vertices of `mesh` and their box
 /// \param adjTris         built from the mesh by `meshAdjTris`
 /// \param longestEdge     the mesh's longest edge, by `meshLongestEdge`: how far a triangle can reach from its
-///                        vertices. The walk goes on to leaves at least up to this divided by the square root of two
+///                        vertices. The walk continues to leaves at least as far away as this divided by the square
+///                        root of two
 /// \param maxDistance2    the initial squared distance: only what is strictly nearer is taken
 /// \param neighbourBoxes  one box per vertex as `meshComputeNeighbourBBoxes` makes them; with null they are made as
 ///                        needed
@@ -97,7 +98,7 @@ ZNGEOM_API double meshClosestVertex2(const CompactMesh& mesh, const Octree& octr
 
 /// The nearest place of one triangle.
 /// \param vertices, triangles  the mesh's raw arrays
-/// \return invalid when a position is not a number, or for a triangle below 0
+/// \return invalid when a position is not a number, or for a negative triangle number
 ZNGEOM_API MeshCoord meshTriClosestPt(const float* vertices, const int* triangles, int triangle,
                                       const znLinear::Point& point);
 

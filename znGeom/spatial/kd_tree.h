@@ -31,8 +31,7 @@ private:
     template <typename Visit>
     void visitBox(const float* points, const float* box, const Visit& visit) const;
 
-    zn::vector<int>
-        m_numbers; ///< block after block, each in the order of its tree, then the newest in order of insertion
+    zn::vector<int> m_numbers;    ///< block after block, each in its tree's order, then the newest in insertion order
     zn::vector<int> m_blockSizes; ///< descending powers of two times the smallest
 };
 

@@ -14,7 +14,7 @@ namespace internal {
 struct PackedTriangles;
 }
 
-/// A tree over the triangles of a mesh for searches of nearest points. It only affects speed: no answer depends on it.
+/// A tree over the triangles of a mesh for searches for nearest points. It only affects speed: no answer depends on it.
 /// Octree and triangle sets do without it, so callers with many queries make it: at about 0.1 us a triangle it has paid
 /// for itself after one query for every fifty triangles or so.
 ///

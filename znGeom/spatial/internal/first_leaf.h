@@ -22,7 +22,7 @@ public:
     FirstLeaf(const Octree& octree, const OctreeTris& octreeTris);
 
     /// \param sought   ascending numbers
-    /// \param within2  leaves that are not nearer than the root of this do not count
+    /// \param within2  leaves that are not nearer than the square root of this do not count
     /// \param walk     to be used where several leaves are exactly equally near
     /// \return the place in `sought` of the triangle that a walk from the point meets first; -1 when no leaf that
     ///         counts lists any

@@ -116,7 +116,7 @@ private:
     }
 
     /// Keeps those triangles that may be nearest, in their order.
-    /// \param lower2  a bound from below for each of the given triangles; replaced by sharper ones of those that stay
+    /// \param lower2  a bound from below for each of the given triangles; replaced by sharper ones for those that stay
     /// \param kept    receives their places in the list
     /// \return how many stay
     int sift(const int* triangles, int count, float* lower2, int* kept) const;
