@@ -13,13 +13,13 @@ namespace bench {
 
 constexpr int numQueries = 100'000;
 
-/// Whether distances are those of brute force, for a few of the points; within what `float` allows.
+/// Whether distances are those of brute force, for a few of the points; as far as the precision of `float` allows.
 bool closestAgrees(const Input& input, Spread spread, const std::vector<double>& distances);
 
-/// The points of which `closestAgrees` gets the distances.
+/// The points whose distances `closestAgrees` receives.
 std::vector<float> checkedPoints(const Input& input, Spread spread);
 
-/// The distances of all points, three floats each; an even part on each thread.
+/// The distances of all points, three floats each; an equal share on each thread.
 template <class Index>
 std::vector<double> closestDistances(const Index& index, const std::vector<float>& points, int numThreads)
 {
@@ -41,7 +41,7 @@ std::vector<double> closestDistances(const Index& index, const std::vector<float
     return distances;
 }
 
-/// What a program does that has an index for one purpose: makes it, on as many threads as it likes, and asks.
+/// What a program does that needs an index for one purpose: makes it, on as many threads as it likes, and queries it.
 template <class Index>
 bool measureMadeAndAsked(const std::string& who, const std::string& work, int count)
 {
@@ -72,15 +72,15 @@ bool measureMadeAndAsked(const std::string& who, const std::string& work, int co
                     {"torus_small", "torus", "torus_shuffled"}});
 }
 
-/// Lists the works: points near the surface and spread out, on one thread and on two, and an index made for one point
-/// or for many.
+/// Lists the workloads: points near the surface and spread out, on one thread and on two, and an index made for one
+/// point or for many.
 ///
 /// \tparam Index      is made from a `Soup`; has `void distances(const float* points, std::size_t count, double*
-///                    distances) const`, for any number of threads at once, and `std::size_t bytes() const`, what it
-///                    takes beside the mesh
+///                    distances) const`, for any number of threads at once, and `std::size_t bytes() const`, the memory
+///                    that it takes besides the mesh
 /// \tparam OnceIndex  the same for a single point
 ///
-/// These take seconds: two repetitions of each, and two threads on few meshes.
+/// These take seconds: hence two repetitions of each, and two threads on a few meshes only.
 template <class Index, class OnceIndex = Index>
 bool measureClosest(const std::string& who)
 {

@@ -1,4 +1,4 @@
-// Nearest points on a mesh by the triangles of an octree.
+// Nearest points on a mesh, using the triangle sets of an octree.
 #include "bench/closest.h"
 
 #include "bench/checks.h"
@@ -67,7 +67,7 @@ private:
     std::size_t bytesBefore_, bytes_ = 0;
 };
 
-/// The same and a tree.
+/// The same with a tree.
 class TreeIndex : public WalkIndex
 {
 public:

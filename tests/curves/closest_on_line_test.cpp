@@ -49,7 +49,7 @@ TEST(ClosestOnLine, NearALineItIsTheNearestPointOfAllEdgesAndOnTheSurfaceAVertex
     const MeshClosestPtOnLine closest(source); // shares
     znTest::Random random(1);
     for (int round = 0; round < 400; ++round) {
-        // Above an edge of a line, away from the surface by more than the line is away.
+        // Above an edge of a line, farther away from the surface than sideways from the line.
         const auto& line = lines[random.below(2)];
         const int i = random.below(line.size() - 1);
         const double t = random.real();
@@ -77,7 +77,8 @@ TEST(ClosestOnLine, OnTheSurfaceACornerOfTheLineAndWithoutAnEdgeInReachTheNumber
     const MeshAdjTris adjTris = znTest::adjTrisOf(mesh);
     const MeshTriangle first = mesh.getTriangles()[0], last = mesh.getTriangles()[mesh.getNumTriangles() - 1];
     const MeshClosestPtOnLine onEdge(mesh, adjTris, MeshSequence({first[1], first[2]}, zn::vector<int>{2}));
-    // The end that is stood on; elsewhere on the triangle, also on the corner that is off the line, the last one.
+    // On an end of the line edge, that end; elsewhere on the triangle, including the corner that is off the line, the
+    // last one.
     for (const auto& [place, corner] : {std::pair(at(mesh, first[1]), 1),
                                         {at(mesh, first[2]), 2},
                                         {combine(0.6, at(mesh, first[1]), 0.4, at(mesh, first[0])), 2}}) {
@@ -86,7 +87,7 @@ TEST(ClosestOnLine, OnTheSurfaceACornerOfTheLineAndWithoutAnEdgeInReachTheNumber
         EXPECT_EQ(found, at(mesh, first[corner])) << corner;
     }
 
-    // The vertices of the line stand in the last triangles of the grid and are joined by no edge.
+    // The vertices of the line belong to the last triangles of the grid and are joined by no edge.
     const MeshSequence apart(zn::vector<int>{last[0], last[1], last[2]}, zn::vector<int>{1, 1, 1});
     const MeshClosestPtOnLine closest(mesh, adjTris, apart);
     const MeshCoord coord = closest({4.5, 4.5, 1.0});

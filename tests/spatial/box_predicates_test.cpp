@@ -13,7 +13,7 @@ namespace {
 
 using Polygon = std::vector<Point>;
 
-/// What lies of a convex polygon (also of two corners, or one) below all planes, these moved outward by `reach`.
+/// The part of a convex polygon (or of two corners, or one) that lies below all planes, moved outward by `reach`.
 Polygon clipped(Polygon polygon, const std::vector<Plane>& planes, double reach)
 {
     for (const Plane& plane : planes) {
@@ -69,13 +69,13 @@ TEST(BoxPredicates, TrianglesAndSegmentsMeetBoxesAsClippingSays)
 TEST(BoxPredicates, TouchingCountsAndAHairBeyondDoesNot)
 {
     const PointFlt cases[][4] = {
-        // three corners and the way off
+        // three corners and the direction away from the box
         {{1, 1, 1}, {2, 1, 1}, {1, 2, 2}, {1, 1, 1}},                    // corner on corner
         {{1, 0.5f, 0.5f}, {2, 0, 0}, {2, 1, 0}, {1, 0, 0}},              // corner on a face
         {{2, 0, 0.5f}, {0, 2, 0.5f}, {2, 2, 0.5f}, {1, 1, 0}},           // edge across an edge of the box
         {{-1, 1, 1}, {2, 1, 1}, {0, 2, 3}, {0, 1, 1}},                   // edge along an edge of the box
         {{0, 0, 1}, {3, 0, 1}, {0, 3, 1}, {0, 0, 1}},                    // in the plane of a face
-        {{3, 0, 0}, {0, 3, 0}, {0, 0, 3}, {1, 1, 1}},                    // its inside on a corner of the box
+        {{3, 0, 0}, {0, 3, 0}, {0, 0, 3}, {1, 1, 1}},                    // its interior on a corner of the box
         {{0, 0.5f, 0.5f}, {0, 0.5f, 0.5f}, {0, 0.5f, 0.5f}, {-1, 0, 0}}, // a point
         {{2, 0, 0.5f}, {0, 2, 0.5f}, {1, 1, 0.5f}, {1, 1, 0}},           // without area
     };
@@ -144,9 +144,9 @@ TEST(Frustum, MeetsBoxesAndSegmentsAsPlanesAndClippingSay)
     EXPECT_TRUE(counts[0][0] > 500 && counts[1][0] > 100 && counts[1][1] > 100 && counts[1][2] > 10);
 }
 
-/// A segment that runs through two faces is answered with the face that comes first in the table of the hull, whichever
-/// way it runs. The far cap and the side of corners 2 and 3 are wound against the others, so that with back sides
-/// hidden two of the directions see nothing.
+/// For a segment that passes through two faces, the face that comes first in the table of the hull is reported,
+/// whichever way the segment runs. The far cap and the side of corners 2 and 3 are wound opposite to the others, so
+/// that with back sides hidden two of the directions see nothing.
 TEST(Frustum, TouchingAndARaisedCullDistanceThatHidesTheHullFromSomeSides)
 {
     constexpr float none = -1, faces[2][3][2] = {{{0, 0}, {0, 0}, {0, 0}}, {{1, 0}, {none, 0}, {none, 0}}};

@@ -51,7 +51,7 @@ Found makeFound(double distance, const MeshCoord& coord)
     return {distance, coord.triangle, coord.weights[0], coord.weights[1], coord.weights[2]};
 }
 
-/// Keeps the first of the strictly nearer triangles, testing each once and all of it.
+/// Takes only strictly nearer triangles, so that the first one is kept; tests each once, and in full.
 struct PlainSearch
 {
     const CompactMesh& mesh;
@@ -96,8 +96,8 @@ Found byVertices(const Indexed& on, const Point& query)
     return search.found();
 }
 
-/// Both engines against their plain forms, bit for bit; against brute force by distance. Queries take no memory once a
-/// copy has answered the same.
+/// Both engines against their plain forms, bit for bit; against brute force by distance. Queries allocate no memory
+/// once a copy has answered the same ones.
 void expectEngines(const Indexed& on, const std::vector<Point>& queries, bool vertexEngineIsExact = false)
 {
     MeshClosestPoint owner(on.mesh, *on.octree, on.tris, on.tree), copy(owner), engine(std::move(copy));
@@ -108,7 +108,8 @@ void expectEngines(const Indexed& on, const std::vector<Point>& queries, bool ve
         PlainSearch all{on.mesh, query};
         for (int t = 0; t < on.mesh.getNumTriangles(); ++t) all.test(t);
         const double nearest = std::sqrt(all.best2);
-        // What comparing leaves with a query narrowed to `float` may cost; no number for a query that is none.
+        // The error that comparing leaves with a query narrowed to `float` may cause; not a number for a query that is
+        // not one.
         const double narrowing = 2e-7 * (query.asVector().length() + extent);
         MeshCoord coord;
         const long before = znTest::numAllocations();
@@ -142,7 +143,7 @@ std::vector<Point> makeQueries(Random& random, const CompactMesh& mesh, int coun
 
 using Entry = std::pair<double, OctreeIterator>;
 
-/// The walk as it is stated: a heap of whole iterators, distances by the boxes themselves.
+/// The walk as it is documented: a heap of whole iterators, with distances by the boxes themselves.
 std::vector<Entry> walkPlainly(const Octree& octree, const PointFlt& query)
 {
     std::vector<Entry> heap{{octree.getRoot().box.distance2(query), octree.getRoot()}}, leaves;
@@ -196,7 +197,7 @@ TEST(OctreeClosest, WalksAsStatedAlsoAmongEqualDistances)
 TEST(ClosestPoint, EnginesEqualTheirPlainForms)
 {
     Random random(2);
-    CompactMesh meshes[5]; // torus, scan, grid, a grid with all triangles twice, a torus of which much is no number
+    CompactMesh meshes[5]; // torus, scan, grid, a grid with all triangles twice, a torus of which much is not a number
     znTest::makeTorus(meshes[0], 40, 25);
     znTest::makeNoisyScan(meshes[1], 25, 25);
     znTest::makeGrid(meshes[2], 20, 20);
@@ -215,7 +216,7 @@ TEST(ClosestPoint, EnginesEqualTheirPlainForms)
         const CompactMesh soup = znTest::makeRandomSoup(random, 150);
         expectEngines(Indexed(soup, 4), makeQueries(random, soup, 6));
     }
-    // Another scale and place changes nothing.
+    // Another scale and position change nothing.
     for (const double scale : {1e-24, 1e-6, 1e5, 1e18}) {
         CompactMesh torus = meshes[0];
         const auto moved = [&](const Point& p) { return ((p.asVector() + Vector(3, 0, 0)) * scale).asPoint(); };
@@ -262,7 +263,7 @@ TEST(ClosestPoint, NearestVertex)
         double expected = largest;
         for (int v = 0; v < scan.getNumVertices(); ++v)
             expected = std::min(expected, distance2(query, scan.getVertices()[v].asPoint()));
-        // Leaves are compared in float: far away another vertex may come out, as near but for that.
+        // Leaves are compared in float: far away another vertex may be found, equally near apart from that.
         ASSERT_NEAR(meshClosestVertex2(scan, *octree, query) / std::max(expected, 1e-30), expected > 0, 1e-6);
     }
     EXPECT_EQ(meshClosestVertex2(CompactMesh(), *empty, {0, 0, 0}), largest);
@@ -293,7 +294,7 @@ CompactMesh transformed(CompactMesh mesh, double scale, const Vector& shift)
     return mesh;
 }
 
-/// A cylinder of triangles as long as it is and next to nothing across.
+/// A cylinder of triangles that are as long as it is and of almost no width.
 CompactMesh makeSlivers(int sides)
 {
     CompactMesh mesh;
@@ -305,7 +306,7 @@ CompactMesh makeSlivers(int sides)
     return mesh;
 }
 
-/// Meshes with many places that are exactly as near as others, and with what searches in `float` find hard.
+/// Meshes with many places that are exactly as near as others, and with cases that searches in `float` find hard.
 std::vector<CompactMesh> makeZoo(Random& random)
 {
     std::vector<CompactMesh> zoo(7);
@@ -317,7 +318,7 @@ std::vector<CompactMesh> makeZoo(Random& random)
     zoo[5] = makeSlivers(300);
     zoo[6] = zoo[1]; // bumpy, on whole numbers
     for (int v = 0; v < zoo[6].getNumVertices(); ++v) zoo[6].getVertices()[v].z = float(random.below(3));
-    // Doubled and out of order; a quarter without area; some that are no numbers.
+    // Doubled and out of order; a quarter without area; some that are not numbers.
     CompactMesh twice = zoo[6];
     const int count = twice.getNumTriangles();
     twice.resizeTriangleArray(2 * count);
@@ -334,7 +335,7 @@ std::vector<CompactMesh> makeZoo(Random& random)
     return zoo;
 }
 
-/// In turn on vertices, sides and triangles, near, spread, on halves of whole numbers, far, and nowhere.
+/// In turn on vertices, sides and triangles, near, spread out, on halves of whole numbers, far away, and nowhere.
 Point makeZooQuery(Random& random, const CompactMesh& mesh, int turn)
 {
     const BoundingBox box = znTest::boxOf(mesh);
@@ -452,7 +453,7 @@ TEST(ClosestPoint, ManyAtOnceReportTheirProgressAndCanBeStopped)
     }
 }
 
-/// One triangle over a cloud of tiny ones spans leaves that have none of its vertices: its middle is found by them all.
+/// One triangle over a cloud of tiny ones spans leaves that have none of its vertices: every engine finds its middle.
 TEST(ClosestPoint, ALargeTriangleIsFoundInLeavesWithoutItsVertices)
 {
     CompactMesh mesh;

@@ -15,7 +15,7 @@ using znUtil::ThreadPool;
 
 namespace {
 
-/// Triangles or lines against a partition in one thread, by the public iterator and the full test alone.
+/// Triangles or lines against a single-threaded partition, by the public iterator and the full test alone.
 template <bool areTriangles>
 void expectPartition(const CompactMesh& mesh, int leafCapacity)
 {
@@ -94,7 +94,7 @@ TEST(OctreePartition, EqualsItWhereNearlyAllLiesOnTheFacesOfCells)
     for (const int capacity : {1, 16, 1000}) expectPartition<true>(grid, capacity);
 
     // Points 0 to 99 on a face of the first cell, 100 to 102 within it, the rest far off. Which cell a slice begins
-    // with was decided by the last triangle that does not lie on the face, which may stand thousands of places before.
+    // with was decided by the last triangle that does not lie on the face, which may be thousands of places earlier.
     znTest::Random random(5);
     CompactMesh mesh;
     mesh.resizeVertexArray(400);

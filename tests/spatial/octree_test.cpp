@@ -104,7 +104,7 @@ void expectTrees(const Points& points, const BoundingBox& box, int leafCapacity)
 
 } // namespace
 
-/// From 16384 points on the first levels are found in another way.
+/// From 16384 points on, the first levels are found in another way.
 TEST(Octree, FollowsTheRulesForAllKindsOfPointsAndBoxes)
 {
     for (const Kind kind : {Scattered, Clustered, Flat, OnMiddles, WithNonsense, AllButOneEqual})
@@ -140,7 +140,7 @@ TEST(Octree, CoincidentPointsAreOneLeafAndNoPointsAreNone)
     EXPECT_TRUE(empty.numLeaves() == 0 && empty.maxDepth() == 1 && root.isLeaf && root.endPoint == 0);
     ArrayOfSets table(2, 3);
     table.start[0] = 0, table.start[1] = 2;
-    const OctreeTris tris(table), none(table); // the first takes the contents over
+    const OctreeTris tris(table), none(table); // the first takes over the contents
     EXPECT_TRUE(tris.numTris(0) == 2 && tris.numTris(1) == 1 && tris.numTris(2) == 0 && tris.firstTri(2) == nullptr);
     EXPECT_TRUE(none.numTris(root.leafIndex) == 0 && none.firstTri(root.leafIndex) == nullptr);
 }

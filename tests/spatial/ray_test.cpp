@@ -27,7 +27,7 @@ struct Hit
     bool hit;
 };
 
-/// With legs of length 1; its front is seen by who looks down.
+/// With legs of length 1; its front is seen when looking down.
 constexpr Corners plain = {{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}};
 
 } // namespace

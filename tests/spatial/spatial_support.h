@@ -42,7 +42,7 @@ inline znLinear::PointFlt gridPoint(Random& random, int step)
     return {float(step * x), float(step * y), float(step * z)};
 }
 
-/// Caps of half sizes `nearSize` and 1 at a distance of 2, turned at random; the corners run round either way.
+/// Caps of half sizes `nearSize` and 1 at a distance of 2, turned at random; the corners run around either way.
 inline znGeom::Frustum randomFrustum(Random& random, double nearSize)
 {
     const znLinear::Normal view = random.direction(), up(view.asVector().orthogonalVector());
@@ -56,7 +56,7 @@ inline znGeom::Frustum randomFrustum(Random& random, double nearSize)
     return znGeom::Frustum(corners);
 }
 
-/// Small and large triangles; of the coordinates many lie where cells are split, and some are no numbers.
+/// Small and large triangles; many of the coordinates lie where cells are split, and some are not numbers.
 inline znGeom::CompactMesh makeRandomSoup(Random& random, int numTriangles)
 {
     znGeom::CompactMesh mesh;
@@ -78,7 +78,7 @@ inline znGeom::CompactMesh makeRandomSoup(Random& random, int numTriangles)
     return mesh;
 }
 
-/// A cull distance for as long as it lives.
+/// Sets a cull distance for as long as it lives.
 struct CullDistance
 {
     explicit CullDistance(double distance) { znGeom::setBackfaceCullDistance(distance); }

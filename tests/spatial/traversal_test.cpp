@@ -20,7 +20,7 @@ CompactMesh makeCloud()
     return torus;
 }
 
-/// The leaves below a cell that pass the test, children in the given order.
+/// The leaves below a cell that pass the test, with children in the given order.
 template <typename Cell, typename Passes>
 void collect(const Cell& cell, const std::vector<int>& order, const Passes& passes, std::vector<int>& leaves)
 {
@@ -49,7 +49,8 @@ bool meets(const BoundingBox& box, const Sphere& sphere) { return intersects(box
 bool meets(const BoundingBox& box, const BoundingBox& other) { return box.intersects(other); }
 bool meets(const BoundingBox& box, const Ray& ray) { return ray.intersects(box, 0.0f, BoundingBox::largest); }
 
-/// Expects of a new iterator and of one that is used for many queries the leaves that pass, ordered along a direction.
+/// Expects a new iterator, and one that is used for many queries, to deliver the leaves that pass, ordered along a
+/// direction.
 /// \param largest  raised to the number of leaves
 template <typename Query>
 void expectLeaves(const Octree& octree, OctreeFilterIt<Query>& reused, const Query& query, const Vector& direction,
@@ -118,7 +119,7 @@ TEST(OctreeTraversal, FilteredIteratorsDeliverWhatPassesInOrder)
     EXPECT_EQ(walk(leaves).size(), 1u);
 }
 
-/// Iterators hold what they are asked with; a tree that ends with the statement they refuse.
+/// Iterators keep their query, and refuse a tree that ends with the statement.
 TEST(OctreeTraversal, QueriesMayBeTemporaryAndTreesMayNot)
 {
     const CompactMesh mesh = makeCloud();
@@ -149,7 +150,7 @@ TEST(OctreeTraversal, AllLeavesTheHighestChildFirst)
         OctreeLeafIterator it(*octree), copy = it;
         EXPECT_EQ(walk(it), expected);
         EXPECT_EQ(walk(copy), expected);
-        // Reset in the middle: the rest of the first walk comes up again after the second.
+        // Reset in the middle: the rest of the first walk is delivered after the second.
         it.reset(*octree), it.reset(*octree);
         std::vector<int> twice = expected;
         twice.insert(twice.end(), expected.begin(), expected.end());

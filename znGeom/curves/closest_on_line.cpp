@@ -23,7 +23,7 @@ using namespace znLinear;
 
 namespace {
 
-/// Two corners of a triangle by their places, 0 to 2.
+/// Two corners of a triangle, by number, 0 to 2.
 struct CornerPair
 {
     int first, second;
@@ -32,8 +32,8 @@ struct CornerPair
 /// The order in which the edges of a triangle are tried.
 constexpr CornerPair triedEdges[3] = {{0, 1}, {0, 2}, {1, 2}};
 
-/// The number of the edge between two vertices: 0 from corner 0 to 1, 1 from 1 to 2, 2 from 2 to 0, either way; -1
-/// when the triangle has none.
+/// The number of the edge between two vertices: 0 from corner 0 to 1, 1 from 1 to 2, 2 from 2 to 0, in either
+/// direction; -1 when the triangle has no such edge.
 int edgeSlot(const MeshTriangle& triangle, int u, int w)
 {
     for (int slot = 0; slot < 3; ++slot) {
@@ -64,7 +64,7 @@ struct LocalFrame
         markEdges(lines);
     }
 
-    /// Whether the vertices of the full mesh are joined by an edge of a line.
+    /// Whether two vertices of the full mesh are joined by an edge of a line.
     bool isLineEdge(int u, int w) const
     {
         const MeshTriangle* triangles = fullMesh.getTriangles();
@@ -109,7 +109,7 @@ private:
     }
 };
 
-/// What stands for a place whose triangle cannot be found.
+/// Stands for a place whose triangle cannot be found.
 MeshCoord nowhere()
 {
     MeshCoord coord;
@@ -151,8 +151,8 @@ public:
     }
 
 private:
-    /// The corner of a local triangle on which the place stands if it is on the line, otherwise the last corner that
-    /// is; as a vertex of the full mesh.
+    /// The corner of a local triangle on which the place lies, if that corner is on the line, otherwise the last corner
+    /// that is; as a vertex of the full mesh.
     int lineVertexOf(const MeshCoord& place) const
     {
         const CompactMesh& local = *m_frame.localMesh;
@@ -220,7 +220,7 @@ private:
     LocalFrame m_frame;
     zn::Reference<Octree> m_octree;
     zn::Reference<OctreeTris> m_octreeTris;
-    double m_longestEdge; ///< of the local mesh, which nobody changes
+    double m_longestEdge; ///< of the local mesh, which never changes
 };
 
 MeshClosestPtOnLine::MeshClosestPtOnLine(const CompactMesh& mesh, const MeshAdjTris& adjTris, const MeshSequence& lines)

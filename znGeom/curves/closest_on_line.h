@@ -20,23 +20,22 @@ class ZNGEOM_API MeshClosestPtOnLine
 {
 public:
     /// \param adjTris  built from the mesh by `meshAdjTris`
-    /// \param lines    vertices that follow each other are joined by an edge of the mesh; pairs that are not joined are
-    ///                 no part of the line
+    /// \param lines    consecutive vertices are joined by an edge of the mesh; pairs that are not joined are not part
+    ///                 of the line
     ///
-    /// Linear in the mesh.
+    /// Linear in the size of the mesh.
     MeshClosestPtOnLine(const CompactMesh& mesh, const MeshAdjTris& adjTris, const MeshSequence& lines);
     MeshClosestPtOnLine(const MeshClosestPtOnLine& other) = default;
     MeshClosestPtOnLine(MeshClosestPtOnLine&& other) noexcept = default;
     MeshClosestPtOnLine& operator=(const MeshClosestPtOnLine&) = delete;
 
-    /// \return the place on the line that is nearest to `point`, in a triangle of the mesh beside it
+    /// \return the place on the line that is nearest to `point`, in a triangle of the mesh next to it
     ///
     /// The line is searched in a box about the point and the surface point nearest to it, widened by half their
-    /// distance: one that is farther than about twice the surface is not seen. A point on the surface, within
-    /// `epsilonTolFlt`, gives a line vertex of the triangle that it stands on: the one on which it stands itself,
-    /// otherwise the last one in corner order. Where no
-    /// part of the line is found the result is the nearest place of the kept triangles, and its number counts among
-    /// those and not in the mesh. Without such triangles it is invalid.
+    /// distance: a line more than about twice as far away as the surface is not seen. A point on the surface, within
+    /// `epsilonTolFlt`, gives a line vertex of the triangle that it lies on: the one on which it lies itself, otherwise
+    /// the last one in corner order. Where no part of the line is found, the result is the nearest place of the kept
+    /// triangles, and its triangle number is one among those and not in the mesh. Without such triangles it is invalid.
     MeshCoord operator()(const znLinear::Point& point) const;
 
 private:

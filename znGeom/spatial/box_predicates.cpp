@@ -16,7 +16,8 @@ bool contains(const Frustum& frustum, const Point& p)
 
 namespace {
 
-/// Whether a face of the box has all eight corners of the frustum beyond it. A corner inside the box answers at once.
+/// Whether a face of the box has all eight corners of the frustum beyond it. A corner inside the box settles it at
+/// once.
 bool boxFaceSeparates(const BoundingBox& box, const Frustum& frustum)
 {
     const Point low = box.minPt(), high = box.maxPt();
@@ -92,8 +93,8 @@ struct TriangleInBox
     bool planeMissesBox() const
     {
         float low, high;
-        // In `double`: the normal of a sliver is a small difference of large products, and one that is off its true
-        // direction would deny boxes that the sliver runs through.
+        // In `double`: the normal of a sliver is a small difference of large products, and one that deviates from its
+        // true direction would reject boxes that the sliver passes through.
         project(box, VectorFlt(cross(Vector(e01), Vector(e12))), low, high);
         return low > 0 || high < 0;
     }

@@ -50,7 +50,7 @@ ZNGEOM_API bool pointFrustumIntersect(const znLinear::Point& p, const Frustum& f
 
 /// Segment against frustum.
 ///
-/// \param out  a representative point, not always the entry: `a` whenever either end lies inside, also where only `b`
+/// \param out  a representative point, not always the entry: `a` whenever either end lies inside, even where only `b`
 ///             does; otherwise a point where the segment crosses the hull. Untouched on a miss.
 ZNGEOM_API bool lineFrustumIntersect(const znLinear::PointFlt& a, const znLinear::PointFlt& b, const Frustum& frustum,
                                      znLinear::PointFlt& out);

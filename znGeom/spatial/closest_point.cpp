@@ -27,7 +27,7 @@ constexpr double largestDouble = std::numeric_limits<double>::max();
 /// What making a tree costs for each triangle, in the units of `ClosestEngine::walked`.
 constexpr double treeCost = 4;
 
-/// What a walk costs at the least, in the same units.
+/// The least that a walk costs, in the same units.
 constexpr double leastWalk = 200;
 
 } // namespace
@@ -85,8 +85,8 @@ bool MeshClosestPoint::compute(const Point* points, int count, MeshCoord* places
 
 namespace {
 
-/// The triangles of a query that were seen last, a few hundred of them. It may forget one, which is then tested again
-/// to no effect; so the start of a query costs the same for a mesh of any size.
+/// The last few hundred triangles that a query has seen. One may be forgotten, which is then tested again to no effect;
+/// in return, the start of a query costs the same for a mesh of any size.
 class LatelySeen
 {
 public:
@@ -101,8 +101,8 @@ private:
     std::array<int, 512> m_seen;
 };
 
-/// The vertices that still matter when the walk only goes on because triangles reach far: the corners of those that are
-/// nearer than the best so far, found by one pass over the mesh. In general there are none.
+/// The vertices that still matter when the walk only continues because triangles reach far: the corners of those that
+/// are nearer than the best so far, found by one pass over the mesh. Usually there are none.
 class VerticesOfNearer
 {
 public:
@@ -141,7 +141,7 @@ public:
         for (; valid; valid = leaves.nextWithin(bound2())) {
             const OctreeNode& leaf = *leaves.get().node;
             if (leaves.getDistance2() >= m_nearest.best2()) numBeyond += leaf.endPoint - leaf.firstPoint;
-            // To make boxes for all vertices within reach would be dearer than to look at all triangles once.
+            // Making boxes for all vertices within reach would cost more than looking at all triangles once.
             if (numBeyond > patience && !m_neighbourBoxes && !m_matter) m_matter.emplace(m_mesh, m_nearest);
             if (m_matter && m_matter->none()) return;
             for (int i = leaf.firstPoint; i < leaf.endPoint; ++i) test(octree.pointIndices()[i]);
@@ -174,7 +174,7 @@ private:
 double meshClosestPoint(const CompactMesh& mesh, const Octree& octree, const MeshAdjTris& adjTris, const Point& point,
                         double longestEdge, double maxDistance2, const BoundingBox* neighbourBoxes, MeshCoord* coord)
 {
-    // The larger of the two, not their sum: it finds the nearest point unless a triangle reaches far into a leaf that
+    // The larger of the two, not their sum: this finds the nearest point unless a triangle reaches far into a leaf that
     // lies beyond both.
     const double reach = longestEdge / std::sqrt(2.0);
     internal::NearestTriangle nearest(mesh, point, maxDistance2, octree.getRoot().box, coord);

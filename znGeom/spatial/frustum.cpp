@@ -10,7 +10,7 @@ namespace {
 
 Point capMiddle(const Point* cap) { return combine(combine(cap[0], cap[2]), combine(cap[1], cap[3])); }
 
-/// The plane of a face with its normal away from `inside`; `fallback` is the normal of a face without area.
+/// The plane of a face, with its normal pointing away from `inside`; `fallback` is the normal of a face without area.
 Plane facePlane(const Point& a, const Point& b, const Point& c, const Point& d, const Point& inside,
                 const Vector& fallback)
 {

@@ -18,7 +18,7 @@ float coordinate(const float* points, int number, int axis)
     return points[3 * static_cast<std::ptrdiff_t>(number) + axis];
 }
 
-/// A part of a block that is a tree: the middle is its root, what lies before it its low side on the axis.
+/// A part of a block that is a tree: the middle is its root, and what lies before it is its low side on the axis.
 struct Range
 {
     int begin, end, axis;
@@ -33,7 +33,7 @@ struct Range
 void balance(int* numbers, Range range, const float* points)
 {
     if (range.isBucket()) return;
-    // By keys, not by the numbers themselves: these may be no numbers and have no order then.
+    // By keys, not by the coordinates themselves: these may be not-a-number and then have no order.
     const auto key = [&](int number) { return znUtil::sortableKey(coordinate(points, number, range.axis)); };
     std::nth_element(numbers + range.begin, numbers + range.middle(), numbers + range.end,
                      [&](int a, int b) { return key(a) < key(b); });

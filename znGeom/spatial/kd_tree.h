@@ -1,4 +1,4 @@
-/// `znGeom::KDTree`: points that come one by one and are searched by boxes in between.
+/// `znGeom::KDTree`: points that are added one by one and searched by boxes in between.
 #pragma once
 
 #include <vector>
@@ -8,16 +8,16 @@
 
 namespace znGeom {
 
-/// An index of point numbers in three dimensions. It keeps no points: every call is given the same array, three floats
-/// a point. Insertions and searches may alternate. A point that is no number is never found. Used by one thread at a
-/// time.
+/// An index of point numbers in three dimensions. It keeps no points: every call is given the same array, with three
+/// floats a point. Insertions and searches may alternate. A point that is not a number is never found. Used by one
+/// thread at a time.
 ///
 /// Balanced blocks of doubling size, after Bentley and Saxe, "Decomposable searching problems" (1980): an insertion
 /// costs log^2 n on average, a search no more than a search in each of log n trees.
 class ZNGEOM_API KDTree
 {
 public:
-    /// \param capacity  how many points to make room for; more may come
+    /// \param capacity  how many points to make room for; more may be added
     explicit KDTree(int capacity) { m_numbers.reserve(capacity); }
 
     void insert(const float* points, int index);
@@ -31,8 +31,8 @@ private:
     template <typename Visit>
     void visitBox(const float* points, const float* box, const Visit& visit) const;
 
-    zn::vector<int> m_numbers;    ///< block after block, each in the order of its tree, then the newest as they came
-    zn::vector<int> m_blockSizes; ///< falling powers of two times the smallest
+    zn::vector<int> m_numbers;    ///< block after block, each in its tree's order, then the newest in insertion order
+    zn::vector<int> m_blockSizes; ///< descending powers of two times the smallest
 };
 
 } // namespace znGeom

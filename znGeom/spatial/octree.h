@@ -11,32 +11,32 @@ using OctreeIterator = PointTreeIterator<3>;
 
 /// A partition of a box by the points in it. A cell is split at its middle while it holds more than `leafCapacity`
 /// points, unless these all coincide, the cell is at level 24, or it is too small to be halved in `float`. A point that
-/// lies on a middle, or is no number, goes to the low half.
+/// lies on a middle, or is not a number, goes to the low half.
 ///
 /// Immutable once built, and read by any number of threads.
 class ZNGEOM_API Octree : public zn::ReferenceCount
 {
 public:
     /// \param points        three floats each; borrowed, and read only here
-    /// \param box           the root cell; points outside count to the cell that is nearest
+    /// \param box           the root cell; points outside belong to the nearest cell
     /// \param parallel      build on the process-wide pool; the tree is the same either way
-    /// \param leafCapacity  how many points need no further split; below 1 counts as 1
+    /// \param leafCapacity  up to this many points need no further split; below 1 counts as 1
     ///
-    /// Without points there is one cell, with nothing in it, and no leaf carries a number. n log n for scattered
-    /// points, never more than 24 passes.
+    /// Without points there is one empty cell, and no leaf has a number. n log n for scattered points, never more than
+    /// 24 passes.
     Octree(int numPoints, const float* points, const BoundingBox& box, bool parallel, int leafCapacity);
     ~Octree() override;
 
     OctreeIterator getRoot() const { return {m_box, m_tree.nodes.data()}; }
-    /// The eight child numbers in the order in which they lie along a direction, lower numbers first where it cannot
-    /// tell.
+    /// The eight child numbers in the order in which they lie along a direction, lower numbers first on ties.
     /// \param order  room for eight
     static void getNodeOrdering(const znLinear::Vector& direction, int* order);
 
     int numLeaves() const { return m_tree.numLeaves; }
     /// The number of levels, at least 1.
     int maxDepth() const { return m_tree.maxDepth; }
-    /// Cells in all, leaves and those that are split; their records stand side by side from that of the root on.
+    /// The number of all cells, leaves and those that are split; their records lie side by side, starting with the
+    /// root's.
     int numNodes() const { return m_tree.nodes.size(); }
     /// The point numbers, leaf by leaf.
     const int* pointIndices() const { return m_tree.pointIndices.read(); }

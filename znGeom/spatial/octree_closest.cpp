@@ -12,16 +12,16 @@ using namespace znLinear;
 
 namespace {
 
-/// A cell that waits: its record as a distance from the root's, and where its box can be found.
+/// A waiting cell: its record as an offset from the root's, and where its box can be found.
 struct HeapEntry
 {
     double distance2;
     std::int32_t node; ///< 0 for the root
-    std::uint32_t box; ///< 8 times the place of its parent's box in the list of boxes, plus its child number
+    std::uint32_t box; ///< 8 times the index of its parent's box in the list of boxes, plus its child number
 };
 
-/// A binary heap, the least key on top. Comparisons are strict and the order among equal keys follows from that, also
-/// with keys that are no numbers.
+/// A binary heap, the least key on top. Comparisons are strict and the order among equal keys follows from that, even
+/// with keys that are not numbers.
 class CellHeap
 {
 public:
@@ -29,7 +29,7 @@ public:
     const HeapEntry& top() const { return m_entries[0]; }
     void clear() { m_size = 0; }
 
-    /// Makes room for so many calls of `push`.
+    /// Makes room for that many calls of `push`.
     void makeRoom(size_t more)
     {
         if (m_size + more > m_entries.size()) m_entries.resize(2 * m_entries.size() + more);
@@ -52,7 +52,7 @@ public:
     {
         HeapEntry* const entries = m_entries.data();
         const HeapEntry sinking = entries[--m_size];
-        // The place behind the last one stands in for a second child that is not there.
+        // The entry after the last one stands in for a missing second child.
         entries[m_size].distance2 = std::numeric_limits<double>::infinity();
         size_t at = 0;
         for (size_t child = 1; child < m_size; child = 2 * at + 1) {
@@ -69,7 +69,7 @@ private:
     size_t m_size = 0;
 };
 
-/// The squares of what a point lies outside the low and the high half of a range: the terms of
+/// The squares of how far a point lies outside the low and the high half of a range: the terms of
 /// `BoundingBox::distance2`.
 struct HalvesDistance2
 {
@@ -120,14 +120,14 @@ private:
     /// No distance is as large as this, nor is one that is not a number.
     static constexpr double noBound = std::numeric_limits<double>::quiet_NaN();
 
-    /// Drops the leaf on top.
+    /// Removes the leaf on top.
     void step(double bound2)
     {
         m_heap.pop();
         descend(bound2);
     }
 
-    /// Until a leaf is on top, or the heap empty, or what is on top too far.
+    /// Until a leaf is on top, the heap is empty, or what is on top is too far away.
     void descend(double bound2)
     {
         while (!m_heap.empty() && !(m_heap.top().distance2 >= bound2)) {

@@ -1,4 +1,4 @@
-/// `znGeom::OctreeClosestIt`: the leaves of an octree in order of rising distance from a point.
+/// `znGeom::OctreeClosestIt`: the leaves of an octree in order of increasing distance from a point.
 #pragma once
 
 #include "znGeom/foundation/containers/impl_base.h"
@@ -9,21 +9,21 @@ namespace znGeom {
 class OctreeClosestItImpl;
 
 /// Walks best first: a heap holds cells by the squared distance of their boxes, the nearest one on top, and cells that
-/// come up are replaced by their children until a leaf comes up. After Hjaltason and Samet, "Distance Browsing in
-/// Spatial Databases" (1999).
+/// reach the top are replaced by their children until a leaf reaches it. After Hjaltason and Samet, "Distance Browsing
+/// in Spatial Databases" (1999).
 ///
 /// Distances count from the point narrowed to `float`. Leaves at exactly equal distance come in the order of this heap:
-/// a binary one in which a new entry rises from the end while its parent is strictly greater; on taking the top the
-/// last entry sinks from there while it is strictly greater than the lesser child, the first one if both are equal;
+/// a binary one in which a new entry rises from the end while its parent is strictly greater; when the top is taken,
+/// the last entry sinks from there while it is strictly greater than the lesser child, the first one if both are equal;
 /// children enter in ascending order.
 ///
 /// The octree is borrowed, and a temporary one refused. An iterator that is reset keeps its memory, so that a loop over
-/// many points takes none. A copy shares the walk of its source: it must not outlive it, nor run at the same time.
+/// many points allocates none. A copy shares the walk of its source: it must not outlive it, nor run at the same time.
 /// Belongs to one thread.
 class ZNGEOM_API OctreeClosestIt
 {
 public:
-    /// Nowhere: to be `reset` before any other use.
+    /// Points nowhere: must be `reset` before any other use.
     OctreeClosestIt();
     OctreeClosestIt(const Octree& octree, const znLinear::Point& point);
     OctreeClosestIt(const Octree&&, const znLinear::Point&) = delete;
@@ -37,11 +37,11 @@ public:
     void reset(const Octree&&, const znLinear::Point&) = delete;
     /// False when all leaves have been delivered.
     bool valid() const;
-    /// Goes to the next leaf. Wants a valid iterator, as do the functions below.
+    /// Goes to the next leaf. Requires a valid iterator, as do the functions below.
     void next();
-    /// The same for a caller who is done at a distance: stops before work that only leads to leaves at a squared
+    /// The same for callers that are done at some distance: stops before work that only leads to leaves at a squared
     /// distance of `bound2` or more.
-    /// \return whether there is a next leaf nearer than that; if not, the iterator is good for `reset` alone
+    /// \return whether there is a next leaf nearer than that; if not, the iterator may only be `reset`
     bool nextWithin(double bound2);
     /// The current leaf.
     OctreeIterator get() const;

@@ -17,7 +17,7 @@ using znUtil::ThreadPool;
 
 namespace {
 
-/// What `assignFromPairs` would make of all threads' entries one after the other.
+/// What `assignFromPairs` would produce from the entries of all threads, one after the other.
 /// \param pool  on which `alg` ran
 template <typename Elements>
 ArrayOfSets makeTable(int numLeaves, const internal::PartitionAlg<Elements>& alg, ThreadPool& pool)

@@ -25,8 +25,8 @@ Vector orderingDirection(const BoundingBox&) { return Vector::x; }
 Vector orderingDirection(const Sphere&) { return Vector::x; }
 Vector orderingDirection(const Ray& ray) { return ray.direction(); }
 
-/// Which children of a cell a box overlaps or touches: bit i for child i. Exact for a cell that the box meets itself:
-/// of such a cell only the middle is left to compare with.
+/// Which children of a cell a box overlaps or touches: bit i for child i. Exact for a cell that the box itself meets:
+/// only the middle of such a cell is left to compare with.
 unsigned meetingChildren(const BoundingBox& cell, const BoundingBox& box)
 {
     const auto halves = [](float low, float high, float boxLow, float boxHigh, unsigned lows, unsigned highs) {
@@ -38,7 +38,7 @@ unsigned meetingChildren(const BoundingBox& cell, const BoundingBox& box)
            halves(cell.minZ, cell.maxZ, box.minZ, box.maxZ, 0x0F, 0xF0);
 }
 
-/// For queries without a shortcut: each child is asked.
+/// For queries without a shortcut: each child is tested.
 template <typename Query>
 unsigned meetingChildren(const BoundingBox& cell, const Query& query)
 {
@@ -63,7 +63,7 @@ OctreeIterator childOf(const OctreeIterator& cell, int child)
 ///
 /// \param stack    room for 7 more cells per level below those on it
 /// \param order    the eight child numbers; the first is to lie on top
-/// \param meeting  called with a cell's box, tells which children the query meets, bit i for child i
+/// \param meeting  called with a cell's box; returns which children the query meets, bit i for child i
 /// \return the new size
 template <typename Meeting>
 int descendToLeaf(OctreeIterator* stack, int size, const int* order, const Meeting& meeting)

@@ -3,8 +3,8 @@
 ///     for (OctreeBBoxIntersectIt it(octree, box); it.valid(); it.next())
 ///         use(it.get().node->leafIndex);
 ///
-/// Leaves without elements are delivered like any other. `next` and `get` want a valid iterator; nothing checks that.
-/// An iterator belongs to one thread; any number of them walk one octree.
+/// Leaves without elements are delivered like any other. `next` and `get` require a valid iterator, which is not
+/// checked. An iterator belongs to one thread; any number of them may walk one octree.
 #pragma once
 
 #include <memory>
@@ -18,8 +18,8 @@
 namespace znGeom {
 
 /// The leaves that a query meets, depth first. The octree is borrowed and must outlive the traversal; a temporary one
-/// is refused. The query is copied. Memory is taken at construction only: a loop over many queries makes one iterator
-/// and resets it.
+/// is refused. The query is copied. Memory is allocated at construction only: a loop over many queries makes one
+/// iterator and resets it.
 template <typename Query>
 class ZNGEOM_API OctreeFilterIt
 {
@@ -47,7 +47,7 @@ private:
     std::unique_ptr<Record> m_record;
 };
 
-/// Leaves that `intersects(box, frustum)` takes, near ones first along the view direction.
+/// Leaves that `intersects(box, frustum)` accepts, near ones first along the view direction.
 using OctreeIntersectIt = OctreeFilterIt<Frustum>;
 /// Leaves that overlap or touch a box, ordered along x.
 using OctreeBBoxIntersectIt = OctreeFilterIt<BoundingBox>;
@@ -69,8 +69,8 @@ public:
     explicit OctreeLeafIterator(const Octree&&) = delete;
 
     bool valid() const { return !m_stack.empty(); }
-    /// Starts on an octree. Only for an exhausted iterator: what is left of an earlier walk stays below and comes up
-    /// again when the new one is done.
+    /// Starts on an octree. Only for an exhausted iterator: what is left of an earlier walk stays on the stack and is
+    /// delivered after the new one.
     void reset(const Octree& octree);
     void reset(const Octree&&) = delete;
     void next();

@@ -16,7 +16,7 @@ struct PointTreeNode
     std::uint8_t isLeaf;
     int firstPoint, endPoint; ///< the half-open run of the cell's points in the index array
     int leafIndex;            ///< the number of a leaf, dense from 0 in depth-first order; -1 for a cell that is split
-    int firstChild;           ///< how many records after this one the first child stands; 0 for a leaf
+    int firstChild;           ///< the first child's record is this many after this one; 0 for a leaf
 };
 
 /// A place in a tree: a cell's box and its record. A plain value, copied freely; the tree must outlive it.
@@ -27,11 +27,11 @@ struct PointTreeIterator
     BoundingBox box;
     const PointTreeNode* node = nullptr;
 
-    /// Nowhere: an invalid box and no record.
+    /// Points nowhere: an invalid box and no record.
     constexpr PointTreeIterator() = default;
     constexpr PointTreeIterator(const BoundingBox& nodeBox, const PointTreeNode* record) : box(nodeBox), node(record) {}
 
-    /// Moves to child 0 to 2^Axes - 1; bit 0 of its number takes the high half in x, bit 1 in y, bit 2 in z. False on
+    /// Moves to child 0 to 2^Axes - 1; bit 0 of its number selects the high half in x, bit 1 in y, bit 2 in z. False on
     /// a leaf; the iterator then stays where it is.
     bool descend(int child)
     {
@@ -41,7 +41,7 @@ struct PointTreeIterator
         return true;
     }
 
-    /// Makes a cell's box that of its child.
+    /// Replaces a cell's box by that of its child.
     static constexpr void halve(BoundingBox& box, int child)
     {
         halve(box.minX, box.maxX, child & 1);
@@ -66,7 +66,7 @@ struct PointTree
     zn::vector<PointTreeNode> nodes; ///< the root first
     Array<int> pointIndices;
     int numLeaves = 0;
-    int maxDepth = 0; ///< levels, the root included
+    int maxDepth = 0; ///< the number of levels, including the root
 };
 
 } // namespace znGeom

@@ -8,8 +8,8 @@
 namespace znGeom {
 
 /// The leaves whose x and y overlap or touch those of a box, depth first in child order 0 to 3. The quadtree is
-/// borrowed and must outlive the traversal; a temporary one is refused. The box is copied. Each `reset` takes memory,
-/// the end of the walk gives it back.
+/// borrowed and must outlive the traversal; a temporary one is refused. The box is copied. Each `reset` allocates
+/// memory; the end of the walk frees it.
 class ZNGEOM_API QuadtreeIntersectIt
 {
 public:
@@ -25,7 +25,7 @@ public:
     void reset(const Quadtree& quadtree, const BoundingBox& query);
     void reset(const Quadtree&&, const BoundingBox&) = delete;
     bool valid() const { return m_record != nullptr; }
-    /// Wants a valid iterator, as does `get`.
+    /// Requires a valid iterator, as does `get`.
     void next();
     /// The current leaf.
     QuadtreeIterator get() const;

@@ -44,7 +44,7 @@ struct EdgeTest
     }
 };
 
-/// The larger, the smaller; of a number and a not-a-number the number.
+/// The larger, the smaller; of a number and a not-a-number, the number.
 float larger(float a, float b) { return a > b || b != b ? a : b; }
 float smaller(float a, float b) { return a < b || b != b ? a : b; }
 
@@ -91,8 +91,8 @@ Ray::Ray(const PointFlt& from, const Vector& along)
 
 bool Ray::intersects(const BoundingBox& box, float tNear, float tFar) const
 {
-    // A ray that lies in the plane of a face gives 0 * infinity there, which is no number: every comparison with it is
-    // false and the axis rejects nothing.
+    // A ray that lies in the plane of a face gives 0 * infinity there, which is not a number: every comparison with it
+    // is false and the axis rejects nothing.
     const float* sides = &box.minX;
     const float xNear = (sides[nearX] - origin.x) * inverseDirection.dx;
     const float yFar = (sides[farY] - origin.y) * inverseDirection.dy;

@@ -6,7 +6,7 @@
 namespace znGeom {
 
 /// Follows the box of a scene without reading the items again. A removal that touches the scene's extent makes the box
-/// unknown, which tells the caller to `reset` it and to add what is left; until then the scene box stays as it was and
+/// unknown, upon which the caller must `reset` it and add what is left; until then the scene box stays as it was and
 /// never shrinks by itself.
 class ZNGEOM_API SceneBoundingBox
 {
@@ -16,7 +16,7 @@ public:
 
     void addItemBox(const BoundingBox& item);
     void removeItemBox(const BoundingBox& item);
-    /// Whether `getSceneBox` is the box of what is there.
+    /// Whether `getSceneBox` is the box of the current items.
     bool known() const { return equivalent(workingBox, sceneBox, znLinear::epsilonTolFlt); }
     void reset() { *this = SceneBoundingBox(); }
     const BoundingBox& getSceneBox() const { return sceneBox; }

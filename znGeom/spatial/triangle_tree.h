@@ -14,23 +14,22 @@ namespace internal {
 struct PackedTriangles;
 }
 
-/// A tree over the triangles of a mesh for searches of nearest points. It is a matter of speed alone: no answer depends
-/// on it. Octree and triangle sets do without it, so whoever has many questions makes it: at about 0.1 us a triangle
-/// it has paid for itself after one question for every fifty triangles or so.
+/// A tree over the triangles of a mesh for searches for nearest points. It only affects speed: no answer depends on it.
+/// Octree and triangle sets do without it, so callers with many queries make it: at about 0.1 us a triangle it has paid
+/// for itself after one query for every fifty triangles or so.
 ///
-/// A snapshot of the mesh; immutable, and read by any number of threads. Takes about 45 bytes a triangle.
+/// A snapshot of the mesh; immutable, and read by any number of threads. It takes about 45 bytes a triangle.
 class ZNGEOM_API TriangleTree : public zn::ReferenceCount
 {
 public:
     /// \param mesh  not needed afterwards; triangles with a corner that is not finite have no nearest point and are
-    /// left
-    ///              out
+    ///              left out
     ///
-    /// n log n. Takes another 36 bytes a triangle meanwhile.
+    /// n log n. Takes another 36 bytes a triangle during construction.
     explicit TriangleTree(const CompactMesh& mesh, znUtil::ThreadPool& pool = znUtil::ThreadPool::get());
     ~TriangleTree() override;
 
-    /// What it takes.
+    /// The memory that it takes.
     std::size_t numBytes() const;
 
     /// For the engines.

@@ -9,7 +9,7 @@
 
 namespace znGeom::internal {
 
-/// Gives back what `makeAlignedArray` took.
+/// Frees what `makeAlignedArray` allocated.
 struct AlignedDelete
 {
     std::size_t alignment;
@@ -19,7 +19,7 @@ struct AlignedDelete
 template <typename T>
 using AlignedArray = std::unique_ptr<T[], AlignedDelete>;
 
-/// The elements have no values yet. Large arrays stand on large pages where the system has them.
+/// The elements are uninitialised. Large arrays are placed on large pages where the system has them.
 template <typename T>
 AlignedArray<T> makeAlignedArray(std::size_t count)
 {

@@ -38,13 +38,13 @@ struct PointRange
             high[axis] = std::max(high[axis], point[axis]);
         }
     }
-    /// Morton (1966): neighbours in the order of these tend to be neighbours in space.
+    /// After Morton (1966): neighbours in the order of these codes tend to be neighbours in space.
     std::uint32_t codeOf(const Point& point) const
     {
         std::uint32_t code = 0;
         for (int axis = 0; axis < 3; ++axis) {
             const double part = (point[axis] - low[axis]) / (high[axis] - low[axis]);
-            // A range without length gives no number.
+            // A range without length gives not-a-number.
             code |= spreadBits(static_cast<std::uint32_t>(part > 0 ? std::min(part * 1024, 1023.0) : 0.0)) << axis;
         }
         return code;

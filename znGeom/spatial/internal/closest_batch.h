@@ -1,4 +1,4 @@
-/// Many questions for nearest triangles at once.
+/// Many queries for nearest triangles at once.
 #pragma once
 
 #include "znGeom/foundation/threads/thread_pool.h"
@@ -6,7 +6,7 @@
 
 namespace znGeom::internal {
 
-/// What is asked, and where the answers go, in the same order.
+/// The queries, and where the answers go, in the same order.
 struct ClosestQuestions
 {
     const znLinear::Point* points;
@@ -15,8 +15,8 @@ struct ClosestQuestions
     double* distances; ///< may be null
 };
 
-/// The answers of `ClosestEngine` to each point, taken in an order in which points that follow each other lie close
-/// together, so that one finds what it needs where the one before left it.
+/// The answers of `ClosestEngine` to each point, taken in an order in which consecutive points lie close together, so
+/// that each finds what it needs still cached from the one before.
 /// \param progress  may be null
 /// \return false after a cancel
 bool computeAll(const ClosestIndex& index, const ClosestQuestions& questions, znUtil::Progress* progress,

@@ -18,7 +18,7 @@ double ClosestEngine::compute(const Point& point, MeshCoord* coord)
     return std::sqrt(distance2);
 }
 
-/// Leaf by leaf with rising distance.
+/// Leaf by leaf, in order of increasing distance.
 double ClosestEngine::walk(const Point& point, MeshCoord* coord)
 {
     constexpr int costOfLeaf = 16;

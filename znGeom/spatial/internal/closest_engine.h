@@ -1,4 +1,4 @@
-/// One question after another for the nearest triangle, on one thread.
+/// One query after another for the nearest triangle, on one thread.
 #pragma once
 
 #include <optional>
@@ -18,8 +18,8 @@ struct ClosestIndex
     const TriangleTree* tree; ///< may be null
 };
 
-/// Answers by a tree where it has one and otherwise by a walk over the leaves, to the same bits. Keeps its memory from
-/// query to query; what only walks need is made by the first of them.
+/// Answers by a tree where it has one and otherwise by a walk over the leaves, with the same results bit for bit. Keeps
+/// its memory from query to query; what only walks need is made by the first walk.
 class ClosestEngine
 {
 public:
@@ -28,17 +28,18 @@ public:
         if (index.tree) useTree(*index.tree);
     }
 
-    /// From now on.
+    /// From now on, answers by this tree.
     void useTree(const TriangleTree& tree)
     {
         m_index.tree = &tree;
         m_search.emplace(tree.triangles(), m_index.octree, m_index.octreeTris);
     }
 
-    /// As `MeshClosestPoint::compute`.
+    /// Like `MeshClosestPoint::compute`.
     double compute(const znLinear::Point& point, MeshCoord* coord);
 
-    /// What the walks have cost so far, in entries of the triangle sets that were looked at; a leaf costs some.
+    /// What the walks have cost so far, in entries of the triangle sets that were examined; each leaf costs some as
+    /// well.
     double walked() const { return m_walked; }
 
 private:

@@ -32,12 +32,12 @@ bool overlapOnEveryAxis(const BoundingBox& a, const BoundingBox& b)
 
 } // namespace
 
-/// On each level seven siblings may wait.
+/// On each level, seven siblings may be waiting.
 FirstLeaf::FirstLeaf(const Octree& octree, const OctreeTris& octreeTris)
     : m_octree(octree), m_octreeTris(octreeTris), m_stack(8 * static_cast<size_t>(octree.maxDepth()))
 {}
 
-/// The lowest cell that a box can be followed to while a single child meets it.
+/// The lowest cell to which a box can be followed while only a single child meets it.
 OctreeIterator FirstLeaf::descend(const BoundingBox& box) const
 {
     OctreeIterator cell = m_octree.getRoot();
@@ -49,7 +49,7 @@ OctreeIterator FirstLeaf::descend(const BoundingBox& box) const
     return cell;
 }
 
-/// The nearest child on top.
+/// Leaves the nearest child on top.
 int FirstLeaf::pushChildren(const Cell& cell, const BoundingBox& box, const PointFlt& point, Cell* stack) const
 {
     int count = 0;
@@ -105,8 +105,8 @@ int FirstLeaf::firstListed(const OctreeIterator& leaf) const
     return -1;
 }
 
-/// Where the boxes of triangle and leaf have more in common than a face, the leaf lists what it truly meets. Otherwise
-/// the triangle may lie wholly in the leaf beside and be listed in that one alone.
+/// Where the boxes of triangle and leaf share more than a face, the leaf lists what it truly meets. Otherwise the
+/// triangle may lie wholly in the adjacent leaf and be listed in that one alone.
 bool FirstLeaf::isListed(const SoughtTriangle& triangle, const OctreeIterator& leaf) const
 {
     const float* corners = triangle.corners;

@@ -1,4 +1,4 @@
-/// Which of several triangles that are exactly as near a walk over the leaves of an octree meets first.
+/// Which of several exactly equally near triangles a walk over the leaves of an octree meets first.
 #pragma once
 
 #include <vector>
@@ -7,7 +7,7 @@
 
 namespace znGeom::internal {
 
-/// A triangle of which it is asked in which leaves it stands: its number, its corners, and the box of these.
+/// A triangle whose leaves are sought: its number, its corners, and the box of these.
 struct SoughtTriangle
 {
     int number;
@@ -15,15 +15,15 @@ struct SoughtTriangle
     BoundingBox box;
 };
 
-/// Looks for the nearest of those leaves of an octree that list any of some triangles.
+/// Looks for the nearest leaf of an octree that lists any of some given triangles.
 class FirstLeaf
 {
 public:
     FirstLeaf(const Octree& octree, const OctreeTris& octreeTris);
 
     /// \param sought   ascending numbers
-    /// \param within2  leaves that are not nearer than the root of this do not count
-    /// \param walk     to be used where several leaves are exactly as near
+    /// \param within2  leaves that are not nearer than the square root of this do not count
+    /// \param walk     to be used where several leaves are exactly equally near
     /// \return the place in `sought` of the triangle that a walk from the point meets first; -1 when no leaf that
     ///         counts lists any
     int find(const SoughtTriangle* sought, int count, const znLinear::PointFlt& point, double within2,

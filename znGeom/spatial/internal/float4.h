@@ -1,4 +1,4 @@
-/// Four numbers that are worked on at once.
+/// Four numbers that are processed at once.
 #pragma once
 
 #include <cstddef>
@@ -13,7 +13,7 @@ using Mask4 = int __attribute__((vector_size(16)));
 inline Float4 lesser(Float4 a, Float4 b) { return a < b ? a : b; }
 inline Float4 greater(Float4 a, Float4 b) { return a > b ? a : b; }
 
-/// In which of the first three places the mask is set, bit i for place i.
+/// The places among the first three in which the mask is set, bit i for place i.
 inline unsigned places(Mask4 mask)
 {
 #if defined(__SSE__)
@@ -25,7 +25,7 @@ inline unsigned places(Mask4 mask)
 inline unsigned placesLess(Float4 a, Float4 b) { return places(a < b); }
 inline unsigned placesLessOrEqual(Float4 a, Float4 b) { return places(a <= b); }
 
-/// The places of `bits` from one, the rest from the other.
+/// The places in `bits` from `set`, the rest from `clear`.
 inline Float4 pick(int bits, Float4 set, Float4 clear)
 {
     alignas(16) static constexpr int masks[8][4] = {{0, 0, 0, 0},  {-1, 0, 0, 0},  {0, -1, 0, 0},  {-1, -1, 0, 0},
@@ -43,7 +43,7 @@ inline Float4 loadFloat4(const float* from)
     return result;
 }
 
-/// For those who want three floats.
+/// For callers that need three floats.
 inline const float* asFloats(const Float4& numbers) { return reinterpret_cast<const float*>(&numbers); }
 
 /// Over the first three.
@@ -54,7 +54,7 @@ inline float dot(Float4 a, Float4 b)
 }
 inline float length2(Float4 v) { return dot(v, v); }
 
-/// The positions of a mesh. The fourth number of each is any number.
+/// The positions of a mesh. The fourth number of each is arbitrary.
 class Float4Positions
 {
 public:
@@ -63,7 +63,7 @@ public:
     const float* at(int vertex) const { return m_vertices + 3 * std::ptrdiff_t{vertex}; }
     Float4 operator[](int vertex) const
     {
-        // Behind the last one there may be nothing to read.
+        // After the last one there may be nothing to read.
         const float* from = at(vertex);
         return vertex < m_last ? loadFloat4(from) : Float4{from[0], from[1], from[2], 0};
     }

@@ -14,14 +14,14 @@ namespace {
 
 constexpr int perLeaf = 8;
 
-/// Up to here records are put in place by their ranks.
+/// Up to this many records are put in place by their ranks.
 constexpr int rankedCount = 128;
 
 static_assert(sizeof(PointRecord) == sizeof(Float4));
 
 int longestAxis(const PointRecord* records, int count)
 {
-    // The fourth number of each is no coordinate; nobody looks at it.
+    // The fourth number of each is not a coordinate; nothing reads it.
     Float4 low = loadFloat4(records[0].at), high = low;
     for (int i = 1; i < count; ++i) {
         const Float4 at = loadFloat4(records[i].at);
@@ -32,7 +32,7 @@ int longestAxis(const PointRecord* records, int count)
     return sides[0] >= sides[1] && sides[0] >= sides[2] ? 0 : sides[1] >= sides[2] ? 1 : 2;
 }
 
-/// Sorts a few records along an axis: the place of each is how many come before it.
+/// Sorts a few records along an axis: the place of each is the number of those that come before it.
 void sortByRanks(const PointRecord* from, PointRecord* to, int count, int axis)
 {
     float keys[rankedCount];
@@ -46,8 +46,8 @@ void sortByRanks(const PointRecord* from, PointRecord* to, int count, int axis)
     for (int i = 0; i < count; ++i) to[ranks[i]] = from[i];
 }
 
-/// Two keys that the record of a rank lies between, very likely: of an even sample those that are twice the spread of
-/// such an estimate away on either side.
+/// Two keys between which the record of a rank very likely lies: those of an evenly spaced sample that are twice the
+/// spread of such an estimate away on either side.
 std::pair<float, float> bracket(const PointRecord* records, int count, int rank, int axis)
 {
     constexpr int fewest = 31, most = 255;
@@ -63,13 +63,13 @@ std::pair<float, float> bracket(const PointRecord* records, int count, int rank,
             place + spread >= size ? infinity : sample[place + spread]};
 }
 
-/// Brings those records to the front of `to` that are the first `rank` along an axis. `from` is used up.
+/// Brings the first `rank` records along an axis to the front of `to`. `from` is used up.
 void splitAtRank(PointRecord* from, PointRecord* to, int count, int rank, int axis)
 {
     while (count > rankedCount) {
         const auto [low, high] = bracket(from, count, rank, axis);
-        // Each record goes to all three ends, and one of them moves on. What lies between is collected where records
-        // have been taken away already.
+        // Each record is written to all three ends, and one of the ends advances. What lies between is collected where
+        // records have already been consumed.
         PointRecord *below = to, *above = to + count, *between = from;
         for (int i = 0; i < count; ++i) {
             const PointRecord record = from[i];
@@ -101,7 +101,7 @@ struct Run
 {
     PointRecord *records, *scratch;
     int begin, count; ///< in the order
-    int unit;         ///< what the largest subtrees in it hold; divides where it may be halved
+    int unit;         ///< what the largest subtrees in it hold; it may be halved at multiples of this
 
     Run shrunk() const
     {
@@ -110,7 +110,7 @@ struct Run
         return run;
     }
     bool isLeaf() const { return count <= perLeaf; }
-    /// Wants a run that is shrunk and no leaf.
+    /// Requires a run that is shrunk and not a leaf.
     std::pair<Run, Run> halve() const
     {
         const int numUnits = (count - 1) / unit + 1, rank = numUnits / 2 * unit;
@@ -120,7 +120,7 @@ struct Run
     }
 };
 
-/// Halves down to the leaves. As deep as the run has halvings.
+/// Halves down to the leaves. Recurses as deep as the run has halvings.
 void finish(const Run& given, int* order)
 {
     const Run run = given.shrunk();

@@ -1,4 +1,4 @@
-/// An order of points in which runs lie close together.
+/// An order of points in which the points of a run lie close together.
 #pragma once
 
 #include "znGeom/foundation/threads/thread_pool.h"
@@ -18,7 +18,7 @@ struct PointRecord
 ///
 /// \param records  `count` of finite points; used up
 /// \param scratch  room for as many
-/// \param order    gets the numbers
+/// \param order    receives the numbers
 ///
 /// Each halving is linear; n log n in all. The first ones run on the calling thread, the rest on the pool; the order
 /// depends on its size.

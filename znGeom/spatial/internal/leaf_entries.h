@@ -14,11 +14,11 @@ struct LeafEntry
     int leafIndex, element;
 };
 
-/// Entries in blocks: none is ever moved, and the blocks are as large as a large page where there are many.
+/// Entries in blocks: none is ever moved, and where there are many the blocks are as large as a large page.
 class LeafEntries
 {
 public:
-    /// How many entries are likely to come; before the first.
+    /// Announces how many entries are likely to be added; to be called before the first.
     void reserve(size_t count) { m_nextBlock = std::clamp<size_t>(count, 16, mostPerBlock); }
 
     void append(const LeafEntry& entry)

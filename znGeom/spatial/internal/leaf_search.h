@@ -10,7 +10,7 @@
 
 namespace znGeom::internal {
 
-/// What an `OctreeIterator` is, with a wide box.
+/// The same as an `OctreeIterator`, with a wide box.
 struct Cell
 {
     WideBox box;
@@ -67,13 +67,13 @@ private:
     }
 
     /// Which children of a cell that meets the box meet it as well: bit k for child `m_order[k]`. A low half does when
-    /// the box begins before the middle, a high half when it ends behind it.
+    /// the box begins before the middle, a high half when it ends after it.
     unsigned meetingChildren(Float4 middle, const WideBox& box) const
     {
         return m_withLow[placesLessOrEqual(box.low, middle)] & m_withHigh[placesLessOrEqual(middle, box.high)];
     }
 
-    /// Goes on to the first child that meets the box, with the others on the stack; false where there is none.
+    /// Goes on to the first child that meets the box, and puts the others on the stack; false where there is none.
     bool pushMeetingChildren(Cell& cell, const WideBox& box, Cell* stack, int& size) const
     {
         const Float4 middle = middleOf(cell);
@@ -107,7 +107,7 @@ private:
     size_t m_level = 0;             ///< the last one of the path
     std::unique_ptr<Cell[]> m_stack;
     int m_order[8];
-    /// By the axes (as bits) on which a box meets the low halves: the children that this allows, in places of
+    /// Indexed by the axes (as bits) on which a box meets the low halves: the children that this allows, as places in
     /// `m_order`; and likewise for the high halves.
     unsigned m_withLow[8], m_withHigh[8];
 };

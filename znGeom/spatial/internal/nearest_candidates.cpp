@@ -19,7 +19,7 @@ using Leaf = PackedTriangles::Leaf;
 using Candidate = NearestCandidates::Candidate;
 constexpr int width = PackedTriangles::width;
 
-/// At most ten levels, and seven siblings that wait on each.
+/// At most ten levels, with seven siblings waiting on each.
 constexpr int stackSize = 10 * (width - 1) + width + 1;
 
 /// The bits of a squared distance above a number: they ascend as the distances do.
@@ -73,8 +73,8 @@ struct Found
 
 void makeRoom(Found& found) { found.list.resize(2 * found.list.size() + width); }
 
-/// From below and at little cost, the least squared distance of the boxes of a leaf's triangles: it spares more than
-/// half of the leaves that a search comes to.
+/// From below and at little cost, the least squared distance of the boxes of a leaf's triangles: it saves testing more
+/// than half of the leaves that a search reaches.
 ZNGEOM_INLINE float boundByBoxes(const Leaf& leaf, const float* q)
 {
     float lower2[width];
@@ -109,8 +109,8 @@ ZNGEOM_INLINE void testLeaf(const Leaf& leaf, int number, const float* q, Found&
     found.count = static_cast<size_t>(next - found.list.data());
 }
 
-/// Puts the children that are within reach on the stack, the nearest one last and the rest as they come: by the time
-/// that it is their turn most are beyond reach, and not worth the wrong guesses of a sort.
+/// Puts the children that are within reach on the stack, the nearest one last and the rest as they come: by the time it
+/// is their turn, most are beyond reach, and not worth the mispredicted branches of a sort.
 /// \return how many
 ZNGEOM_INLINE int pushChildren(const Node& node, int firstNumber, const float* q, float reach2, Key* top)
 {
@@ -129,8 +129,7 @@ ZNGEOM_INLINE int pushChildren(const Node& node, int firstNumber, const float* q
     return count;
 }
 
-/// Depth first, the nearest child first. What a child leads to is asked for now, since it will be needed a little
-/// later.
+/// Depth first, the nearest child first. What a child leads to is prefetched, since it will be needed a little later.
 ZNGEOM_CLONES void findCandidates(const PackedTriangles& tree, const float* query, Found& found)
 {
     const Node* const nodes = tree.nodes.get();

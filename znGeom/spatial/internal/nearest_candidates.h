@@ -14,11 +14,11 @@ class NearestCandidates
 public:
     struct Candidate
     {
-        float lower2; ///< below its squared distance, but for the margin
+        float lower2; ///< below its squared distance, except for the margin
         int place;    ///< the number of the leaf times eight, and the place there
     };
 
-    /// Replaces the candidates. Takes no memory once it has grown to the size.
+    /// Replaces the candidates. Allocates no memory once it has grown to the size.
     void search(const PackedTriangles& tree, const FrameQuery& query);
 
     const Candidate* begin() const { return m_found.data(); }

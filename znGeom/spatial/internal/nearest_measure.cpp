@@ -14,12 +14,12 @@ namespace {
 
 constexpr int lanes = 4;
 
-/// Some triangles and their nearest places, number by number.
+/// Some triangles and their nearest places, component by component.
 struct Batch
 {
     double corners[9][lanes];
     double weights[3][lanes];
-    double distance2[lanes]; ///< not a number where the triangle has to be measured otherwise
+    double distance2[lanes]; ///< not a number where the triangle has to be measured in another way
 };
 
 struct Vec

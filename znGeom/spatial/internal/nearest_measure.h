@@ -15,9 +15,9 @@ struct MeasuredTriangle
     int place; ///< as in the candidate
 };
 
-/// Measures all candidates, to the same bits as `MeshCoord::project`, `evaluate` and `distance2` do. A triangle that
-/// has no place is not among the results.
-/// \param results  replaced; takes no memory once it has grown to the size
+/// Measures all candidates, bit for bit as `MeshCoord::project`, `evaluate` and `distance2` do. A triangle that has no
+/// place is not among the results.
+/// \param results  replaced; allocates no memory once it has grown to the size
 /// \return how many there are
 int measureCandidates(const PackedTriangles& tree, const NearestCandidates& candidates, const znLinear::Point& query,
                       std::vector<MeasuredTriangle>& results);

@@ -12,17 +12,17 @@ namespace {
 
 constexpr int capacity = TriangleBounds::capacity;
 
-/// How many triangles ahead the corners are asked for.
+/// How many triangles ahead the corners are prefetched.
 constexpr int cornersAhead = 12;
 
 } // namespace
 
-/// The corners of some triangles as seen from the point, coordinate by coordinate, so that the loops over them are
-/// straight and the compiler takes several at once.
+/// The corners of some triangles as seen from the point, coordinate by coordinate, so that the loops over them are free
+/// of branches and the compiler processes several at once.
 struct TriangleBounds::Corners
 {
     float at[9][capacity];   ///< x, y and z of the first corner, of the second, of the third
-    float reached[capacity]; ///< 1; 0 where a corner lies outside the mesh's box or is no number
+    float reached[capacity]; ///< 1; 0 where a corner lies outside the mesh's box or is not a number
 
     Corners(const TriangleBounds& bounds, const int* triangles, int count)
     {

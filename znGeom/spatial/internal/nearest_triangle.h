@@ -23,9 +23,9 @@ public:
 
     /// From below, by the boxes of the triangles.
     /// \param count   at most `capacity`, as in the functions below
-    /// \param lower2  one per triangle; 0 where a corner lies outside the mesh's box or is no number
+    /// \param lower2  one per triangle; 0 where a corner lies outside the mesh's box or is not a number
     void boundByBoxes(const int* triangles, int count, float* lower2) const;
-    /// From below and good to rounding, by planes through about the nearest places.
+    /// From below, and sharp up to rounding, by planes through approximately the nearest places.
     void boundByPlanes(const int* triangles, int count, float* lower2) const;
     /// From above: the least squared distance of a corner; infinite without triangles in the mesh's box.
     float nearestCorner2(const int* triangles, int count) const;
@@ -41,7 +41,8 @@ private:
 
 /// The nearest place found so far, and how far anything may be that could still be nearer.
 ///
-/// What lies beyond is farther by more than all rounding on both sides, so that leaving it out changes no result.
+/// What lies beyond is farther by more than all rounding errors on both sides, so that leaving it out changes no
+/// result.
 class NearestTriangle
 {
 public:
@@ -52,9 +53,9 @@ public:
         double distance2;
     };
 
-    /// \param best2  the squared distance to begin with
+    /// \param best2  the initial squared distance
     /// \param box    of the mesh; triangles outside are measured as well, but slowly
-    /// \param coord  gets each place that is taken; may be null
+    /// \param coord  receives each place that is taken; may be null
     NearestTriangle(const CompactMesh& mesh, const znLinear::Point& query, double best2, const BoundingBox& box,
                     MeshCoord* coord)
         : m_frame(box), m_frameQuery(m_frame, query), m_bounds(mesh, m_frame, m_frameQuery),
@@ -69,7 +70,7 @@ public:
     double best2() const { return m_best2; }
 
     /// Tests triangles in order; one that is nearer than the best so far is taken, so that among equals the first one
-    /// stays. `mark(triangle)` is asked about those that have to be measured; those for which it answers false have
+    /// is kept. `mark(triangle)` is called for those that have to be measured; those for which it returns false have
     /// been tested before.
     template <typename Mark>
     void testAll(const int* triangles, int count, const Mark& mark)
@@ -91,7 +92,7 @@ public:
         }
     }
 
-    /// Lists all triangles of the mesh that are nearer than the best so far. Linear in the mesh.
+    /// Lists all triangles of the mesh that are nearer than the best so far. Linear in the size of the mesh.
     std::vector<int> listNearer(int numTriangles) const;
 
 private:
@@ -105,7 +106,7 @@ private:
         return true;
     }
 
-    /// Makes a place the nearest one.
+    /// Records a place as the nearest one.
     void take(const Candidate& candidate)
     {
         m_best2 = candidate.distance2;
@@ -115,12 +116,12 @@ private:
     }
 
     /// Keeps those triangles that may be nearest, in their order.
-    /// \param lower2  a bound from below for each of the given triangles; replaced by sharper ones of those that stay
-    /// \param kept    gets their places in the list
+    /// \param lower2  a bound from below for each of the given triangles; replaced by sharper ones for those that stay
+    /// \param kept    receives their places in the list
     /// \return how many stay
     int sift(const int* triangles, int count, float* lower2, int* kept) const;
 
-    /// Something is known to be within a distance, in the frame.
+    /// Notes that something is known to lie within a distance, in the frame.
     void lowerReach(double distance)
     {
         const double reach = distance + m_frameQuery.loss;

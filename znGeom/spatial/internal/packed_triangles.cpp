@@ -19,10 +19,10 @@ namespace {
 
 constexpr int width = PackedTriangles::width;
 
-/// How many leaves ahead the triangles are asked for.
+/// How many leaves ahead the triangles are prefetched.
 constexpr int leavesAhead = 2;
 
-/// Where the corners of no triangle lie: beyond all reach, with squares that do not overflow.
+/// Where the corners of an absent triangle lie: beyond all reach, with squares that do not overflow.
 constexpr float beyondReach = 1e18f;
 
 /// What each thread has found in its slice of the triangles.
@@ -32,7 +32,7 @@ struct FoundRecords
     BoundingBox box;
 };
 
-/// The middle of the box of each triangle whose corners are finite, from the begin of each slice on.
+/// The middle of the box of each triangle whose corners are finite, from the beginning of each slice on.
 class TriangleRecords
 {
 public:
@@ -68,7 +68,7 @@ private:
                 for (const int corner : triangles[t + ahead].corners) znUtil::prefetch(&vertices[corner]);
             const float *a = &vertices[triangles[t][0]].x, *b = &vertices[triangles[t][1]].x,
                         *c = &vertices[triangles[t][2]].x;
-            float nothing = 0; // no number if a coordinate is not finite
+            float nothing = 0; // not a number if a coordinate is not finite
             BoundingBox triangle;
             float *low = &triangle.minX, *high = &triangle.maxX;
             for (int axis = 0; axis < 3; ++axis) {
@@ -176,7 +176,7 @@ void PackedTriangles::fillLeaves(const CompactMesh& mesh, const int* order, Thre
     isExact = std::find(lost.begin(), lost.end(), 1) == lost.end();
 }
 
-/// \return whether all coordinates can be had back
+/// \return whether all coordinates can be recovered exactly
 bool PackedTriangles::fillLeaf(const CompactMesh& mesh, const int* order, int count, Leaf& leaf) const
 {
     const MeshVertex* vertices = mesh.getVertices();
@@ -203,7 +203,7 @@ bool PackedTriangles::fillLeaf(const CompactMesh& mesh, const int* order, int co
     return exact;
 }
 
-/// From below upwards.
+/// From the bottom up.
 void PackedTriangles::fillUpperNodes()
 {
     int first = firstLowest, count = numNodes - firstLowest;

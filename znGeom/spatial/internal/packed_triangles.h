@@ -9,13 +9,13 @@
 namespace znGeom::internal {
 
 /// A heap in which each node has eight children: those of node g are 8 g + 1 to 8 g + 8. All leaves lie on the last
-/// level, and all are full but the last, so that nothing has to say where anything is. The leaves have copies of the
-/// corners of their triangles. All coordinates are those of the frame.
+/// level, and all but the last are full, so that no links are needed. The leaves hold copies of the corners of their
+/// triangles. All coordinates are those of the frame.
 struct PackedTriangles
 {
     static constexpr int width = 8;
 
-    /// The boxes of the children. One that is not there is infinitely far from everything.
+    /// The boxes of the children. One that does not exist is infinitely far from everything.
     struct alignas(64) Node
     {
         float low[3][width], high[3][width];
@@ -38,8 +38,8 @@ struct PackedTriangles
 
     SearchFrame frame;
     BoundingBox box;      ///< of the triangles, in the mesh's coordinates
-    int numTriangles = 0; ///< that are in the tree
-    bool isExact = true;  ///< whether the mesh's coordinates can be had back from those of the leaves
+    int numTriangles = 0; ///< those in the tree
+    bool isExact = true;  ///< whether the mesh's coordinates can be recovered from those of the leaves
     int firstLowest = 0;  ///< the first of the nodes whose children are leaves
     int numNodes = 0, numLeaves = 0;
     AlignedArray<Node> nodes{nullptr, {0}};

@@ -22,7 +22,7 @@ public:
         : m_search(octree), m_elements(elements), m_lastLeaf(lastLeaf)
     {}
 
-    /// What comes next depends on this and on nothing else of what came before.
+    /// What follows depends on this and on nothing else that came before.
     const Cell& lastLeaf() const { return m_lastLeaf; }
 
     /// \param record  called with each entry
@@ -43,10 +43,10 @@ public:
         return false;
     }
 
-    /// Makes the last leaf what it is after all elements before `element`, so that a slice begins as if one thread had
-    /// done everything: steps back to an element that ends at the same leaf whatever was before it, a few steps in
-    /// general, and goes forward from there. Where many in a row lie on the faces of cells it gives up and makes what
-    /// is likely the last leaf.
+    /// Sets the last leaf to what it is after all elements before `element`, so that a slice begins as if one thread
+    /// had done everything: steps back to an element that ends at the same leaf whatever came before it, usually a few
+    /// steps, and goes forward from there. Where many in a row lie on the faces of cells, it gives up and sets the leaf
+    /// that is likely to be the last one.
     void continueAt(int element)
     {
         const int farthest = std::max(element - mostStepsBack, 0);
@@ -58,7 +58,7 @@ public:
 private:
     static constexpr int mostStepsBack = 64;
 
-    /// Whether the element forces the last leaf: it meets a single one, or lies wholly within none.
+    /// Whether the element determines the last leaf: it meets a single one, or lies wholly within none.
     bool endsAtKnownLeaf(int element)
     {
         const WideBox box = m_elements[element].box();
@@ -85,7 +85,7 @@ template <typename Elements>
 class PartitionAlg : public znUtil::ThreadedAlg
 {
 public:
-    /// \param elements  must live as long as this
+    /// \param elements  must outlive this
     PartitionAlg(const Octree& octree, const Elements& elements) : m_octree(octree), m_elements(elements) {}
 
     void initialize(int numThreads) override { m_workers = std::vector<Worker>(static_cast<size_t>(numThreads)); }
@@ -149,11 +149,11 @@ private:
         LeafEntries found;
         Cell begin, end; ///< the last leaf before and after the slice
         int coherentCount = 0;
-        size_t numOutdated = 0; ///< how many entries at the beginning do not count
+        size_t numOutdated = 0; ///< how many entries at the beginning no longer count
         LeafEntries replaced;   ///< what counts in their place
     };
 
-    /// Goes through a slice once more with another leaf before it, until that makes no difference any longer.
+    /// Goes through a slice once more, starting from another last leaf, until that no longer makes a difference.
     void replaceBeginning(Worker& worker, znUtil::Slice slice, const Cell& last)
     {
         Partitioner<Elements> outdated(m_octree, m_elements, worker.begin), actual(m_octree, m_elements, last);

@@ -33,7 +33,7 @@ public:
             for (const Float4& corner : corners) result.extend(corner);
             return result;
         }
-        /// `intersects(leaf box, p0, p1, p2)`, which needs no work where a corner lies in the leaf.
+        /// `intersects(leaf box, p0, p1, p2)`, which is called only where no corner lies in the leaf.
         bool touches(const WideBox& leaf) const
         {
             if (leaf.contains(corners[0]) || leaf.contains(corners[1]) || leaf.contains(corners[2])) return true;

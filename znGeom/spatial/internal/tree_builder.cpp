@@ -18,7 +18,7 @@ using znUtil::Slice;
 using znUtil::ThreadPool;
 
 constexpr int deepestLevel = 24;
-/// How many levels are found by one counting sort, and from how many points on that pays.
+/// How many levels are found by one counting sort, and from how many points on that pays off.
 constexpr int sortedLevels = 3;
 constexpr int minPointsToSort = 16384;
 
@@ -32,7 +32,7 @@ template <int Axes>
 struct TreeRules
 {
     static constexpr int numChildren = 1 << Axes;
-    /// The number of cells that the counting sort tells apart.
+    /// The number of cells that the counting sort distinguishes.
     static constexpr int numSortedCells = 1 << (Axes * sortedLevels);
 
     int leafCapacity;
@@ -72,12 +72,12 @@ struct SubtreeTask
     BoundingBox box;
     int level;
     int node;                       ///< its record among the top nodes
-    PointTreeNode root;             ///< `firstChild` as a position among the nodes that its builder made
+    PointTreeNode root;             ///< `firstChild` is a position among the nodes that its builder made
     int beginNode = 0, endNode = 0; ///< its nodes there
     int numLeaves = 0;
 };
 
-/// Splits cells all the way down, depth first. One to a thread; the nodes of several tasks lie one after the other.
+/// Splits cells all the way down, depth first. One per thread; the nodes of several tasks lie one after the other.
 template <int Axes>
 class SubtreeBuilder
 {
@@ -85,7 +85,7 @@ public:
     zn::vector<PointTreeNode> nodes;
     int maxDepth = 0;
 
-    /// \param points   in place for the tasks
+    /// \param points   already in place for the tasks
     /// \param scratch  room for as many
     SubtreeBuilder(TreeRules<Axes> rules, TreePoint* points, TreePoint* scratch, int* pointIndices)
         : m_rules(rules), m_points(points), m_scratch(scratch), m_pointIndices(pointIndices)
@@ -112,7 +112,7 @@ private:
         BoundingBox box;
         int node; ///< -1 for the root of the task
         int level;
-        bool inScratch; ///< where its points are at present
+        bool inScratch; ///< where its points currently are
     };
 
     void buildCell(const PendingCell& cell, SubtreeTask& task)
@@ -129,8 +129,8 @@ private:
         }
     }
 
-    /// Sorts the points of a cell by child into the other array, and appends the children. `node` dies with the first
-    /// append.
+    /// Sorts the points of a cell by child into the other array, and appends the children. `node` dangles after the
+    /// first append.
     void split(const PendingCell& cell, PointTreeNode& node, const TreePoint* points, const TreePoint* end)
     {
         constexpr int numChildren = TreeRules<Axes>::numChildren;
@@ -192,7 +192,7 @@ private:
     SubtreeBuilder<Axes> m_prototype;
 };
 
-/// The cells of the first levels: a point's place on each axis by a few comparisons with the middles there.
+/// The cells of the first levels: a point's place on each axis is found by a few comparisons with the middles there.
 template <int Axes>
 class SortedCells
 {
@@ -303,7 +303,7 @@ private:
         const int first = m_tree.nodes[node].firstPoint, end = m_tree.nodes[node].endPoint;
         const bool split = m_rules.isToBeSplit(&m_points[0] + first, &m_points[0] + end, box, depth + 1);
         if (!split || depth == sortedLevels) {
-            // The points of several cells stand together here, each cell's in its own order.
+            // The points of several cells lie together here, each cell's in its own order.
             std::sort(&m_points[0] + first, &m_points[0] + (split ? first : end),
                       [](const TreePoint& a, const TreePoint& b) { return a.index < b.index; });
             addTask(node, box, depth + 1);
@@ -348,7 +348,7 @@ private:
         }
     }
 
-    /// Appends the nodes of a task and numbers its leaves on.
+    /// Appends the nodes of a task and continues the numbering with its leaves.
     void join(const SubtreeTask& task, const zn::vector<PointTreeNode>& nodes)
     {
         PointTreeNode& root = m_tree.nodes[task.node];

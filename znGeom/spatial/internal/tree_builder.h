@@ -5,11 +5,11 @@
 
 namespace znGeom::internal {
 
-/// Builds a tree over three floats a point by the rules that `Octree` states.
+/// Builds a tree over points of three floats each by the rules that `Octree` states.
 ///
-/// The first levels are found at once: each axis of a cell path depends on that axis alone, so a point's cell there is
-/// a few comparisons, and one counting sort puts the points in order. What is then still too full is split further,
-/// each such cell on its own, by whichever thread is free. The tree is the same for any number of threads.
+/// The first levels are found at once: each axis of a cell path depends on that axis alone, so a point's cell there
+/// takes a few comparisons, and one counting sort puts the points in order. Cells that are then still too full are
+/// split further, each on its own, by whichever thread is free. The tree is the same for any number of threads.
 template <int Axes>
 PointTree buildPointTree(int numPoints, const float* points, const BoundingBox& box, int leafCapacity, bool parallel);
 

@@ -10,7 +10,7 @@ using znLinear::PointFlt;
 
 namespace {
 
-/// Of more triangles at exactly the same distance the walk is as quick to find the first.
+/// With more triangles at exactly the same distance, the walk finds the first one just as quickly.
 constexpr int mostSought = 64;
 
 bool isFinite(const BoundingBox& box)
@@ -72,8 +72,8 @@ void TreeSearch::splitNearest(int count)
     }
 }
 
-/// The squared distance of the nearest triangle but for those at the least distance, or a lesser one: all that was not
-/// measured is at least half the margin farther than the nearest.
+/// The squared distance of the nearest triangle apart from those at the least distance, or a smaller number: all
+/// triangles that were not measured are farther than the nearest by at least half the margin.
 double TreeSearch::secondDistance2(int count) const
 {
     const double unmeasured = std::sqrt(m_measured[0].distance2) + m_margin / 2;
@@ -83,8 +83,8 @@ double TreeSearch::secondDistance2(int count) const
     return second2;
 }
 
-/// Whether the leaf with the place of the only nearest triangle is nearer than any other triangle: the query counts
-/// narrowed to `float` there, and place and leaf are a little off.
+/// Whether the leaf with the place of the only nearest triangle is nearer than any other triangle: there the query is
+/// taken narrowed to `float`, and place and leaf are slightly inexact.
 bool TreeSearch::isAlone(const Point& query, double second2) const
 {
     if (m_numNearest > 1) return false;

@@ -1,4 +1,4 @@
-/// The search for the nearest triangle by a tree.
+/// The search for the nearest triangle using a tree.
 #pragma once
 
 #include <vector>
@@ -9,11 +9,12 @@
 
 namespace znGeom::internal {
 
-/// Answers as a walk over the leaves of an octree by rising distance does, in which the first of several triangles at
-/// exactly the same distance stays; or says that such a walk has to be made. Keeps its memory from query to query.
+/// Answers as a walk over the leaves of an octree by increasing distance does, in which the first of several triangles
+/// at exactly the same distance is kept; or reports that such a walk has to be made. Keeps its memory from query to
+/// query.
 ///
-/// The tree tells which triangles are nearest; the leaves of the octree are asked only where that leaves a choice:
-/// where several are exactly as near, or nearly so, the walk takes the one in whose leaf it comes first.
+/// The tree determines which triangles are nearest; the leaves of the octree are consulted only where that leaves a
+/// choice: where several are exactly equally near, or nearly so, the walk takes the one whose leaf it reaches first.
 class TreeSearch
 {
 public:
@@ -34,7 +35,7 @@ private:
     const Octree& m_octree;
     FirstLeaf m_firstLeaf;
     bool m_isUsable;
-    double m_margin = 0; ///< half of it separates what was left out from the nearest, in the units of the mesh
+    double m_margin = 0; ///< half of it separates the triangles left out from the nearest, in the units of the mesh
     NearestCandidates m_candidates;
     std::vector<MeasuredTriangle> m_measured; ///< the nearest ones first
     int m_numNearest = 0;

@@ -1,5 +1,4 @@
-/// Bounds in `float` on the distance of a point from a triangle, as plain functions that compilers take several at once
-/// of.
+/// Bounds in `float` on the distance of a point from a triangle, as plain functions that compilers can vectorise.
 #pragma once
 
 #if defined(__GNUC__)
@@ -14,7 +13,7 @@ ZNGEOM_INLINE float lesser(float a, float b) { return a < b ? a : b; }
 ZNGEOM_INLINE float greater(float a, float b) { return a > b ? a : b; }
 ZNGEOM_INLINE float clamped(float t) { return lesser(greater(t, 0.0f), 1.0f); }
 
-/// What a number lies outside a range.
+/// How far a number lies outside a range.
 ZNGEOM_INLINE float outside(float value, float low, float high)
 {
     return greater(greater(low - value, value - high), 0.0f);
@@ -26,17 +25,17 @@ struct SeenTriangle
     float a[3], b[3], c[3];
 };
 
-/// The products of a triangle's sides from its first corner, and of these with the way from there to the point: all
-/// that it takes to find the nearest place.
+/// The products of a triangle's sides from its first corner, and of these with the vector from there to the point: all
+/// that is needed to find the nearest place.
 struct SideProducts
 {
     float bb = 0, bc = 0, cc = 0; ///< of the sides to the second and the third corner
-    float pb = 0, pc = 0;         ///< of these with the way to the point
+    float pb = 0, pc = 0;         ///< of these with the vector to the point
 };
 
-/// About the nearest place, a + v (b - a) + w (c - a): the foot of the perpendicular when it lies within the triangle,
-/// otherwise the best place of the three sides. Without branches; after Ericson, "Real-Time Collision Detection"
-/// (2005).
+/// Approximately the nearest place, a + v (b - a) + w (c - a): the foot of the perpendicular when it lies within the
+/// triangle, otherwise the best place of the three sides. Without branches; after Ericson, "Real-Time Collision
+/// Detection" (2005).
 ZNGEOM_INLINE void findPlace(const SideProducts& s, float& v, float& w)
 {
     const auto excess = [&s](float atV, float atW) {
@@ -59,12 +58,12 @@ ZNGEOM_INLINE void findPlace(const SideProducts& s, float& v, float& w)
     w = within ? footW : w;
 }
 
-/// Squared distances between which the triangle's lies, but for rounding.
+/// Squared distances between which the triangle's lies, apart from rounding.
 ///
-/// The lower one is that of the plane through about the nearest place, at right angles to the way there, before which
-/// no corner lies; the upper one that of the place. How well it was found decides how sharp they are and not whether
-/// they hold. The lower one is 0 where nothing is known: where the point lies on the triangle, or a product is no
-/// number. The upper one wants finite corners.
+/// The lower one is that of a plane through approximately the nearest place, at right angles to the direction to it, in
+/// front of which no corner lies; the upper one is that of the place. How well the place was found decides how sharp
+/// they are, not whether they hold. The lower one is 0 where nothing is known: where the point lies on the triangle, or
+/// a product is not a number. The upper one requires finite corners.
 ZNGEOM_INLINE void boundTriangle(const SeenTriangle& seen, float& lower2, float& upper2)
 {
     /// Squares below this have too few digits.

@@ -23,7 +23,7 @@ struct WideBox
         return box;
     }
 
-    /// As the functions of `BoundingBox` of the same names.
+    /// Like the functions of `BoundingBox` of the same names.
     bool isValid() const { return placesLessOrEqual(low, high) == 7; }
     bool intersects(const WideBox& box) const { return places((low <= box.high) & (box.low <= high)) == 7; }
     bool contains(const WideBox& box) const { return places((low <= box.low) & (box.high <= high)) == 7; }
