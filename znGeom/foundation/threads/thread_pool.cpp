@@ -36,22 +36,29 @@ inline void relax()
 #endif
 }
 
-/// Blocks while `value` equals `old`: awake for a while, then asleep. The pauses between checks double up to the
-/// longest.
+/// Watches `value` for a while, for as long as it equals `old`; returns whether it still does. The pauses between
+/// checks double up to the longest.
 template <typename T>
-void waitWhileEqual(const std::atomic<T>& value, T old, int firstPauses, int mostPauses)
+bool watchWhileEqual(const std::atomic<T>& value, T old, int firstPauses, int mostPauses)
 {
     using Clock = std::chrono::steady_clock;
     for (int pauses = firstPauses; pauses < mostPauses; pauses *= 2) {
-        if (value.load(std::memory_order_acquire) != old) return;
+        if (value.load(std::memory_order_acquire) != old) return false;
         for (int pause = 0; pause < pauses; ++pause) relax();
     }
     const Clock::time_point end = Clock::now() + watch;
     do {
-        if (value.load(std::memory_order_acquire) != old) return;
+        if (value.load(std::memory_order_acquire) != old) return false;
         for (int pause = 0; pause < mostPauses; ++pause) relax();
     } while (Clock::now() < end);
-    value.wait(old, std::memory_order_acquire);
+    return true;
+}
+
+/// Blocks while `value` equals `old`: awake for a while, then asleep.
+template <typename T>
+void waitWhileEqual(const std::atomic<T>& value, T old, int firstPauses, int mostPauses)
+{
+    if (watchWhileEqual(value, old, firstPauses, mostPauses)) value.wait(old, std::memory_order_acquire);
 }
 
 /// The exception of the lowest thread, kept until the caller can take it.
@@ -132,8 +139,8 @@ private:
     void beginRound(unsigned numLeft)
     {
         const unsigned round = (m_state.load(std::memory_order_relaxed) & ~leftMask) + roundStep;
-        m_state.store(round | numLeft, std::memory_order_release);
-        m_state.notify_all();
+        m_state.store(round | numLeft);
+        if (m_mayBeAsleep.exchange(false)) m_state.notify_all();
     }
 
     /// Claims a body and runs it. While a claim is held, the round, and with it the job, cannot end.
@@ -149,13 +156,23 @@ private:
         return true;
     }
 
+    /// Waking a thread costs a call of the system, so a round wakes only who went to sleep since the last one that did.
+    /// Whoever goes to sleep says so first and then looks again: either sees the other.
+    void sleepWhileEqual(unsigned state)
+    {
+        if (m_state.load() != state) return;
+        m_mayBeAsleep.store(true);
+        m_state.wait(state);
+    }
+
     void work()
     {
         for (;;) {
             const unsigned state = m_state.load(std::memory_order_acquire);
             if (m_stop.load(std::memory_order_relaxed)) return;
             if ((state & leftMask) == noneLeft) {
-                waitWhileEqual(m_state, state, pausesOfWorkers, pausesOfWorkers);
+                if (!watchWhileEqual(m_state, state, pausesOfWorkers, pausesOfWorkers)) continue;
+                sleepWhileEqual(state);
                 continue;
             }
             // A tiny loop is over after a pause: the calling thread finishes it sooner on its own.
@@ -168,6 +185,7 @@ private:
     alignas(cacheLine) std::atomic<unsigned> m_state{0}; ///< alone in the cache line that waiting threads read
     alignas(cacheLine) std::atomic<int> m_pending{0};
     std::atomic<bool> m_taken{false};
+    std::atomic<bool> m_mayBeAsleep{false}; ///< whether a worker may sleep that no round has woken
     std::atomic<bool> m_stop{false};
     Job m_job = nullptr;
     void* m_context = nullptr;
