@@ -4,8 +4,8 @@
 #include "bench/checks.h"
 #include "bench/compact.h"
 #include "znGeom/analysis/bounds.h"
-#include "znGeom/spatial/closest_point.h"
-#include "znGeom/spatial/octree_partition.h"
+#include "znGeom/spatial/queries/closest_point.h"
+#include "znGeom/spatial/trees/octree_partition.h"
 
 #include <algorithm>
 #include <cmath>

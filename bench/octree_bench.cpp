@@ -3,8 +3,8 @@
 #include "bench/suite.h"
 #include "znGeom/analysis/bounds.h"
 #include "znGeom/foundation/threads.h"
-#include "znGeom/spatial/octree.h"
-#include "znGeom/spatial/octree_partition.h"
+#include "znGeom/spatial/trees/octree.h"
+#include "znGeom/spatial/trees/octree_partition.h"
 
 #include <memory>
 #include <vector>

@@ -1,6 +1,6 @@
 // The ray primitive as it stands, triangle by triangle.
 #include "bench/ray.h"
-#include "znGeom/spatial/ray.h"
+#include "znGeom/spatial/shapes/ray.h"
 
 namespace {
 

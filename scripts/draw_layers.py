@@ -19,7 +19,8 @@ PICTURE = ROOT / "docs/images/layers.svg"
 AROUND = {"apps/zngeom": "the tool", "examples": "small programs", "tests": "unit and fuzz tests", "bench": "benchmarks"}
 NOTES = {"analysis": "derived data, measures", "cache": "derived objects kept", "curves": "lines on surfaces",
          "editing": "changes to a mesh", "files": "mesh files", "planar": "plane fits, polygons",
-         "spatial": "boxes, octrees, queries", "topology": "the half-edge mesh",
+         "spatial/shapes": "frusta, spheres, rays", "spatial/trees": "octree, quadtree, k-d tree",
+         "spatial/queries": "nearest points, crossings", "repair": "broken meshes made whole", "topology": "the half-edge mesh",
          "foundation/machine": "compiler, machine, version", "foundation/linear": "value types",
          "foundation/containers": "lists, maps, references", "foundation/mesh": "the mesh model",
          "foundation/threads": "pool, loops, progress", "foundation/output": "log, messages, timer",

@@ -10,8 +10,8 @@
 #include "apps/zngeom/part_options.h"
 #include "apps/zngeom/point_reader.h"
 #include "znGeom/analysis/bounds.h"
-#include "znGeom/spatial/closest_point.h"
-#include "znGeom/spatial/octree_partition.h"
+#include "znGeom/spatial/queries/closest_point.h"
+#include "znGeom/spatial/trees/octree_partition.h"
 
 namespace tool {
 

@@ -9,6 +9,7 @@
 #include <nlohmann/json.hpp>
 
 #include "apps/zngeom/pacer.h"
+#include "znGeom/version.h"
 
 namespace tool {
 

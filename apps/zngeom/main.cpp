@@ -20,6 +20,7 @@
 #include "apps/zngeom/usage.h"
 #include "znGeom/foundation/output/app_output.h"
 #include "znGeom/foundation/output/debug_channel.h"
+#include "znGeom/version.h"
 
 namespace tool {
 

@@ -25,7 +25,9 @@ ROWS = (
     ("planar", "solvers"),
     ("files",),
     ("analysis",),
-    ("editing", "spatial"),
+    ("editing", "spatial/shapes"),
+    ("spatial/trees",),
+    ("spatial/queries",),
     ("cache", "scopes"),
     ("repair", "simplify", "shells", "curves", "parameterize", "primitives"),
 )

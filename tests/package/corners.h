@@ -1,5 +1,5 @@
 // What somebody's library offers; nothing of ours is seen here.
 #pragma once
 
-// The number of corners that the triangles of a unit square have at its welded vertices.
+// The number of corners of a triangle.
 int countCorners();

@@ -7,7 +7,7 @@
 #include "tests/support/shapes.h"
 #include "znGeom/analysis/bounds.h"
 #include "znGeom/spatial.h"
-#include "znGeom/spatial/octree.h"
+#include "znGeom/spatial/trees/octree.h"
 
 namespace znTest {
 

@@ -6,7 +6,7 @@
 #include "znGeom/analysis/boundaries.h"
 #include "znGeom/analysis/bounds.h"
 #include "znGeom/foundation/containers/tree.h"
-#include "znGeom/spatial/octree_partition.h"
+#include "znGeom/spatial/trees/octree_partition.h"
 
 namespace znGeom {
 

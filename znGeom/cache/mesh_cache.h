@@ -5,7 +5,7 @@
 #include "znGeom/foundation/containers/impl_base.h"
 #include "znGeom/foundation/mesh/compact_mesh.h"
 #include "znGeom/foundation/mesh/mesh_adjacency.h"
-#include "znGeom/spatial/octree.h"
+#include "znGeom/spatial/trees/octree.h"
 
 namespace znGeom {
 

@@ -13,9 +13,9 @@
 #include "znGeom/foundation/containers/impl_base.h"
 #include "znGeom/foundation/linear/line.h"
 #include "znGeom/foundation/mesh/bit_runs.h"
-#include "znGeom/spatial/closest_point.h"
-#include "znGeom/spatial/octree_partition.h"
-#include "znGeom/spatial/octree_traversal.h"
+#include "znGeom/spatial/queries/closest_point.h"
+#include "znGeom/spatial/trees/octree_partition.h"
+#include "znGeom/spatial/trees/octree_traversal.h"
 
 namespace znGeom {
 
