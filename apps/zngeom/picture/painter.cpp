@@ -1,0 +1,118 @@
+#include "apps/zngeom/picture/painter.h"
+
+#include <cmath>
+
+#include "apps/zngeom/picture/rings.h"
+
+namespace tool {
+
+namespace {
+
+constexpr Colour front{205, 211, 219}, back{188, 158, 124};
+
+// Marks lie in front of the surface by some pixels, so that it doesn't swallow half of them.
+constexpr double aheadOfSurface = 0.3, outlineAhead = 0.8, lineAhead = 3, pointAhead = 6;
+constexpr double outlineWidth = 0.6, thinWidth = 1.6, lineWidth = 3.4, pointRadius = 5, rimWidth = 1.3;
+
+Spot nearer(Spot spot, double by)
+{
+    spot.depth -= by;
+    return spot;
+}
+
+/// An outline that takes no more than a small part of the triangle.
+bool isLargeEnoughForOutline(const SeenTriangle& seen)
+{
+    double longest = 0;
+    for (int i = 0; i < 3; ++i) {
+        const Spot &a = seen.corners[i], &b = seen.corners[znGeom::cornerAfter(i)];
+        longest = std::max(longest, std::hypot(b.x - a.x, b.y - a.y));
+    }
+    return seen.area > 4 * longest;
+}
+
+void paintTriangle(Canvas& canvas, const SeenTriangle& seen, const Colour& colour, double ahead)
+{
+    const auto corner = [&](int i, double by) { return nearer(seen.corners[i], by); };
+    canvas.fillTriangle(corner(0, ahead), corner(1, ahead), corner(2, ahead), colour);
+    if (!isLargeEnoughForOutline(seen)) return;
+    for (int i = 0; i < 3; ++i)
+        canvas.drawLine(corner(i, outlineAhead), corner(znGeom::cornerAfter(i), outlineAhead), outlineWidth,
+                        shaded(colour, 0.62));
+}
+
+void paintPoint(Canvas& canvas, const Spot& spot, const Colour& colour, Canvas::Hidden hidden)
+{
+    canvas.fillDisc(nearer(spot, pointAhead), pointRadius + rimWidth, ink, hidden);
+    canvas.fillDisc(nearer(spot, pointAhead + 1), pointRadius, colour, hidden);
+}
+
+Canvas::Hidden whenHidden(const Marking& marking)
+{
+    return marking.isAside ? Canvas::Hidden::Away : Canvas::Hidden::Faint;
+}
+
+} // namespace
+
+Painter::Painter(const Scene& scene)
+    : m_scene(scene), m_isMarked(static_cast<std::size_t>(scene.mesh->getNumTriangles()))
+{
+    for (const Marking& marking : scene.markings)
+        for (const int triangle : marking.triangles) m_isMarked[static_cast<std::size_t>(triangle)] = true;
+}
+
+void Painter::paint(Canvas& canvas, const View& view, const Frame& frame) const
+{
+    canvas.clipTo(frame);
+    const Projection projection(*m_scene.mesh, view);
+    paintSurface(canvas, projection);
+    for (const Marking& marking : m_scene.markings) paintMarkedTriangles(canvas, projection, marking);
+    for (const Marking& marking : m_scene.markings) {
+        paintLines(canvas, view, marking);
+        paintPoints(canvas, view, marking);
+        if (!marking.isAside) paintRings(canvas, view, frame, *m_scene.mesh, marking);
+    }
+}
+
+void Painter::paintSurface(Canvas& canvas, const Projection& projection) const
+{
+    projection.forEachTriangle([&](int triangle, const SeenTriangle& seen) {
+        if (m_isMarked[static_cast<std::size_t>(triangle)]) return;
+        paintTriangle(canvas, seen, shaded(seen.isFront ? front : back, 0.5 + 0.53 * seen.light), 0);
+    });
+}
+
+/// In front of what they repeat, and bright enough to be told apart also in the shade.
+void Painter::paintMarkedTriangles(Canvas& canvas, const Projection& projection, const Marking& marking) const
+{
+    SeenTriangle seen;
+    for (const int triangle : marking.triangles)
+        if (projection.see(triangle, seen))
+            paintTriangle(canvas, seen, shaded(marking.colour, 0.78 + 0.26 * seen.light), aheadOfSurface);
+}
+
+void Painter::paintLines(Canvas& canvas, const View& view, const Marking& marking) const
+{
+    const double width = marking.isAside ? thinWidth : lineWidth;
+    for (const auto& [from, to] : marking.lines)
+        canvas.drawLine(nearer(view.at(from), lineAhead), nearer(view.at(to), lineAhead), width, marking.colour,
+                        whenHidden(marking));
+}
+
+void Painter::paintPoints(Canvas& canvas, const View& view, const Marking& marking) const
+{
+    for (const znLinear::Point& point : marking.points)
+        paintPoint(canvas, view.at(point), marking.colour, whenHidden(marking));
+}
+
+void paintSample(Canvas& canvas, const Frame& frame, const Marking& marking)
+{
+    const double left = frame.left, right = frame.right, top = frame.top, bottom = frame.bottom;
+    const double x = (left + right) / 2, y = (top + bottom) / 2;
+    if (!marking.triangles.empty()) canvas.fillFrame(frame, marking.colour);
+    if (!marking.lines.empty())
+        canvas.drawLine({left, y, 0}, {right, y, 0}, marking.isAside ? thinWidth : lineWidth, marking.colour);
+    if (!marking.points.empty()) paintPoint(canvas, {x, y, 0}, marking.colour, Canvas::Hidden::Away);
+}
+
+} // namespace tool
