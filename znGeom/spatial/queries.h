@@ -2,4 +2,5 @@
 #pragma once
 
 #include "znGeom/spatial/queries/closest_point.h"
+#include "znGeom/spatial/queries/mesh_intersect.h"
 #include "znGeom/spatial/queries/octree_closest.h"

@@ -6,3 +6,4 @@
 #include "znGeom/spatial/shapes/ray.h"
 #include "znGeom/spatial/shapes/scene_bounding_box.h"
 #include "znGeom/spatial/shapes/sphere.h"
+#include "znGeom/spatial/shapes/triangle_intersect.h"

@@ -15,7 +15,7 @@ TriangleTree::~TriangleTree() = default;
 std::size_t TriangleTree::numBytes() const
 {
     return sizeof *this + sizeof(PackedTriangles) +
-           sizeof(PackedTriangles::Node) * static_cast<std::size_t>(m_triangles->numNodes) +
+           sizeof(internal::BoxGroup) * static_cast<std::size_t>(m_triangles->numNodes) +
            sizeof(PackedTriangles::Leaf) * static_cast<std::size_t>(m_triangles->numLeaves);
 }
 

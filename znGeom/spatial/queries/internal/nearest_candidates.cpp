@@ -14,13 +14,10 @@ namespace znGeom::internal {
 
 namespace {
 
-using Node = PackedTriangles::Node;
+using Node = BoxGroup;
 using Leaf = PackedTriangles::Leaf;
 using Candidate = NearestCandidates::Candidate;
 constexpr int width = PackedTriangles::width;
-
-/// At most ten levels, with seven siblings waiting on each.
-constexpr int stackSize = 10 * (width - 1) + width + 1;
 
 /// The bits of a squared distance above a number: they ascend as the distances do.
 using Key = std::uint64_t;
@@ -136,7 +133,7 @@ ZNGEOM_CLONES void findCandidates(const PackedTriangles& tree, const float* quer
     const Leaf* const leaves = tree.leaves.get();
     const int firstLowest = tree.firstLowest;
     const float q[3] = {query[0], query[1], query[2]};
-    Key stack[stackSize];
+    Key stack[BoxHierarchy::stackSize];
     stack[0] = 0;
     for (int size = 1; size > 0;) {
         const Key key = stack[--size];

@@ -3,23 +3,14 @@
 
 #include "znGeom/foundation/mesh/compact_mesh.h"
 #include "znGeom/foundation/threads/thread_pool.h"
-#include "znGeom/spatial/trees/internal/aligned_array.h"
+#include "znGeom/spatial/trees/internal/box_hierarchy.h"
 #include "znGeom/spatial/trees/internal/search_frame.h"
 
 namespace znGeom::internal {
 
-/// A heap in which each node has eight children: those of node g are 8 g + 1 to 8 g + 8. All leaves lie on the last
-/// level, and all but the last are full, so that no links are needed. The leaves hold copies of the corners of their
-/// triangles. All coordinates are those of the frame.
-struct PackedTriangles
+/// The leaves hold copies of the corners of their triangles. All coordinates are those of the frame.
+struct PackedTriangles : BoxHierarchy
 {
-    static constexpr int width = 8;
-
-    /// The boxes of the children. One that does not exist is infinitely far from everything.
-    struct alignas(64) Node
-    {
-        float low[3][width], high[3][width];
-    };
     /// A place without a triangle holds one that is beyond reach, with the number -1.
     struct alignas(64) Leaf
     {
@@ -40,16 +31,11 @@ struct PackedTriangles
     BoundingBox box;      ///< of the triangles, in the mesh's coordinates
     int numTriangles = 0; ///< those in the tree
     bool isExact = true;  ///< whether the mesh's coordinates can be recovered from those of the leaves
-    int firstLowest = 0;  ///< the first of the nodes whose children are leaves
-    int numNodes = 0, numLeaves = 0;
-    AlignedArray<Node> nodes{nullptr, {0}};
     AlignedArray<Leaf> leaves{nullptr, {0}};
 
 private:
-    void countLevels();
     void fillLeaves(const CompactMesh& mesh, const int* order, znUtil::ThreadPool& pool);
     bool fillLeaf(const CompactMesh& mesh, const int* order, int count, Leaf& leaf) const;
-    void fillUpperNodes();
 };
 
 } // namespace znGeom::internal

@@ -1,0 +1,332 @@
+#include "znGeom/spatial/queries/mesh_intersect.h"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "znGeom/analysis/bounds.h"
+#include "znGeom/foundation/mesh/triangle_box.h"
+#include "znGeom/foundation/output/debug_channel.h"
+#include "znGeom/foundation/output/stop_watch.h"
+#include "znGeom/foundation/threads/parallel_for.h"
+#include "znGeom/foundation/threads/radix_sort.h"
+#include "znGeom/spatial/shapes/internal/placed_triangle.h"
+#include "znGeom/spatial/trees/internal/box_tree.h"
+
+namespace znGeom {
+
+using internal::BoxSearch;
+using internal::BoxTree;
+using internal::PlacedTriangle;
+using znLinear::AffineMatrix;
+using znLinear::Point;
+using znUtil::Progress;
+using znUtil::Slice;
+using znUtil::ThreadPool;
+
+namespace {
+
+/// Two triangles and the ends of the segment that they have in common.
+struct Crossing
+{
+    int first, second;
+    Point p, q;
+};
+
+/// The positions of a mesh, in `double`.
+class Positions
+{
+public:
+    explicit Positions(const CompactMesh& mesh) : m_vertices(mesh.getVertices()), m_triangles(mesh.getTriangles()) {}
+
+    void get(int triangle, Point (&corners)[3]) const
+    {
+        for (int i = 0; i < 3; ++i) corners[i] = m_vertices[m_triangles[triangle][i]].asPoint();
+    }
+    const MeshTriangle& triangle(int number) const { return m_triangles[number]; }
+    BoundingBox box(int triangle) const { return boxAround(m_vertices, m_triangles[triangle]); }
+    bool isFinite(int triangle) const
+    {
+        const MeshTriangle& t = m_triangles[triangle];
+        return znGeom::isFinite(m_vertices[t[0]]) && znGeom::isFinite(m_vertices[t[1]]) &&
+               znGeom::isFinite(m_vertices[t[2]]);
+    }
+
+private:
+    const MeshVertex* m_vertices;
+    const MeshTriangle* m_triangles;
+};
+
+PlacedTriangle placed(const Point (&corners)[3]) { return PlacedTriangle(corners[0], corners[1], corners[2]); }
+
+/// Finds the crossings of two triangles in the same space, unless it is clear that there are none.
+bool crossing(const Point (&a)[3], const Point (&b)[3], Crossing& found)
+{
+    if (internal::liesAside(a, b) || internal::liesAside(b, a)) return false;
+    return internal::crosses(placed(a), placed(b), found.p, found.q);
+}
+
+/// Searches for the crossings of each triangle of a mesh, chunk by chunk. The lists of the chunks are joined in order,
+/// so that they do not depend on which thread had which chunk.
+class CrossingAlg : public znUtil::ThreadedChunkAlg
+{
+public:
+    CrossingAlg(const BoxTree& tree, int numQueries, Progress& progress) : m_tree(tree), m_numQueries(numQueries)
+    {
+        setProgress(&progress);
+    }
+
+    void initialize(int) override { m_found.resize(static_cast<size_t>(numChunks)); }
+
+    void execute(int chunkIndex, int threadIndex) override
+    {
+        BoxSearch search(m_tree);
+        const Slice slice(m_numQueries, chunkIndex, numChunks);
+        for (int query = slice.begin; query < slice.end; ++query) {
+            if (cancelled(threadIndex)) return;
+            test(query, search, m_found[static_cast<size_t>(chunkIndex)]);
+        }
+        updateProgress(threadIndex, static_cast<double>(chunkIndex + 1) / numChunks);
+    }
+
+    std::vector<Crossing> takeCrossings()
+    {
+        std::vector<Crossing> all;
+        for (std::vector<Crossing>& found : m_found) {
+            all.insert(all.end(), found.begin(), found.end());
+            found = {};
+        }
+        return all;
+    }
+
+protected:
+    /// Appends the crossings of one triangle, ordered by the other triangle.
+    virtual void test(int query, BoxSearch& search, std::vector<Crossing>& found) const = 0;
+
+private:
+    const BoxTree& m_tree;
+    int m_numQueries;
+    std::vector<std::vector<Crossing>> m_found;
+};
+
+class SelfIntersectAlg final : public CrossingAlg
+{
+public:
+    SelfIntersectAlg(const CompactMesh& mesh, const BoxTree& tree, Progress& progress)
+        : CrossingAlg(tree, mesh.getNumTriangles(), progress), m_positions(mesh)
+    {}
+
+private:
+    static bool shareVertex(const MeshTriangle& a, const MeshTriangle& b)
+    {
+        return hasVertex(a, b[0]) || hasVertex(a, b[1]) || hasVertex(a, b[2]);
+    }
+
+    void test(int query, BoxSearch& search, std::vector<Crossing>& found) const override
+    {
+        if (!m_positions.isFinite(query)) return;
+        const MeshTriangle& triangle = m_positions.triangle(query);
+        const size_t before = found.size();
+        Point corners[3], others[3];
+        m_positions.get(query, corners);
+        for (const int other : search.find(m_positions.box(query))) {
+            if (other >= query || shareVertex(triangle, m_positions.triangle(other))) continue;
+            m_positions.get(other, others);
+            Crossing pair{query, other, {}, {}};
+            if (crossing(corners, others, pair)) found.push_back(pair);
+        }
+        std::sort(found.begin() + static_cast<std::ptrdiff_t>(before), found.end(),
+                  [](const Crossing& a, const Crossing& b) { return a.second < b.second; });
+    }
+
+    Positions m_positions;
+};
+
+/// Searches the tree of a first mesh for each triangle of a second.
+class IntersectAlg final : public CrossingAlg
+{
+public:
+    IntersectAlg(const CompactMesh& meshA, const CompactMesh& meshB, const BoxTree& tree, const AffineMatrix& matrix,
+                 const AffineMatrix& inverse, Progress& progress)
+        : CrossingAlg(tree, meshB.getNumTriangles(), progress), m_a(meshA), m_b(meshB), m_matrix(matrix),
+          m_inverse(inverse), m_reach(reachOf(tree.box))
+    {}
+
+private:
+    static double reachOf(const BoundingBox& box)
+    {
+        return std::max({std::fabs(box.minX), std::fabs(box.minY), std::fabs(box.minZ), std::fabs(box.maxX),
+                         std::fabs(box.maxY), std::fabs(box.maxZ)});
+    }
+
+    /// The box of a triangle in the space of the first mesh, widened by what transforming and narrowing may lose.
+    BoundingBox boxInA(const Point (&corners)[3]) const
+    {
+        constexpr double narrowing = 0x1p-21;
+        BoundingBox box;
+        double reach = m_reach;
+        for (const Point& corner : corners) {
+            const Point p = corner * m_inverse;
+            box.extend(znLinear::PointFlt(p));
+            reach = std::max({reach, std::fabs(p.x), std::fabs(p.y), std::fabs(p.z)});
+        }
+        if (box.isValid()) box.extend(znLinear::narrow(narrowing * reach));
+        return box;
+    }
+
+    void test(int query, BoxSearch& search, std::vector<Crossing>& found) const override
+    {
+        if (!m_b.isFinite(query)) return;
+        Point corners[3], others[3];
+        m_b.get(query, corners);
+        for (const int other : search.find(boxInA(corners))) {
+            m_a.get(other, others);
+            for (Point& p : others) p = p * m_matrix;
+            Crossing pair{other, query, {}, {}};
+            if (crossing(others, corners, pair)) found.push_back(pair);
+        }
+    }
+
+    Positions m_a, m_b;
+    AffineMatrix m_matrix, m_inverse;
+    double m_reach; ///< the largest coordinate of the first mesh
+};
+
+/// Brings crossings that are ordered by the second triangle into the order of the first, then of the second.
+std::vector<Crossing> orderedByFirst(const std::vector<Crossing>& crossings)
+{
+    const int count = static_cast<int>(crossings.size());
+    std::vector<znUtil::KeyedIndex> keys(crossings.size()), scratch(crossings.size());
+    for (int i = 0; i < count; ++i)
+        keys[static_cast<size_t>(i)] = {static_cast<unsigned>(crossings[static_cast<size_t>(i)].first), i};
+    znUtil::radixSort(keys.data(), scratch.data(), count, ThreadPool::get());
+    std::vector<Crossing> ordered;
+    ordered.reserve(crossings.size());
+    for (const znUtil::KeyedIndex& key : keys) ordered.push_back(crossings[static_cast<size_t>(key.index)]);
+    return ordered;
+}
+
+MeshIntersectPair pairOn(const CompactMesh& mesh, int triangle, const Point& p, const Point& q)
+{
+    MeshIntersectPair pair;
+    pair.start.setFromPoint(triangle, mesh.getVerticesRaw(), mesh.getTrianglesRaw(), p);
+    pair.end.setFromPoint(triangle, mesh.getVerticesRaw(), mesh.getTrianglesRaw(), q);
+    return pair;
+}
+
+/// Calls `write(crossing, index)` for all, on the pool.
+template <typename Write>
+void forEachCrossing(const std::vector<Crossing>& crossings, const Write& write)
+{
+    znUtil::parallelFor(ThreadPool::get(), static_cast<int>(crossings.size()), [&](Slice slice, int) {
+        for (int i = slice.begin; i < slice.end; ++i) write(crossings[static_cast<size_t>(i)], static_cast<size_t>(i));
+    });
+}
+
+BoundingBox boxOf(const CompactMesh& mesh)
+{
+    BoundingBox box;
+    meshBoundingBox(mesh, box);
+    return box;
+}
+
+} // namespace
+
+class MeshIntersectImpl final : public zn::ImplBase
+{
+public:
+    MeshIntersectImpl(const CompactMesh& mesh, const Octree* octree) : m_mesh(mesh), m_octree(octree) {}
+
+    void selfIntersect(Progress& progress, std::deque<MeshIntersectPair>& result)
+    {
+        znOS::StopWatch watch;
+        SelfIntersectAlg alg(m_mesh, tree(), progress);
+        ThreadPool::get().run(alg);
+        const std::vector<Crossing> crossings = alg.takeCrossings();
+        result.clear();
+        result.resize(2 * crossings.size());
+        forEachCrossing(crossings, [&](const Crossing& found, size_t i) {
+            result[2 * i] = pairOn(m_mesh, found.first, found.p, found.q);
+            result[2 * i + 1] = pairOn(m_mesh, found.second, found.p, found.q);
+        });
+        debugChannel().print("znGeom::meshSelfIntersect: %d triangles\n    %d tri/tri intersections\n    %f s\n",
+                             m_mesh.getNumTriangles(), static_cast<int>(result.size()), watch.stop());
+    }
+
+    void intersect(const CompactMesh& meshB, const BoundingBox& boxB, const AffineMatrix& matrix, Progress& progress,
+                   std::deque<MeshIntersectPair>& resultA, std::deque<MeshIntersectPair>& resultB)
+    {
+        BoundingBox boxA = m_octree ? m_octree->getRoot().box : boxOf(m_mesh);
+        boxA.transform(matrix);
+        if (!boxA.intersects(boxB)) {
+            debugChannel().print("znGeom::meshIntersect: bboxes don't overlap\n");
+            return;
+        }
+        znOS::StopWatch watch;
+        const std::vector<Crossing> crossings = findCrossings(meshB, matrix, progress);
+        resultA.clear();
+        resultB.clear();
+        resultA.resize(crossings.size());
+        resultB.resize(crossings.size());
+        const AffineMatrix inverse = matrix.inverse();
+        forEachCrossing(crossings, [&](const Crossing& found, size_t i) {
+            resultB[i] = pairOn(meshB, found.second, found.p, found.q);
+            resultA[i] = pairOn(m_mesh, found.first, found.p * inverse, found.q * inverse);
+        });
+        debugChannel().print("meshIntersect: triangles1(%d) triangles2(%d)\n    %d intersections, %f s\n",
+                             m_mesh.getNumTriangles(), meshB.getNumTriangles(), static_cast<int>(resultA.size()),
+                             watch.stop());
+    }
+
+private:
+    const BoxTree& tree()
+    {
+        if (!m_tree) m_tree.emplace(m_mesh, ThreadPool::get());
+        return *m_tree;
+    }
+
+    std::vector<Crossing> findCrossings(const CompactMesh& meshB, const AffineMatrix& matrix, Progress& progress)
+    {
+        AffineMatrix inverse = matrix;
+        if (!inverse.invert()) return {};
+        IntersectAlg alg(m_mesh, meshB, tree(), matrix, inverse, progress);
+        ThreadPool::get().run(alg);
+        return orderedByFirst(alg.takeCrossings());
+    }
+
+    const CompactMesh& m_mesh;
+    const Octree* m_octree; ///< may be null
+    std::optional<BoxTree> m_tree;
+};
+
+MeshIntersect::MeshIntersect(const CompactMesh& mesh) : m_impl(new MeshIntersectImpl(mesh, nullptr)) {}
+
+MeshIntersect::MeshIntersect(const CompactMesh& mesh, const Octree& octree, const OctreeTris&)
+    : m_impl(new MeshIntersectImpl(mesh, &octree))
+{}
+
+MeshIntersect::MeshIntersect(const MeshIntersect& other) = default;
+MeshIntersect::MeshIntersect(MeshIntersect&& other) noexcept = default;
+MeshIntersect::~MeshIntersect() = default;
+
+void MeshIntersect::selfIntersect(Progress& progress, std::deque<MeshIntersectPair>& result)
+{
+    m_impl->selfIntersect(progress, result);
+}
+
+void MeshIntersect::intersect(const CompactMesh& meshB, const Octree& octreeB, const OctreeTris&,
+                              const AffineMatrix& matrix, Progress& progress, std::deque<MeshIntersectPair>& resultA,
+                              std::deque<MeshIntersectPair>& resultB)
+{
+    m_impl->intersect(meshB, octreeB.getRoot().box, matrix, progress, resultA, resultB);
+}
+
+void MeshIntersect::intersect(const CompactMesh& meshB, const AffineMatrix& matrix, Progress& progress,
+                              std::deque<MeshIntersectPair>& resultA, std::deque<MeshIntersectPair>& resultB)
+{
+    m_impl->intersect(meshB, boxOf(meshB), matrix, progress, resultA, resultB);
+}
+
+} // namespace znGeom
