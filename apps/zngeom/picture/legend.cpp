@@ -9,15 +9,16 @@ namespace {
 
 constexpr int lineHeight = 30, sampleWidth = 22, sampleHeight = 16, space = 10, distance = 34, margin = 14;
 
-/// Calls `visit(marking, left, top)` with the place of each entry relative to the legend; returns the number of lines.
+/// Calls `visit(entry, left, top)` with the place of each entry relative to the legend; returns the number of lines.
 template <typename Visit>
-int layOut(const Scene& scene, int width, const Visit& visit)
+int layOut(const std::vector<LegendEntry>& entries, int width, const Visit& visit)
 {
     int left = margin, line = 0;
-    for (const Marking& marking : scene.markings) {
-        const int needed = sampleWidth + space + letterWidth * static_cast<int>(marking.label.size());
+    for (const LegendEntry& entry : entries) {
+        const int needed =
+            (entry.marking ? sampleWidth + space : 0) + letterWidth * static_cast<int>(entry.text.size());
         if (left > margin && left + needed > width - margin) left = margin, ++line;
-        visit(marking, left, line * lineHeight + space);
+        visit(entry, left, line * lineHeight + space);
         left += needed + distance;
     }
     return line + 1;
@@ -25,18 +26,22 @@ int layOut(const Scene& scene, int width, const Visit& visit)
 
 } // namespace
 
-int legendHeight(const Scene& scene, int width)
+int legendHeight(const std::vector<LegendEntry>& entries, int width)
 {
-    return layOut(scene, width, [](const Marking&, int, int) {}) * lineHeight + space;
+    return layOut(entries, width, [](const LegendEntry&, int, int) {}) * lineHeight + space;
 }
 
-void paintLegend(Canvas& canvas, const Scene& scene, const Frame& frame)
+void paintLegend(Canvas& canvas, const std::vector<LegendEntry>& entries, const Frame& frame)
 {
     canvas.clipTo(frame);
-    layOut(scene, frame.width(), [&](const Marking& marking, int left, int top) {
-        const int x = frame.left + left, y = frame.top + top;
-        paintSample(canvas, {x, y, x + sampleWidth, y + sampleHeight}, marking);
-        drawText(canvas, x + sampleWidth + space, y, marking.label, ink);
+    layOut(entries, frame.width(), [&](const LegendEntry& entry, int left, int top) {
+        int x = frame.left + left;
+        const int y = frame.top + top;
+        if (entry.marking) {
+            paintSample(canvas, {x, y, x + sampleWidth, y + sampleHeight}, *entry.marking);
+            x += sampleWidth + space;
+        }
+        drawText(canvas, x, y, entry.text, ink);
     });
 }
 

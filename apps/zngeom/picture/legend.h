@@ -6,10 +6,16 @@
 
 namespace tool {
 
-/// In pixels, for a picture of a width.
-int legendHeight(const Scene& scene, int width);
+struct LegendEntry
+{
+    const Marking* marking = nullptr; ///< null for a text alone
+    std::string text;
+};
 
-/// One entry for each marking, in as many lines as they need.
-void paintLegend(Canvas& canvas, const Scene& scene, const Frame& frame);
+/// In pixels, for a picture of a width.
+int legendHeight(const std::vector<LegendEntry>& entries, int width);
+
+/// As many lines as the entries need.
+void paintLegend(Canvas& canvas, const std::vector<LegendEntry>& entries, const Frame& frame);
 
 } // namespace tool

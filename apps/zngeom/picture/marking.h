@@ -14,7 +14,8 @@ namespace tool {
 /// Things of one kind on a mesh, in one colour. Most kinds have one of the three lists.
 struct Marking
 {
-    std::string label; ///< in the legend; small letters and digits
+    std::string name; ///< in the legend; small letters
+    std::size_t count = 0;
     Colour colour;
     std::vector<int> triangles;
     std::vector<std::array<znLinear::Point, 2>> lines;
@@ -28,6 +29,7 @@ struct Scene
 {
     const znGeom::CompactMesh* mesh = nullptr;
     std::vector<Marking> markings;
+    std::string remark; ///< for the legend; small letters
 };
 
 /// One thing that is marked: its ends, or its corners, with the last one repeated.

@@ -1,103 +1,148 @@
 #include "apps/zngeom/picture/mesh_picture.h"
 
-#include <limits>
-
 #include "apps/zngeom/picture/close_up.h"
 #include "apps/zngeom/picture/legend.h"
+#include "apps/zngeom/picture/lettering.h"
 #include "apps/zngeom/picture/painter.h"
+#include "apps/zngeom/picture/panels.h"
 #include "apps/zngeom/picture/viewpoint.h"
 
 namespace tool {
 
 namespace {
 
-constexpr int samplesPerPixel = 3, gap = 8;
-constexpr double shareOfFirst = 0.6;
+constexpr int samplesPerPixel = 3;
+constexpr Colour ofWhole{225, 228, 232}, ofCloseUp{30, 110, 200};
 
-/// The first picture on the left, the others below one another on its right.
-std::vector<Frame> divide(const Frame& whole, std::size_t count)
+std::vector<LegendEntry> entriesOf(const Scene& scene)
 {
-    if (count == 1) return {whole};
-    const int middle = whole.left + static_cast<int>(whole.width() * shareOfFirst);
-    std::vector<Frame> frames{{whole.left, whole.top, middle - gap / 2, whole.bottom}};
-    const int rest = static_cast<int>(count) - 1;
-    for (int i = 0; i < rest; ++i)
-        frames.push_back({middle + gap / 2, whole.top + i * whole.height() / rest + (i > 0 ? gap / 2 : 0), whole.right,
-                          whole.top + (i + 1) * whole.height() / rest - (i + 1 < rest ? gap / 2 : 0)});
-    return frames;
+    std::vector<LegendEntry> entries;
+    for (const Marking& marking : scene.markings)
+        entries.push_back({&marking, marking.name + ' ' + std::to_string(marking.count)});
+    if (!scene.remark.empty()) entries.push_back({nullptr, scene.remark});
+    return entries;
 }
 
-void outline(Canvas& canvas, const Spot& corner, const Spot& opposite, double width, const Colour& colour)
+/// Each kind once, with both counts.
+std::vector<LegendEntry> entriesOf(const Scene& before, const Scene& after)
 {
-    constexpr double foremost = -std::numeric_limits<float>::max();
-    const Spot corners[] = {{corner.x, corner.y, foremost},
-                            {opposite.x, corner.y, foremost},
-                            {opposite.x, opposite.y, foremost},
-                            {corner.x, opposite.y, foremost}};
-    for (int i = 0; i < 4; ++i) canvas.drawLine(corners[i], corners[(i + 1) % 4], width, colour);
+    const auto find = [](const Scene& scene, const std::string& name) -> const Marking* {
+        for (const Marking& marking : scene.markings)
+            if (marking.name == name) return &marking;
+        return nullptr;
+    };
+    const auto text = [&](const std::string& name) {
+        const Marking *first = find(before, name), *second = find(after, name);
+        return name + ' ' + std::to_string(first ? first->count : 0) + ", then " +
+               std::to_string(second ? second->count : 0);
+    };
+    std::vector<LegendEntry> entries;
+    for (const Marking& marking : before.markings) entries.push_back({&marking, text(marking.name)});
+    for (const Marking& marking : after.markings)
+        if (!find(before, marking.name)) entries.push_back({&marking, text(marking.name)});
+    if (entries.empty()) entries.push_back({nullptr, before.remark});
+    return entries;
 }
 
-void outline(Canvas& canvas, const Frame& frame, const Colour& colour)
-{
-    canvas.clipTo(frame);
-    outline(canvas, {double(frame.left), double(frame.top), 0}, {double(frame.right), double(frame.bottom), 0}, 3,
-            colour);
-}
-
-class PictureMaker
+/// A white picture with a legend at its foot, and panels above.
+class Sheet
 {
 public:
-    PictureMaker(const Scene& scene, const PictureSize& size)
-        : m_scene(scene), m_painter(scene), m_canvas(size.width, size.height, samplesPerPixel)
+    Sheet(const std::vector<LegendEntry>& entries, const PictureSize& size)
+        : m_canvas(size.width, size.height, samplesPerPixel)
     {
-        const int legend = legendHeight(scene, size.width);
-        m_whole = {gap, gap, size.width - gap, size.height - legend};
-        paintLegend(m_canvas, scene, {0, size.height - legend, size.width, size.height});
+        const int legend = legendHeight(entries, size.width);
+        m_whole = {panelGap, panelGap, size.width - panelGap, size.height - legend};
+        paintLegend(m_canvas, entries, {0, size.height - legend, size.width, size.height});
     }
 
-    Image make()
+    const Canvas& canvas() const { return m_canvas; }
+    const Frame& whole() const { return m_whole; }
+
+    void clear() { m_canvas.fillFrame(m_whole, white); }
+
+    void paint(const Painter& painter, const View& view, const Frame& frame, const Colour& border = ofWhole)
     {
-        std::vector<View> views = chooseViews(m_scene);
-        const std::vector<Frame> frames = divide(m_whole, views.size() + 1);
-        paintWhole(views[0], frames[0]);
-        const std::optional<CloseUp> closeUp = findCloseUp(m_scene, m_canvas, views[0], frames[0], frames.back());
-        if (closeUp) {
-            if (views.size() > 1) paintWhole(views[1], frames[1]);
-            paintCloseUp(*closeUp, views[0], frames[0], frames.back());
-        } else {
-            m_canvas.fillFrame(m_whole, white);
-            const std::vector<Frame> fewer = divide(m_whole, views.size());
-            for (std::size_t i = 0; i < views.size(); ++i) paintWhole(views[i], fewer[i]);
-        }
-        return m_canvas.image();
+        painter.paint(m_canvas, view, frame);
+        outlinePanel(m_canvas, frame, border);
+    }
+
+    void paintPlace(const CloseUp& closeUp, const Frame& frame)
+    {
+        m_canvas.clipTo(frame);
+        outline(m_canvas, closeUp.corner, closeUp.opposite, 2, ofCloseUp);
+    }
+
+    void paintTitle(const std::string& title, const Frame& frame)
+    {
+        m_canvas.clipTo(frame);
+        drawText(m_canvas, frame.left + 2 * panelGap, frame.top + 2 * panelGap, title, ink);
     }
 
 private:
-    void paintWhole(View& view, const Frame& frame)
-    {
-        fitToFrame(view, *m_scene.mesh, frame);
-        m_painter.paint(m_canvas, view, frame);
-        outline(m_canvas, frame, {225, 228, 232});
-    }
-
-    void paintCloseUp(const CloseUp& closeUp, View view, const Frame& whole, const Frame& frame)
-    {
-        constexpr Colour ofCloseUp{30, 110, 200};
-        m_canvas.clipTo(whole);
-        outline(m_canvas, closeUp.corner, closeUp.opposite, 2, ofCloseUp);
-        view.zoom(closeUp.corner, closeUp.opposite, frame);
-        m_painter.paint(m_canvas, view, frame);
-        outline(m_canvas, frame, ofCloseUp);
-    }
-
-    const Scene& m_scene;
-    Painter m_painter;
     Canvas m_canvas;
     Frame m_whole;
 };
 
+View closer(View view, const CloseUp& closeUp, const Frame& frame)
+{
+    view.zoom(closeUp.corner, closeUp.opposite, frame);
+    return view;
+}
+
 } // namespace
 
-Image drawMesh(const Scene& scene, const PictureSize& size) { return PictureMaker(scene, size).make(); }
+Image drawMesh(const Scene& scene, const PictureSize& size)
+{
+    Sheet sheet(entriesOf(scene), size);
+    const Painter painter(scene);
+    std::vector<View> views = chooseViews(scene);
+    // Whether a close-up is worth while is seen in the picture that leaves room for it.
+    std::vector<Frame> frames = divideByWeight(sheet.whole(), views.size() + 1);
+    fitToFrame(views[0], *scene.mesh, frames[0]);
+    sheet.paint(painter, views[0], frames[0]);
+    const std::optional<CloseUp> closeUp = findCloseUp(scene, sheet.canvas(), views[0], frames[0], frames.back());
+    if (closeUp) {
+        sheet.paintPlace(*closeUp, frames[0]);
+        sheet.paint(painter, closer(views[0], *closeUp, frames.back()), frames.back(), ofCloseUp);
+    } else {
+        sheet.clear();
+        frames = divideByWeight(sheet.whole(), views.size());
+    }
+    for (std::size_t i = closeUp ? 1 : 0; i < views.size(); ++i) {
+        fitToFrame(views[i], *scene.mesh, frames[i]);
+        sheet.paint(painter, views[i], frames[i]);
+    }
+    return sheet.canvas().image();
+}
+
+Image drawChange(const Scene& before, const Scene& after, const PictureSize& size)
+{
+    Sheet sheet(entriesOf(before, after), size);
+    const Painter painters[] = {Painter(before), Painter(after)};
+    const char* const titles[] = {"before", "after"};
+    View view = chooseViews(before).front();
+    std::vector<Frame> frames = divideInPairs(sheet.whole(), 4);
+    fitToFrame(view, *before.mesh, frames[0]);
+    sheet.paint(painters[0], view, frames[0]);
+    const std::optional<CloseUp> closeUp = findCloseUp(before, sheet.canvas(), view, frames[0], frames[2]);
+    if (!closeUp) {
+        sheet.clear();
+        frames = divideInPairs(sheet.whole(), 2);
+    }
+    for (std::size_t i = 0; i < 2; ++i) {
+        fitToFrame(view, *before.mesh, frames[i]);
+        if (i > 0 || !closeUp) sheet.paint(painters[i], view, frames[i]);
+        sheet.paintTitle(titles[i], frames[i]);
+        if (!closeUp) continue;
+        // The two are of the same size.
+        const double moved = frames[i].left - frames[0].left;
+        CloseUp place = *closeUp;
+        place.corner.x += moved, place.opposite.x += moved;
+        sheet.paintPlace(place, frames[i]);
+        sheet.paint(painters[i], closer(view, place, frames[i + 2]), frames[i + 2], ofCloseUp);
+    }
+    return sheet.canvas().image();
+}
 
 } // namespace tool

@@ -15,4 +15,7 @@ struct PictureSize
 /// of it from nearby where they are small; with a legend.
 Image drawMesh(const Scene& scene, const PictureSize& size);
 
+/// Draws a mesh with its markings, and beside it what has become of it, from the same place.
+Image drawChange(const Scene& before, const Scene& after, const PictureSize& size);
+
 } // namespace tool

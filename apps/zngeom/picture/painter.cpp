@@ -20,25 +20,28 @@ Spot nearer(Spot spot, double by)
     return spot;
 }
 
-/// An outline that takes no more than a small part of the triangle.
-bool isLargeEnoughForOutline(const SeenTriangle& seen)
+/// How dark the outline of a triangle is: where it would take much of the triangle, as bright as that.
+double outlineLight(const SeenTriangle& seen)
 {
+    constexpr double darkest = 0.6, lowest = 4, highest = 14;
     double longest = 0;
     for (int i = 0; i < 3; ++i) {
         const Spot &a = seen.corners[i], &b = seen.corners[znGeom::cornerAfter(i)];
         longest = std::max(longest, std::hypot(b.x - a.x, b.y - a.y));
     }
-    return seen.area > 4 * longest;
+    const double height = longest > 0 ? 2 * seen.area / longest : 0;
+    return 1 - (1 - darkest) * std::clamp((height - lowest) / (highest - lowest), 0.0, 1.0);
 }
 
 void paintTriangle(Canvas& canvas, const SeenTriangle& seen, const Colour& colour, double ahead)
 {
     const auto corner = [&](int i, double by) { return nearer(seen.corners[i], by); };
     canvas.fillTriangle(corner(0, ahead), corner(1, ahead), corner(2, ahead), colour);
-    if (!isLargeEnoughForOutline(seen)) return;
+    const double light = outlineLight(seen);
+    if (light == 1) return;
     for (int i = 0; i < 3; ++i)
         canvas.drawLine(corner(i, outlineAhead), corner(znGeom::cornerAfter(i), outlineAhead), outlineWidth,
-                        shaded(colour, 0.62));
+                        shaded(colour, light));
 }
 
 void paintPoint(Canvas& canvas, const Spot& spot, const Colour& colour, Canvas::Hidden hidden)
@@ -78,7 +81,7 @@ void Painter::paintSurface(Canvas& canvas, const Projection& projection) const
 {
     projection.forEachTriangle([&](int triangle, const SeenTriangle& seen) {
         if (m_isMarked[static_cast<std::size_t>(triangle)]) return;
-        paintTriangle(canvas, seen, shaded(seen.isFront ? front : back, 0.5 + 0.53 * seen.light), 0);
+        paintTriangle(canvas, seen, shaded(seen.isFront ? front : back, 0.6 + 0.43 * seen.light), 0);
     });
 }
 

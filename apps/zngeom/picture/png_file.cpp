@@ -5,7 +5,7 @@
 #include <cstring>
 
 #include "apps/zngeom/failure.h"
-#include "znGeom/files/pending_file.h"
+#include "apps/zngeom/write_file.h"
 
 namespace tool {
 
@@ -13,7 +13,7 @@ namespace {
 
 static_assert(sizeof(Colour) == 3, "rows of pixels are handed over as bytes");
 
-std::vector<unsigned char> encode(const Image& image)
+std::string encode(const Image& image)
 {
     png_image header;
     std::memset(&header, 0, sizeof header);
@@ -22,7 +22,7 @@ std::vector<unsigned char> encode(const Image& image)
     header.height = static_cast<png_uint_32>(image.height);
     header.format = PNG_FORMAT_RGB;
     png_alloc_size_t size = PNG_IMAGE_PNG_SIZE_MAX(header);
-    std::vector<unsigned char> bytes(size);
+    std::string bytes(size, '\0');
     if (!png_image_write_to_memory(&header, bytes.data(), &size, 0, image.pixels.data(), 0, nullptr))
         throw Failure(header.message);
     bytes.resize(size);
@@ -31,11 +31,12 @@ std::vector<unsigned char> encode(const Image& image)
 
 } // namespace
 
-void writePng(const Image& image, const std::string& path)
+void checkPictureName(const std::string& path)
 {
-    const std::vector<unsigned char> bytes = encode(image);
-    znGeom::PendingFile file(znOS::Filename(path.c_str()));
-    if (!file.write(bytes.data(), bytes.size()) || !file.commit()) throw Failure(path + ": " + file.message());
+    if (!path.ends_with(".png") && !path.ends_with(".PNG"))
+        throw Failure(path + ": pictures are PNG files, whose names end in .png");
 }
+
+void writePng(const Image& image, const std::string& path) { writeFile(encode(image), path); }
 
 } // namespace tool
