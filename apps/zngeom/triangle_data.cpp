@@ -17,7 +17,7 @@ void keep(Values& values, int blockSize, const znGeom::Remap& triangles)
         for (int i = 0; i < blockSize; ++i) values[kept * blockSize + i] = values[triangle * blockSize + i];
         ++kept;
     }
-    values.resize(kept * blockSize);
+    values.setSize(kept * blockSize);
 }
 
 /// Gives each corner the value that its vertex had in the triangle; a vertex that is new has come to an old one's
