@@ -68,8 +68,21 @@ bool crossing(const Point (&a)[3], const Point (&b)[3], Crossing& found)
     return internal::crosses(placed(a), placed(b), found.p, found.q);
 }
 
-/// Searches for the crossings of each triangle of a mesh, chunk by chunk. The lists of the chunks are joined in order,
-/// so that they do not depend on which thread had which chunk.
+/// A stable sort by one of the two triangles.
+std::vector<Crossing> orderedBy(int Crossing::*triangle, const std::vector<Crossing>& crossings, ThreadPool& pool)
+{
+    const int count = static_cast<int>(crossings.size());
+    std::vector<znUtil::KeyedIndex> keys(crossings.size()), scratch(crossings.size());
+    for (int i = 0; i < count; ++i)
+        keys[static_cast<size_t>(i)] = {static_cast<unsigned>(crossings[static_cast<size_t>(i)].*triangle), i};
+    znUtil::radixSort(keys.data(), scratch.data(), count, pool);
+    std::vector<Crossing> ordered;
+    ordered.reserve(crossings.size());
+    for (const znUtil::KeyedIndex& key : keys) ordered.push_back(crossings[static_cast<size_t>(key.index)]);
+    return ordered;
+}
+
+/// Searches for crossings, query by query.
 class CrossingAlg : public znUtil::ThreadedChunkAlg
 {
 public:
@@ -84,38 +97,46 @@ public:
     {
         BoxSearch search(m_tree);
         const Slice slice(m_numQueries, chunkIndex, numChunks);
+        const double share = 1.0 / numChunks / std::max(1, slice.size());
         for (int query = slice.begin; query < slice.end; ++query) {
             if (cancelled(threadIndex)) return;
             test(query, search, m_found[static_cast<size_t>(chunkIndex)]);
+            if (query % queriesPerReport == 0)
+                updateProgress(threadIndex,
+                               static_cast<double>(chunkIndex) / numChunks + share * (query - slice.begin));
         }
         updateProgress(threadIndex, static_cast<double>(chunkIndex + 1) / numChunks);
     }
 
-    std::vector<Crossing> takeCrossings()
+    /// Ordered by the first triangle, then by the second.
+    std::vector<Crossing> takeCrossings(ThreadPool& pool)
     {
         std::vector<Crossing> all;
         for (std::vector<Crossing>& found : m_found) {
             all.insert(all.end(), found.begin(), found.end());
             found = {};
         }
-        return all;
+        return orderedBy(&Crossing::first, orderedBy(&Crossing::second, all, pool), pool);
     }
 
 protected:
-    /// Appends the crossings of one triangle, ordered by the other triangle.
     virtual void test(int query, BoxSearch& search, std::vector<Crossing>& found) const = 0;
 
 private:
+    static constexpr int queriesPerReport = 64;
+
     const BoxTree& m_tree;
     int m_numQueries;
     std::vector<std::vector<Crossing>> m_found;
 };
 
+/// Searches leaf by leaf: the triangles of a leaf, and of those it meets, are close together also where the mesh has
+/// them in no order.
 class SelfIntersectAlg final : public CrossingAlg
 {
 public:
     SelfIntersectAlg(const CompactMesh& mesh, const BoxTree& tree, Progress& progress)
-        : CrossingAlg(tree, mesh.getNumTriangles(), progress), m_positions(mesh)
+        : CrossingAlg(tree, tree.numLeaves, progress), m_positions(mesh)
     {}
 
 private:
@@ -124,21 +145,17 @@ private:
         return hasVertex(a, b[0]) || hasVertex(a, b[1]) || hasVertex(a, b[2]);
     }
 
-    void test(int query, BoxSearch& search, std::vector<Crossing>& found) const override
+    void test(int leaf, BoxSearch& search, std::vector<Crossing>& found) const override
     {
-        if (!m_positions.isFinite(query)) return;
-        const MeshTriangle& triangle = m_positions.triangle(query);
-        const size_t before = found.size();
         Point corners[3], others[3];
-        m_positions.get(query, corners);
-        for (const int other : search.find(m_positions.box(query))) {
-            if (other >= query || shareVertex(triangle, m_positions.triangle(other))) continue;
-            m_positions.get(other, others);
-            Crossing pair{query, other, {}, {}};
-            if (crossing(corners, others, pair)) found.push_back(pair);
+        for (const internal::TrianglePair& pair : search.findPairs(leaf)) {
+            const auto [low, high] = std::minmax(pair.first, pair.second);
+            if (shareVertex(m_positions.triangle(high), m_positions.triangle(low))) continue;
+            m_positions.get(high, corners);
+            m_positions.get(low, others);
+            Crossing crossed{high, low, {}, {}};
+            if (crossing(corners, others, crossed)) found.push_back(crossed);
         }
-        std::sort(found.begin() + static_cast<std::ptrdiff_t>(before), found.end(),
-                  [](const Crossing& a, const Crossing& b) { return a.second < b.second; });
     }
 
     Positions m_positions;
@@ -181,7 +198,7 @@ private:
         if (!m_b.isFinite(query)) return;
         Point corners[3], others[3];
         m_b.get(query, corners);
-        for (const int other : search.find(boxInA(corners))) {
+        for (const int other : search.findMeeting(boxInA(corners))) {
             m_a.get(other, others);
             for (Point& p : others) p = p * m_matrix;
             Crossing pair{other, query, {}, {}};
@@ -194,20 +211,6 @@ private:
     double m_reach; ///< the largest coordinate of the first mesh
 };
 
-/// Brings crossings that are ordered by the second triangle into the order of the first, then of the second.
-std::vector<Crossing> orderedByFirst(const std::vector<Crossing>& crossings)
-{
-    const int count = static_cast<int>(crossings.size());
-    std::vector<znUtil::KeyedIndex> keys(crossings.size()), scratch(crossings.size());
-    for (int i = 0; i < count; ++i)
-        keys[static_cast<size_t>(i)] = {static_cast<unsigned>(crossings[static_cast<size_t>(i)].first), i};
-    znUtil::radixSort(keys.data(), scratch.data(), count, ThreadPool::get());
-    std::vector<Crossing> ordered;
-    ordered.reserve(crossings.size());
-    for (const znUtil::KeyedIndex& key : keys) ordered.push_back(crossings[static_cast<size_t>(key.index)]);
-    return ordered;
-}
-
 MeshIntersectPair pairOn(const CompactMesh& mesh, int triangle, const Point& p, const Point& q)
 {
     MeshIntersectPair pair;
@@ -216,11 +219,11 @@ MeshIntersectPair pairOn(const CompactMesh& mesh, int triangle, const Point& p, 
     return pair;
 }
 
-/// Calls `write(crossing, index)` for all, on the pool.
+/// Calls `write(crossing, index)` for all.
 template <typename Write>
-void forEachCrossing(const std::vector<Crossing>& crossings, const Write& write)
+void forEachCrossing(const std::vector<Crossing>& crossings, ThreadPool& pool, const Write& write)
 {
-    znUtil::parallelFor(ThreadPool::get(), static_cast<int>(crossings.size()), [&](Slice slice, int) {
+    znUtil::parallelFor(pool, static_cast<int>(crossings.size()), [&](Slice slice, int) {
         for (int i = slice.begin; i < slice.end; ++i) write(crossings[static_cast<size_t>(i)], static_cast<size_t>(i));
     });
 }
@@ -237,17 +240,19 @@ BoundingBox boxOf(const CompactMesh& mesh)
 class MeshIntersectImpl final : public zn::ImplBase
 {
 public:
-    MeshIntersectImpl(const CompactMesh& mesh, const Octree* octree) : m_mesh(mesh), m_octree(octree) {}
+    MeshIntersectImpl(const CompactMesh& mesh, const Octree* octree, ThreadPool& pool)
+        : m_mesh(mesh), m_octree(octree), m_pool(pool)
+    {}
 
     void selfIntersect(Progress& progress, std::deque<MeshIntersectPair>& result)
     {
         znOS::StopWatch watch;
         SelfIntersectAlg alg(m_mesh, tree(), progress);
-        ThreadPool::get().run(alg);
-        const std::vector<Crossing> crossings = alg.takeCrossings();
+        m_pool.run(alg);
+        const std::vector<Crossing> crossings = alg.takeCrossings(m_pool);
         result.clear();
         result.resize(2 * crossings.size());
-        forEachCrossing(crossings, [&](const Crossing& found, size_t i) {
+        forEachCrossing(crossings, m_pool, [&](const Crossing& found, size_t i) {
             result[2 * i] = pairOn(m_mesh, found.first, found.p, found.q);
             result[2 * i + 1] = pairOn(m_mesh, found.second, found.p, found.q);
         });
@@ -271,7 +276,7 @@ public:
         resultA.resize(crossings.size());
         resultB.resize(crossings.size());
         const AffineMatrix inverse = matrix.inverse();
-        forEachCrossing(crossings, [&](const Crossing& found, size_t i) {
+        forEachCrossing(crossings, m_pool, [&](const Crossing& found, size_t i) {
             resultB[i] = pairOn(meshB, found.second, found.p, found.q);
             resultA[i] = pairOn(m_mesh, found.first, found.p * inverse, found.q * inverse);
         });
@@ -283,7 +288,7 @@ public:
 private:
     const BoxTree& tree()
     {
-        if (!m_tree) m_tree.emplace(m_mesh, ThreadPool::get());
+        if (!m_tree) m_tree.emplace(m_mesh, m_pool);
         return *m_tree;
     }
 
@@ -292,19 +297,22 @@ private:
         AffineMatrix inverse = matrix;
         if (!inverse.invert()) return {};
         IntersectAlg alg(m_mesh, meshB, tree(), matrix, inverse, progress);
-        ThreadPool::get().run(alg);
-        return orderedByFirst(alg.takeCrossings());
+        m_pool.run(alg);
+        return alg.takeCrossings(m_pool);
     }
 
     const CompactMesh& m_mesh;
     const Octree* m_octree; ///< may be null
+    ThreadPool& m_pool;
     std::optional<BoxTree> m_tree;
 };
 
-MeshIntersect::MeshIntersect(const CompactMesh& mesh) : m_impl(new MeshIntersectImpl(mesh, nullptr)) {}
+MeshIntersect::MeshIntersect(const CompactMesh& mesh, ThreadPool& pool)
+    : m_impl(new MeshIntersectImpl(mesh, nullptr, pool))
+{}
 
-MeshIntersect::MeshIntersect(const CompactMesh& mesh, const Octree& octree, const OctreeTris&)
-    : m_impl(new MeshIntersectImpl(mesh, &octree))
+MeshIntersect::MeshIntersect(const CompactMesh& mesh, const Octree& octree, const OctreeTris&, ThreadPool& pool)
+    : m_impl(new MeshIntersectImpl(mesh, &octree, pool))
 {}
 
 MeshIntersect::MeshIntersect(const MeshIntersect& other) = default;

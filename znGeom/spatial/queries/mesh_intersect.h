@@ -7,7 +7,7 @@
 #include "znGeom/foundation/linear/affine_matrix.h"
 #include "znGeom/foundation/mesh/compact_mesh.h"
 #include "znGeom/foundation/mesh/mesh_coord.h"
-#include "znGeom/foundation/threads/progress.h"
+#include "znGeom/foundation/threads/thread_pool.h"
 #include "znGeom/spatial/shapes/triangle_intersect.h"
 #include "znGeom/spatial/trees/octree.h"
 
@@ -26,15 +26,16 @@ struct MeshIntersectPair
 /// touches at a point does not cross; a triangle with a corner that is not finite crosses nothing.
 ///
 /// The first call makes a tree over the triangles, which is kept: about 0.1 us and 35 bytes a triangle. The mesh is
-/// borrowed and must not change. Used by one thread at a time; the work runs on the process-wide pool, and the results
-/// are the same for any number of threads. A copy shares the tree of its source and must not outlive it.
+/// borrowed and must not change. Used by one thread at a time; the work runs on a pool, and the results are the same
+/// for any number of threads. A copy shares the tree of its source and must not outlive it.
 class ZNGEOM_API MeshIntersect
 {
 public:
-    explicit MeshIntersect(const CompactMesh& mesh);
+    explicit MeshIntersect(const CompactMesh& mesh, znUtil::ThreadPool& pool = znUtil::ThreadPool::get());
     /// \param octree      over the vertices of `mesh`: its root box tells early that two meshes are apart. Borrowed
     /// \param octreeTris  of both. Crossings don't depend on it
-    MeshIntersect(const CompactMesh& mesh, const Octree& octree, const OctreeTris& octreeTris);
+    MeshIntersect(const CompactMesh& mesh, const Octree& octree, const OctreeTris& octreeTris,
+                  znUtil::ThreadPool& pool = znUtil::ThreadPool::get());
     MeshIntersect(const MeshIntersect& other);
     MeshIntersect(MeshIntersect&& other) noexcept;
     MeshIntersect& operator=(const MeshIntersect&) = delete;

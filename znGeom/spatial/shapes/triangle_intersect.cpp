@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "znGeom/analysis/normals.h"
 #include "znGeom/foundation/linear/intersect.h"
 #include "znGeom/foundation/mesh/mesh_records.h"
 #include "znGeom/spatial/shapes/internal/placed_triangle.h"
@@ -28,55 +27,63 @@ constexpr double rounding = 0x1p-49;
 /// The sum of magnitudes: no less than the length, and cheaper.
 double size(const Vector& v) { return std::fabs(v.dx) + std::fabs(v.dy) + std::fabs(v.dz); }
 
-bool straddles(double x, double y)
+/// How far the corners of a triangle are from the plane of another: 0 where the sign is unknown.
+struct Distances
 {
-    const double low = std::min(x, y), high = std::max(x, y);
-    return (low < 0 && high >= 0) || (low <= 0 && high > 0);
-}
+    double at[3], loss[3];
 
-/// Where a triangle meets the line common to both planes.
-/// \param s  where its corners are along the line
-/// \param d  their distances from the other plane
-Range1d intervalOf(const double (&s)[3], const double (&d)[3])
-{
-    const auto cross = [&](int i, int j) { return d[i] == d[j] ? s[i] : s[i] + (s[j] - s[i]) * d[i] / (d[i] - d[j]); };
-    const bool first = straddles(d[0], d[1]), third = straddles(d[0], d[2]);
-    if (first == third) return {cross(0, 1), cross(0, 2)};
-    return first ? Range1d(cross(1, 2), cross(1, 0)) : Range1d(cross(0, 2), cross(1, 2));
-}
+    Distances(const PlacedTriangle& triangle, const PlacedTriangle& other)
+    {
+        for (int i = 0; i < 3; ++i) {
+            const Vector v = triangle.corners[i] - other.corners[0];
+            loss[i] = other.loss * size(v);
+            at[i] = dot(other.normal, v);
+            if (std::fabs(at[i]) <= loss[i]) at[i] = 0;
+        }
+    }
 
-void distances(const PlacedTriangle& triangle, const PlacedTriangle& from, double (&d)[3])
-{
-    for (int i = 0; i < 3; ++i) d[i] = from.signedDistance(triangle.corners[i]);
-}
+    bool isZero(int corner) const { return at[corner] == 0; }
+    bool straddles(int i, int j) const { return (at[i] < 0 && at[j] > 0) || (at[i] > 0 && at[j] < 0); }
+    bool onOneSide() const { return (at[0] > 0 && at[1] > 0 && at[2] > 0) || (at[0] < 0 && at[1] < 0 && at[2] < 0); }
+};
 
-bool onOneSide(const double (&d)[3])
+/// What a triangle has in common with the line in which both planes meet.
+struct PartOfLine
 {
-    return (d[0] > 0 && d[1] > 0 && d[2] > 0) || (d[0] < 0 && d[1] < 0 && d[2] < 0);
-}
+    Range1d along;
+    double loss = 0; ///< by how much the ends may be off
 
-Range1d intervalOf(const PlacedTriangle& triangle, const double (&d)[3], const Line& line)
-{
-    double s[3];
-    for (int i = 0; i < 3; ++i) s[i] = dot(triangle.corners[i] - line.point, line.direction);
-    return intervalOf(s, d);
-}
+    /// From the corners that lie on the other plane to where edges pass through it; empty where the triangle lies in
+    /// that plane as a whole.
+    PartOfLine(const PlacedTriangle& triangle, const Distances& d, const Line& line)
+    {
+        if (d.isZero(0) && d.isZero(1) && d.isZero(2)) return;
+        double s[3];
+        for (int i = 0; i < 3; ++i) {
+            const Vector v = triangle.corners[i] - line.point;
+            s[i] = dot(v, line.direction);
+            loss = std::max(loss, 0x1p-51 * size(v));
+        }
+        constexpr int edges[3][2] = {{0, 1}, {1, 2}, {0, 2}};
+        for (const auto [i, j] : edges) {
+            if (!d.straddles(i, j)) continue;
+            const double slope = (s[j] - s[i]) / (d.at[i] - d.at[j]);
+            along.include(s[i] + slope * d.at[i]);
+            loss = std::max(loss, 2 * std::fabs(slope) * (d.loss[i] + d.loss[j]));
+        }
+        // To the last bit, so that what touches there has nothing else in common.
+        for (int i = 0; i < 3; ++i)
+            if (d.isZero(i)) along.include(s[i]);
+    }
+};
 
 } // namespace
 
 PlacedTriangle::PlacedTriangle(const Point& a, const Point& b, const Point& c)
-    : corners{a, b, c}, normal(triNormal(a, b, c))
+    : corners{a, b, c}, normal(cross(c - b, a - b))
 {
     const Vector to = c - b, from = a - b;
-    const double slenderness = to.length() * from.length() / cross(to, from).length();
-    loss = std::isfinite(slenderness) ? rounding * slenderness : rounding;
-}
-
-double PlacedTriangle::signedDistance(const Point& point) const
-{
-    const Vector v = point - corners[0];
-    const double distance = dot(normal, v);
-    return std::fabs(distance) <= loss * size(v) ? 0.0 : distance;
+    loss = rounding * to.length() * from.length() / cross(to, from).length();
 }
 
 bool liesAside(const Point (&triangle)[3], const Point (&other)[3])
@@ -95,17 +102,17 @@ bool liesAside(const Point (&triangle)[3], const Point (&other)[3])
 
 bool crosses(const PlacedTriangle& a, const PlacedTriangle& b, Point& p, Point& q)
 {
-    if (equivalent(a.normal, b.normal, znLinear::epsilonTol)) return false;
-    double fromB[3], fromA[3];
-    distances(a, b, fromB);
-    if (onOneSide(fromB)) return false;
-    distances(b, a, fromA);
-    if (onOneSide(fromA)) return false;
+    if (!a.normal.valid || !b.normal.valid || equivalent(a.normal, b.normal, znLinear::epsilonTol)) return false;
+    const Distances fromB(a, b);
+    if (fromB.onOneSide()) return false;
+    const Distances fromA(b, a);
+    if (fromA.onOneSide()) return false;
     bool ok;
     const Line line = intersect(Plane(a.corners[0], a.normal), Plane(b.corners[0], b.normal), ok);
     if (!ok) return false;
-    const Range1d common = intersect(intervalOf(a, fromB, line), intervalOf(b, fromA, line), znLinear::epsilonTol);
-    if (common.size() == 0) return false;
+    const PartOfLine ofA(a, fromB, line), ofB(b, fromA, line);
+    const Range1d common = intersect(ofA.along, ofB.along, znLinear::epsilonTol);
+    if (!(common.size() > ofA.loss + ofB.loss)) return false;
     p = line.eval(common.min);
     q = line.eval(common.max);
     return true;

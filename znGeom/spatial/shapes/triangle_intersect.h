@@ -11,12 +11,13 @@ namespace znGeom {
 /// \param p, q  receive its ends, p before q along the cross product of the normals of the two; untouched on false
 /// \return false where they have no segment of a length above 0 in common, so where they only touch at a point; false
 /// as
-///         well where they lie in one plane, overlapping or not, or in planes less than 1e-6 radians apart
+///         well where they lie in one plane, overlapping or not, in planes less than 1e-6 radians apart, and where one
+///         of them has no area or a corner that is not finite
 ///
-/// An edge that lies in the other triangle is a segment in common. A corner counts as lying on the other's plane when
-/// it is no farther from it than rounding can account for, in relation to the size of the triangles and to how slender
-/// the other is: what merely touches at a corner is not a crossing, whatever its unit and however it is turned. A
-/// triangle without area is taken to lie in a plane at right angles to z.
+/// An edge that lies in the other triangle is a segment in common. Where rounding could account for what is found, it
+/// is not: a corner that is that close to the other's plane lies on it, and a segment that short is a point. So what
+/// merely touches is no crossing, whatever its unit and however it is turned; nor is it one where the segment is
+/// shorter than about 1e-14 of the triangles, or more where they are slender.
 ///
 /// By intervals on the line common to both planes, after Möller, "A Fast Triangle-Triangle Intersection Test" (1997).
 ZNGEOM_API bool intersect(const znLinear::Point& a0, const znLinear::Point& a1, const znLinear::Point& a2,

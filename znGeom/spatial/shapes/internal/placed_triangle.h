@@ -9,14 +9,11 @@ namespace znGeom::internal {
 struct PlacedTriangle
 {
     znLinear::Point corners[3];
-    znLinear::Normal normal; ///< (0, 0, 1) where there is no area
+    znLinear::Normal normal; ///< invalid where there is no area
     double loss;             ///< what a distance from the plane loses, in relation to that from the first corner
 
     PlacedTriangle() = default;
     PlacedTriangle(const znLinear::Point& a, const znLinear::Point& b, const znLinear::Point& c);
-
-    /// The signed distance of a point from the triangle's plane: exactly 0 where its sign is unknown.
-    double signedDistance(const znLinear::Point& point) const;
 };
 
 /// Whether all corners of one triangle lie clearly on one side of the other's plane: `crosses` would say no. Costs a

@@ -31,19 +31,32 @@ private:
     void fillLeaf(const CompactMesh& mesh, const int* numbers, int count, Leaf& leaf) const;
 };
 
-/// Finds the triangles of a tree whose boxes overlap or touch a box. Keeps its memory from search to search.
+/// The numbers of two triangles.
+struct TrianglePair
+{
+    int first, second;
+};
+
+/// Finds the triangles of a tree whose boxes overlap or touch. Keeps its memory from search to search. What is found is
+/// good until the next search of the same kind, and in an order that depends on the size of the pool that the tree was
+/// built on.
 class BoxSearch
 {
 public:
     explicit BoxSearch(const BoxTree& tree) : m_tree(tree) {}
 
-    /// \return their numbers, good until the next search; in the order of the tree, which depends on the size of the
-    ///         pool that it was built on
-    std::span<const int> find(const BoundingBox& box);
+    /// Those that meet a box.
+    std::span<const int> findMeeting(const BoundingBox& box);
+
+    /// Pairs that meet each other, of a triangle in a leaf and one in the same or an earlier leaf: over all leaves,
+    /// each pair once. \param leaf  its number
+    std::span<const TrianglePair> findPairs(int leaf);
 
 private:
     const BoxTree& m_tree;
-    std::vector<int> m_found; ///< larger than what was found
+    // Larger than what was found.
+    std::vector<int> m_triangles;
+    std::vector<TrianglePair> m_pairs;
 };
 
 } // namespace znGeom::internal
