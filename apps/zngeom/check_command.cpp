@@ -5,6 +5,7 @@
 #include "apps/zngeom/format_option.h"
 #include "apps/zngeom/mesh_files.h"
 #include "apps/zngeom/pacer.h"
+#include "apps/zngeom/part_options.h"
 #include "apps/zngeom/picture/png_file.h"
 #include "apps/zngeom/picture_option.h"
 
@@ -44,6 +45,7 @@ public:
         LoadedMesh loaded;
         progress.subPhase(0.5, phase);
         loadMesh(m_path, phase, loaded, m_formats.input);
+        checkHasTriangles(loaded.mesh, m_path);
         progress.subPhase(0.4, phase);
         const MeshDefects defects = findDefects(loaded.mesh, m_options, phase);
         checkCancelled(progress);

@@ -1,6 +1,7 @@
 #include "apps/zngeom/defect_report.h"
 
-#include <functional>
+#include <algorithm>
+#include <cmath>
 
 namespace tool {
 
@@ -8,9 +9,15 @@ namespace {
 
 constexpr std::size_t mostShown = 3;
 
+std::string shownCoordinate(double value)
+{
+    if (std::isnan(value)) return "nan";
+    return std::isinf(value) ? value < 0 ? "-infinity" : "infinity" : shownNumber(value);
+}
+
 std::string placeOf(const znLinear::Point& point)
 {
-    return shownNumber(point.x) + ' ' + shownNumber(point.y) + ' ' + shownNumber(point.z);
+    return shownCoordinate(point.x) + ' ' + shownCoordinate(point.y) + ' ' + shownCoordinate(point.z);
 }
 
 /// Adds one kind of defect after another.

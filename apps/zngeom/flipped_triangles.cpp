@@ -1,5 +1,7 @@
 #include "apps/zngeom/flipped_triangles.h"
 
+#include <algorithm>
+
 #include "znGeom/analysis/adjacency.h"
 #include "znGeom/analysis/triangle_components.h"
 #include "znGeom/editing/extract_parts.h"
@@ -17,9 +19,14 @@ std::vector<int> partOfJudged(const znGeom::CompactMesh& mesh, const znGeom::Mes
     zn::vector<int> badTriangles;
     bad.getBadTriangles(mesh, badTriangles);
     for (const int triangle : badTriangles) partOf[static_cast<std::size_t>(triangle)] = -1;
-    for (int edge = 0; edge < sides.getNumEdges(); ++edge)
-        if (sides.sides(edge).size() > 2)
-            for (const int side : sides.sides(edge)) partOf[static_cast<std::size_t>(side / 3)] = -1;
+    std::vector<int> crowded;
+    for (int edge = 0; edge < sides.getNumEdges(); ++edge) {
+        const auto ofEdge = sides.sides(edge);
+        const auto isGood = [&](int side) { return partOf[static_cast<std::size_t>(side / 3)] == 0; };
+        if (std::count_if(ofEdge.begin(), ofEdge.end(), isGood) > 2)
+            crowded.insert(crowded.end(), ofEdge.begin(), ofEdge.end());
+    }
+    for (const int side : crowded) partOf[static_cast<std::size_t>(side / 3)] = -1;
     return partOf;
 }
 

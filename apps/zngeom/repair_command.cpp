@@ -63,6 +63,7 @@ public:
         LoadedMesh loaded;
         progress.subPhase(0.3, phase);
         loadMesh(m_input, phase, loaded, m_formats.input);
+        checkHasTriangles(loaded.mesh, m_input);
         // The polygons would not follow the repair; only triangles are written anyway.
         loaded.mesh.resizePolyArrays(0, 0);
         Report report;
@@ -112,6 +113,7 @@ private:
         checkIsWelded(loaded.mesh, progress);
         const TriangleDataKeeper keeper(loaded);
         const std::vector<RepairStep> steps = repairMesh(loaded.mesh, m_options, progress);
+        if (loaded.mesh.getNumTriangles() == 0) loaded.notes.push_back("no triangle was left by the repair");
         if (hasNormals && !loaded.mesh.getNormals()) loaded.notes.push_back("normals: not kept by the repair");
         if (hasUVs && !loaded.mesh.getUVs()) loaded.notes.push_back("texture coordinates: not kept by the repair");
         return steps;

@@ -13,11 +13,12 @@ namespace {
 
 using znGeom::MeshCharacteristics;
 
-std::string counted(int count, const std::string& noun)
+std::string counted(int count, const std::string& one, const std::string& several)
 {
-    if (count == 1) return "1 " + noun;
-    return std::to_string(count) + ' ' + (noun.ends_with("x") ? noun.substr(0, noun.size() - 1) + "ces" : noun + "s");
+    return std::to_string(count) + ' ' + (count == 1 ? one : several);
 }
+
+std::string countedTriangles(int count) { return counted(count, "triangle", "triangles"); }
 
 /// "3 that repeat another, 1 that repeats a vertex".
 std::string kindsOf(const znGeom::MeshDuplicateTrisResult& bad)
@@ -90,8 +91,8 @@ private:
     static NextStep nextOfManifold(MeshCharacteristics& known)
     {
         const int numEdges = known.getNumNonManifoldEdges();
-        if (numEdges > 0) return {"non_manifold_edges", counted(numEdges, "edge")};
-        return {"non_manifold_vertices", counted(known.getNumNonManifoldVertices(), "vertex")};
+        if (numEdges > 0) return {"non_manifold_edges", counted(numEdges, "edge", "edges")};
+        return {"non_manifold_vertices", counted(known.getNumNonManifoldVertices(), "vertex", "vertices")};
     }
 
     /// Turns pieces back of which more than half was turned over, unless a one-sided strip has yet to be cut out.
@@ -124,13 +125,15 @@ private:
 
     static void complete(RepairStep& step)
     {
-        const std::string kind = step.kind, triangles = counted(step.removedTriangles, "triangle");
+        const std::string kind = step.kind, triangles = countedTriangles(step.removedTriangles);
         const std::string known = step.text;
         if (kind == "bad_triangles") step.text = "removed " + triangles + ": " + known;
-        if (kind == "non_manifold_edges") step.text = "removed " + triangles + " at " + known + " of three or more";
+        if (kind == "non_manifold_edges")
+            step.text = "removed " + triangles + " at " + known + " of three triangles or more";
         if (kind == "non_manifold_vertices")
-            step.text = "split " + known + " of several fans, which makes " + counted(step.addedVertices, "new vertex");
-        if (kind == "winding") step.text = "turned " + counted(step.turnedTriangles, "triangle") + " over";
+            step.text = "split " + known + " of several fans, which makes " +
+                        counted(step.addedVertices, "new vertex", "new vertices");
+        if (kind == "winding") step.text = "turned " + countedTriangles(step.turnedTriangles) + " over";
         if (kind == "one_sided_strip") step.text = "cut out a one-sided strip of " + triangles;
         if (kind == "crossing_triangles") step.text = "removed " + triangles + " that cross others";
         if (kind == "folded_triangles") step.text = "removed " + triangles + " at folds";

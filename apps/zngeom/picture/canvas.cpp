@@ -140,6 +140,12 @@ void Canvas::fillDisc(const Spot& centre, double radius, const Colour& colour, H
     for (int side = 2; side < numSides; ++side) fillTriangle(rim(0), rim(side - 1), rim(side), colour, hidden);
 }
 
+bool Canvas::shows(const Spot& spot, double slack) const
+{
+    if (!(spot.x >= 0 && spot.x < getWidth() && spot.y >= 0 && spot.y < getHeight())) return false;
+    return spot.depth - slack <= double(m_depths[firstSample(static_cast<int>(spot.x), static_cast<int>(spot.y))]);
+}
+
 Colour Canvas::meanOf(int x, int y) const
 {
     int red = 0, green = 0, blue = 0;

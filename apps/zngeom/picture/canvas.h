@@ -57,8 +57,10 @@ public:
     /// \param radius  in pixels
     void fillDisc(const Spot& centre, double radius, const Colour& colour, Hidden hidden = Hidden::Away);
 
-    /// Of the first sample of a pixel; infinite where nothing has been drawn.
-    float depthAt(int x, int y) const { return m_depths[firstSample(x, y)]; }
+    /// Whether a spot lies on the canvas, and behind nothing or little.
+    /// \param slack  how far behind it may be
+    bool shows(const Spot& spot, double slack) const;
+    /// Of the first sample of a pixel.
     Colour colourAt(int x, int y) const { return m_colours[firstSample(x, y)]; }
 
     /// Each pixel is the mean of its samples.

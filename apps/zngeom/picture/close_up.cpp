@@ -37,15 +37,9 @@ double meanEdge(const znGeom::CompactMesh& mesh, const View& view)
     return things.empty() ? 0 : sum / static_cast<double>(things.size());
 }
 
-bool isVisible(const Canvas& canvas, const Frame& frame, const Spot& spot)
+std::vector<SeenThing> seenThings(const Scene& scene, const Canvas& canvas, const View& view)
 {
     constexpr double slack = 8;
-    const bool isInside = spot.x >= frame.left && spot.x < frame.right && spot.y >= frame.top && spot.y < frame.bottom;
-    return isInside && spot.depth - slack <= double(canvas.depthAt(int(spot.x), int(spot.y)));
-}
-
-std::vector<SeenThing> seenThings(const Scene& scene, const Canvas& canvas, const View& view, const Frame& frame)
-{
     std::vector<SeenThing> things;
     const double edge = meanEdge(*scene.mesh, view);
     for (std::size_t kind = 0; kind < scene.markings.size(); ++kind) {
@@ -53,7 +47,7 @@ std::vector<SeenThing> seenThings(const Scene& scene, const Canvas& canvas, cons
         for (const MarkedThing& thing : markedThings(*scene.mesh, scene.markings[kind], mostThings)) {
             const Spot middle = view.at(middleOf(thing));
             const double size = std::max(sizeOf(thing, view), scene.markings[kind].points.empty() ? 0 : edge);
-            things.push_back({middle, size, kind, isVisible(canvas, frame, middle)});
+            things.push_back({middle, size, kind, canvas.shows(middle, slack)});
         }
     }
     return things;
@@ -83,10 +77,9 @@ double worth(const std::vector<SeenThing>& things, std::size_t numKinds, const S
 
 } // namespace
 
-std::optional<CloseUp> findCloseUp(const Scene& scene, const Canvas& canvas, const View& view, const Frame& frame,
-                                   const Frame& shape)
+std::optional<CloseUp> findCloseUp(const Scene& scene, const Canvas& canvas, const View& view, const Frame& shape)
 {
-    const std::vector<SeenThing> things = seenThings(scene, canvas, view, frame);
+    const std::vector<SeenThing> things = seenThings(scene, canvas, view);
     if (things.empty()) return std::nullopt;
     const double size = medianSize(things);
     if (size > largeSize) return std::nullopt;

@@ -17,9 +17,8 @@ struct CloseUp
 /// Where many kinds of markings, and many of each kind, are close together and too small to be told apart; none where
 /// all are large.
 /// \param canvas  with the whole picture, which tells what is visible
-/// \param view    of the whole picture, in `frame`
+/// \param view    of the whole picture
 /// \param shape   the frame that the close-up will fill
-std::optional<CloseUp> findCloseUp(const Scene& scene, const Canvas& canvas, const View& view, const Frame& frame,
-                                   const Frame& shape);
+std::optional<CloseUp> findCloseUp(const Scene& scene, const Canvas& canvas, const View& view, const Frame& shape);
 
 } // namespace tool

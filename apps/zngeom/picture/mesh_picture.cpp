@@ -14,11 +14,18 @@ namespace {
 constexpr int samplesPerPixel = 3;
 constexpr Colour ofWhole{225, 228, 232}, ofCloseUp{30, 110, 200};
 
+/// What can't be shown is told alone.
+LegendEntry entryOf(const Marking& marking, const std::string& text)
+{
+    const bool isShown = !marking.triangles.empty() || !marking.lines.empty() || !marking.points.empty();
+    return {isShown ? &marking : nullptr, text};
+}
+
 std::vector<LegendEntry> entriesOf(const Scene& scene)
 {
     std::vector<LegendEntry> entries;
     for (const Marking& marking : scene.markings)
-        entries.push_back({&marking, marking.name + ' ' + std::to_string(marking.count)});
+        entries.push_back(entryOf(marking, marking.name + ' ' + std::to_string(marking.count)));
     if (!scene.remark.empty()) entries.push_back({nullptr, scene.remark});
     return entries;
 }
@@ -37,9 +44,9 @@ std::vector<LegendEntry> entriesOf(const Scene& before, const Scene& after)
                std::to_string(second ? second->count : 0);
     };
     std::vector<LegendEntry> entries;
-    for (const Marking& marking : before.markings) entries.push_back({&marking, text(marking.name)});
+    for (const Marking& marking : before.markings) entries.push_back(entryOf(marking, text(marking.name)));
     for (const Marking& marking : after.markings)
-        if (!find(before, marking.name)) entries.push_back({&marking, text(marking.name)});
+        if (!find(before, marking.name)) entries.push_back(entryOf(marking, text(marking.name)));
     if (entries.empty()) entries.push_back({nullptr, before.remark});
     return entries;
 }
@@ -101,7 +108,7 @@ Image drawMesh(const Scene& scene, const PictureSize& size)
     std::vector<Frame> frames = divideByWeight(sheet.whole(), views.size() + 1);
     fitToFrame(views[0], *scene.mesh, frames[0]);
     sheet.paint(painter, views[0], frames[0]);
-    const std::optional<CloseUp> closeUp = findCloseUp(scene, sheet.canvas(), views[0], frames[0], frames.back());
+    const std::optional<CloseUp> closeUp = findCloseUp(scene, sheet.canvas(), views[0], frames.back());
     if (closeUp) {
         sheet.paintPlace(*closeUp, frames[0]);
         sheet.paint(painter, closer(views[0], *closeUp, frames.back()), frames.back(), ofCloseUp);
@@ -125,7 +132,7 @@ Image drawChange(const Scene& before, const Scene& after, const PictureSize& siz
     std::vector<Frame> frames = divideInPairs(sheet.whole(), 4);
     fitToFrame(view, *before.mesh, frames[0]);
     sheet.paint(painters[0], view, frames[0]);
-    const std::optional<CloseUp> closeUp = findCloseUp(before, sheet.canvas(), view, frames[0], frames[2]);
+    const std::optional<CloseUp> closeUp = findCloseUp(before, sheet.canvas(), view, frames[2]);
     if (!closeUp) {
         sheet.clear();
         frames = divideInPairs(sheet.whole(), 2);

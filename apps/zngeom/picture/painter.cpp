@@ -11,7 +11,7 @@ namespace {
 constexpr Colour front{205, 211, 219}, back{188, 158, 124};
 
 // Marks lie in front of the surface by some pixels, so that it doesn't swallow half of them.
-constexpr double aheadOfSurface = 0.3, outlineAhead = 0.8, lineAhead = 3, pointAhead = 6;
+constexpr double aheadOfSurface = 0.3, outlineAhead = 0.8, lineAhead = 3, pointAhead = 10;
 constexpr double outlineWidth = 0.6, thinWidth = 1.6, lineWidth = 3.4, pointRadius = 5, rimWidth = 1.3;
 
 Spot nearer(Spot spot, double by)
@@ -19,6 +19,8 @@ Spot nearer(Spot spot, double by)
     spot.depth -= by;
     return spot;
 }
+
+constexpr std::size_t mostTested = 1000;
 
 /// How dark the outline of a triangle is: where it would take much of the triangle, as bright as that.
 double outlineLight(const SeenTriangle& seen)
@@ -71,6 +73,7 @@ void Painter::paint(Canvas& canvas, const View& view, const Frame& frame) const
     paintSurface(canvas, projection);
     for (const Marking& marking : m_scene.markings) paintMarkedTriangles(canvas, projection, marking);
     for (const Marking& marking : m_scene.markings) {
+        if (!marking.triangles.empty()) paintHiddenTriangles(canvas, view, marking);
         paintLines(canvas, view, marking);
         paintPoints(canvas, view, marking);
         if (!marking.isAside) paintRings(canvas, view, frame, *m_scene.mesh, marking);
@@ -92,6 +95,16 @@ void Painter::paintMarkedTriangles(Canvas& canvas, const Projection& projection,
     for (const int triangle : marking.triangles)
         if (projection.see(triangle, seen))
             paintTriangle(canvas, seen, shaded(marking.colour, 0.78 + 0.26 * seen.light), aheadOfSurface);
+}
+
+void Painter::paintHiddenTriangles(Canvas& canvas, const View& view, const Marking& marking) const
+{
+    const std::vector<MarkedThing> things = markedThings(*m_scene.mesh, marking, mostTested);
+    const auto isVisible = [&](const MarkedThing& thing) { return canvas.shows(view.at(middleOf(thing)), lineAhead); };
+    if (std::any_of(things.begin(), things.end(), isVisible)) return;
+    for (const MarkedThing& thing : things)
+        canvas.fillTriangle(view.at(thing[0]), view.at(thing[1]), view.at(thing[2]), marking.colour,
+                            Canvas::Hidden::Faint);
 }
 
 void Painter::paintLines(Canvas& canvas, const View& view, const Marking& marking) const

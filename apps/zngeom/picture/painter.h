@@ -7,6 +7,7 @@
 namespace tool {
 
 /// Fronts are grey, backs are brown. Triangles that are large enough get an outline. A lonely small mark gets a ring.
+/// Marked lines and points show faintly through what hides them, as do triangles of a kind that is hidden altogether.
 class Painter
 {
 public:
@@ -19,6 +20,7 @@ public:
 private:
     void paintSurface(Canvas& canvas, const Projection& projection) const;
     void paintMarkedTriangles(Canvas& canvas, const Projection& projection, const Marking& marking) const;
+    void paintHiddenTriangles(Canvas& canvas, const View& view, const Marking& marking) const;
     void paintLines(Canvas& canvas, const View& view, const Marking& marking) const;
     void paintPoints(Canvas& canvas, const View& view, const Marking& marking) const;
 

@@ -5,7 +5,6 @@
 #include <numbers>
 
 #include "apps/zngeom/picture/projection.h"
-#include "znGeom/analysis/bounds.h"
 #include "znGeom/foundation/threads/parallel_for.h"
 
 namespace tool {
@@ -27,6 +26,17 @@ constexpr int side = 144;
 constexpr std::size_t mostThings = 400;
 
 bool standsOnGround(float least, float most) { return std::fabs(least) < 0.01f * (most - least); }
+
+/// Of the finite corners of the triangles.
+znGeom::BoundingBox boxOf(const znGeom::CompactMesh& mesh)
+{
+    znGeom::BoundingBox box;
+    for (int corner = 0; corner < 3 * mesh.getNumTriangles(); ++corner) {
+        const znGeom::MeshVertex& vertex = mesh.getVertices()[mesh.getTrianglesRaw()[corner]];
+        if (isFinite(vertex)) box.extend(vertex.asPointFlt());
+    }
+    return box;
+}
 
 Vector upOf(const znGeom::BoundingBox& box)
 {
@@ -53,11 +63,13 @@ std::vector<Look> lookAround(const Vector& up)
 class LookMaker
 {
 public:
-    LookMaker(const Scene& scene, const znGeom::BoundingBox& box)
-        : m_mesh(*scene.mesh), m_up(upOf(box)),
-          m_middle(box.isValid() ? znLinear::Point(box.center()) : znLinear::Point()),
-          m_diameter(box.isValid() ? double(box.diagonalLength()) : 1)
+    LookMaker(const Scene& scene, const znGeom::BoundingBox& box) : m_mesh(*scene.mesh), m_up(upOf(box))
     {
+        if (box.isValid()) {
+            const znLinear::Point least(box.minPt()), most(box.maxPt());
+            m_middle = least + (most - least) / 2;
+            m_diameter = (most - least).length();
+        }
         for (const Marking& marking : scene.markings)
             if (!marking.isAside) m_things.push_back(markedThings(m_mesh, marking, mostThings));
     }
@@ -71,6 +83,7 @@ public:
         View seen = view(look.towards);
         const double half = m_diameter / 2;
         seen.zoom({-half, -half, 0}, {half, half, 0}, {0, 0, side, side});
+        constexpr double slack = 2.5;
         constexpr Colour front = white, back = ink;
         Canvas canvas(side, side, 1, Colour());
         Projection(m_mesh, seen).forEachTriangle([&](int, const SeenTriangle& triangle) {
@@ -83,22 +96,15 @@ public:
         for (const std::vector<MarkedThing>& things : m_things) {
             look.visibleThings.emplace_back();
             for (const MarkedThing& thing : things)
-                look.visibleThings.back().push_back(isVisible(canvas, seen.at(middleOf(thing))));
+                look.visibleThings.back().push_back(canvas.shows(seen.at(middleOf(thing)), slack));
         }
     }
 
 private:
-    static bool isVisible(const Canvas& canvas, const Spot& spot)
-    {
-        constexpr double slack = 2.5;
-        const bool isInside = spot.x >= 0 && spot.x < side && spot.y >= 0 && spot.y < side;
-        return isInside && spot.depth - slack <= double(canvas.depthAt(int(spot.x), int(spot.y)));
-    }
-
     const znGeom::CompactMesh& m_mesh;
     Vector m_up;
     znLinear::Point m_middle;
-    double m_diameter;
+    double m_diameter = 1;
     std::vector<std::vector<MarkedThing>> m_things; ///< per marking
 };
 
@@ -132,9 +138,7 @@ const Look& bestOf(const std::vector<Look>& looks, const Look* first)
 std::vector<View> chooseViews(const Scene& scene)
 {
     constexpr double worthASecond = 0.08;
-    znGeom::BoundingBox box;
-    znGeom::meshBoundingBox(*scene.mesh, box);
-    const LookMaker maker(scene, box);
+    const LookMaker maker(scene, boxOf(*scene.mesh));
     std::vector<Look> looks = lookAround(maker.up());
     znUtil::parallelFor(znUtil::ThreadPool::get(), static_cast<int>(looks.size()), [&](znUtil::Slice slice, int) {
         for (int i = slice.begin; i < slice.end; ++i) maker.make(looks[static_cast<std::size_t>(i)]);
