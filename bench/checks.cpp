@@ -194,6 +194,15 @@ int components(const Soup& soup)
     return roots;
 }
 
+bool isConsistentlyWound(const std::vector<int>& triangles)
+{
+    std::vector<std::array<int, 2>> sides;
+    for (std::size_t corner = 0; corner < triangles.size(); ++corner)
+        sides.push_back({triangles[corner], triangles[corner % 3 == 2 ? corner - 2 : corner + 1]});
+    std::sort(sides.begin(), sides.end());
+    return std::adjacent_find(sides.begin(), sides.end()) == sides.end();
+}
+
 int borderVertices(const Soup& soup)
 {
     std::vector<bool> onBorder(soup.positions.size() / 3, false);

@@ -39,6 +39,9 @@ int components(const Soup& soup);
 /// The number of vertices on edges that belong to only one triangle.
 int borderVertices(const Soup& soup);
 
+/// Whether no two triangles, three indices each, run along an edge in the same direction.
+bool isConsistentlyWound(const std::vector<int>& triangles);
+
 /// Whether vertex normals, three floats each, are the directions of the sums of the unit normals around the vertices,
 /// except at one vertex in a thousand: where sums almost cancel out, each library gives something else.
 bool areVertexNormals(const Soup& soup, const float* normals);

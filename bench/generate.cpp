@@ -171,6 +171,14 @@ Soup punched(const Soup& soup)
     return part(soup, kept);
 }
 
+Soup partlyTurnedOver(const Soup& soup)
+{
+    Soup result = soup;
+    for (std::size_t corner = 0; corner < result.triangles.size(); corner += 30)
+        std::swap(result.triangles[corner], result.triangles[corner + 1]);
+    return result;
+}
+
 Box boxOf(const Soup& soup)
 {
     Box box;

@@ -46,6 +46,9 @@ Soup part(const Soup& soup, const std::vector<int>& triangles);
 /// The same surface with about ten thousand holes in a million triangles: every hundredth triangle is left out.
 Soup punched(const Soup& soup);
 
+/// The same surface with a tenth of its triangles turned over.
+Soup partlyTurnedOver(const Soup& soup);
+
 /// Points at which to ask for the nearest place of a surface, three numbers each, in random order (fixed seed).
 enum class Spread {
     near, ///< a hundredth of the box's diagonal away from a place of the surface

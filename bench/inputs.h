@@ -37,6 +37,9 @@ private:
 /// The available meshes: those from files are left out where the folder of meshes is missing.
 const std::vector<Input>& inputs();
 
+/// The names of those that are generated: closed surfaces without flaws.
+inline std::vector<std::string> generatedInputs() { return {"torus_small", "torus", "torus_shuffled"}; }
+
 /// A `Subject` made from the `Soup` of this input when first asked for, and kept: for what takes longer to make than to
 /// measure.
 template <class Subject>

@@ -8,6 +8,7 @@
 #include "znGeom/files.h"
 #include "znGeom/foundation.h"
 #include "znGeom/planar.h"
+#include "znGeom/repair.h"
 #include "znGeom/spatial.h"
 #include "znGeom/topology.h"
 #include "znGeom/version.h"

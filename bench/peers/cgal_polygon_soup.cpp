@@ -1,9 +1,10 @@
-// CGAL on polygon soups: merging duplicate points, and its text files.
+// CGAL on polygon soups: merging duplicate points, orienting, and its text files.
 #include "bench/checks.h"
 #include "bench/suite.h"
 
 #include <CGAL/IO/OBJ.h>
 #include <CGAL/IO/OFF.h>
+#include <CGAL/Polygon_mesh_processing/orient_polygon_soup.h>
 #include <CGAL/Polygon_mesh_processing/repair_polygon_soup.h>
 #include <CGAL/Simple_cartesian.h>
 
@@ -77,6 +78,31 @@ void runMerging(benchmark::State& state, const Input& input)
         [](PolygonSoup* subject) { return merge(*subject); });
 }
 
+bool orient(PolygonSoup& soup) { return CGAL::Polygon_mesh_processing::orient_polygon_soup(soup.points, soup.faces); }
+
+bool orientingAgrees(const Input& input)
+{
+    PolygonSoup soup(bench::partlyTurnedOver(input.soup()));
+    const bool done = orient(soup);
+    std::vector<int> triangles;
+    for (const auto& face : soup.faces)
+        for (const std::size_t corner : face) triangles.push_back(static_cast<int>(corner));
+    return done && bench::isConsistentlyWound(triangles);
+}
+
+void runOrienting(benchmark::State& state, const Input& input)
+{
+    const bench::Soup given = bench::partlyTurnedOver(input.soup());
+    std::unique_ptr<PolygonSoup> soup;
+    bench::timeWork(
+        state,
+        [&] {
+            soup = std::make_unique<PolygonSoup>(given);
+            return soup.get();
+        },
+        [](PolygonSoup* subject) { return orient(*subject); });
+}
+
 std::unique_ptr<ReadSoup> readObj(const std::string& file)
 {
     auto soup = std::make_unique<ReadSoup>();
@@ -138,6 +164,7 @@ bool measureWriting(const char* work, const char* who, Write write,
 
 [[maybe_unused]] const bool listed[] = {
     bench::measure({"weld", "CGAL", mergingAgrees, runMerging}),
+    bench::measure({"orient", "CGAL", orientingAgrees, runOrienting, 0, bench::generatedInputs()}),
     measureReading("read_obj", "CGAL", readObj, &Input::objFile),
     measureReading("read_plain", "CGAL_OFF", readOff, &Input::offFile),
     measureWriting("write_obj", "CGAL", writeObj, bench::readObjFile),

@@ -1,9 +1,14 @@
 #include "znGeom/editing/triangles.h"
 
+#include <cstdlib>
+#include <memory>
+#include <set>
+
 #include <gtest/gtest.h>
 
 #include "tests/support/recorder.h"
 #include "tests/support/tangles.h"
+#include "znGeom/editing/mesh_swap.h"
 
 using namespace znGeom;
 using znTest::toVector;
@@ -44,4 +49,54 @@ TEST(Triangulate, MakesTheFanOfEachPolygonOnce)
     meshTriangulate(mesh);
     EXPECT_TRUE(none.getNumTriangles() == 0 && mesh.getNumTriangles() == 1);
     EXPECT_TRUE(ofNone.changes().empty() && changes.changes().size() == 1);
+}
+
+TEST(TrianglesAsLines, AreTheSidesOnceInOrder)
+{
+    znTest::Random random(1);
+    for (int round = 0; round < 200; ++round) {
+        SCOPED_TRACE(round);
+        const CompactMesh mesh = round == 0 ? CompactMesh() : znTest::makeAnyMesh(random, round);
+        std::set<std::pair<int, int>> expected; // a vertex may be both ends
+        for (int side = 0; side < 3 * mesh.getNumTriangles(); ++side) {
+            const MeshTriangle& triangle = mesh.getTriangles()[side / 3];
+            expected.insert(std::minmax({triangle[side % 3], triangle[(side + 1) % 3]}));
+        }
+        int count = -1, *lines = &count;
+        meshTrianglesAsLines(mesh, count, lines);
+        const std::unique_ptr<int, void (*)(void*)> owner(lines, std::free);
+        ASSERT_EQ(count, int(expected.size()));
+        ASSERT_EQ(lines == nullptr, mesh.getNumTriangles() == 0);
+        for (const auto& [low, high] : expected) {
+            ASSERT_EQ(std::pair(lines[0], lines[1]), std::pair(low, high));
+            lines += 2;
+        }
+    }
+}
+
+TEST(MeshSwap, NamesOnBothWhatEitherHas)
+{
+    CompactMesh a = znTest::makeMesh(3, {{{0, 1, 2}}}), b = znTest::makeMesh(5, {{{2, 3, 4}}, {{0, 1, 2}}});
+    a.allocUVArray();
+    a.resizeTriFanArrays(3, 1);
+    a.resizePolyArrays(3, 1);
+    b.allocTriangleNormalArray();
+    b.resizeLineArray(2);
+    b.allocAttributes("flow", 2);
+    b.getSelectedTriangles().resize(2);
+    znTest::ChangeRecorder ofA(a), ofB(b);
+    meshSwap(a, b);
+    EXPECT_TRUE(a.getNumVertices() == 5 && a.getNumTriangles() == 2 && a.getNumLines() == 2 && !a.getUVs());
+    EXPECT_TRUE(a.getTriangleNormals() && a.getAttributes("flow") && a.getSelectedTriangles().getSize() == 2);
+    EXPECT_TRUE(b.getUVs() && b.getNumTriFans() == 1 && b.getNumPolys() == 1 && b.getNumTriangles() == 1);
+    using M = MeshModification;
+    for (const znTest::ChangeRecorder* recorder : {&ofA, &ofB}) {
+        ASSERT_EQ(recorder->changes().size(), 1u);
+        const znTest::Change& change = recorder->changes()[0];
+        EXPECT_TRUE(change.type == M::TopologyChanged && !change.hasVertexRemap && !change.hasTriangleRemap);
+        EXPECT_EQ(change.modified,
+                  (znTest::Change::Channels{M::TriangleNormals, M::UVs, M::StripsAndFans, M::Lines, M::Polys}));
+        EXPECT_EQ(change.attributes, (std::vector<std::string>{"flow", "vertices", "uvs", "vertices"}));
+        EXPECT_TRUE(change.valid.empty());
+    }
 }

@@ -54,8 +54,7 @@ void MeshCharacteristics::testManifold()
 {
     auto result = std::make_shared<MeshManifoldResult>();
     meshManifold(*m_mesh, *m_cache->getAdjTris(*m_mesh), *result);
-    const bool isManifold = result->badVertices.getNumSetBits() == 0 && result->badEdges.empty();
-    record(Manifold, isManifold ? Manifold : 0);
+    record(Manifold, result->isManifold() ? Manifold : 0);
     m_manifold = std::move(result);
 }
 
