@@ -62,16 +62,20 @@ double medianSize(const std::vector<SeenThing>& things)
     return *middle;
 }
 
-/// How much a rectangle shows: more of one kind counts for less and less.
+/// How much a rectangle shows: of each kind its part, the first ones counting most.
 double worth(const std::vector<SeenThing>& things, std::size_t numKinds, const Spot& centre, double halfWidth,
              double halfHeight)
 {
-    std::vector<double> ofKind(numKinds, 0);
-    for (const SeenThing& thing : things)
-        if (std::fabs(thing.middle.x - centre.x) < halfWidth && std::fabs(thing.middle.y - centre.y) < halfHeight)
-            ofKind[thing.kind] += thing.isVisible ? 1 : 0.1;
+    std::vector<double> shown(numKinds, 0), all(numKinds, 0);
+    for (const SeenThing& thing : things) {
+        const bool isInside =
+            std::fabs(thing.middle.x - centre.x) < halfWidth && std::fabs(thing.middle.y - centre.y) < halfHeight;
+        all[thing.kind] += 1;
+        if (isInside) shown[thing.kind] += thing.isVisible ? 1 : 0.1;
+    }
     double sum = 0;
-    for (const double count : ofKind) sum += std::sqrt(count);
+    for (std::size_t kind = 0; kind < numKinds; ++kind)
+        if (all[kind] > 0) sum += std::sqrt(shown[kind] / all[kind]);
     return sum;
 }
 
@@ -89,9 +93,8 @@ std::optional<CloseUp> findCloseUp(const Scene& scene, const Canvas& canvas, con
     const SeenThing* best = nullptr;
     double most = -1;
     for (std::size_t i = 0; i < things.size(); i += things.size() / mostCentres + 1) {
-        const double shown = worth(things, scene.markings.size(), things[i].middle, halfWidth, halfHeight) +
-                             (things[i].isVisible ? 0.5 : 0);
-        if (shown > most) best = &things[i], most = shown;
+        const double found = worth(things, scene.markings.size(), things[i].middle, halfWidth, halfHeight);
+        if (found > most) best = &things[i], most = found;
     }
     const Spot& centre = best->middle;
     return CloseUp{{centre.x - halfWidth, centre.y - halfHeight, 0}, {centre.x + halfWidth, centre.y + halfHeight, 0}};

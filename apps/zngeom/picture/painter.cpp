@@ -46,6 +46,18 @@ void paintTriangle(Canvas& canvas, const SeenTriangle& seen, const Colour& colou
                         shaded(colour, light));
 }
 
+/// Makes a triangle visible that covers next to no pixels.
+void paintDot(Canvas& canvas, const SeenTriangle& seen, const Colour& colour)
+{
+    constexpr double radius = 1.8;
+    const auto [a, b, c] = seen.corners;
+    const double width = std::max({a.x, b.x, c.x}) - std::min({a.x, b.x, c.x});
+    const double height = std::max({a.y, b.y, c.y}) - std::min({a.y, b.y, c.y});
+    if (std::max(width, height) > 2 * radius) return;
+    const Spot middle{(a.x + b.x + c.x) / 3, (a.y + b.y + c.y) / 3, (a.depth + b.depth + c.depth) / 3};
+    canvas.fillDisc(nearer(middle, radius), radius, colour);
+}
+
 void paintPoint(Canvas& canvas, const Spot& spot, const Colour& colour, Canvas::Hidden hidden)
 {
     canvas.fillDisc(nearer(spot, pointAhead), pointRadius + rimWidth, ink, hidden);
@@ -91,10 +103,14 @@ void Painter::paintSurface(Canvas& canvas, const Projection& projection) const
 /// In front of what they repeat, and bright enough to be told apart also in the shade.
 void Painter::paintMarkedTriangles(Canvas& canvas, const Projection& projection, const Marking& marking) const
 {
+    constexpr std::size_t mostDots = 50000;
     SeenTriangle seen;
-    for (const int triangle : marking.triangles)
-        if (projection.see(triangle, seen))
-            paintTriangle(canvas, seen, shaded(marking.colour, 0.78 + 0.26 * seen.light), aheadOfSurface);
+    for (const int triangle : marking.triangles) {
+        if (!projection.see(triangle, seen)) continue;
+        const Colour colour = shaded(marking.colour, 0.78 + 0.26 * seen.light);
+        paintTriangle(canvas, seen, colour, aheadOfSurface);
+        if (marking.triangles.size() <= mostDots) paintDot(canvas, seen, colour);
+    }
 }
 
 void Painter::paintHiddenTriangles(Canvas& canvas, const View& view, const Marking& marking) const
