@@ -154,6 +154,9 @@ void addDefects(const znGeom::CompactMesh& mesh, const MeshDefects& defects, Kin
     if (defects.folds) {
         reporter.addEdges("folded_edges", "folded_edge_vertices", *defects.folds);
         reporter.addTriangles("folded_triangles", "folded_triangle_numbers", defects.foldedTriangles);
+    } else {
+        for (const char* key : {"folded_edges", "folded_edge_vertices", "folded_triangles", "folded_triangle_numbers"})
+            report.addForPrograms(key, nullptr);
     }
     report.add("boundary_edges", defects.boundary.size());
     report.add("clean", defects.isClean());
