@@ -21,13 +21,6 @@ using Status = MeshLoadResult::Status;
 
 namespace {
 
-CompactMesh makeGridMesh(int columns, int rows)
-{
-    CompactMesh mesh;
-    znTest::makeGrid(mesh, columns, rows);
-    return mesh;
-}
-
 MeshLoadResult loadText(CompactMesh& mesh, const std::string& text, MeshFormat format)
 {
     return meshLoad(mesh, text.data(), text.size(), format);
@@ -79,7 +72,7 @@ TEST(MeshLoad, ReplacesTheWholeMeshAndNotifiesItOnce)
                "property float nx\nproperty float ny\nproperty float nz\nelement face 1\n"
                "property list uchar int vertex_indices\nend_header\n"
                "0 0 0 0 0 1\n1 0 0 0 0 1\n0 1 0 0 0 1\n3 0 1 2\n");
-    CompactMesh mesh = makeGridMesh(3, 3);
+    CompactMesh mesh = znTest::makeGrid(3, 3);
     mesh.allocUVArray();
     mesh.resizePolyArrays(4, 1);
     znTest::ChangeRecorder recorder(mesh);
@@ -100,7 +93,7 @@ TEST(MeshLoad, LeavesTheMeshAndItsListenersAloneOnFailureAndCancel)
 {
     const TemporaryFile file, unknown("mesh.docx");
     file.write(square + "f 1 2 3\n");
-    CompactMesh mesh = makeGridMesh(2, 2);
+    CompactMesh mesh = znTest::makeGrid(2, 2);
     znTest::ChangeRecorder recorder(mesh);
     znUtil::Progress cancelled;
     cancelled.cancel();
@@ -133,7 +126,7 @@ TEST(MeshLoad, LeavesTheMeshAndItsListenersAloneOnFailureAndCancel)
 
 TEST(MeshLoad, EveryTruncatedPrefixFailsOrGivesAWholeMesh)
 {
-    CompactMesh mesh = makeGridMesh(2, 2);
+    CompactMesh mesh = znTest::makeGrid(2, 2);
     mesh.allocNormalArray();
     mesh.allocUVArray();
     const std::string textPly = "ply\r\nformat ascii 1.0\r\ncomment x\r\nelement vertex 3\r\nproperty double x\r\n"

@@ -18,17 +18,10 @@ using Status = MeshSaveResult::Status;
 
 namespace {
 
-CompactMesh makeGridMesh(int columns, int rows)
-{
-    CompactMesh mesh;
-    znTest::makeGrid(mesh, columns, rows);
-    return mesh;
-}
-
 /// A grid with numbers that need all their digits.
 CompactMesh oddMesh()
 {
-    CompactMesh mesh = makeGridMesh(4, 3);
+    CompactMesh mesh = znTest::makeGrid(4, 3);
     mesh.allocNormalArray();
     mesh.allocUVArray();
     for (int i = 0; i < 3 * mesh.getNumVertices(); ++i) {
@@ -130,7 +123,7 @@ TEST(MeshSave, KeepsTheOldFileUntilTheNewOneIsComplete)
         const std::filesystem::directory_iterator files(file.folder);
         return std::distance(begin(files), end(files)) == 1;
     };
-    CompactMesh mesh = makeGridMesh(200, 200);
+    CompactMesh mesh = znTest::makeGrid(200, 200);
     znUtil::Progress progress;
     progress.setObserver([&progress](double fraction, const char*) {
         if (fraction > 0.2) progress.cancel();

@@ -10,6 +10,12 @@ namespace znTest {
 
 /// columns x rows vertices one unit apart, row by row, two triangles per cell.
 void makeGrid(znGeom::CompactMesh& mesh, int columns, int rows);
+inline znGeom::CompactMesh makeGrid(int columns, int rows)
+{
+    znGeom::CompactMesh mesh;
+    makeGrid(mesh, columns, rows);
+    return mesh;
+}
 
 /// 8 vertices at +-1, 12 triangles.
 void makeCube(znGeom::CompactMesh& mesh);

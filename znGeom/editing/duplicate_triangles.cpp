@@ -1,7 +1,6 @@
 #include "znGeom/editing/duplicate_triangles.h"
 
 #include <algorithm>
-#include <compare>
 #include <memory>
 #include <span>
 #include <tuple>
@@ -87,11 +86,10 @@ public:
     {
         Triangles found;
         for (int vertex = lowest.begin; vertex < lowest.end; ++vertex) {
-            SeenTriangle *const first = m_seen.get() + m_starts[vertex], *const end =
-                                                                             m_seen.get() + m_starts[vertex + 1];
-            std::sort(first, end);
-            for (const SeenTriangle* seen = first + 1; seen < end; ++seen)
-                if (seen->sameCorners(*(seen - 1))) found.append(seen->number);
+            const std::span seen(m_seen.get() + m_starts[vertex], m_seen.get() + m_starts[vertex + 1]);
+            std::sort(seen.begin(), seen.end());
+            for (size_t i = 1; i < seen.size(); ++i)
+                if (seen[i].sameCorners(seen[i - 1])) found.append(seen[i].number);
         }
         return found;
     }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <span>
 #include <utility>
 
 #include "znGeom/foundation/machine/prefetch.h"
@@ -83,6 +84,7 @@ public:
         m_queueEnd = 0;
         visit(seed);
         for (int next = 0; next < m_queueEnd; ++next) {
+            prefetchFrom(next);
             const MeshTriangle triangle = m_triangles[m_queue[next]];
             for (int corner = 0; corner < 3; ++corner)
                 if (!spread(m_queue[next], triangle[corner], triangle[cornerAfter(corner)])) return false;
@@ -94,28 +96,61 @@ public:
     bool turnedOver() const { return m_turnedOver; }
 
 private:
+    /// How many places ahead in the queue what a triangle will be compared with is prefetched, one thing leading to the
+    /// next: meshes in no particular order would otherwise wait for memory at every step.
+    static constexpr int startsAhead = 24, entriesAhead = 16, trianglesAhead = 8;
+    static constexpr size_t mostAround = 8; ///< no more of them, for the sake of vertices with very many
+
+    void prefetchFrom(int next) const
+    {
+        if (next + startsAhead >= m_queueEnd) return;
+        const auto corners = [ this, next ](int ahead) -> auto& { return m_triangles[m_queue[next + ahead]].corners; };
+        for (const int corner : corners(startsAhead)) znUtil::prefetch(&m_adjTris.table().start[corner]);
+        for (const int corner : corners(entriesAhead)) znUtil::prefetch(m_adjTris.triIndices(corner));
+        for (const int corner : corners(trianglesAhead)) {
+            const std::span<const int> around = m_adjTris.around(corner);
+            for (const int triangle : around.first(std::min(around.size(), mostAround)))
+                znUtil::prefetch(m_triangles + triangle);
+        }
+    }
+
     void visit(int triangle)
     {
         m_visited.setBit(triangle);
         m_queue[m_queueEnd++] = triangle;
     }
 
-    /// Meets the other triangles on a side in ascending order, one that names `from` twice once for each time.
+    /// Meets the other triangles on a side in ascending order, one that names `from` twice once for each time. They are
+    /// around either end: the one with fewer triangles is searched. A jump for each would be mispredicted too often.
     bool spread(int triangle, int from, int to)
     {
-        if (m_adjTris.numTris(from) <= m_adjTris.numTris(to)) {
-            for (const int other : m_adjTris.around(from))
-                if (other != triangle && !meet(other, from, to)) return false;
-            return true;
-        }
-        // Those around the other end are fewer, and the same ones are on the side.
-        for (int previous = triangle; const int other : m_adjTris.around(to)) {
-            if (other == triangle || std::exchange(previous, other) == other) continue;
-            const int* const corners = m_triangles[other].corners;
-            for (auto times = std::count(corners, corners + 3, from); times > 0; --times)
-                if (!meet(other, from, to)) return false;
+        const bool atStart = m_adjTris.numTris(from) <= m_adjTris.numTris(to);
+        const std::span<const int> around = m_adjTris.around(atStart ? from : to);
+        const int farEnd = atStart ? to : from;
+        for (size_t first = 0, last = 0; first < around.size(); first = last) {
+            std::array<size_t, 32> onSide;
+            size_t numOnSide = 0;
+            for (last = std::min(around.size(), first + onSide.size()); first < last; ++first) {
+                const auto [a, b, c] = m_triangles[around[first]].corners;
+                onSide[numOnSide] = first;
+                numOnSide += (a == farEnd) | (b == farEnd) | (c == farEnd);
+            }
+            for (const size_t i : std::span(onSide).first(numOnSide)) {
+                if (around[i] == triangle) continue;
+                int times = 1;
+                if (!atStart) times = i > 0 && around[i - 1] == around[i] ? 0 : namesOf(around[i], from);
+                for (; times > 0; --times)
+                    if (!meet(around[i], from, to)) return false;
+            }
         }
         return true;
+    }
+
+    /// How many corners of a triangle hold a vertex.
+    int namesOf(int triangle, int vertex) const
+    {
+        const auto [a, b, c] = m_triangles[triangle].corners;
+        return (a == vertex) + (b == vertex) + (c == vertex);
     }
 
     bool meet(int triangle, int from, int to)

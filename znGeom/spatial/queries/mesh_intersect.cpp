@@ -140,9 +140,12 @@ public:
     {}
 
 private:
+    /// Without branches: half of the pairs that are asked about do.
     static bool shareVertex(const MeshTriangle& a, const MeshTriangle& b)
     {
-        return hasVertex(a, b[0]) || hasVertex(a, b[1]) || hasVertex(a, b[2]);
+        bool shared = false;
+        for (const int corner : a.corners) shared |= (corner == b[0]) | (corner == b[1]) | (corner == b[2]);
+        return shared;
     }
 
     void test(int leaf, BoxSearch& search, std::vector<Crossing>& found) const override
