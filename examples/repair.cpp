@@ -10,7 +10,7 @@ namespace {
 using znLinear::Point;
 using znLinear::Vector;
 
-constexpr int around = 120, across = 48;
+constexpr int around = 80, across = 32;
 
 /// What a mesh is made of, while it is being made.
 struct Parts
@@ -53,20 +53,20 @@ int triangleAt(int u, int v) { return 2 * gridVertex(u, v); }
 /// Turns some triangles over, and says others twice.
 void breakTriangles(Parts& parts)
 {
-    for (int u = 18; u < 26; ++u)
-        for (int v = 6; v < 12; ++v)
+    for (int u = 12; u < 18; ++u)
+        for (int v = 4; v < 8; ++v)
             for (int i = 0; i < 2; ++i) {
                 znGeom::MeshTriangle& triangle = parts.triangles[size_t(triangleAt(u, v) + i)];
                 std::swap(triangle[1], triangle[2]);
             }
-    for (int u = 96; u < 101; ++u) parts.triangles.push_back(parts.triangles[size_t(triangleAt(u, 8))]);
+    for (int u = 63; u < 68; ++u) parts.triangles.push_back(parts.triangles[size_t(triangleAt(u, 6))]);
 }
 
 /// A row of triangles that stand on edges which have two already.
 void addFin(Parts& parts)
 {
-    for (int u = 44; u < 52; ++u) {
-        const int a = gridVertex(u, 10), b = gridVertex(u + 1, 10);
+    for (int u = 29; u < 35; ++u) {
+        const int a = gridVertex(u, 6), b = gridVertex(u + 1, 6);
         const Point middle = parts.at(a) + (parts.at(b) - parts.at(a)) / 2;
         const int top = parts.add(middle + Vector(0, 0, 0.16));
         parts.triangles.push_back({{a, b, top}});
@@ -76,7 +76,7 @@ void addFin(Parts& parts)
 /// A tetrahedron that touches the surface with one vertex.
 void addTouchingPart(Parts& parts)
 {
-    const int touching = gridVertex(75, 11);
+    const int touching = gridVertex(50, 7);
     const Point at = parts.at(touching);
     const int a = parts.add(at + Vector(0.12, 0, 0.25)), b = parts.add(at + Vector(-0.08, 0.1, 0.25)),
               c = parts.add(at + Vector(-0.08, -0.1, 0.25));
@@ -88,7 +88,7 @@ void addTouchingPart(Parts& parts)
 /// Pulls a vertex through the other side of the ring.
 void addSpike(Parts& parts)
 {
-    znGeom::MeshVertex& tip = parts.vertices[size_t(gridVertex(8, 22))];
+    znGeom::MeshVertex& tip = parts.vertices[size_t(gridVertex(5, 15))];
     tip.set(-2.7f * tip.x, -2.7f * tip.y, tip.z);
 }
 

@@ -62,21 +62,42 @@ double medianSize(const std::vector<SeenThing>& things)
     return *middle;
 }
 
-/// How much a rectangle shows: of each kind its part, the first ones counting most.
-double worth(const std::vector<SeenThing>& things, std::size_t numKinds, const Spot& centre, double halfWidth,
-             double halfHeight)
+/// A rectangle about a centre.
+struct Window
+{
+    Spot centre;
+    double halfWidth, halfHeight;
+
+    bool holds(const Spot& spot) const
+    {
+        return std::fabs(spot.x - centre.x) < halfWidth && std::fabs(spot.y - centre.y) < halfHeight;
+    }
+};
+
+/// How much a window shows: of each kind its part, the first ones counting most.
+double worth(const std::vector<SeenThing>& things, std::size_t numKinds, const Window& window)
 {
     std::vector<double> shown(numKinds, 0), all(numKinds, 0);
     for (const SeenThing& thing : things) {
-        const bool isInside =
-            std::fabs(thing.middle.x - centre.x) < halfWidth && std::fabs(thing.middle.y - centre.y) < halfHeight;
         all[thing.kind] += 1;
-        if (isInside) shown[thing.kind] += thing.isVisible ? 1 : 0.1;
+        if (window.holds(thing.middle)) shown[thing.kind] += thing.isVisible ? 1 : 0.1;
     }
     double sum = 0;
     for (std::size_t kind = 0; kind < numKinds; ++kind)
         if (all[kind] > 0) sum += std::sqrt(shown[kind] / all[kind]);
     return sum;
+}
+
+/// Moves a window to the middle of what it shows.
+void centreOnThings(const std::vector<SeenThing>& things, Window& window)
+{
+    double x = 0, y = 0, weights = 0;
+    for (const SeenThing& thing : things) {
+        if (!window.holds(thing.middle)) continue;
+        const double weight = thing.isVisible ? 1 : 0.1;
+        x += weight * thing.middle.x, y += weight * thing.middle.y, weights += weight;
+    }
+    window.centre = {x / weights, y / weights, 0};
 }
 
 } // namespace
@@ -88,16 +109,16 @@ std::optional<CloseUp> findCloseUp(const Scene& scene, const Canvas& canvas, con
     const double size = medianSize(things);
     if (size > largeSize) return std::nullopt;
     const double part = std::clamp(size / wantedSize, smallestPart, largestPart);
-    const double halfWidth = shape.width() * part / 2, halfHeight = shape.height() * part / 2;
-
-    const SeenThing* best = nullptr;
+    Window window{{}, shape.width() * part / 2, shape.height() * part / 2}, best = window;
     double most = -1;
     for (std::size_t i = 0; i < things.size(); i += things.size() / mostCentres + 1) {
-        const double found = worth(things, scene.markings.size(), things[i].middle, halfWidth, halfHeight);
-        if (found > most) best = &things[i], most = found;
+        window.centre = things[i].middle;
+        const double found = worth(things, scene.markings.size(), window);
+        if (found > most) best = window, most = found;
     }
-    const Spot& centre = best->middle;
-    return CloseUp{{centre.x - halfWidth, centre.y - halfHeight, 0}, {centre.x + halfWidth, centre.y + halfHeight, 0}};
+    centreOnThings(things, best);
+    const auto& [x, y, depth] = best.centre;
+    return CloseUp{{x - best.halfWidth, y - best.halfHeight, 0}, {x + best.halfWidth, y + best.halfHeight, 0}};
 }
 
 } // namespace tool
