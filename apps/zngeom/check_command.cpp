@@ -1,6 +1,6 @@
 #include "apps/zngeom/command.h"
-#include "apps/zngeom/defect_report.h"
-#include "apps/zngeom/defect_scene.h"
+#include "apps/zngeom/defects/defect_report.h"
+#include "apps/zngeom/defects/defect_scene.h"
 #include "apps/zngeom/fold_option.h"
 #include "apps/zngeom/format_option.h"
 #include "apps/zngeom/mesh_files.h"

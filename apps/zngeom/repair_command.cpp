@@ -1,6 +1,8 @@
 #include "apps/zngeom/command.h"
-#include "apps/zngeom/defect_report.h"
-#include "apps/zngeom/defect_scene.h"
+#include "apps/zngeom/defects/defect_report.h"
+#include "apps/zngeom/defects/defect_scene.h"
+#include "apps/zngeom/defects/repair_steps.h"
+#include "apps/zngeom/defects/triangle_data.h"
 #include "apps/zngeom/fold_option.h"
 #include "apps/zngeom/format_option.h"
 #include "apps/zngeom/mesh_files.h"
@@ -8,8 +10,6 @@
 #include "apps/zngeom/part_options.h"
 #include "apps/zngeom/picture/png_file.h"
 #include "apps/zngeom/picture_option.h"
-#include "apps/zngeom/repair_steps.h"
-#include "apps/zngeom/triangle_data.h"
 
 namespace tool {
 

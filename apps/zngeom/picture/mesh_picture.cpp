@@ -1,5 +1,8 @@
 #include "apps/zngeom/picture/mesh_picture.h"
 
+#include <algorithm>
+#include <optional>
+
 #include "apps/zngeom/picture/close_up.h"
 #include "apps/zngeom/picture/legend.h"
 #include "apps/zngeom/picture/lettering.h"
@@ -91,6 +94,18 @@ private:
     Frame m_whole;
 };
 
+/// Moved, if need be, so that nothing of it is cut off.
+CloseUp within(CloseUp closeUp, const Frame& frame)
+{
+    const auto move = [](double& low, double& high, double least, double most) {
+        const double by = std::max(least - low, 0.0) + std::min(most - high, 0.0);
+        low += by, high += by;
+    };
+    move(closeUp.corner.x, closeUp.opposite.x, frame.left, frame.right);
+    move(closeUp.corner.y, closeUp.opposite.y, frame.top, frame.bottom);
+    return closeUp;
+}
+
 View closer(View view, const CloseUp& closeUp, const Frame& frame)
 {
     view.zoom(closeUp.corner, closeUp.opposite, frame);
@@ -108,8 +123,9 @@ Image drawMesh(const Scene& scene, const PictureSize& size)
     std::vector<Frame> frames = divideByWeight(sheet.whole(), views.size() + 1);
     fitToFrame(views[0], *scene.mesh, frames[0]);
     sheet.paint(painter, views[0], frames[0]);
-    const std::optional<CloseUp> closeUp = findCloseUp(scene, sheet.canvas(), views[0], frames.back());
+    std::optional<CloseUp> closeUp = findCloseUp(scene, sheet.canvas(), views[0], frames.back());
     if (closeUp) {
+        closeUp = within(*closeUp, frames[0]);
         sheet.paintPlace(*closeUp, frames[0]);
         sheet.paint(painter, closer(views[0], *closeUp, frames.back()), frames.back(), ofCloseUp);
     } else {
@@ -132,8 +148,10 @@ Image drawChange(const Scene& before, const Scene& after, const PictureSize& siz
     std::vector<Frame> frames = divideInPairs(sheet.whole(), 4);
     fitToFrame(view, *before.mesh, frames[0]);
     sheet.paint(painters[0], view, frames[0]);
-    const std::optional<CloseUp> closeUp = findCloseUp(before, sheet.canvas(), view, frames[2]);
-    if (!closeUp) {
+    std::optional<CloseUp> closeUp = findCloseUp(before, sheet.canvas(), view, frames[2]);
+    if (closeUp) {
+        closeUp = within(*closeUp, frames[0]);
+    } else {
         sheet.clear();
         frames = divideInPairs(sheet.whole(), 2);
     }

@@ -1,4 +1,4 @@
-#include "apps/zngeom/defect_scene.h"
+#include "apps/zngeom/defects/defect_scene.h"
 
 #include <cmath>
 

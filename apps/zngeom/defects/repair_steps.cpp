@@ -1,8 +1,8 @@
-#include "apps/zngeom/repair_steps.h"
+#include "apps/zngeom/defects/repair_steps.h"
 
 #include <algorithm>
 
-#include "apps/zngeom/flipped_triangles.h"
+#include "apps/zngeom/defects/flipped_triangles.h"
 #include "apps/zngeom/pacer.h"
 #include "znGeom/editing/reverse_winding.h"
 #include "znGeom/repair/mesh_repair.h"

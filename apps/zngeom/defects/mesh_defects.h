@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "apps/zngeom/flipped_triangles.h"
+#include "apps/zngeom/defects/flipped_triangles.h"
 #include "apps/zngeom/line_files.h"
 #include "znGeom/editing/duplicate_triangles.h"
 #include "znGeom/foundation/threads/progress.h"

@@ -1,4 +1,4 @@
-#include "apps/zngeom/defect_report.h"
+#include "apps/zngeom/defects/defect_report.h"
 
 #include <algorithm>
 #include <cmath>

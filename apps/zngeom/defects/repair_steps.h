@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "apps/zngeom/mesh_defects.h"
+#include "apps/zngeom/defects/mesh_defects.h"
 #include "znGeom/foundation/threads/progress.h"
 
 namespace tool {

@@ -1,4 +1,4 @@
-#include "apps/zngeom/flipped_triangles.h"
+#include "apps/zngeom/defects/flipped_triangles.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 /// Telling what is wrong with a mesh.
 #pragma once
 
-#include "apps/zngeom/mesh_defects.h"
+#include "apps/zngeom/defects/mesh_defects.h"
 #include "apps/zngeom/report.h"
 
 namespace tool {

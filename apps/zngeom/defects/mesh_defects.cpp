@@ -1,4 +1,4 @@
-#include "apps/zngeom/mesh_defects.h"
+#include "apps/zngeom/defects/mesh_defects.h"
 
 #include <algorithm>
 #include <deque>

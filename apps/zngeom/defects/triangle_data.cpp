@@ -1,4 +1,4 @@
-#include "apps/zngeom/triangle_data.h"
+#include "apps/zngeom/defects/triangle_data.h"
 
 #include <array>
 
