@@ -51,13 +51,20 @@ public:
         checkCancelled(progress);
         if (!m_picture.path.empty()) {
             progress.subPhase(0.1, phase);
-            phase.setCaption("drawing");
-            writePng(drawMesh(sceneOf(loaded.mesh, defects), m_picture.size), m_picture.path);
+            draw(loaded.mesh, defects, phase);
         }
         return describe(loaded, defects);
     }
 
 private:
+    void draw(const znGeom::CompactMesh& mesh, const MeshDefects& defects, znUtil::Progress& progress) const
+    {
+        progress.setCaption("drawing");
+        const Image image = drawMesh(sceneOf(mesh, defects), m_picture.size);
+        checkCancelled(progress);
+        putInPlace(*writePngAside(image, m_picture.path), m_picture.path);
+    }
+
     Report describe(const LoadedMesh& loaded, const MeshDefects& defects) const
     {
         Report report;

@@ -70,22 +70,25 @@ public:
         report.add("input", m_input);
         report.add("output", m_output);
         progress.subPhase(0.6, phase);
-        repair(loaded, phase, report);
+        const std::unique_ptr<PendingFile> picture = repair(loaded, phase, report);
+        checkCancelled(progress);
 
         progress.subPhase(0.1, phase);
         saveMesh(loaded, m_output, phase, m_formats.ofOutput());
+        if (picture) putInPlace(*picture, m_picture.path);
         report.addNotes(loaded.notes);
         report.makeRoomFor(m_output);
         return report;
     }
 
 private:
-    void repair(LoadedMesh& loaded, znUtil::Progress& progress, Report& report) const
+    /// Returns the picture, which waits for its place; null where none is wanted.
+    std::unique_ptr<PendingFile> repair(LoadedMesh& loaded, znUtil::Progress& progress, Report& report) const
     {
-        const bool isDrawn = !m_picture.path.empty();
         znUtil::Progress phase;
         znGeom::CompactMesh original;
         MeshDefects originalDefects;
+        const bool isDrawn = !m_picture.path.empty();
         if (isDrawn) {
             original = loaded.mesh;
             progress.subPhase(0.2, phase);
@@ -99,12 +102,13 @@ private:
         report.add("vertices", loaded.mesh.getNumVertices());
         report.add("triangles", loaded.mesh.getNumTriangles());
         addDefects(loaded.mesh, left, Kinds::Found, report);
-        if (!isDrawn) return;
+        if (!isDrawn) return nullptr;
+
         checkCancelled(progress);
-        phase.setCaption("drawing");
-        writePng(drawChange(sceneOf(original, originalDefects), sceneOf(loaded.mesh, left), m_picture.size),
-                 m_picture.path);
+        progress.setCaption("drawing");
         report.add("picture", m_picture.path);
+        return writePngAside(drawChange(sceneOf(original, originalDefects), sceneOf(loaded.mesh, left), m_picture.size),
+                             m_picture.path);
     }
 
     std::vector<RepairStep> repairFile(LoadedMesh& loaded, znUtil::Progress& progress) const

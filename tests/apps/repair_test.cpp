@@ -130,12 +130,16 @@ TEST(ToolRepair, GroupsAndCornersFollowTheirTriangles)
         EXPECT_EQ(uvs[std::size_t(uv[i] - 1)], vertex[i] == 2 ? "0.75 0" : vertex[i] == 3 ? "1 0" : "0 0") << out;
 }
 
-TEST(ToolRepair, RefusesToRemoveEverythingThatIsNotWelded)
+TEST(ToolRepair, LeavesAllFilesAsTheyWereWhenItFails)
 {
     const Scratch scratch;
     const std::string soup = scratch.write("soup.stl", boxBinaryStl()), out = scratch.write("out.obj", "old");
     expectOneLine(runTool({"repair", soup, out, "--self-intersections"}), {"soup.stl", "weld the mesh first"}, "soup");
     expectOneLine(runTool({"repair", soup, out, "--picture", "picture.jpg"}), {"picture.jpg"}, "jpg");
+    expectOneLine(runTool({"repair", soup, out, "--picture", scratch.path("no/a.png")}), {"no/a.png"}, "no folder");
+    expectOneLine(runTool({"repair", soup, scratch.path("no/b.obj"), "--picture", scratch.path("a.png")}), {"no/b.obj"},
+                  "no folder for the mesh");
+    EXPECT_EQ(scratch.names(), (std::vector<std::string>{"out.obj", "soup.stl"}));
     EXPECT_EQ(scratch.read("out.obj"), "old");
     EXPECT_EQ(runTool({"repair", soup, out}).status, 2);
     EXPECT_NE(scratch.read("out.obj"), "old");

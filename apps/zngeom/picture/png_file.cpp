@@ -5,7 +5,6 @@
 #include <cstring>
 
 #include "apps/zngeom/failure.h"
-#include "apps/zngeom/write_file.h"
 
 namespace tool {
 
@@ -37,6 +36,12 @@ void checkPictureName(const std::string& path)
         throw Failure(path + ": pictures are PNG files, whose names end in .png");
 }
 
-void writePng(const Image& image, const std::string& path) { writeFile(encode(image), path); }
+std::unique_ptr<PendingFile> writePngAside(const Image& image, const std::string& path)
+{
+    const std::string bytes = encode(image);
+    auto file = std::make_unique<PendingFile>(znOS::Filename(path.c_str()));
+    if (!file->write(bytes.data(), bytes.size()) || !file->finish()) throw Failure(path + ": " + file->message());
+    return file;
+}
 
 } // namespace tool
