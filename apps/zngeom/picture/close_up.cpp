@@ -8,6 +8,7 @@ namespace {
 
 constexpr double largeSize = 16, wantedSize = 44, smallestPart = 1 / 400.0, largestPart = 1 / 2.5;
 constexpr std::size_t mostThings = 1000, mostCentres = 200;
+constexpr double hiddenWeight = 0.003; ///< of what something hides, beside 1 of what is visible
 
 /// A marked thing in the picture.
 struct SeenThing
@@ -80,7 +81,7 @@ double worth(const std::vector<SeenThing>& things, std::size_t numKinds, const W
     std::vector<double> shown(numKinds, 0), all(numKinds, 0);
     for (const SeenThing& thing : things) {
         all[thing.kind] += 1;
-        if (window.holds(thing.middle)) shown[thing.kind] += thing.isVisible ? 1 : 0.1;
+        if (window.holds(thing.middle)) shown[thing.kind] += thing.isVisible ? 1 : hiddenWeight;
     }
     double sum = 0;
     for (std::size_t kind = 0; kind < numKinds; ++kind)
@@ -94,7 +95,7 @@ void centreOnThings(const std::vector<SeenThing>& things, Window& window)
     double x = 0, y = 0, weights = 0;
     for (const SeenThing& thing : things) {
         if (!window.holds(thing.middle)) continue;
-        const double weight = thing.isVisible ? 1 : 0.1;
+        const double weight = thing.isVisible ? 1 : hiddenWeight;
         x += weight * thing.middle.x, y += weight * thing.middle.y, weights += weight;
     }
     window.centre = {x / weights, y / weights, 0};
