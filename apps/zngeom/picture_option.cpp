@@ -22,10 +22,10 @@ PictureSize parseSize(const std::string& word)
 
 std::string problemOfSize(const std::string& word)
 {
-    constexpr int least = 200, most = 4000;
+    constexpr int least = 300, most = 4000;
     const auto [width, height] = parseSize(word);
     const bool isGood = width >= least && width <= most && height >= least && height <= most;
-    return isGood ? "" : "must be WIDTHxHEIGHT, both between 200 and 4000";
+    return isGood ? "" : "must be WIDTHxHEIGHT, both between 300 and 4000";
 }
 
 } // namespace

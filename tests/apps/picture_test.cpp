@@ -81,8 +81,8 @@ TEST(ToolPicture, PointsOutWhatIsTiny)
 {
     const Scratch scratch;
     const std::string path = scratch.path("picture.png");
-    const std::string in = scratch.write("in.obj", gridObj(300) + "v 150 150 -1\nv 150.3 150.1 1\nv 150.1 150.4 1\n"
-                                                                  "f 90602 90603 90604\n");
+    const std::string in = scratch.write("in.obj", gridObj(120) + "v 60 60 -1\nv 60.3 60.1 1\nv 60.1 60.4 1\n"
+                                                                  "f 14642 14643 14644\n");
     EXPECT_EQ(runTool({"check", in, "--picture", path, "--picture-size", "700x400"}).status, 2);
     const Picture picture(path);
     EXPECT_EQ(picture.width, 700);
@@ -114,12 +114,16 @@ TEST(ToolPicture, ShowsBeforeAndAfterARepair)
 TEST(ToolPicture, IsDrawnOfMeshesThatHaveNoExtentOrTooMuch)
 {
     const Scratch scratch;
+    // Its legend takes more lines than the picture has.
+    const char* manyKinds = "v 0 0 0\nv 1 0 0\nv 0 1 0\nv 0 0 1\nv 0 0 1\nv nan 0 0\nv 0.2 0.2 -1\nv 0.2 0.2 1\n"
+                            "v 0.3 0.2 1\nf 1 2 3\nf 2 1 4\nf 1 2 5\nf 1 2 3\nf 4 4 1\nf 1 4 5\nf 3 2 6\nf 7 8 9\n"
+                            "f 2 3 9\n";
     for (const char* content : {"v 1 1 1\nv 1 1 1\nv 1 1 1\nf 1 2 3\n", "v nan 0 0\nv 1 nan 0\nv 0 1 inf\nf 1 2 3\n",
                                 "v 0 0 0\nv 3e38 0 0\nv 0 3e38 0\nv -3e38 -3e38 3e38\nf 1 2 3\nf 1 2 4\n",
-                                "v 0 0 0\nv 1e-45 0 0\nv 0 1e-45 0\nf 1 2 3\n", "v 1 2 3\nf 1 1 1\n"}) {
+                                "v 0 0 0\nv 1e-45 0 0\nv 0 1e-45 0\nf 1 2 3\n", "v 1 2 3\nf 1 1 1\n", manyKinds}) {
         const std::string path = scratch.path("picture.png");
         const Outcome outcome =
-            runTool({"check", scratch.write("file.obj", content), "--picture", path, "--picture-size", "300x200"});
+            runTool({"check", scratch.write("file.obj", content), "--picture", path, "--picture-size", "300x300"});
         EXPECT_TRUE(outcome.status == 0 || outcome.status == 2) << content << outcome;
         EXPECT_EQ(Picture(path).width, 300) << content;
     }

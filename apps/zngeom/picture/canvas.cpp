@@ -54,8 +54,10 @@ Canvas::Canvas(int width, int height, int samples, const Colour& background)
 
 void Canvas::clipTo(const Frame& frame)
 {
-    m_clip = {std::max(frame.left * m_samples, 0), std::max(frame.top * m_samples, 0),
-              std::min(frame.right * m_samples, m_width), std::min(frame.bottom * m_samples, m_height)};
+    const auto samples = [this](int pixels, int most) { return std::clamp(pixels * m_samples, 0, most); };
+    m_clip.left = samples(frame.left, m_width), m_clip.top = samples(frame.top, m_height);
+    m_clip.right = std::max(samples(frame.right, m_width), m_clip.left);
+    m_clip.bottom = std::max(samples(frame.bottom, m_height), m_clip.top);
 }
 
 void Canvas::fillFrame(const Frame& frame, const Colour& colour)

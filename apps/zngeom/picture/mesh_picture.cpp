@@ -61,7 +61,7 @@ public:
     Sheet(const std::vector<LegendEntry>& entries, const PictureSize& size)
         : m_canvas(size.width, size.height, samplesPerPixel)
     {
-        const int legend = legendHeight(entries, size.width);
+        const int legend = std::min(legendHeight(entries, size.width), size.height / 2); // the rest is cut off
         m_whole = {panelGap, panelGap, size.width - panelGap, size.height - legend};
         paintLegend(m_canvas, entries, {0, size.height - legend, size.width, size.height});
     }

@@ -51,7 +51,7 @@ void outlinePanel(Canvas& canvas, const Frame& frame, const Colour& colour)
 
 void outline(Canvas& canvas, const Spot& corner, const Spot& opposite, double width, const Colour& colour)
 {
-    constexpr double foremost = -std::numeric_limits<float>::max();
+    constexpr double foremost = -double(std::numeric_limits<float>::max());
     const Spot corners[] = {{corner.x, corner.y, foremost},
                             {opposite.x, corner.y, foremost},
                             {opposite.x, opposite.y, foremost},

@@ -24,7 +24,7 @@ struct Extent
     }
     bool isEmpty() const { return left > right; }
     double size() const { return std::max(right - left, bottom - top); }
-    Spot middle() const { return {(left + right) / 2, (top + bottom) / 2, -std::numeric_limits<float>::max()}; }
+    Spot middle() const { return {(left + right) / 2, (top + bottom) / 2, -double(std::numeric_limits<float>::max())}; }
 };
 
 /// A frame in cells, each with the extent of the things whose middle is in it.
