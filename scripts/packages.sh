@@ -16,6 +16,7 @@ build  command:cmake                      cmake                 CMake 3.22 or la
 build  command:ninja                      ninja-build           the Ninja build tool
 tool   header:CLI/CLI.hpp                 libcli11-dev          CLI11, the command line
 tool   header:nlohmann/json.hpp           nlohmann-json3-dev    nlohmann-json, JSON in and out
+tool   header:png.h                       libpng-dev            libpng, pictures
 test   header:gtest/gtest.h               libgtest-dev          GoogleTest
 test   command:python3                    python3               Python, for the test runner
 clang  command:clang++                    clang                 Clang, for the sanitizers and the fuzz targets
