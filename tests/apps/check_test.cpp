@@ -44,14 +44,6 @@ void expectChecks(const std::vector<Case>& cases)
     }
 }
 
-/// A text with the first occurrence of some words replaced.
-std::string with(std::string text, const std::string& words, const std::string& others)
-{
-    const std::size_t found = text.find(words);
-    EXPECT_NE(found, std::string::npos) << words;
-    return text.replace(found, words.size(), others);
-}
-
 const std::string points = "v 0 0 0\nv 1 0 0\nv 0 1 0\nv 0 -1 0\nv 0 0 1\nv 0 0 1\n";
 
 TEST(ToolCheck, FindsEachKindOfDefectAndWhereItIs)

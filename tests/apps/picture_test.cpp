@@ -50,11 +50,6 @@ bool isRed(const Pixel& p) { return p.red > 190 && p.green < 80 && p.blue < 90; 
 bool isMagenta(const Pixel& p) { return p.red > 190 && p.green < 80 && p.blue > 140; }
 bool isGrey(const Pixel& p) { return p.red < 220 && p.red > 80 && p.blue >= p.red && p.blue - p.red < 20; }
 
-std::string with(std::string text, const std::string& words, const std::string& others)
-{
-    return text.replace(text.find(words), words.size(), others);
-}
-
 TEST(ToolPicture, ShowsTheMeshAndWhatIsWrongWithIt)
 {
     const Scratch scratch;

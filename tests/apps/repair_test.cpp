@@ -18,11 +18,8 @@ Json kindsOf(const Json& report)
 /// A cube with a side turned over, a fin on an edge, a triangle twice, and a tetrahedron that touches a corner.
 std::string brokenCubeObj()
 {
-    const std::string side = "f 3 7 8 4\n";
-    std::string cube = cubeObj();
-    cube.replace(cube.find(side), side.size(), "f 3 4 8 7\n");
-    return cube + "v 3 3 3\nv 2 3 4\nv 3 2 4\nv 0 -2 -2\nf 8 11 10\nf 8 9 11\nf 8 10 9\nf 9 10 11\n"
-                  "f 1 2 12\nf 5 6 8\nf 1 3 4\n";
+    return with(cubeObj(), "f 3 7 8 4", "f 3 4 8 7") + "v 3 3 3\nv 2 3 4\nv 3 2 4\nv 0 -2 -2\nf 8 11 10\nf 8 9 11\nf 8 "
+                                                       "10 9\nf 9 10 11\nf 1 2 12\nf 5 6 8\nf 1 3 4\n";
 }
 
 TEST(ToolRepair, TakesAllStepsAndTellsThem)
@@ -46,13 +43,9 @@ TEST(ToolRepair, TakesAllStepsAndTellsThem)
 TEST(ToolRepair, TurnsTheFewerTrianglesOver)
 {
     const Scratch scratch;
-    for (const char* side : {"f 1 3 4 2", "f 2 4 8 6"}) {
-        std::string cube = cubeObj();
-        const std::string words = side;
-        cube.replace(cube.find(words), words.size(),
-                     words.substr(0, 3) + words.substr(7) + " " + words.substr(6, 1) + words.substr(3, 2));
-        const std::string in = scratch.write("in.obj", cube), out = scratch.path("out.obj");
-        ASSERT_EQ(info(in)["unbalanced_edges"], 4) << cube;
+    for (const auto& [side, turned] : {std::pair{"f 1 3 4 2", "f 1 2 4 3"}, {"f 2 4 8 6", "f 2 6 8 4"}}) {
+        const std::string in = scratch.write("in.obj", with(cubeObj(), side, turned)), out = scratch.path("out.obj");
+        ASSERT_EQ(info(in)["unbalanced_edges"], 4) << side;
         const Json told = report({"repair", in, out});
         EXPECT_EQ(told["steps"][0]["text"], "turned 2 triangles over") << side;
         EXPECT_EQ(told["steps"][0]["turned_triangles"], 2) << side;
