@@ -37,8 +37,9 @@ public:
     {
         CLI::App* sub = app.add_subcommand("repair", "Remove, split and turn over what is wrong with a mesh");
         sub->footer(
-            "In this order, each step followed by a new look at the mesh: triangles that repeat another one or a\n"
-            "vertex, or have two corners in one place, are removed; edges of three triangles or more keep two;\n"
+            "In this order, each step followed by a new look at the mesh: triangles with corners that are not finite\n"
+            "are removed, then those that repeat another one or a vertex, or have two corners in one place; edges of "
+            "three triangles or more keep two;\n"
             "vertices of several fans are split; triangles are turned over until neighbours agree, the smaller set\n"
             "where two disagree; a strip that makes the surface one-sided is cut out, unless it is all of it;\n"
             "if asked for, triangles that cross others, and triangles at folds, are removed.\n"

@@ -84,13 +84,23 @@ TEST(ToolRepair, RemovesCrossingsAndFoldsOnlyIfAskedTo)
 TEST(ToolRepair, TellsWhatIsLeft)
 {
     const Scratch scratch;
-    const std::string in = scratch.write("in.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nv nan 1 1\nf 1 2 3\nf 1 3 4\nf 1 4 4\n");
+    const std::string in = scratch.write("in.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nv nan 1 1\nf 1 2 3\nf 1 3 3\n");
     const Outcome outcome = runTool({"repair", in, scratch.path("out.obj"), "--self-intersections"});
     EXPECT_EQ(outcome.status, 2) << outcome;
     for (const char* words : {"step 1", "removed 1 triangle", "non finite vertices", "vertex 3", "clean", " no\n"})
         EXPECT_NE(outcome.out.find(words), std::string::npos) << words << outcome;
     EXPECT_EQ(outcome.out.find("flipped"), std::string::npos) << outcome;
-    EXPECT_EQ(info(scratch.path("out.obj"))["triangles"], 2);
+    EXPECT_EQ(info(scratch.path("out.obj"))["triangles"], 1);
+}
+
+TEST(ToolRepair, RemovesTrianglesWithoutAPlace)
+{
+    const Scratch scratch;
+    const std::string in = scratch.write("in.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nv nan 1 1\nf 1 2 3\nf 1 3 4\nf 1 4 4\n");
+    const Outcome outcome = runTool({"repair", in, scratch.path("out.obj")});
+    EXPECT_EQ(outcome.status, 0) << outcome;
+    EXPECT_NE(outcome.out.find("removed 2 triangles with corners that are not finite"), std::string::npos) << outcome;
+    EXPECT_EQ(info(scratch.path("out.obj"))["vertices"], 3);
 }
 
 TEST(ToolRepair, GroupsAndCornersFollowTheirTriangles)

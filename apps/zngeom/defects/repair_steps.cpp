@@ -4,6 +4,7 @@
 
 #include "apps/zngeom/defects/flipped_triangles.h"
 #include "apps/zngeom/pacer.h"
+#include "znGeom/editing/delete_non_finite.h"
 #include "znGeom/editing/reverse_winding.h"
 #include "znGeom/repair/mesh_repair.h"
 
@@ -150,6 +151,9 @@ private:
 std::vector<RepairStep> repairMesh(znGeom::CompactMesh& mesh, const DefectOptions& options, znUtil::Progress& progress)
 {
     std::vector<RepairStep> steps;
+    if (const int numRemoved = znGeom::meshDeleteNonFinite(mesh); numRemoved > 0)
+        steps.push_back({"non_finite_triangles",
+                         "removed " + countedTriangles(numRemoved) + " with corners that are not finite", numRemoved});
     znUtil::Progress phase;
     StepTeller teller(mesh, options, phase);
     // Nobody knows how many steps there will be: each takes half of what is left of the bar.
