@@ -3,3 +3,4 @@
 
 #include "znGeom/planar/plane_fit.h"
 #include "znGeom/planar/polygon.h"
+#include "znGeom/planar/triangulate_polygon.h"

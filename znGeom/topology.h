@@ -1,6 +1,7 @@
 /// The half-edge mesh, its elements, the walks over them, positions on it, and the pairing of its halves.
 #pragma once
 
+#include "znGeom/topology/edge_swapper.h"
 #include "znGeom/topology/topo_arena.h"
 #include "znGeom/topology/topo_blind_data.h"
 #include "znGeom/topology/topo_handles.h"

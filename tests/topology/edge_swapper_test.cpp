@@ -1,0 +1,366 @@
+#include "znGeom/topology/edge_swapper.h"
+
+#include <cmath>
+#include <limits>
+#include <numbers>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/support/check_topology.h"
+#include "tests/support/random.h"
+#include "tests/support/shapes.h"
+#include "znGeom/topology/twin.h"
+
+using namespace znGeom;
+using namespace znTest;
+using znLinear::Point;
+
+namespace {
+
+constexpr double inf = std::numeric_limits<double>::infinity();
+
+/// Two triangles on an edge from a to b.
+struct Pair
+{
+    TopoMesh mesh;
+    TopoMeshEdge e;
+
+    Pair(const Point& a, const Point& b, const Point& c, const Point& d)
+    {
+        TopoMeshVertex v[4];
+        for (int i = 0; const Point& p : {a, b, c, d}) v[i++] = mesh.allocVertex(p);
+        e = mesh.allocTriangle(v[0], v[1], v[2])->edge;
+        mesh.allocTriangle(v[1], v[0], v[3]);
+    }
+};
+
+using Predicate = void (*)(TopoMeshEdge, bool&);
+
+bool vetoes(Predicate predicate, TopoMeshEdge e)
+{
+    bool veto = false, vetoed = true;
+    predicate(e, veto);
+    predicate(e, vetoed);
+    EXPECT_TRUE(vetoed) << "no veto is withdrawn";
+    return veto;
+}
+
+struct Edits : znRTB::SignalClient
+{
+    int number = 0;
+    explicit Edits(TopoMesh& mesh)
+    {
+        mesh.modifiedSignal().addCallback(
+            [this](EntityModification& modification) {
+                const auto& change = static_cast<const TopoMeshModification&>(modification);
+                number += change.getType() == TopoMeshModification::ConnectivityChanged ? 1 : 1000;
+            },
+            *this);
+    }
+};
+
+zn::vector<TopoMeshEdge> inVector(const std::vector<TopoMeshEdge>& edges)
+{
+    return zn::vector<TopoMeshEdge>(edges.data(), edges.data() + edges.size());
+}
+
+zn::set<TopoMeshEdge> inSet(const std::vector<TopoMeshEdge>& edges)
+{
+    zn::set<TopoMeshEdge> all;
+    for (const TopoMeshEdge e : edges) all.insert(e);
+    return all;
+}
+
+const Predicate angleSum = MeshEdgeSwapper::minimizeOppositeAngleSum, foldover = MeshEdgeSwapper::preventFoldover,
+                boundary = MeshEdgeSwapper::preserveBoundary, features = MeshEdgeSwapper::preserveFeatures;
+
+/// A grid with its points moved about, in the plane or out of it.
+void fillMoved(TopoMesh& mesh, int columns, int rows, double inPlane, double height, Random& random)
+{
+    fill(mesh, makeGrid(columns, rows));
+    meshTwin(mesh);
+    for (const TopoMeshVertex v : verticesOf(mesh))
+        v->point += znLinear::Vector(random.real(-inPlane, inPlane), random.real(-inPlane, inPlane),
+                                     random.real(-height, height));
+}
+
+} // namespace
+
+TEST(EdgeSwapper, SwapsNothingUntilSomethingIsConnectedThatDoesNotVeto)
+{
+    TopoMesh mesh;
+    fill(mesh, makeGrid(4, 4));
+    Edits edits(mesh);
+    MeshEdgeSwapper swapper;
+    const auto edges = listed(edgesOf(mesh));
+    const auto swapAll = [&] {
+        return meshSwapEdgesOnce(mesh, swapper) + meshSwapEdgesOnce(mesh, inVector(edges), swapper) +
+               meshSwapEdgesOnce(mesh, inSet(edges), swapper) + meshSwapEdgesRepeatedly(mesh, swapper) +
+               meshSwapEdgesRepeatedly(mesh, inVector(edges), swapper) +
+               meshSwapEdgesRepeatedly(mesh, inSet(edges), swapper);
+    };
+    EXPECT_EQ(swapAll(), 0);
+    swapper.getVetoSignal(); // with no connection
+    EXPECT_EQ(swapAll(), 0);
+
+    // Every function is called, also after a veto; one that is blocked has none.
+    int numAsked = 0;
+    znRTB::Connection* const first =
+        swapper.getVetoSignal().addCallback([&](TopoMeshEdge, bool& veto) { veto = true; });
+    znRTB::Connection* const second = swapper.getVetoSignal().addCallback([&](TopoMeshEdge, bool&) { ++numAsked; });
+    const TopoMeshEdge inside = listed(edgesOf(mesh))[4], open = mesh.firstEdge()->twin ? inside : mesh.firstEdge();
+    EXPECT_FALSE(swapper.shouldSwap(inside));
+    EXPECT_EQ(numAsked, 1);
+    EXPECT_EQ(swapAll(), 0);
+    EXPECT_EQ(edits.number, 0);
+    first->block();
+    second->block();
+    for (const TopoMeshEdge e : edges) EXPECT_EQ(swapper.shouldSwap(e), static_cast<bool>(e->twin));
+    first->disconnect();
+    second->disconnect();
+    EXPECT_FALSE(swapper.shouldSwap(inside) || swapper.shouldSwap(open));
+
+    // A function may drop the whole signal.
+    swapper.getVetoSignal().addCallback([&](TopoMeshEdge, bool&) { swapper.clearVetoSignal(); });
+    EXPECT_TRUE(swapper.shouldSwap(inside));
+    EXPECT_FALSE(swapper.shouldSwap(inside));
+}
+
+TEST(EdgeSwapper, PredicatesJudgeTheTwoTriangles)
+{
+    struct Case
+    {
+        const char* name;
+        Point a, b, c, d;
+        bool angleSum, foldover, features; ///< vetoes
+    };
+    const auto bent = [](double degrees) {
+        const double angle = degrees * std::numbers::pi / 180;
+        return Point(0.5, -std::cos(angle), std::sin(angle));
+    };
+    const Case cases[] = {
+        {"a square: equal sums", {0, 0, 0}, {1, 1, 0}, {0, 1, 0}, {1, 0, 0}, true, false, false},
+        {"long diagonal", {-2, 0, 0}, {2, 0, 0}, {0, 1, 0}, {0, -1, 0}, false, false, false},
+        {"short diagonal", {0, -1, 0}, {0, 1, 0}, {-2, 0, 0}, {2, 0, 0}, true, false, false},
+        {"concave at b", {-1, 0, 0}, {0, 0, 0}, {1, 2, 0}, {1, -2, 0}, true, true, true},
+        {"flat to begin with", {0, 0, 0}, {4, 0, 0}, {2, 0, 0}, {2, -1, 0}, false, false, true},
+        {"flat in the end", {0, 0, 0}, {1, 1, 0}, {0, 1, 0}, {0, -1, 0}, true, true, true},
+        {"nothing at all", {0, 0, 0}, {0, 0, 0}, {0, 0, 0}, {0, 0, 0}, true, true, true},
+        {"not a number", {0, 0, 0}, {1, 1, 0}, {0, NAN, 0}, {1, 0, 0}, false, true, true},
+        {"infinite", {0, 0, 0}, {1, 1, 0}, {0, inf, 0}, {1, 0, 0}, false, true, true},
+        // A skew quadrilateral is bent the other way, and here twice as much, along the other diagonal.
+        {"bent by 2.4 degrees in all", {0, 0, 0}, {1, 0, 0}, {0.5, 1, 0}, bent(0.8), true, false, false},
+        {"bent by 2.7 degrees in all", {0, 0, 0}, {1, 0, 0}, {0.5, 1, 0}, bent(0.9), true, false, true},
+        {"down instead of up", {0, 0, 0}, {1, 0, 0}, {0.5, 1, 0}, bent(-0.9), true, false, true},
+        {"folded after the swap", {0, 0, 0}, {1, 0, 0}, {0.5, 1, 0}, bent(60), true, true, true}};
+    for (const Case& test : cases) {
+        SCOPED_TRACE(test.name);
+        Pair pair(test.a, test.b, test.c, test.d);
+        for (const TopoMeshEdge e : {pair.e, pair.e->twin}) {
+            EXPECT_EQ(vetoes(angleSum, e), test.angleSum);
+            EXPECT_EQ(vetoes(foldover, e), test.foldover);
+            EXPECT_EQ(vetoes(features, e), test.features);
+            EXPECT_TRUE(vetoes(boundary, e));
+        }
+        for (const Predicate predicate : {angleSum, foldover, boundary, features})
+            EXPECT_TRUE(vetoes(predicate, pair.e->next)) << "an edge of one triangle";
+    }
+}
+
+TEST(EdgeSwapper, ASwapThatIsNotVetoedIsVetoedOnceItIsDone)
+{
+    Random random(1);
+    int numSwaps = 0;
+    for (int round = 0; round < 4000; ++round) {
+        // By turns anywhere, on a circle, and on a line, where rounding alone decides.
+        const auto point = [&, turn = random.real(6)]() -> Point {
+            const double t = random.real(turn, turn + 6);
+            if (round % 3 == 0) return random.point();
+            return round % 3 == 1 ? Point(3 + std::cos(t), std::sin(t), 0) : Point(t, 0.3 * t, 0.1 * t);
+        };
+        Pair pair(point(), point(), point(), point());
+        if (vetoes(angleSum, pair.e)) continue;
+        ASSERT_TRUE(pair.mesh.swapEdge(pair.e));
+        ASSERT_TRUE(vetoes(angleSum, pair.e) && vetoes(angleSum, pair.e->twin));
+        ++numSwaps;
+    }
+    EXPECT_GT(numSwaps, 1500);
+}
+
+TEST(EdgeSwapper, PassesTakeTheEdgesAsTheyCome)
+{
+    Random random(2);
+    TopoMesh mesh;
+    fillMoved(mesh, 9, 7, 0.4, 0.4, random);
+    Edits edits(mesh);
+    std::vector<TopoMeshEdge> asked, once, both, swapped;
+    MeshEdgeSwapper swapper;
+    swapper.getVetoSignal().addCallback([&](TopoMeshEdge e, bool& veto) {
+        asked.push_back(e);
+        veto = e.number() % 3 == 0;
+    });
+    for (const TopoMeshEdge e : edgesOf(mesh)) {
+        both.insert(both.begin(), e);
+        if (e->twin && e < e->twin) once.push_back(e);
+    }
+    const auto corners = [&mesh] {
+        std::vector<std::vector<TopoMeshVertex>> all;
+        for (const TopoMeshFace f : facesOf(mesh)) all.push_back(cornersOf(f));
+        return all;
+    };
+    const auto before = corners();
+    const int count = meshSwapEdgesOnce(mesh, swapper);
+    EXPECT_GT(count, 20);
+    EXPECT_EQ(asked, once);
+    EXPECT_EQ(edits.number, 1);
+    EXPECT_TRUE(checkTopology(mesh));
+    // Swapped back, in the opposite order.
+    asked.clear();
+    EXPECT_EQ(meshSwapEdgesOnce(mesh, inVector({once.rbegin(), once.rend()}), swapper), count);
+    EXPECT_EQ(asked, std::vector(once.rbegin(), once.rend()));
+    EXPECT_EQ(corners(), before);
+
+    // Both halves of all pairs, and those on the boundary: a set goes in order of creation, a vector in its own.
+    asked.clear();
+    meshSwapEdgesOnce(mesh, inSet(both), swapper);
+    EXPECT_TRUE(std::is_sorted(asked.begin(), asked.end()) && asked.size() == 2 * once.size());
+    asked.clear();
+    meshSwapEdgesOnce(mesh, inVector(both), swapper);
+    EXPECT_TRUE(std::is_sorted(asked.rbegin(), asked.rend()) && asked.size() == 2 * once.size());
+    EXPECT_EQ(edits.number, 4);
+    EXPECT_TRUE(checkTopology(mesh));
+}
+
+TEST(EdgeSwapper, RepeatedPassesMakeADelaunayTriangulation)
+{
+    for (const int form : {0, 1, 2}) {
+        Random random(3);
+        TopoMesh mesh, twin;
+        fillMoved(mesh, 15, 11, 0.49, 0, random);
+        Random again(3);
+        fillMoved(twin, 15, 11, 0.49, 0, again);
+        // Moved this far, some triangles are turned over: the swaps mend them.
+        MeshEdgeSwapper swapper;
+        swapper.getVetoSignal().addCallback(angleSum);
+        Edits edits(mesh);
+        const auto edges = listed(edgesOf(mesh));
+        const int total = form == 0   ? meshSwapEdgesRepeatedly(mesh, swapper)
+                          : form == 1 ? meshSwapEdgesRepeatedly(mesh, inVector(edges), swapper)
+                                      : meshSwapEdgesRepeatedly(mesh, inSet(edges), swapper);
+        EXPECT_EQ(edits.number, 1);
+        EXPECT_EQ(meshSwapEdgesRepeatedly(mesh, swapper), 0);
+        EXPECT_EQ(edits.number, 1);
+        int sum = 0;
+        while (const int count = meshSwapEdgesOnce(twin, swapper)) sum += count;
+        if (form == 0) {
+            EXPECT_EQ(sum, total);
+        }
+        EXPECT_GT(total, 50);
+        EXPECT_TRUE(checkTopology(mesh));
+        for (const TopoMeshEdge e : edgesOf(mesh)) {
+            if (!e->twin) continue;
+            // d is outside of the circle through a, b and c.
+            const auto from = [d = e->twin->prev->origin->point](TopoMeshVertex v) {
+                const double x = v->point.x - d.x, y = v->point.y - d.y;
+                return znLinear::Vector(x, y, x * x + y * y);
+            };
+            ASSERT_LT(dot(from(e->origin), cross(from(endOf(e)), from(e->prev->origin))), 1e-9);
+        }
+    }
+}
+
+TEST(EdgeSwapper, KeepsBoundariesAndFeatures)
+{
+    // Which edges of a grid may go: against those that can be counted.
+    TopoMesh mesh;
+    fill(mesh, makeGrid(6, 5));
+    const auto onRim = [](TopoMeshVertex v) {
+        return v->point.x == 0 || v->point.x == 5 || v->point.y == 0 || v->point.y == 4;
+    };
+    int numVetoed = 0;
+    for (const TopoMeshEdge e : edgesOf(mesh)) {
+        if (!e->twin) continue;
+        const bool expected =
+            (onRim(e->origin) && onRim(endOf(e))) || (onRim(e->prev->origin) && onRim(e->twin->prev->origin));
+        EXPECT_EQ(vetoes(boundary, e), expected);
+        numVetoed += expected;
+    }
+    EXPECT_EQ(numVetoed, 16);
+
+    // A cube of many triangles: whatever is swapped at random, it stays that cube.
+    CompactMesh cube;
+    makeCube(cube);
+    TopoMesh solid;
+    fill(solid, cube);
+    meshTwin(solid);
+    Random random(4);
+    for (int i = 0; i < 3; ++i)
+        for (const TopoMeshFace f : listed(facesOf(solid))) solid.subdivideFace(f, f.centroid());
+    MeshEdgeSwapper swapper;
+    swapper.getVetoSignal().addCallback(MeshEdgeSwapper::preserveFeatures);
+    swapper.getVetoSignal().addCallback(MeshEdgeSwapper::preventFoldover);
+    swapper.getVetoSignal().addCallback([&random](TopoMeshEdge, bool& veto) { veto = veto || random.oneIn(2); });
+    int numSwaps = 0;
+    for (int pass = 0; pass < 20; ++pass) numSwaps += meshSwapEdgesOnce(solid, swapper);
+    EXPECT_GT(numSwaps, 200);
+    EXPECT_TRUE(checkTopology(solid));
+    for (const TopoMeshFace f : facesOf(solid)) {
+        const auto v = cornersOf(f);
+        const znLinear::Normal normal(cross(v[1]->point - v[0]->point, v[2]->point - v[0]->point));
+        ASSERT_NEAR(std::fabs(normal.dx) + std::fabs(normal.dy) + std::fabs(normal.dz), 1, 1e-9);
+        ASSERT_NEAR(dot(normal, v[0]->point.asVector()), 1, 1e-9) << "faces outward, at its distance";
+    }
+}
+
+TEST(EdgeSwapper, EndsOnAnyMesh)
+{
+    // Five points on a line, but for the last bits: the sums of angles lead round in a circle. Points that are none;
+    // fans that touch; sides of three triangles; twins that run the same way.
+    const double onLine[5][3] = {{1.1203984433004874, -0.76537255672806859, 0.12533812656399457},
+                                 {1.8818168234387191, 0.31976969946627171, -0.052365785408313208},
+                                 {1.82261179809286, 0.23539312482909902, -0.038548198537782498},
+                                 {1.393758395210102, -0.3757911613925331, 0.061539912470342802},
+                                 {1.8387170641734447, 0.25834568970955696, -0.042306932054768591}};
+    const int faces[][3] = {{0, 1, 2}, {0, 2, 3}, {0, 3, 4}, {3, 4, 5}, {5, 4, 6}, {6, 5, 7}, {6, 7, 8},
+                            {8, 9, 1}, {0, 2, 7}, {7, 2, 0}, {9, 8, 6}, {1, 2, 9}, {2, 1, 9}, {5, 6, 9}};
+    for (const int numFaces : {3, 14})
+        for (const Predicate also : {angleSum, foldover, boundary, features}) {
+            Random random(5);
+            TopoMesh mesh;
+            std::vector<TopoMeshVertex> v;
+            for (int i = 0; i < 10; ++i)
+                v.push_back(mesh.allocVertex(i < 5 ? Point(onLine[i][0], onLine[i][1], onLine[i][2]) : random.point()));
+            v[6]->point.x = inf;
+            v[8]->point.y = NAN;
+            for (int f = 0; f < numFaces; ++f) {
+                const auto corner = [&](int i) { return v[static_cast<size_t>(faces[f][i])]; };
+                mesh.allocTriangle(corner(0), corner(1), corner(2));
+            }
+            meshTwin(mesh);
+            MeshEdgeSwapper swapper;
+            int numCalls = 0;
+            swapper.getVetoSignal().addCallback(angleSum);
+            swapper.getVetoSignal().addCallback(also);
+            swapper.getVetoSignal().addCallback([&numCalls](TopoMeshEdge, bool&) { ++numCalls; });
+            const int count = meshSwapEdgesRepeatedly(mesh, swapper);
+            EXPECT_TRUE(checkTopology(mesh, false));
+            EXPECT_LT(numCalls, 4000);
+            if (numFaces == 3 && also == angleSum) {
+                EXPECT_GT(count, 100) << "no circle any more";
+            }
+            meshSwapEdgesRepeatedly(mesh, inVector(listed(edgesOf(mesh))), swapper);
+            meshSwapEdgesRepeatedly(mesh, inSet(listed(edgesOf(mesh))), swapper);
+            EXPECT_TRUE(checkTopology(mesh, false));
+        }
+
+    // A policy that never has enough is stopped when it goes back and forth; one that counts gets its hundred.
+    for (const int limit : {90, 1000000}) {
+        Pair pair({0, 0, 0}, {1, 1, 0}, {0, 1, 0}, {1, 0, 0});
+        MeshEdgeSwapper swapper;
+        int numCalls = 0;
+        swapper.getVetoSignal().addCallback([&](TopoMeshEdge, bool& veto) { veto = ++numCalls > limit; });
+        const int count = meshSwapEdgesRepeatedly(pair.mesh, swapper);
+        EXPECT_TRUE(limit == 90 ? count == 90 : count >= 100 && count < 110) << count;
+    }
+}
