@@ -9,6 +9,7 @@
 #include "znGeom/foundation.h"
 #include "znGeom/planar.h"
 #include "znGeom/repair.h"
+#include "znGeom/solvers.h"
 #include "znGeom/spatial.h"
 #include "znGeom/topology.h"
 #include "znGeom/version.h"
