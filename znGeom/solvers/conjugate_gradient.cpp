@@ -49,7 +49,7 @@ void ConjugateGradient::initialize(const NVector& b, const NVector& x0)
     if (!m_stripes->isCopyOf(m_A)) m_stripes->copy(m_A);
     m_b = b;
     m_x = x0;
-    m_A.getVectorMinusMatrixTimesVector(m_b, m_x, m_r);
+    computeResidual();
     if (m_preconditioner)
         m_preconditioner->applyInverse(m_r, m_p);
     else
@@ -66,7 +66,7 @@ ConjugateGradient::Status ConjugateGradient::iterate(double tolerance, double sm
     if (++m_iteration > m_x.size()) return IterationLimit;
     if (tolerance * tolerance * m_bNormSquared >= m_rNormSquared) return Converged;
 
-    const double curvature = multiplyDirection();
+    const double curvature = multiply(m_p);
     if (curvature < 0 && m_iteration > 1) return NegativeCurvature;
     if (smallness > std::fabs(curvature)) return CurvatureVanished;
 
@@ -75,7 +75,7 @@ ConjugateGradient::Status ConjugateGradient::iterate(double tolerance, double sm
     if (curvature < 0) return NegativeCurvature;
 
     if (m_iteration % 50 == 0)
-        m_A.getVectorMinusMatrixTimesVector(m_b, m_x, m_r);
+        computeResidual();
     else
         m_r.setToVectorPlusScalarTimesVector(m_r, -alpha, m_q);
 
@@ -87,16 +87,23 @@ ConjugateGradient::Status ConjugateGradient::iterate(double tolerance, double sm
     return Running;
 }
 
-/// Computes q = A p. \return p q
-double ConjugateGradient::multiplyDirection()
+/// Computes q = A v. \return v q
+double ConjugateGradient::multiply(const NVector& v)
 {
     if (m_stripes->isCopyOf(m_A)) {
-        const double product = m_stripes->multiply(m_A, m_p, m_q);
-        // The stripes treat stored zeros in their own way, which shows only where p isn't finite, and then here.
+        const double product = m_stripes->multiply(m_A, v, m_q);
+        // The stripes treat stored zeros in their own way, which shows only where v isn't finite, and then here.
         if (std::isfinite(product)) return product;
     }
-    m_A.getMatrixTimesVector(m_p, m_q);
-    return m_p.dot(m_q);
+    m_A.getMatrixTimesVector(v, m_q);
+    return v.dot(m_q);
+}
+
+/// Computes r = b - A x.
+void ConjugateGradient::computeResidual()
+{
+    multiply(m_x);
+    m_r.setToVectorPlusScalarTimesVector(m_b, -1.0, m_q);
 }
 
 /// Computes the norm of the residual, and z when there is a preconditioner. \return r z, or r r without one

@@ -93,7 +93,8 @@ public:
     int getIteration() const { return m_iteration; }
 
 private:
-    double multiplyDirection();
+    double multiply(const NVector& v);
+    void computeResidual();
     double preconditionResidual();
 
     int m_iteration = 0;
