@@ -144,13 +144,13 @@ TEST(ConjugateGradient, TakesAFreshResidualInEveryFiftiethStep)
     znTest::Random random(7);
     const int n = 160;
     Solver solver(znTest::randomLaplacian(n, 1e-6, random), With::diagonal);
-    const NVector b = znTest::randomVector(n, random);
-    solver.initialize(b, NVector(n));
+    const NVector b = znTest::randomVector(n, random), start = znTest::randomVector(n, random);
+    solver.initialize(b, start);
     const long allocations = znTest::numAllocations();
     while (solver.getIteration() < 154) solver.iterate(0, 0);
     EXPECT_EQ(znTest::numAllocations(), allocations);
 
-    solver.initialize(b, NVector(n));
+    solver.initialize(b, start);
     NVector fresh(n);
     for (int step = 1; step < 155; ++step) {
         ASSERT_EQ(solver.step(0, 0), Code::Running);

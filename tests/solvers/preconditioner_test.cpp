@@ -98,7 +98,7 @@ TEST(IncompleteCholesky, HasTheBitsOfThePlainAlgorithm)
         SparseMatrix matrix = znTest::randomLaplacian(n, 0.5, random);
         // Entries and pivots that are no good for it: missing, of the wrong sign, not finite; and whatever spreads.
         for (int k = round % 3 == 0 ? 0 : random.below(4); k > 0; --k) {
-            const double values[] = {infinity, -infinity, NAN, -5, 1, 1e300};
+            const double values[] = {infinity, -infinity, std::nan(""), -5, 1, 1e300};
             const int i = random.below(n), j = random.below(n);
             const double value = values[random.below(6)];
             matrix.addToElement(i, j, value);

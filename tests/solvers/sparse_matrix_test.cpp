@@ -151,7 +151,7 @@ TEST(SparseMatrix, KnowsItsKind)
     // The bound on asymmetry is absolute, and strict.
     EXPECT_TRUE(matrixOf({{1, 1e-7}, {0, 1}}).isSymmetric());
     EXPECT_FALSE(matrixOf({{1, 1e-6}, {0, 1}}).isSymmetric());
-    EXPECT_FALSE(matrixOf({{1, 0}, {NAN, 1}}).isSymmetric());
+    EXPECT_FALSE(matrixOf({{1, 0}, {std::nan(""), 1}}).isSymmetric());
     EXPECT_FALSE(matrixOf({{1, 1e9}, {1e9 + 1e-5, 1}}).isSymmetric());
 
     SparseMatrix chain = closedChain(5);
