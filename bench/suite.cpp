@@ -20,6 +20,7 @@ struct Alone
 {
     std::string name;
     std::function<void(benchmark::State&)> run;
+    int turns;
 };
 
 /// Built on first use: source files list their benchmarks in no fixed order.
@@ -138,9 +139,10 @@ bool measure(Benchmark benchmark)
     return true;
 }
 
-bool measureAlone(const std::string& work, const std::string& who, std::function<void(benchmark::State&)> run)
+bool measureAlone(const std::string& work, const std::string& who, std::function<void(benchmark::State&)> run,
+                  int turns)
 {
-    listedAlone().push_back({work + "/" + who, std::move(run)});
+    listedAlone().push_back({work + "/" + who, std::move(run), turns});
     return true;
 }
 
@@ -171,7 +173,8 @@ int main(int argc, char** argv)
         for (const bench::Input& input : bench::inputs())
             if (bench::runsOn(benchmark, input)) bench::enlist(benchmark, input, repetitions);
     // A fixed number of iterations: each is a batch, and one chosen on a quiet machine takes minutes on a busy one.
-    for (const bench::Alone& alone : bench::listedAlone()) bench::enlist(alone.name, alone.run)->Iterations(200);
+    for (const bench::Alone& alone : bench::listedAlone())
+        bench::enlist(alone.name, alone.run)->Iterations(alone.turns);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     return 0;

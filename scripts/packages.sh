@@ -28,7 +28,7 @@ bench  header:benchmark/benchmark.h       libbenchmark-dev      Google Benchmark
 peers  header:CGAL/version.h              libcgal-dev           CGAL, to compare with
 peers  header:OpenMesh/Core/System/config.h libopenmesh-dev     OpenMesh, to compare with
 peers  header:meshoptimizer.h             libmeshoptimizer-dev  meshoptimizer, to compare with
-peers  header:eigen3/Eigen/Core           libeigen3-dev         Eigen, which CGAL uses
+peers  header:eigen3/Eigen/Core           libeigen3-dev         Eigen, to compare with; CGAL uses it
 peers  header:tbb/version.h               libtbb-dev            TBB, which CGAL uses
 peers  header:embree3/rtcore.h           libembree-dev         Embree, to compare with
 peers  header:assimp/Importer.hpp         libassimp-dev         Assimp, to compare with

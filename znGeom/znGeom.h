@@ -10,6 +10,8 @@
 #include "znGeom/planar.h"
 #include "znGeom/repair.h"
 #include "znGeom/scopes.h"
+#include "znGeom/simplify.h"
+#include "znGeom/solvers.h"
 #include "znGeom/spatial.h"
 #include "znGeom/topology.h"
 #include "znGeom/version.h"
