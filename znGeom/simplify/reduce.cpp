@@ -42,9 +42,11 @@ private:
     Progress* m_progress = nullptr; ///< during an iteration
 };
 
-void append(const MeshReduceBase& reduction, zn::vector<Point>& removed)
+void runTo(MeshReduceBase& reduction, Progress& progress, zn::vector<Point>& removed)
 {
+    reduction.run(progress);
     for (const Point& point : reduction.removed()) removed.append(point);
+    if (!progress.cancelled()) progress.set(1.0);
 }
 
 } // namespace
@@ -53,16 +55,14 @@ void meshReduceToFraction(CompactMesh& mesh, double fraction, Progress& progress
 {
     if (!(fraction < 1)) return;
     MeshReduceFraction reduction(mesh, static_cast<int>(mesh.getNumVertices() * std::max(fraction, 0.0)));
-    reduction.run(progress);
-    append(reduction, removed);
+    runTo(reduction, progress, removed);
 }
 
 double meshReduceWithTolerance(CompactMesh& mesh, double tolerance, Progress& progress, zn::vector<Point>& removed)
 {
     znOS::StopWatch watch;
     MeshReduceTolerance reduction(mesh, tolerance);
-    reduction.run(progress);
-    append(reduction, removed);
+    runTo(reduction, progress, removed);
     debugChannel().print("meshReduce: iterations(%d): %f s\n", reduction.iterations(), watch.stop());
     return reduction.greatestDeviation();
 }
