@@ -20,9 +20,11 @@ enum HoleQuality : int {
 /// What became of a hole.
 enum class HoleOutcome : int {
     Filled,
-    NoLoop,       ///< there is no such loop, or it has fewer than three vertices
-    NotABoundary, ///< two neighbours in the loop are not the ends of a boundary edge; loops end like this where fans touch
+    NoLoop,        ///< there is no such loop, or it has fewer than three vertices
+    NotABoundary,  ///< two neighbours in the loop are not the ends of a boundary edge; loops end like this where fans
+                   ///< touch
     LooseTriangle, ///< a spike on the rim belongs to a triangle that nothing else holds
+    TooLong,       ///< more than 46 thousand vertices
     EdgeInTheWay,  ///< every triangulation would repeat an edge that is there
     GivenUp        ///< cancelled
 };
@@ -38,9 +40,9 @@ enum class HoleOutcome : int {
 /// \return how many were filled; 0, with every bit of the mesh as it was, after a cancel
 ///
 /// A loop is triangulated for flatness first and area second; then triangles are split until they are as small as those
-/// around the hole, and edges swapped, after Liepa, "Filling Holes in Meshes" (2003); then the new vertices are moved to
-/// where the uniform bi-Laplacian vanishes, with the vertices around the hole fixed. Spikes, triangles that hang on the
-/// rim by a corner at the place of another vertex of the rim, are taken off first, and stay off.
+/// around the hole, and edges swapped, after Liepa, "Filling Holes in Meshes" (2003); then the new vertices are moved
+/// to where the uniform bi-Laplacian vanishes, with the vertices around the hole fixed. Spikes, triangles that hang on
+/// the rim by a corner at the place of another vertex of the rim, are taken off first, and stay off.
 ///
 /// The mesh around the holes keeps its positions. All holes share one scope: vertices and triangles near the holes are
 /// renumbered, channels other than positions have no values there. Adjacency and boundaries are stale afterwards. Cubic

@@ -1,0 +1,151 @@
+#include "znGeom/repair/internal/hole_patch.h"
+
+#include <algorithm>
+#include <cmath>
+#include <unordered_map>
+
+#include "znGeom/planar/triangulate_polygon.h"
+#include "znGeom/repair/internal/fairing.h"
+#include "znGeom/topology/topo_walks.h"
+#include "znGeom/topology/twin.h"
+
+namespace znGeom::internal {
+
+using znLinear::Point;
+using znUtil::Progress;
+
+namespace {
+
+/// The points from the first one on, times the power of two that brings the largest coordinate to between 2^10 and
+/// 2^11: what counts as a triangle without area must not depend on the unit of the mesh.
+zn::vector<Point> framed(const zn::vector<Point>& points)
+{
+    double largest = 0;
+    for (const Point& p : points)
+        for (int axis = 0; axis < 3; ++axis) largest = std::max(largest, std::fabs(p[axis] - points[0][axis]));
+    if (!(largest > 0) || !std::isfinite(largest)) return points;
+    const double scale = std::ldexp(1.0, 10 - std::ilogb(largest));
+    zn::vector<Point> result;
+    for (const Point& p : points) result.append(((p - points[0]) * scale).asPoint());
+    return result;
+}
+
+} // namespace
+
+HoleOutcome HolePatch::triangulate(const zn::vector<Point>& places, Progress& progress)
+{
+    BitVector forbidden = forbiddenEdges();
+    zn::vector<int> triangles;
+    if (!triangulatePolygon(framed(places), triangles, &forbidden, &progress)) return HoleOutcome::GivenUp;
+    // The triangles run as the loop does, and the loop as the half-edges along it: turned over, they fit.
+    for (int t = 0; t < triangles.size(); t += 3) std::swap(triangles[t], triangles[t + 2]);
+    for (int t = 0; t < triangles.size(); t += 3)
+        if (!isFree(m_rim[triangles[t]], m_rim[triangles[t + 1]], m_rim[triangles[t + 2]]))
+            return HoleOutcome::EdgeInTheWay;
+    addTriangles(triangles);
+    progress.set(1.0);
+    return HoleOutcome::Filled;
+}
+
+/// Edges of the mesh that join two vertices of the rim: they must not come a second time.
+BitVector HolePatch::forbiddenEdges() const
+{
+    const int size = m_rim.size();
+    std::unordered_map<TopoMeshVertex, int> positions;
+    for (int i = 0; i < size; ++i) positions[m_rim[i]] = i;
+    BitVector forbidden(size * size);
+    for (int i = 0; i < size; ++i)
+        for (const TopoMeshEdge e : outgoingOf(m_rim[i])) {
+            if (!e->twin || !endOf(e).onBoundary()) continue;
+            if (const auto at = positions.find(endOf(e)); at != positions.end())
+                forbidden.setBit(at->second + i * size);
+        }
+    return forbidden;
+}
+
+bool HolePatch::isFree(TopoMeshVertex a, TopoMeshVertex b, TopoMeshVertex c) const
+{
+    return !TopoMesh::findEdge(a, b) && !TopoMesh::findEdge(b, c) && !TopoMesh::findEdge(c, a);
+}
+
+void HolePatch::addTriangles(const zn::vector<int>& triangles)
+{
+    m_firstEdge = m_mesh.edgeNumbers();
+    for (int t = 0; t < triangles.size(); t += 3)
+        m_faces.push_back(m_mesh.allocTriangle(m_rim[triangles[t]], m_rim[triangles[t + 1]], m_rim[triangles[t + 2]]));
+    meshTwin(m_mesh);
+}
+
+void HolePatch::refine(const zn::vector<double>& densities, MeshEdgeSwapper& swapper, const Progress& progress)
+{
+    collectSwappable();
+    m_densities.resize(static_cast<size_t>(m_mesh.vertexNumbers()));
+    for (int i = 0; i < m_rim.size(); ++i) densityOf(m_rim[i]) = densities[i];
+    while (!progress.cancelled() && splitFaces()) meshSwapEdgesRepeatedly(m_mesh, m_swappable, swapper);
+}
+
+/// Both halves are of the patch where it is inside.
+void HolePatch::collectSwappable()
+{
+    for (const TopoMeshFace face : m_faces)
+        for (const TopoMeshEdge e : sidesOf(face))
+            if (e->twin && e->twin.number() >= m_firstEdge && !isSwappable(e)) m_swappable.insert(e);
+}
+
+bool HolePatch::isSwappable(TopoMeshEdge e) const
+{
+    return m_swappable.contains(e) || (e->twin && m_swappable.contains(e->twin));
+}
+
+/// \return whether one was split
+bool HolePatch::splitFaces()
+{
+    std::vector<TopoMeshFace> faces;
+    for (const TopoMeshFace face : m_faces) {
+        const TopoMeshEdge e = face->edge;
+        const double density = (densityOf(e->origin) + densityOf(e->next->origin) + densityOf(e->prev->origin)) / 3.0;
+        if (isTooLarge(face, density))
+            split(face, density, faces);
+        else
+            faces.push_back(face);
+    }
+    const bool changed = faces.size() != m_faces.size();
+    m_faces.swap(faces);
+    return changed;
+}
+
+/// Vertices without a density, all of whose neighbours are in the same place, are no measure.
+bool HolePatch::isTooLarge(TopoMeshFace face, double meanDensity) const
+{
+    const double alpha = std::sqrt(2.0);
+    const Point middle = face.centroid();
+    if (meanDensity == 0) return false;
+    for (const TopoMeshEdge e : sidesOf(face)) {
+        const double reach = alpha * distance(middle, e->origin.point());
+        if (!(densityOf(e->origin) < reach && meanDensity < reach)) return false;
+    }
+    return true;
+}
+
+void HolePatch::split(TopoMeshFace face, double density, std::vector<TopoMeshFace>& faces)
+{
+    const TopoMeshEdge sides[3] = {face->edge, face->edge->next, face->edge->prev};
+    const TopoMeshVertex added = m_mesh.subdivideFace(face, face.centroid());
+    m_densities.resize(static_cast<size_t>(m_mesh.vertexNumbers()));
+    densityOf(added) = density;
+    m_added.push_back(added);
+    for (const TopoMeshEdge spoke : fanOf(added)) {
+        m_swappable.insert(spoke);
+        faces.push_back(spoke->face);
+    }
+    for (const TopoMeshEdge side : sides) {
+        bool veto = false;
+        if (!isSwappable(side)) continue;
+        MeshEdgeSwapper::minimizeOppositeAngleSum(side, veto);
+        if (!veto) m_mesh.swapEdge(side);
+    }
+}
+
+void HolePatch::fair(Progress& progress) { fairVertices(m_mesh, m_added, progress); }
+
+} // namespace znGeom::internal
