@@ -20,6 +20,7 @@ struct Alone
 {
     std::string name;
     std::function<void(benchmark::State&)> run;
+    int mostRepetitions;
 };
 
 /// Built on first use: source files list their benchmarks in no fixed order.
@@ -53,6 +54,15 @@ void enlist(const Benchmark& listedBenchmark, const Input& input, int repetition
                        state.SkipWithError("the result differs from what it must be");
                });
     const int most = listedBenchmark.mostRepetitions;
+    if (most > 0 && most < repetitions) entry->Repetitions(most);
+}
+
+/// The number of iterations is fixed: each of tiny work is a batch, and one that is chosen on a quiet machine takes
+/// minutes on a busy one.
+void enlist(const Alone& alone, int repetitions)
+{
+    const int most = alone.mostRepetitions;
+    benchmark::internal::Benchmark* entry = enlist(alone.name, alone.run)->Iterations(most > 0 ? 1 : 200);
     if (most > 0 && most < repetitions) entry->Repetitions(most);
 }
 
@@ -138,9 +148,10 @@ bool measure(Benchmark benchmark)
     return true;
 }
 
-bool measureAlone(const std::string& work, const std::string& who, std::function<void(benchmark::State&)> run)
+bool measureAlone(const std::string& work, const std::string& who, std::function<void(benchmark::State&)> run,
+                  int mostRepetitions)
 {
-    listedAlone().push_back({work + "/" + who, std::move(run)});
+    listedAlone().push_back({work + "/" + who, std::move(run), mostRepetitions});
     return true;
 }
 
@@ -170,8 +181,7 @@ int main(int argc, char** argv)
     for (const bench::Benchmark& benchmark : bench::listed())
         for (const bench::Input& input : bench::inputs())
             if (bench::runsOn(benchmark, input)) bench::enlist(benchmark, input, repetitions);
-    // A fixed number of iterations: each is a batch, and one chosen on a quiet machine takes minutes on a busy one.
-    for (const bench::Alone& alone : bench::listedAlone()) bench::enlist(alone.name, alone.run)->Iterations(200);
+    for (const bench::Alone& alone : bench::listedAlone()) bench::enlist(alone, repetitions);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     return 0;
