@@ -81,7 +81,24 @@ void runOrienting(benchmark::State& state, const Input& input)
         [](CompactMesh* subject) { return orient(*subject); });
 }
 
+/// All that a mesh is checked for, from its arrays on.
+bool isClean(const CompactMesh& mesh)
+{
+    znGeom::MeshCharacteristics tests(mesh);
+    return tests.checkGoodTriangles() && tests.checkManifold() && tests.checkOriented() &&
+           tests.checkNonIntersecting() && tests.checkGoodAngles(2.0);
+}
+
+void runCheck(benchmark::State& state, const Input& input)
+{
+    const auto mesh = bench::toCompact(input.soup());
+    bench::timeWork(
+        state, [&] { return mesh.get(); }, [](const CompactMesh* subject) { return isClean(*subject); });
+}
+
 [[maybe_unused]] const bool listed[] = {
+    bench::measure({"check", "znGeom", [](const Input& input) { return isClean(*bench::toCompact(input.soup())); },
+                    runCheck, 0, bench::generatedInputs()}),
     measureCheck("duplicate_tris", duplicates),
     measureCheck("manifold", manifold),
     bench::measure({"orient", "znGeom", orientingAgrees, runOrienting, 0, bench::generatedInputs()}),

@@ -20,6 +20,7 @@ struct Alone
 {
     std::string name;
     std::function<void(benchmark::State&)> run;
+    int turns;
     int mostRepetitions;
 };
 
@@ -57,13 +58,11 @@ void enlist(const Benchmark& listedBenchmark, const Input& input, int repetition
     if (most > 0 && most < repetitions) entry->Repetitions(most);
 }
 
-/// The number of iterations is fixed: each of tiny work is a batch, and one that is chosen on a quiet machine takes
-/// minutes on a busy one.
+/// A fixed number of iterations: each is a batch, and one chosen on a quiet machine takes minutes on a busy one.
 void enlist(const Alone& alone, int repetitions)
 {
-    const int most = alone.mostRepetitions;
-    benchmark::internal::Benchmark* entry = enlist(alone.name, alone.run)->Iterations(most > 0 ? 1 : 200);
-    if (most > 0 && most < repetitions) entry->Repetitions(most);
+    benchmark::internal::Benchmark* entry = enlist(alone.name, alone.run)->Iterations(alone.turns);
+    if (alone.mostRepetitions > 0 && alone.mostRepetitions < repetitions) entry->Repetitions(alone.mostRepetitions);
 }
 
 bool runsOn(const Benchmark& benchmark, const Input& input)
@@ -149,9 +148,9 @@ bool measure(Benchmark benchmark)
 }
 
 bool measureAlone(const std::string& work, const std::string& who, std::function<void(benchmark::State&)> run,
-                  int mostRepetitions)
+                  int turns, int mostRepetitions)
 {
-    listedAlone().push_back({work + "/" + who, std::move(run), mostRepetitions});
+    listedAlone().push_back({work + "/" + who, std::move(run), turns, mostRepetitions});
     return true;
 }
 

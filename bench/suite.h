@@ -33,10 +33,10 @@ struct Benchmark
 /// Lists a benchmark to run on its inputs; the result is meaningless and only lets a namespace-scope constant call it.
 bool measure(Benchmark benchmark);
 
-/// Lists a benchmark of tiny work that needs no mesh; time it with `timeTinyWork`. With a number of repetitions it is
-/// work of any size, done once in each of at most so many; time it with `timeWork`.
+/// Lists a benchmark that needs no mesh, of a fixed number of turns: of tiny work, timed with `timeTinyWork`, many.
+/// Repetitions as in `Benchmark`.
 bool measureAlone(const std::string& work, const std::string& who, std::function<void(benchmark::State&)> run,
-                  int mostRepetitions = 0);
+                  int turns = 200, int mostRepetitions = 0);
 
 /// Names a peer and its version in the output.
 bool usesPeer(const std::string& name, const std::string& version);

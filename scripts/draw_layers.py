@@ -20,7 +20,7 @@ AROUND = {"apps/zngeom": "the tool", "examples": "small programs", "tests": "uni
 NOTES = {"analysis": "derived data, measures", "cache": "derived objects kept", "curves": "lines on surfaces",
          "editing": "changes to a mesh", "files": "mesh files", "planar": "plane fits, polygons",
          "spatial/shapes": "frusta, spheres, rays", "spatial/trees": "octree, quadtree, k-d tree",
-         "spatial/queries": "nearest points, crossings", "repair": "broken meshes made whole", "topology": "the half-edge mesh",
+         "spatial/queries": "nearest points, crossings", "repair": "broken meshes made whole", "scopes": "regions edited, merged back", "topology": "the half-edge mesh",
          "foundation/machine": "compiler, machine, version", "foundation/linear": "value types",
          "foundation/containers": "lists, maps, references", "foundation/mesh": "the mesh model",
          "foundation/threads": "pool, loops, progress", "foundation/output": "log, messages, timer",

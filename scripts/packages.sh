@@ -16,6 +16,7 @@ build  command:cmake                      cmake                 CMake 3.22 or la
 build  command:ninja                      ninja-build           the Ninja build tool
 tool   header:CLI/CLI.hpp                 libcli11-dev          CLI11, the command line
 tool   header:nlohmann/json.hpp           nlohmann-json3-dev    nlohmann-json, JSON in and out
+tool   header:png.h                       libpng-dev            libpng, pictures
 test   header:gtest/gtest.h               libgtest-dev          GoogleTest
 test   command:python3                    python3               Python, for the test runner
 clang  command:clang++                    clang                 Clang, for the sanitizers and the fuzz targets
@@ -27,7 +28,7 @@ bench  header:benchmark/benchmark.h       libbenchmark-dev      Google Benchmark
 peers  header:CGAL/version.h              libcgal-dev           CGAL, to compare with
 peers  header:OpenMesh/Core/System/config.h libopenmesh-dev     OpenMesh, to compare with
 peers  header:meshoptimizer.h             libmeshoptimizer-dev  meshoptimizer, to compare with
-peers  header:eigen3/Eigen/Core           libeigen3-dev         Eigen, which CGAL uses
+peers  header:eigen3/Eigen/Core           libeigen3-dev         Eigen, to compare with; CGAL uses it
 peers  header:tbb/version.h               libtbb-dev            TBB, which CGAL uses
 peers  header:embree3/rtcore.h           libembree-dev         Embree, to compare with
 peers  header:assimp/Importer.hpp         libassimp-dev         Assimp, to compare with

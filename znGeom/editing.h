@@ -1,6 +1,7 @@
 /// Welding, keeping the triangle list, and selections: growing, deleting, copying out and dividing.
 #pragma once
 
+#include "znGeom/editing/delete_non_finite.h"
 #include "znGeom/editing/delete_selected.h"
 #include "znGeom/editing/duplicate_triangles.h"
 #include "znGeom/editing/duplicates.h"

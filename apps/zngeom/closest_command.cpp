@@ -9,6 +9,7 @@
 #include "apps/zngeom/pacer.h"
 #include "apps/zngeom/part_options.h"
 #include "apps/zngeom/point_reader.h"
+#include "apps/zngeom/write_file.h"
 #include "znGeom/analysis/bounds.h"
 #include "znGeom/spatial/queries/closest_point.h"
 #include "znGeom/spatial/trees/octree_partition.h"
@@ -95,12 +96,6 @@ std::string listing(const std::vector<Closest>& all, bool json)
     return json ? text + "]\n" : text;
 }
 
-void writeText(const std::string& text, const std::string& path)
-{
-    PendingFile file(znOS::Filename(path.c_str()));
-    if (!file.write(text.data(), text.size()) || !file.commit()) throw Failure(path + ": " + file.message());
-}
-
 class ClosestCommand : public Command
 {
 public:
@@ -147,9 +142,10 @@ public:
             report.setOutput(listing(found, json));
             return report;
         }
-        writeText(listing(found, json), m_output);
+        writeFile(listing(found, json), m_output);
         describe(found, report);
         report.addNotes(loaded.notes);
+        report.makeRoomFor(m_output);
         return report;
     }
 

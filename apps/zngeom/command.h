@@ -28,5 +28,8 @@ std::unique_ptr<Command> makeConvertCommand();
 std::unique_ptr<Command> makeSplitCommand();
 std::unique_ptr<Command> makeExtractCommand();
 std::unique_ptr<Command> makeClosestCommand();
+std::unique_ptr<Command> makeIntersectCommand();
+std::unique_ptr<Command> makeCheckCommand();
+std::unique_ptr<Command> makeRepairCommand();
 
 } // namespace tool

@@ -26,7 +26,7 @@ namespace tool {
 
 namespace {
 
-enum ExitStatus { Success = 0, Failed = 1, WrongUsage = 2, Signalled = 128 };
+enum ExitStatus { Success = 0, Failed = 1, WrongUsage = 2, Broken = 2, Signalled = 128 };
 
 struct OutputOptions
 {
@@ -53,7 +53,8 @@ What a file has and the tool doesn't keep (colours, normals of face corners, ...
 An output file is written under another name and put in place when it is complete: a failure
 and Ctrl-C leave what was there.
 
-Exit status: 0 done, 1 failed (one line on standard error), 2 wrong usage, 130 cancelled by Ctrl-C.
+Exit status: 0 done, 1 failed (one line on standard error), 2 wrong usage (check and repair: also a
+mesh with something wrong), 130 cancelled by Ctrl-C.
 
 Examples:
   zngeom info bunny.obj
@@ -62,7 +63,10 @@ Examples:
   zngeom convert model.glb model.off
   zngeom split parts.obj part.obj
   zngeom extract scan.ply rim.ply --boundary 1 --rings 3
-  zngeom closest scan.ply points.txt -o distances.txt)";
+  zngeom closest scan.ply points.txt -o distances.txt
+  zngeom check scan.ply --picture defects.png
+  zngeom repair scan.ply whole.ply --self-intersections
+  zngeom intersect part.obj other.obj lines.obj)";
 
 /// Whatever a file or a path holds, a message is one line.
 void printError(const std::string& message) { std::fprintf(stderr, "zngeom: %s\n", withoutControls(message).c_str()); }
@@ -77,7 +81,8 @@ int printReport(const Report& report, const OutputOptions& options)
         return Failed;
     }
     for (const std::string& failure : report.failures()) printError(failure);
-    return report.failures().empty() ? Success : Failed;
+    if (!report.failures().empty()) return Failed;
+    return report.getStatus() == Report::Status::Broken ? Broken : Success;
 }
 
 /// While it lives, the library's channels go to standard error.
@@ -134,7 +139,7 @@ Commands addCommands(CLI::App& app, OutputOptions& options)
 {
     Commands commands;
     for (auto make : {makeInfoCommand, makeWeldCommand, makeConvertCommand, makeSplitCommand, makeExtractCommand,
-                      makeClosestCommand}) {
+                      makeClosestCommand, makeCheckCommand, makeRepairCommand, makeIntersectCommand}) {
         std::unique_ptr<Command> command = make();
         CLI::App* sub = command->addTo(app)->group("Commands");
         sub->add_flag("--json", options.json, "Print the report as JSON");
@@ -189,9 +194,10 @@ std::vector<std::string> withHelpAsOption(std::vector<std::string> arguments)
 
 int runTool(std::vector<std::string> arguments)
 {
-    CLI::App app("zngeom looks at triangle and polygon meshes in files, measures them, and takes them apart.\n\n" +
-                     formatsForHelp(),
-                 "zngeom");
+    CLI::App app(
+        "zngeom looks at triangle and polygon meshes in files, measures them, repairs them, and takes them apart.\n\n" +
+            formatsForHelp(),
+        "zngeom");
     for (const auto& [word, ours] : {std::pair{"SUBCOMMAND", "COMMAND"}, {"TEXT", "FILE"}, {"REQUIRED", ""}})
         app.get_formatter()->label(word, ours);
     app.set_version_flag("-V,--version", "zngeom " ZNGEOM_VERSION);

@@ -19,6 +19,7 @@ class Report
 public:
     using Value = nlohmann::ordered_json;
     enum class Notes { Shown, Hidden };
+    enum class Status { Done, Broken };
 
     /// \param key  lower-case letters and underscores; people see the underscores as blanks
     void add(const char* key, const Value& value);
@@ -39,6 +40,10 @@ public:
     /// Prints this text and nothing else, for people and for programs: the result of a command that has one.
     void setOutput(std::string text) { m_output = std::move(text); }
 
+    /// Whether the command did its work but found, or left, a mesh that something is wrong with.
+    void setStatus(Status status) { m_status = status; }
+    Status getStatus() const { return m_status; }
+
     /// When the output of the command goes to standard output, the report goes to standard error.
     void makeRoomFor(const std::string& output) { m_isAside = output == "-"; }
     bool isAside() const { return m_isAside; }
@@ -58,6 +63,7 @@ private:
     std::vector<Report> m_parts;
     std::vector<std::string> m_failures;
     bool m_isAside = false;
+    Status m_status = Status::Done;
 };
 
 /// The same text with a question mark for each control character, which might move the cursor or colour what follows.

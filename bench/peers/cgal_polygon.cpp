@@ -47,6 +47,6 @@ void runTriangulation(benchmark::State& state)
         state.SkipWithError("the result does not close the loop");
 }
 
-[[maybe_unused]] const bool listed = bench::measureAlone("triangulate_polygon", "CGAL", runTriangulation, 1);
+[[maybe_unused]] const bool listed = bench::measureAlone("triangulate_polygon", "CGAL", runTriangulation, 1, 1);
 
 } // namespace

@@ -12,14 +12,6 @@ namespace toolTest {
 
 namespace {
 
-/// A text with the first occurrence of some words replaced.
-std::string with(std::string text, const std::string& words, const std::string& others)
-{
-    const std::size_t found = text.find(words);
-    EXPECT_NE(found, std::string::npos);
-    return text.replace(found, words.size(), others);
-}
-
 TEST(ToolFailures, ABadFileGivesOneClearLine)
 {
     const std::string junk("\x7F\x80\0\n\r\x1B[31m\xFF{}\n\n", 16), triangle = "v 0 0 0\nv 1 0 0\nv 0 1 0\n";

@@ -1,5 +1,7 @@
 #include "tests/apps/sample_files.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -61,6 +63,13 @@ std::string plyHeader(const std::string& format)
 }
 
 } // namespace
+
+std::string with(std::string text, const std::string& words, const std::string& others)
+{
+    const std::size_t found = text.find(words);
+    EXPECT_NE(found, std::string::npos) << words;
+    return found == std::string::npos ? text : text.replace(found, words.size(), others);
+}
 
 std::string boxObj()
 {

@@ -5,6 +5,9 @@
 
 namespace toolTest {
 
+/// A text with the first occurrence of some words replaced; a test failure where there is none.
+std::string with(std::string text, const std::string& words, const std::string& others);
+
 /// A unit cube with one triangle missing: 8 vertices, then one that nothing uses; 5 squares and a triangle.
 std::string boxObj();
 std::string boxOff();

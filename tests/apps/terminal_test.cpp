@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstring>
 #include <thread>
 
 #include "tests/apps/sample_files.h"
@@ -94,11 +95,14 @@ TEST(ToolCancel, InterruptedWhileReadingItLeavesTheOldFile)
 
 TEST(ToolCancel, InterruptedAnywhereItLeavesTheOldFilesOrTheWholeNewOnes)
 {
-    for (const bool splits : {false, true}) {
+    using Words = std::vector<std::string>;
+    for (const auto& [command, options] :
+         {std::pair{"weld", Words{}}, {"split", {"--parts", "20"}}, {"repair", {"--self-intersections"}}}) {
         const Scratch scratch;
-        const std::string in = scratch.write("in.obj", gridObj(150));
-        std::vector<std::string> arguments{splits ? "split" : "weld", in, scratch.path("out.ply")};
-        if (splits) arguments.insert(arguments.end(), {"--parts", "20"});
+        const bool splits = !std::strcmp(command, "split");
+        const std::string in = scratch.write("in.obj", gridObj(150) + "f 1 2 3\nf 1 1 2\n");
+        Words arguments{command, in, scratch.path("out.ply")};
+        arguments.insert(arguments.end(), options.begin(), options.end());
         const auto started = std::chrono::steady_clock::now();
         report(arguments);
         const auto time = std::chrono::steady_clock::now() - started;

@@ -10,6 +10,7 @@
 
 #include "znGeom/foundation/mesh/array.h"
 #include "znGeom/foundation/mesh/array_of_sets.h"
+#include "znGeom/foundation/mesh/bit_ranks.h"
 #include "znGeom/foundation/mesh/bit_runs.h"
 #include "znGeom/foundation/mesh/bit_vector.h"
 #include "znGeom/foundation/mesh/compact_mesh.h"

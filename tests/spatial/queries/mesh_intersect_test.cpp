@@ -201,12 +201,12 @@ TEST(MeshIntersect, LeavesResultsAloneWhereBoxesAreApart)
 TEST(MeshIntersect, NeighboursAndTouchingFansDoNotCross)
 {
     CompactMesh mesh;
-    znTest::makeSphere(mesh, 4);
+    znTest::makeSphere(mesh, 3);
     const int split = mesh.getNumVertices();
     mesh.resizeVertexArray(split + 1);
-    mesh.getVertices()[split] = mesh.getVertices()[100];
+    mesh.getVertices()[split] = mesh.getVertices()[60];
     for (int t = 0, changed = 0; t < mesh.getNumTriangles() && changed < 3; ++t)
-        if (const int corner = cornerOf(mesh.getTriangles()[t], 100); corner >= 0) {
+        if (const int corner = cornerOf(mesh.getTriangles()[t], 60); corner >= 0) {
             mesh.getTriangles()[t][corner] = split;
             ++changed;
         }

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cmath>
+#include <limits>
 
 #include "tests/support/random.h"
 #include "znGeom/foundation/mesh/mesh_coord.h"
@@ -138,7 +140,7 @@ TEST(TriangleIntersect, HasAnAnswerForEveryInput)
     EXPECT_EQ(p, Point(1, 1, 0));
     EXPECT_EQ(q, Point(1, 3, 0));
 
-    const double nan = NAN, huge = 1e300;
+    const double nan = std::numeric_limits<double>::quiet_NaN(), huge = 1e300;
     const Triangle misses[] = {
         {Point(1, 1, 0), Point(2, 1, 0), Point(1, 2, 0)},           // in its plane, facing alike
         {Point(1, 1, 0), Point(1, 2, 0), Point(2, 1, 0)},           // and the other way

@@ -143,9 +143,9 @@ private:
     /// Without branches: half of the pairs that are asked about do.
     static bool shareVertex(const MeshTriangle& a, const MeshTriangle& b)
     {
-        bool shared = false;
-        for (const int corner : a.corners) shared |= (corner == b[0]) | (corner == b[1]) | (corner == b[2]);
-        return shared;
+        int numShared = 0;
+        for (const int corner : a.corners) numShared += (corner == b[0]) + (corner == b[1]) + (corner == b[2]);
+        return numShared > 0;
     }
 
     void test(int leaf, BoxSearch& search, std::vector<Crossing>& found) const override
@@ -177,8 +177,8 @@ public:
 private:
     static double reachOf(const BoundingBox& box)
     {
-        return std::max({std::fabs(box.minX), std::fabs(box.minY), std::fabs(box.minZ), std::fabs(box.maxX),
-                         std::fabs(box.maxY), std::fabs(box.maxZ)});
+        const float low = std::min({box.minX, box.minY, box.minZ}), high = std::max({box.maxX, box.maxY, box.maxZ});
+        return static_cast<double>(std::max(-low, high));
     }
 
     /// The box of a triangle in the space of the first mesh, widened by what transforming and narrowing may lose.

@@ -15,8 +15,6 @@ using znUtil::ThreadPool;
 
 namespace {
 
-constexpr int width = PackedTriangles::width;
-
 /// How many leaves ahead the triangles are prefetched.
 constexpr int leavesAhead = 2;
 

@@ -1,0 +1,18 @@
+/// Writing a picture.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "apps/zngeom/mesh_files.h"
+#include "apps/zngeom/picture/canvas.h"
+
+namespace tool {
+
+/// Checks, before any work is done, that a path is that of a picture; fails if not.
+void checkPictureName(const std::string& path);
+
+/// Writes a PNG file beside its place, for `putInPlace`. Fails with one line that begins with the path.
+std::unique_ptr<PendingFile> writePngAside(const Image& image, const std::string& path);
+
+} // namespace tool

@@ -1,0 +1,4 @@
+/// Meshes with fewer vertices.
+#pragma once
+
+#include "znGeom/simplify/reduce.h"
