@@ -21,6 +21,7 @@ struct Alone
     std::string name;
     std::function<void(benchmark::State&)> run;
     int turns;
+    int mostRepetitions;
 };
 
 /// Built on first use: source files list their benchmarks in no fixed order.
@@ -55,6 +56,13 @@ void enlist(const Benchmark& listedBenchmark, const Input& input, int repetition
                });
     const int most = listedBenchmark.mostRepetitions;
     if (most > 0 && most < repetitions) entry->Repetitions(most);
+}
+
+/// A fixed number of iterations: each is a batch, and one chosen on a quiet machine takes minutes on a busy one.
+void enlist(const Alone& alone, int repetitions)
+{
+    benchmark::internal::Benchmark* entry = enlist(alone.name, alone.run)->Iterations(alone.turns);
+    if (alone.mostRepetitions > 0 && alone.mostRepetitions < repetitions) entry->Repetitions(alone.mostRepetitions);
 }
 
 bool runsOn(const Benchmark& benchmark, const Input& input)
@@ -140,9 +148,9 @@ bool measure(Benchmark benchmark)
 }
 
 bool measureAlone(const std::string& work, const std::string& who, std::function<void(benchmark::State&)> run,
-                  int turns)
+                  int turns, int mostRepetitions)
 {
-    listedAlone().push_back({work + "/" + who, std::move(run), turns});
+    listedAlone().push_back({work + "/" + who, std::move(run), turns, mostRepetitions});
     return true;
 }
 
@@ -172,9 +180,7 @@ int main(int argc, char** argv)
     for (const bench::Benchmark& benchmark : bench::listed())
         for (const bench::Input& input : bench::inputs())
             if (bench::runsOn(benchmark, input)) bench::enlist(benchmark, input, repetitions);
-    // A fixed number of iterations: each is a batch, and one chosen on a quiet machine takes minutes on a busy one.
-    for (const bench::Alone& alone : bench::listedAlone())
-        bench::enlist(alone.name, alone.run)->Iterations(alone.turns);
+    for (const bench::Alone& alone : bench::listedAlone()) bench::enlist(alone, repetitions);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     return 0;

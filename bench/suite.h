@@ -34,8 +34,9 @@ struct Benchmark
 bool measure(Benchmark benchmark);
 
 /// Lists a benchmark that needs no mesh, of a fixed number of turns: of tiny work, timed with `timeTinyWork`, many.
+/// Repetitions as in `Benchmark`.
 bool measureAlone(const std::string& work, const std::string& who, std::function<void(benchmark::State&)> run,
-                  int turns = 200);
+                  int turns = 200, int mostRepetitions = 0);
 
 /// Names a peer and its version in the output.
 bool usesPeer(const std::string& name, const std::string& version);

@@ -132,7 +132,7 @@ const PointAt kinds[] = {
     [](int, double, Random& random) { return random.point(1e-80); },
     [](int, double, Random& random) { return random.point(1e77); },
     [](int, double, Random& random) { return random.point(random.oneIn(2) ? 1e155 : 1); },
-    [](int i, double t, Random&) { return i % 7 == 3 ? Point(NAN, 0, INFINITY) : onCircle(t); }};
+    [](int i, double t, Random&) { return i % 7 == 3 ? Point(double(NAN), 0, double(INFINITY)) : onCircle(t); }};
 
 Points makeLoop(const PointAt& pointAt, int size, Random& random)
 {

@@ -147,7 +147,7 @@ TEST(EdgeSwapper, PredicatesJudgeTheTwoTriangles)
         {"flat to begin with", {0, 0, 0}, {4, 0, 0}, {2, 0, 0}, {2, -1, 0}, false, false, true},
         {"flat in the end", {0, 0, 0}, {1, 1, 0}, {0, 1, 0}, {0, -1, 0}, true, true, true},
         {"nothing at all", {0, 0, 0}, {0, 0, 0}, {0, 0, 0}, {0, 0, 0}, true, true, true},
-        {"not a number", {0, 0, 0}, {1, 1, 0}, {0, NAN, 0}, {1, 0, 0}, false, true, true},
+        {"not a number", {0, 0, 0}, {1, 1, 0}, {0, double(NAN), 0}, {1, 0, 0}, false, true, true},
         {"infinite", {0, 0, 0}, {1, 1, 0}, {0, inf, 0}, {1, 0, 0}, false, true, true},
         // A skew quadrilateral is bent the other way, and here twice as much, along the other diagonal.
         {"bent by 2.4 degrees in all", {0, 0, 0}, {1, 0, 0}, {0.5, 1, 0}, bent(0.8), true, false, false},
@@ -332,7 +332,7 @@ TEST(EdgeSwapper, EndsOnAnyMesh)
             for (int i = 0; i < 10; ++i)
                 v.push_back(mesh.allocVertex(i < 5 ? Point(onLine[i][0], onLine[i][1], onLine[i][2]) : random.point()));
             v[6]->point.x = inf;
-            v[8]->point.y = NAN;
+            v[8]->point.y = double(NAN);
             for (int f = 0; f < numFaces; ++f) {
                 const auto corner = [&](int i) { return v[static_cast<size_t>(faces[f][i])]; };
                 mesh.allocTriangle(corner(0), corner(1), corner(2));

@@ -229,19 +229,14 @@ void Triangulation::solve(int begin, int end, const Row& row)
 Candidates Triangulation::candidates(int begin, int end, const Row& row) const
 {
     const double* x = m_coordinates.data();
-    return {begin,
-            end,
-            row,
-            m_chords.areasTo(end),
-            m_chords.cosinesTo(end),
-            x,
-            x + m_size,
-            x + 2 * m_size,
-            m_points[begin],
-            0.5 * (m_points[begin] - m_points[end])};
+    const Vector halfChord = 0.5 * (m_points[begin] - m_points[end]);
+    return {
+        begin,           end,      row, m_chords.areasTo(end), m_chords.cosinesTo(end), x, x + m_size, x + 2 * m_size,
+        m_points[begin], halfChord};
 }
 
-/// A cost that some candidate reaches, or less: those that stand on the neighbouring chords mostly do well.
+/// A cost that the best candidate at least reaches: that of the apexes on the neighbouring chords, which mostly do
+/// well. Without an order of all costs, where areas are no numbers, nothing may be guessed.
 Cost Triangulation::guess(const Candidates& from) const
 {
     Cost limit = justBetter(Cost());
