@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <functional>
 #include <limits>
-#include <numeric>
 
 #include "znGeom/solvers/internal/row_product.h"
 
@@ -15,21 +15,29 @@ constexpr int numLanes = RowStripe::numLanes;
 
 std::ptrdiff_t sizeOf(const RowStripe& stripe) { return std::ptrdiff_t{numLanes} * stripe.length; }
 
-int countNonZeros(const zn::vector<SparseElement>& row)
+/// What is not zero in a row: how many entries, and between which columns.
+struct Extent
 {
     int count = 0;
-    for (const SparseElement& element : row) count += element.value != 0;
-    return count;
+    int first = std::numeric_limits<int>::max(), last = std::numeric_limits<int>::min();
+};
+
+Extent extentOf(const zn::vector<SparseElement>& row)
+{
+    Extent extent;
+    for (const SparseElement& element : row) {
+        if (element.value == 0) continue;
+        ++extent.count;
+        extent.first = std::min(extent.first, element.index);
+        extent.last = std::max(extent.last, element.index);
+    }
+    return extent;
 }
 
-bool isNear(const SparseMatrix& matrix, const RowStripe& stripe)
+bool isNear(const Extent& extent, int row)
 {
     using Limits = std::numeric_limits<std::int16_t>;
-    for (const int row : stripe.rows)
-        for (const SparseElement& element : matrix.row(row))
-            if (const int offset = element.index - stripe.rows[0]; offset < Limits::min() || offset > Limits::max())
-                return false;
-    return true;
+    return extent.count == 0 || (extent.first - row >= Limits::min() && extent.last - row <= Limits::max());
 }
 
 /// Writes a stripe, with its columns relative to `base`. \return the place behind its columns
@@ -78,18 +86,22 @@ void RowStripes::divide(const SparseMatrix& matrix)
     const int n = matrix.size();
     for (int end = n, begin; end >= numLanes; end = begin) {
         begin = beginOfWindow(end, n);
-        int rows[windowSize], lengths[windowSize];
-        std::iota(rows, rows + (end - begin), begin);
-        for (int i = begin; i < end; ++i) lengths[i - begin] = countNonZeros(matrix.row(i));
-        std::sort(rows, rows + (end - begin), [&](int a, int b) {
-            const int lengthA = lengths[a - begin], lengthB = lengths[b - begin];
-            return lengthA > lengthB || (lengthA == lengthB && a > b);
-        });
+        Extent extents[windowSize];
+        std::int64_t byLength[windowSize]; // the length, then the place in the window
+        for (int i = 0; i < end - begin; ++i) {
+            extents[i] = extentOf(matrix.row(begin + i));
+            byLength[i] = std::int64_t{extents[i].count} * windowSize + i;
+        }
+        std::sort(byLength, byLength + (end - begin), std::greater());
         for (int i = 0; i < end - begin; i += numLanes) {
             RowStripe stripe;
-            std::copy_n(rows + i, numLanes, stripe.rows);
-            stripe.length = lengths[rows[i] - begin];
-            stripe.isNear = isNear(matrix, stripe);
+            stripe.length = static_cast<int>(byLength[i] / windowSize);
+            stripe.isNear = true;
+            for (int lane = 0; lane < numLanes; ++lane) {
+                const int place = static_cast<int>(byLength[i + lane] % windowSize);
+                stripe.rows[lane] = begin + place;
+                stripe.isNear = stripe.isNear && isNear(extents[place], stripe.rows[0]);
+            }
             m_stripes.append(stripe);
         }
     }
