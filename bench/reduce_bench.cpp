@@ -1,0 +1,163 @@
+// Reducing a mesh: to parts of its vertices and within a tolerance; and what every edit of a region costs at least, the
+// whole mesh taken out as a half-edge mesh and merged back.
+#include "bench/compact.h"
+#include "bench/reduction.h"
+#include "bench/suite.h"
+#include "znGeom/analysis/adjacency.h"
+#include "znGeom/analysis/bounds.h"
+#include "znGeom/scopes.h"
+#include "znGeom/simplify.h"
+#include "znGeom/spatial/queries/closest_point.h"
+#include "znGeom/spatial/trees/octree_partition.h"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <vector>
+
+namespace {
+
+using bench::Input;
+using bench::Soup;
+using znGeom::CompactMesh;
+using znLinear::Point;
+
+/// Vertices, and the middles of triangles.
+std::vector<Point> samplesOf(const CompactMesh& mesh)
+{
+    std::vector<Point> samples;
+    for (int v = 0; v < mesh.getNumVertices(); ++v) samples.push_back(mesh.getVertices()[v].asPoint());
+    for (int t = 0; t < mesh.getNumTriangles(); ++t) {
+        const auto [a, b, c] = mesh.getTriangles()[t].corners;
+        samples.push_back(
+            ((samples[static_cast<std::size_t>(a)].asVector() + samples[static_cast<std::size_t>(b)].asVector() +
+              samples[static_cast<std::size_t>(c)].asVector()) /
+             3.0)
+                .asPoint());
+    }
+    return samples;
+}
+
+std::vector<double> distancesTo(const CompactMesh& mesh, const std::vector<Point>& points)
+{
+    znGeom::BoundingBox box;
+    znGeom::meshBoundingBox(mesh, box);
+    const znGeom::Octree octree(mesh.getNumVertices(), mesh.getVerticesRaw(), box, true, 16);
+    znGeom::OctreeTris triangles;
+    znGeom::computeOctreeTris(mesh, octree, triangles);
+    const znGeom::TriangleTree tree(mesh);
+    znGeom::MeshClosestPoint closest(mesh, octree, triangles, tree);
+    std::vector<double> distances(points.size());
+    closest.compute(points.data(), static_cast<int>(points.size()), nullptr, distances.data());
+    return distances;
+}
+
+struct Reduced
+{
+    std::unique_ptr<CompactMesh> mesh;
+    zn::vector<Point> removed;
+};
+
+Reduced toFraction(CompactMesh& mesh, double fraction)
+{
+    Reduced result;
+    znUtil::Progress progress;
+    znGeom::meshReduceToFraction(mesh, fraction, progress, result.removed);
+    return result;
+}
+
+bool measureFraction(const char* work, double fraction)
+{
+    return bench::measure({work, "znGeom", [](const Input&) { return true; },
+                           [=](benchmark::State& state, const Input& input) {
+                               std::unique_ptr<CompactMesh> mesh;
+                               bench::timeWork(
+                                   state,
+                                   [&] {
+                                       mesh = bench::toCompact(input.soup());
+                                       return mesh.get();
+                                   },
+                                   [=](CompactMesh* subject) { return toFraction(*subject, fraction); });
+                               bench::countQuality(state, input.soup(), bench::toSoup(*mesh));
+                           },
+                           2, bench::generatedInputs()});
+}
+
+void runTolerance(benchmark::State& state, const Input& input)
+{
+    std::unique_ptr<CompactMesh> mesh;
+    bench::timeWork(
+        state,
+        [&] {
+            mesh = bench::toCompact(input.soup());
+            return mesh.get();
+        },
+        [&](CompactMesh* subject) {
+            zn::vector<Point> removed;
+            znUtil::Progress progress;
+            return znGeom::meshReduceWithTolerance(*subject, bench::toleranceFor(input.soup()), progress, removed);
+        });
+    bench::countQuality(state, input.soup(), bench::toSoup(*mesh));
+}
+
+void runScope(benchmark::State& state, const Input& input)
+{
+    std::unique_ptr<CompactMesh> mesh;
+    znGeom::MeshAdjTris adjTris;
+    znGeom::BitVector triangles, vertices;
+    bench::timeWork(
+        state,
+        [&] {
+            mesh = bench::toCompact(input.soup());
+            znGeom::meshAdjTris(*mesh, adjTris);
+            triangles.resize(mesh->getNumTriangles());
+            vertices.resize(mesh->getNumVertices());
+            triangles.setAllBits();
+            vertices.setAllBits();
+            return mesh.get();
+        },
+        [&](CompactMesh* subject) {
+            znGeom::MeshModifyRep scope(*subject, triangles, vertices, adjTris);
+            scope.extract();
+            scope.merge();
+            return subject->getNumTriangles();
+        });
+}
+
+bool alwaysAgrees(const Input&) { return true; }
+
+[[maybe_unused]] const bool listed[] = {
+    measureFraction("reduce_half", 0.5),
+    measureFraction("reduce_tenth", 0.1),
+    bench::measure({"reduce_tolerance", "znGeom", alwaysAgrees, runTolerance, 2, bench::generatedInputs()}),
+    bench::measure({"scope", "znGeom", alwaysAgrees, runScope, 0, bench::generatedInputs()}),
+};
+
+} // namespace
+
+double bench::toleranceFor(const Soup& soup) { return 0.001 * boxOf(soup).diagonal(); }
+
+bench::Deviation bench::deviation(const Soup& original, const Soup& reduced)
+{
+    const auto a = toCompact(original), b = toCompact(reduced);
+    Deviation result;
+    double sum2 = 0, count = 0;
+    for (const std::vector<double>& distances : {distancesTo(*b, samplesOf(*a)), distancesTo(*a, samplesOf(*b))})
+        for (const double distance : distances) {
+            result.largest = std::max(result.largest, distance);
+            sum2 += distance * distance;
+            ++count;
+        }
+    const double diagonal = boxOf(original).diagonal();
+    result.largest /= diagonal;
+    result.rootMeanSquare = std::sqrt(sum2 / count) / diagonal;
+    return result;
+}
+
+void bench::countQuality(benchmark::State& state, const Soup& original, const Soup& reduced)
+{
+    const Deviation found = deviation(original, reduced);
+    state.counters["vertices"] = reduced.numVertices();
+    state.counters["largest_deviation"] = found.largest;
+    state.counters["rms_deviation"] = found.rootMeanSquare;
+}
