@@ -1,5 +1,6 @@
 #include "znGeom/topology/edge_swapper.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <numbers>
@@ -245,15 +246,15 @@ TEST(EdgeSwapper, KeepsBoundariesAndFeatures)
     }
     EXPECT_EQ(numVetoed, 16);
 
-    // A cube of many triangles: whatever is swapped at random, it stays that cube.
+    // A cube of many triangles: whatever is swapped at random, its six sides stay flat and face outward.
     CompactMesh cube;
     makeCube(cube);
     TopoMesh solid;
     fill(solid, cube);
     meshTwin(solid);
-    Random random(4);
     for (int i = 0; i < 3; ++i)
         for (const TopoMeshFace f : listed(facesOf(solid))) solid.subdivideFace(f, f.centroid());
+    Random random(4);
     MeshEdgeSwapper swapper;
     swapper.getVetoSignal().addCallback(MeshEdgeSwapper::preserveFeatures);
     swapper.getVetoSignal().addCallback(MeshEdgeSwapper::preventFoldover);
@@ -265,14 +266,15 @@ TEST(EdgeSwapper, KeepsBoundariesAndFeatures)
     for (const TopoMeshFace f : facesOf(solid)) {
         const auto v = cornersOf(f);
         const znLinear::Normal normal(cross(v[1]->point - v[0]->point, v[2]->point - v[0]->point));
-        ASSERT_NEAR(std::fabs(normal.dx) + std::fabs(normal.dy) + std::fabs(normal.dz), 1, 1e-9);
-        ASSERT_NEAR(dot(normal, v[0]->point.asVector()), 1, 1e-9) << "faces outward, at its distance";
+        ASSERT_NEAR(std::max({std::fabs(normal.dx), std::fabs(normal.dy), std::fabs(normal.dz)}), 1, 1e-9);
+        ASSERT_NEAR(dot(normal, v[0]->point.asVector()), 1, 1e-9);
     }
 }
 
 TEST(EdgeSwapper, EndsOnAnyMesh)
 {
-    // Five points on a line, but for the last bits: the sums of angles lead round in a circle. Points that are none;
+    // Five points on a line, but for the last bits: with these the sums of angles have led round in a circle. Points
+    // that are none;
     // fans that touch; sides of three triangles; twins that run the same way.
     const double onLine[5][3] = {{1.1203984433004874, -0.76537255672806859, 0.12533812656399457},
                                  {1.8818168234387191, 0.31976969946627171, -0.052365785408313208},
@@ -282,7 +284,8 @@ TEST(EdgeSwapper, EndsOnAnyMesh)
     const int faces[][3] = {{0, 1, 2}, {0, 2, 3}, {0, 3, 4}, {3, 4, 5}, {5, 4, 6}, {6, 5, 7}, {6, 7, 8},
                             {8, 9, 1}, {0, 2, 7}, {7, 2, 0}, {9, 8, 6}, {1, 2, 9}, {2, 1, 9}, {5, 6, 9}};
     for (const int numFaces : {3, 14})
-        for (const Predicate also : {angleSum, foldover, boundary, features}) {
+        for (const Predicate also : {angleSum, foldover, boundary, features, Predicate()}) {
+            if (!also && numFaces > 3) continue; // to swap whatever can be goes round for long there
             Random random(5);
             TopoMesh mesh;
             std::vector<TopoMeshVertex> v;
@@ -297,15 +300,14 @@ TEST(EdgeSwapper, EndsOnAnyMesh)
             meshTwin(mesh);
             MeshEdgeSwapper swapper;
             int numCalls = 0;
-            swapper.getVetoSignal().addCallback(angleSum);
-            swapper.getVetoSignal().addCallback(also);
+            if (also) {
+                swapper.getVetoSignal().addCallback(angleSum);
+                swapper.getVetoSignal().addCallback(also);
+            }
             swapper.getVetoSignal().addCallback([&numCalls](TopoMeshEdge, bool&) { ++numCalls; });
-            const int count = meshSwapEdgesRepeatedly(mesh, swapper);
+            meshSwapEdgesRepeatedly(mesh, swapper);
             EXPECT_TRUE(checkTopology(mesh, false));
             EXPECT_LT(numCalls, 4000);
-            if (numFaces == 3 && also == angleSum) {
-                EXPECT_GT(count, 100) << "no circle any more";
-            }
             for (const int form : {1, 2}) swap(form, false, mesh, listed(edgesOf(mesh)), swapper);
             EXPECT_TRUE(checkTopology(mesh, false));
         }
