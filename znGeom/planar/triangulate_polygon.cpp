@@ -69,7 +69,7 @@ private:
 struct Row
 {
     double *areas, *cosines;
-    Vector* normals; ///< of the triangles on them; zero on sides of the loop, for flat triangles, and without any
+    Vector* normals; ///< of the triangles on them; zero for flat ones, and on sides of the loop
 };
 
 /// The triangles on one chord, by their apexes.
@@ -270,7 +270,8 @@ bool Triangulation::isForbidden(int from, int to) const
 }
 
 /// Whether a triangle certainly makes a sharper fold than `cosine`, which is 0 or less, with one of its neighbours: a
-/// test without roots and quotients, that leaves close cases open.
+/// test without roots and quotients, that leaves close cases open. A neighbour that is flat or forbidden needs no care:
+/// its chord is as sharp as can be, whatever leans on it.
 bool Triangulation::foldsMore(const Candidates& from, int apex, double cosine) const
 {
     constexpr double doubt = 1e-12;
@@ -279,17 +280,16 @@ bool Triangulation::foldsMore(const Candidates& from, int apex, double cosine) c
     const double least = cosine - doubt, scale = least * least * v.length2();
     const double left = dot(v, from.left.normals[apex]);
     if (left < 0 && left * left > scale) return true;
-    if (from.end - apex < 2 || from.rightAreas[apex] == largest) return false;
+    if (from.end - apex < 2) return false;
     const Vector other = vectorArea(m_points[apex], m_points[m_chords.apex(apex, from.end)], m_points[from.end]);
-    const double right = dot(v, other), other2 = other.length2();
-    const bool isFlat = !(other2 > 2 * epsilonTol * epsilonTol);
-    return !isFlat && right < 0 && right * right > scale * other2;
+    const double right = dot(v, other);
+    return right < 0 && right * right > scale * other.length2();
 }
 
-/// The normal of the triangle on a known chord; zero where that is flat or there is none.
+/// The normal of the triangle on a known chord; zero where that is flat, and on sides of the loop.
 Vector Triangulation::normalOn(int begin, int end) const
 {
-    if (end - begin < 2 || m_chords.areasTo(end)[begin] == largest) return {};
+    if (end - begin < 2) return {};
     const Vector v = vectorArea(m_points[begin], m_points[m_chords.apex(begin, end)], m_points[end]);
     return epsilonTol > v.length() ? Vector() : Normal(v).asVector();
 }

@@ -65,19 +65,18 @@ private:
 };
 
 // In all of the following an edge counts as swapped when the swapper wanted it and `TopoMesh::swapEdge` could. If any
-// was, `modified` is called on the mesh, once, at the end. The result is the number of swaps. A turn costs one call
-// of each function on the signal per edge. Handles in lists must be
-// of that mesh; those without a twin are skipped. A list is walked in its order, without a look at which half of a pair
-// it names: it may hold both, and then ask twice.
+// was, `modified` is called on the mesh, once, at the end. The result is the number of swaps. A pass calls each
+// function on the signal once per edge. Handles in lists must be of that mesh; those without a twin are skipped. A list
+// is walked in its order, without a look at which half of a pair it names: it may hold both, and then asks twice.
 
 /// Goes once through the half-edges of a mesh, those first of their pairs, in the order of the mesh's list.
 ZNGEOM_API int meshSwapEdgesOnce(TopoMesh& mesh, MeshEdgeSwapper& swapper);
 ZNGEOM_API int meshSwapEdgesOnce(TopoMesh& mesh, const zn::set<TopoMeshEdge>& edges, MeshEdgeSwapper& swapper);
 ZNGEOM_API int meshSwapEdgesOnce(TopoMesh& mesh, const zn::vector<TopoMeshEdge>& edges, MeshEdgeSwapper& swapper);
 
-/// Goes on until it has gone through all of them without a swap. A policy must see to that: those with
-/// `minimizeOppositeAngleSum` do, but for rounding. There is no limit to the number of turns; yet from the hundredth
-/// on, it ends as well when all edges stand as they stood after an earlier one.
+/// Makes such passes until one swaps nothing. A policy must see to that: those with `minimizeOppositeAngleSum` do in
+/// the plane, and no mesh is known on which they don't, but for rounding. There is no limit to the number of passes;
+/// yet from the hundredth on it ends as well when all edges are back where they were after an earlier one.
 ZNGEOM_API int meshSwapEdgesRepeatedly(TopoMesh& mesh, MeshEdgeSwapper& swapper);
 ZNGEOM_API int meshSwapEdgesRepeatedly(TopoMesh& mesh, const zn::set<TopoMeshEdge>& edges, MeshEdgeSwapper& swapper);
 ZNGEOM_API int meshSwapEdgesRepeatedly(TopoMesh& mesh, const zn::vector<TopoMeshEdge>& edges, MeshEdgeSwapper& swapper);
