@@ -31,5 +31,6 @@ std::unique_ptr<Command> makeClosestCommand();
 std::unique_ptr<Command> makeIntersectCommand();
 std::unique_ptr<Command> makeCheckCommand();
 std::unique_ptr<Command> makeRepairCommand();
+std::unique_ptr<Command> makeReduceCommand();
 
 } // namespace tool

@@ -66,6 +66,7 @@ Examples:
   zngeom closest scan.ply points.txt -o distances.txt
   zngeom check scan.ply --picture defects.png
   zngeom repair scan.ply whole.ply --self-intersections
+  zngeom reduce scan.ply small.ply --to 0.1
   zngeom intersect part.obj other.obj lines.obj)";
 
 /// Whatever a file or a path holds, a message is one line.
@@ -138,8 +139,9 @@ using Commands = std::vector<std::pair<std::unique_ptr<Command>, CLI::App*>>;
 Commands addCommands(CLI::App& app, OutputOptions& options)
 {
     Commands commands;
-    for (auto make : {makeInfoCommand, makeWeldCommand, makeConvertCommand, makeSplitCommand, makeExtractCommand,
-                      makeClosestCommand, makeCheckCommand, makeRepairCommand, makeIntersectCommand}) {
+    for (auto make :
+         {makeInfoCommand, makeWeldCommand, makeConvertCommand, makeSplitCommand, makeExtractCommand,
+          makeClosestCommand, makeCheckCommand, makeRepairCommand, makeReduceCommand, makeIntersectCommand}) {
         std::unique_ptr<Command> command = make();
         CLI::App* sub = command->addTo(app)->group("Commands");
         sub->add_flag("--json", options.json, "Print the report as JSON");

@@ -96,8 +96,10 @@ TEST(ToolCancel, InterruptedWhileReadingItLeavesTheOldFile)
 TEST(ToolCancel, InterruptedAnywhereItLeavesTheOldFilesOrTheWholeNewOnes)
 {
     using Words = std::vector<std::string>;
-    for (const auto& [command, options] :
-         {std::pair{"weld", Words{}}, {"split", {"--parts", "20"}}, {"repair", {"--self-intersections"}}}) {
+    for (const auto& [command, options] : {std::pair{"weld", Words{}},
+                                           {"split", {"--parts", "20"}},
+                                           {"repair", {"--self-intersections"}},
+                                           {"reduce", {"--to", "0.5"}}}) {
         const Scratch scratch;
         const bool splits = !std::strcmp(command, "split");
         const std::string in = scratch.write("in.obj", gridObj(150) + "f 1 2 3\nf 1 1 2\n");

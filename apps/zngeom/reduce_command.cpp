@@ -1,0 +1,183 @@
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <optional>
+
+#include "apps/zngeom/command.h"
+#include "apps/zngeom/format_option.h"
+#include "apps/zngeom/mesh_files.h"
+#include "apps/zngeom/pacer.h"
+#include "apps/zngeom/part_options.h"
+#include "apps/zngeom/positions_only.h"
+#include "znGeom/analysis/bounds.h"
+#include "znGeom/analysis/census.h"
+#include "znGeom/simplify/reduce.h"
+
+namespace tool {
+
+namespace {
+
+std::optional<double> positiveNumber(std::string_view word)
+{
+    double value = 0;
+    const char* end = word.data() + word.size();
+    const auto [parsed, error] = std::from_chars(word.data(), end, value);
+    const bool isNumber = parsed == end && error == std::errc() && std::isfinite(value);
+    return isNumber && value > 0 ? std::optional(value) : std::nullopt;
+}
+
+std::string problemOfAmount(const std::string& word)
+{
+    const std::optional<double> amount = positiveNumber(word);
+    const bool isGood = amount && (*amount < 1 || *amount == std::floor(*amount));
+    return isGood ? "" : "must be a fraction between 0 and 1, or a whole number of vertices from 1";
+}
+
+/// A distance, or how many hundredths of the diagonal of the bounding box.
+struct Tolerance
+{
+    explicit Tolerance(std::string_view word)
+    {
+        isPercentage = word.ends_with('%');
+        if (isPercentage) word.remove_suffix(1);
+        number = positiveNumber(word);
+    }
+
+    bool isPercentage;
+    std::optional<double> number;
+};
+
+std::string problemOfTolerance(const std::string& word)
+{
+    return Tolerance(word).number ? "" : "must be a distance above 0, or a percentage such as 0.1%";
+}
+
+class ReduceCommand : public Command
+{
+public:
+    CLI::App* addTo(CLI::App& app) override
+    {
+        CLI::App* sub = app.add_subcommand("reduce", "Remove vertices, those in flat places first");
+        sub->footer(
+            "--to 0.1 keeps a tenth of the vertices, --to 5000 as many as that. --tolerance 0.5 removes all that can\n"
+            "go while every removed vertex stays within that distance of the surface, in the units of the file;\n"
+            "--tolerance 0.1% is that part of the diagonal of the bounding box. Vertices that stay keep their\n"
+            "positions, and those on a boundary, or where the surface is not manifold, always stay. Vertices and\n"
+            "triangles are renumbered; normals, texture coordinates and groups are not kept, polygons become\n"
+            "triangles.");
+        sub->add_option("IN", m_input, "The mesh file to read")->required();
+        sub->add_option("OUT", m_output, "The mesh file to write; may be the same")->required();
+        CLI::Option* to = sub->add_option("--to", m_amount, "How many vertices to keep: below 1 a part of them");
+        CLI::Option* tolerance =
+            sub->add_option("--tolerance", m_tolerance, "How far the surface may move away from removed vertices");
+        to->check(CLI::Validator(problemOfAmount, ""))->option_text("FRACTION|COUNT")->excludes(tolerance);
+        tolerance->check(CLI::Validator(problemOfTolerance, ""))->option_text("DISTANCE|PERCENT%");
+        sub->callback([to, tolerance] {
+            if (to->count() + tolerance->count() == 0) throw CLI::RequiredError("--to or --tolerance");
+        });
+        addFormatOptions(*sub, m_formats);
+        return sub;
+    }
+
+    Report run(znUtil::Progress& progress) override
+    {
+        checkOutputFormat(m_output, m_formats.ofOutput());
+        znUtil::Progress phase;
+        LoadedMesh loaded;
+        progress.subPhase(0.3, phase);
+        loadMesh(m_input, phase, loaded, m_formats.input);
+        checkHasTriangles(loaded.mesh, m_input);
+        keepPositionsOnly(loaded, "the reduction");
+
+        Report report;
+        report.add("input", m_input);
+        report.add("output", m_output);
+        report.add("vertices_before", loaded.mesh.getNumVertices());
+        report.add("triangles_before", loaded.mesh.getNumTriangles());
+        progress.subPhase(0.1, phase);
+        addBoundary(loaded, phase, report);
+        progress.subPhase(0.5, phase);
+        phase.setCaption("reducing");
+        if (m_amount.empty())
+            reduceWithTolerance(loaded.mesh, phase, report);
+        else
+            reduceTo(loaded, phase);
+        checkCancelled(progress);
+
+        progress.subPhase(0.1, phase);
+        report.add("vertices", loaded.mesh.getNumVertices());
+        report.add("triangles", loaded.mesh.getNumTriangles());
+        saveMesh(loaded, m_output, phase, m_formats.ofOutput());
+        report.addNotes(loaded.notes);
+        report.makeRoomFor(m_output);
+        return report;
+    }
+
+private:
+    static void addBoundary(LoadedMesh& loaded, znUtil::Progress& progress, Report& report)
+    {
+        progress.setCaption("looking for boundaries");
+        znUtil::Progress phase;
+        znGeom::MeshEdgeSides sides;
+        progress.subPhase(0.5, phase);
+        znGeom::meshEdgeSides(loaded.mesh, phase, sides);
+        checkCancelled(progress);
+        znGeom::MeshEdgeCensus edges;
+        progress.subPhase(0.2, phase);
+        znGeom::meshCountEdges(loaded.mesh, sides, phase, edges);
+        checkCancelled(progress);
+        const int count = edges.boundaryVertices;
+        report.add("boundary_vertices", count, std::to_string(count) + (count > 0 ? ", which stay" : ""));
+        progress.subPhase(0.3, phase);
+        if (const std::string hint = soupNote(loaded.mesh, sides, phase); !hint.empty()) loaded.notes.push_back(hint);
+    }
+
+    void reduceTo(LoadedMesh& loaded, znUtil::Progress& progress) const
+    {
+        const int before = loaded.mesh.getNumVertices();
+        const double amount = *positiveNumber(m_amount);
+        // Half a vertex more, so that a count comes out of the product as it went in.
+        const double fraction = amount < 1 ? amount : (amount + 0.5) / before;
+        zn::vector<znLinear::Point> removed;
+        znGeom::meshReduceToFraction(loaded.mesh, fraction, progress, removed);
+
+        const int after = loaded.mesh.getNumVertices(), wanted = static_cast<int>(before * std::min(fraction, 1.0));
+        if (amount > before) loaded.notes.push_back("there are only " + std::to_string(before) + " vertices: all stay");
+        if (after > wanted)
+            loaded.notes.push_back("no more vertices can be removed: " + std::to_string(wanted) + " were asked for, " +
+                                   std::to_string(after) +
+                                   " are left; those on boundaries and where the surface is not manifold stay, and it "
+                                   "ends where fewer than one in a hundred can go at a time");
+    }
+
+    void reduceWithTolerance(znGeom::CompactMesh& mesh, znUtil::Progress& progress, Report& report) const
+    {
+        const double tolerance = toleranceFor(mesh);
+        zn::vector<znLinear::Point> removed;
+        const double deviation = znGeom::meshReduceWithTolerance(mesh, tolerance, progress, removed);
+        report.add("tolerance", rounded(tolerance), shownNumber(tolerance));
+        report.add("largest_deviation", rounded(deviation), shownNumber(deviation));
+    }
+
+    double toleranceFor(const znGeom::CompactMesh& mesh) const
+    {
+        const Tolerance tolerance(m_tolerance);
+        if (!tolerance.isPercentage) return *tolerance.number;
+        double min[3], max[3];
+        znGeom::meshBoundingBox(mesh, min, max);
+        const double diagonal = std::hypot(max[0] - min[0], max[1] - min[1], max[2] - min[2]);
+        if (!std::isfinite(diagonal))
+            throw Failure(inputName(m_input) + ": the bounding box is not finite, --tolerance needs a distance");
+        return diagonal * *tolerance.number / 100;
+    }
+
+    std::string m_input, m_output;
+    std::string m_amount, m_tolerance; ///< one is empty
+    StreamFormats m_formats;
+};
+
+} // namespace
+
+std::unique_ptr<Command> makeReduceCommand() { return std::make_unique<ReduceCommand>(); }
+
+} // namespace tool
