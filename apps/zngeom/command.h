@@ -32,5 +32,6 @@ std::unique_ptr<Command> makeIntersectCommand();
 std::unique_ptr<Command> makeCheckCommand();
 std::unique_ptr<Command> makeRepairCommand();
 std::unique_ptr<Command> makeReduceCommand();
+std::unique_ptr<Command> makeFillCommand();
 
 } // namespace tool

@@ -144,10 +144,10 @@ private:
         const int after = loaded.mesh.getNumVertices(), wanted = static_cast<int>(before * std::min(fraction, 1.0));
         if (amount > before) loaded.notes.push_back("there are only " + std::to_string(before) + " vertices: all stay");
         if (after > wanted)
-            loaded.notes.push_back("no more vertices can be removed: " + std::to_string(wanted) + " were asked for, " +
-                                   std::to_string(after) +
-                                   " are left; those on boundaries and where the surface is not manifold stay, and it "
-                                   "ends where fewer than one in a hundred can go at a time");
+            loaded.notes.push_back("no more vertices can be removed: " + std::to_string(after) +
+                                   " are left instead of " + std::to_string(wanted) +
+                                   "; those on boundaries and where the surface is not manifold stay, and it ends "
+                                   "where fewer than one in a hundred can go at a time");
     }
 
     void reduceWithTolerance(znGeom::CompactMesh& mesh, znUtil::Progress& progress, Report& report) const

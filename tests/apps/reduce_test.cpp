@@ -64,7 +64,9 @@ TEST(ToolReduce, SaysWhyItGotLessFar)
     const auto notesOf = [&](const std::string& input, const std::string& amount) {
         return report({"reduce", input, out, "--to", amount})["notes"].dump();
     };
-    EXPECT_NE(notesOf(in, "0.01").find("no more vertices can be removed: 1 were asked for"), std::string::npos);
+    const std::string notes = notesOf(in, "0.01");
+    EXPECT_NE(notes.find("no more vertices can be removed"), std::string::npos) << notes;
+    EXPECT_NE(notes.find("instead of 1;"), std::string::npos) << notes;
     EXPECT_GE(info(out)["vertices"], 48);
     EXPECT_NE(notesOf(in, "170").find("there are only 169 vertices: all stay"), std::string::npos);
     const std::string soup = scratch.write("soup.stl", boxBinaryStl());

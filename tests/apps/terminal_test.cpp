@@ -99,10 +99,11 @@ TEST(ToolCancel, InterruptedAnywhereItLeavesTheOldFilesOrTheWholeNewOnes)
     for (const auto& [command, options] : {std::pair{"weld", Words{}},
                                            {"split", {"--parts", "20"}},
                                            {"repair", {"--self-intersections"}},
-                                           {"reduce", {"--to", "0.5"}}}) {
+                                           {"reduce", {"--to", "0.5"}},
+                                           {"fill", {"--quality", "0"}}}) {
         const Scratch scratch;
-        const bool splits = !std::strcmp(command, "split");
-        const std::string in = scratch.write("in.obj", gridObj(150) + "f 1 2 3\nf 1 1 2\n");
+        const bool splits = !std::strcmp(command, "split"), fills = !std::strcmp(command, "fill");
+        const std::string in = scratch.write("in.obj", gridObj(150) + (fills ? "" : "f 1 2 3\nf 1 1 2\n"));
         Words arguments{command, in, scratch.path("out.ply")};
         arguments.insert(arguments.end(), options.begin(), options.end());
         const auto started = std::chrono::steady_clock::now();

@@ -1,0 +1,244 @@
+#include <algorithm>
+#include <cmath>
+#include <optional>
+
+#include "apps/zngeom/command.h"
+#include "apps/zngeom/format_option.h"
+#include "apps/zngeom/mesh_files.h"
+#include "apps/zngeom/pacer.h"
+#include "apps/zngeom/part_options.h"
+#include "apps/zngeom/positions_only.h"
+#include "apps/zngeom/usage.h"
+#include "znGeom/analysis/adjacency.h"
+#include "znGeom/analysis/boundaries.h"
+#include "znGeom/analysis/census.h"
+#include "znGeom/analysis/path_length.h"
+#include "znGeom/repair/hole_fill.h"
+
+namespace tool {
+
+namespace {
+
+using znGeom::HoleOutcome;
+
+/// What became of a loop, for programs and for people.
+struct Fate
+{
+    const char* key = "not_asked_for";
+    std::string text = "left open: not among --loops";
+};
+
+Fate fateOf(HoleOutcome outcome)
+{
+    switch (outcome) {
+    case HoleOutcome::Filled:
+        return {"filled", "filled"};
+    case HoleOutcome::NoLoop:
+        return {"no_loop", "not filled: it has fewer than three vertices"};
+    case HoleOutcome::NotABoundary:
+        return {"not_a_boundary", "not filled: it doesn't close"};
+    case HoleOutcome::LooseTriangle:
+        return {"loose_triangle", "not filled: a spike on it belongs to a triangle that nothing else holds"};
+    case HoleOutcome::TooLong:
+        return {"too_long", "not filled: it has more than 46 thousand vertices"};
+    case HoleOutcome::EdgeInTheWay:
+        return {"edge_in_the_way", "not filled: every way to fill it repeats an edge that is there"};
+    case HoleOutcome::GivenUp:
+        break;
+    }
+    return {"given_up", "not filled: given up"};
+}
+
+struct Loop
+{
+    int inMesh; ///< its number for the library
+    int numEdges;
+    double length;
+    bool isWanted = false;
+    Fate fate = {};
+};
+
+/// The longest first, of equally long ones that of the lowest vertex; those that are not finite come last.
+std::vector<Loop> orderLoops(const znGeom::CompactMesh& mesh, const znGeom::MeshBoundaries& boundaries)
+{
+    std::vector<Loop> loops;
+    for (int i = 0; i < boundaries.size(); ++i)
+        loops.push_back({i, boundaries.getLength(i),
+                         znGeom::meshPathLength(mesh, {boundaries.getStart(i), boundaries.getEnd(i)}, true)});
+    const auto key = [](const Loop& loop) { return std::isfinite(loop.length) ? -loop.length : 1; };
+    std::stable_sort(loops.begin(), loops.end(), [&](const Loop& a, const Loop& b) { return key(a) < key(b); });
+    return loops;
+}
+
+/// All loops for programs; those that failed and the longest ones for people.
+void addLoops(const std::vector<Loop>& loops, Report& report)
+{
+    constexpr std::size_t mostShown = 10;
+    std::size_t numShown = 0;
+    Report::Value list = Report::Value::array();
+    report.add("boundary_loops", loops.size());
+    for (const Loop& loop : loops) {
+        list.push_back({{"loop", list.size() + 1},
+                        {"edges", loop.numEdges},
+                        {"length", rounded(loop.length)},
+                        {"outcome", loop.fate.key},
+                        {"text", loop.fate.text}});
+        const bool hasFailed = loop.isWanted && loop.fate.text != "filled";
+        if (list.size() > mostShown && !hasFailed) continue;
+        ++numShown;
+        report.addForPeople("  loop " + std::to_string(list.size()), std::to_string(loop.numEdges) +
+                                                                         (loop.numEdges == 1 ? " edge, " : " edges, ") +
+                                                                         loop.fate.text);
+    }
+    if (numShown < loops.size())
+        report.addForPeople("  and more", std::to_string(loops.size() - numShown) + " that are filled or left open");
+    report.addForPrograms("loops", std::move(list));
+}
+
+class FillCommand : public Command
+{
+public:
+    CLI::App* addTo(CLI::App& app) override
+    {
+        CLI::App* sub = app.add_subcommand("fill", "Close the holes of a mesh");
+        sub->footer(
+            "Boundary loops are numbered from 1 as this command lists them, the longest first; --json lists all. A\n"
+            "patch of quality 0 has no new vertices; 1 has as many as the surface around it, and 2 also bends them so\n"
+            "that they continue it. Vertices that stay keep their positions. Vertices and triangles are renumbered;\n"
+            "normals, texture coordinates and groups are not kept, polygons become triangles. The time grows with\n"
+            "the cube of the longest loop: --max-length leaves long ones open.\n"
+            "Exit status: 0 when all loops are closed that should be, 2 when some stay open; OUT is written in both\n"
+            "cases.");
+        sub->add_option("IN", m_input, "The mesh file to read")->required();
+        sub->add_option("OUT", m_output, "The mesh file to write; may be the same")->required();
+        sub->add_option("--quality", m_quality, "How much is done for a patch")
+            ->check(CLI::IsMember({0, 1, 2}))
+            ->option_text("0|1|2 [2]");
+        sub->add_option("--max-length", m_maxLength, "Leave loops of more edges than this open")
+            ->check(wholeNumberFrom(3))
+            ->option_text("N");
+        sub->add_option("--loops", m_wanted, "The numbers of the loops to fill, all by default")
+            ->check(wholeNumberFrom(1))
+            ->delimiter(',')
+            ->allow_extra_args(false)
+            ->option_text("I,J,...");
+        addFormatOptions(*sub, m_formats);
+        return sub;
+    }
+
+    Report run(znUtil::Progress& progress) override
+    {
+        checkOutputFormat(m_output, m_formats.ofOutput());
+        znUtil::Progress phase;
+        LoadedMesh loaded;
+        progress.subPhase(0.3, phase);
+        loadMesh(m_input, phase, loaded, m_formats.input);
+        checkHasTriangles(loaded.mesh, m_input);
+
+        Report report;
+        report.add("input", m_input);
+        report.add("output", m_output);
+        report.add("vertices_before", loaded.mesh.getNumVertices());
+        report.add("triangles_before", loaded.mesh.getNumTriangles());
+        progress.subPhase(0.1, phase);
+        checkSurface(loaded, phase);
+        progress.subPhase(0.5, phase);
+        fill(loaded, phase, report);
+        checkCancelled(progress);
+
+        progress.subPhase(0.1, phase);
+        report.add("vertices", loaded.mesh.getNumVertices());
+        report.add("triangles", loaded.mesh.getNumTriangles());
+        saveMesh(loaded, m_output, phase, m_formats.ofOutput());
+        report.addNotes(loaded.notes);
+        report.makeRoomFor(m_output);
+        return report;
+    }
+
+private:
+    /// Fails where no vertices are shared, since each triangle would get a back. Notes what hides boundaries.
+    void checkSurface(LoadedMesh& loaded, znUtil::Progress& progress) const
+    {
+        progress.setCaption("looking for boundaries");
+        znUtil::Progress phase;
+        znGeom::MeshEdgeSides sides;
+        progress.subPhase(0.5, phase);
+        znGeom::meshEdgeSides(loaded.mesh, phase, sides);
+        checkCancelled(progress);
+        znGeom::MeshEdgeCensus edges;
+        progress.subPhase(0.2, phase);
+        znGeom::meshCountEdges(loaded.mesh, sides, phase, edges);
+        checkCancelled(progress);
+        progress.subPhase(0.3, phase);
+        if (const std::string note = soupNote(loaded.mesh, sides, phase); !note.empty())
+            throw Failure(inputName(m_input) + ": each triangle would be closed on its own: " + note);
+        if (edges.nonManifold > 0 || !edges.isConsistentlyWound())
+            loaded.notes.push_back("the surface is not manifold, or not consistently wound: boundaries may be missed "
+                                   "or cut, unless the mesh is repaired first");
+    }
+
+    void fill(LoadedMesh& loaded, znUtil::Progress& progress, Report& report) const
+    {
+        znGeom::CompactMesh& mesh = loaded.mesh;
+        znGeom::MeshAdjTris adjTris;
+        znGeom::MeshAdjVertices adjVertices;
+        znGeom::MeshBoundaries boundaries;
+        znGeom::meshAdjTris(mesh, adjTris);
+        znGeom::meshAdjVertices(mesh, adjTris, adjVertices);
+        znGeom::meshComputeBoundary(mesh, adjTris, adjVertices, boundaries);
+        checkCancelled(progress);
+        std::vector<Loop> loops = orderLoops(mesh, boundaries);
+        chooseLoops(loops);
+
+        zn::list<int> holes;
+        for (const Loop& loop : loops)
+            if (loop.isWanted) holes.append(loop.inMesh);
+        zn::vector<HoleOutcome> outcomes;
+        int numFilled = 0;
+        if (holes.size() > 0) {
+            keepPositionsOnly(loaded, "the filling");
+            numFilled = znGeom::meshHoleFill(mesh, adjTris, adjVertices, boundaries, holes,
+                                             static_cast<znGeom::HoleQuality>(m_quality), progress, &outcomes);
+            checkCancelled(progress);
+        }
+        for (int next = 0; Loop & loop : loops)
+            if (loop.isWanted) loop.fate = fateOf(outcomes[next++]);
+        addLoops(loops, report);
+        report.add("filled", numFilled, std::to_string(numFilled) + " of " + std::to_string(holes.size()));
+        if (numFilled < holes.size()) report.setStatus(Report::Status::Broken);
+        const auto isPiece = [](HoleOutcome outcome) {
+            return outcome == HoleOutcome::NotABoundary || outcome == HoleOutcome::NoLoop;
+        };
+        if (std::any_of(outcomes.begin(), outcomes.end(), isPiece))
+            loaded.notes.push_back("boundaries that touch come out in pieces, unless the mesh is repaired first");
+    }
+
+    void chooseLoops(std::vector<Loop>& loops) const
+    {
+        for (Loop& loop : loops) loop.isWanted = m_wanted.empty();
+        for (const int number : m_wanted) {
+            const auto index = static_cast<std::size_t>(number - 1);
+            if (index >= loops.size())
+                throw Failure(inputName(m_input) + ": there is no boundary loop " + std::to_string(number) +
+                              ", the mesh has " + (loops.empty() ? "none" : std::to_string(loops.size())));
+            loops[index].isWanted = true;
+        }
+        for (Loop& loop : loops) {
+            if (!loop.isWanted || !m_maxLength || loop.numEdges <= *m_maxLength) continue;
+            loop.isWanted = false;
+            loop.fate = {"too_many_edges", "left open: more than " + std::to_string(*m_maxLength)};
+        }
+    }
+
+    std::string m_input, m_output;
+    std::vector<int> m_wanted; ///< numbers from 1; empty for all
+    std::optional<int> m_maxLength;
+    int m_quality = znGeom::HoleFaired;
+    StreamFormats m_formats;
+};
+
+} // namespace
+
+std::unique_ptr<Command> makeFillCommand() { return std::make_unique<FillCommand>(); }
+
+} // namespace tool
