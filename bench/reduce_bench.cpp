@@ -52,21 +52,8 @@ std::vector<double> distancesTo(const CompactMesh& mesh, const std::vector<Point
     return distances;
 }
 
-struct Reduced
-{
-    std::unique_ptr<CompactMesh> mesh;
-    zn::vector<Point> removed;
-};
-
-Reduced toFraction(CompactMesh& mesh, double fraction)
-{
-    Reduced result;
-    znUtil::Progress progress;
-    znGeom::meshReduceToFraction(mesh, fraction, progress, result.removed);
-    return result;
-}
-
-bool measureFraction(const char* work, double fraction)
+template <class Reduce>
+bool measureReduction(const char* work, Reduce reduce)
 {
     return bench::measure({work, "znGeom", [](const Input&) { return true; },
                            [=](benchmark::State& state, const Input& input) {
@@ -77,27 +64,27 @@ bool measureFraction(const char* work, double fraction)
                                        mesh = bench::toCompact(input.soup());
                                        return mesh.get();
                                    },
-                                   [=](CompactMesh* subject) { return toFraction(*subject, fraction); });
+                                   [&](CompactMesh* subject) {
+                                       zn::vector<Point> removed;
+                                       reduce(*subject, input.soup(), removed);
+                                       return removed;
+                                   });
                                bench::countQuality(state, input.soup(), bench::toSoup(*mesh));
                            },
                            2, bench::generatedInputs()});
 }
 
-void runTolerance(benchmark::State& state, const Input& input)
+template <int Percent>
+void toPercent(CompactMesh& mesh, const Soup&, zn::vector<Point>& removed)
 {
-    std::unique_ptr<CompactMesh> mesh;
-    bench::timeWork(
-        state,
-        [&] {
-            mesh = bench::toCompact(input.soup());
-            return mesh.get();
-        },
-        [&](CompactMesh* subject) {
-            zn::vector<Point> removed;
-            znUtil::Progress progress;
-            return znGeom::meshReduceWithTolerance(*subject, bench::toleranceFor(input.soup()), progress, removed);
-        });
-    bench::countQuality(state, input.soup(), bench::toSoup(*mesh));
+    znUtil::Progress progress;
+    znGeom::meshReduceToFraction(mesh, Percent / 100.0, progress, removed);
+}
+
+void withinTolerance(CompactMesh& mesh, const Soup& soup, zn::vector<Point>& removed)
+{
+    znUtil::Progress progress;
+    znGeom::meshReduceWithTolerance(mesh, bench::toleranceFor(soup), progress, removed);
 }
 
 void runScope(benchmark::State& state, const Input& input)
@@ -127,9 +114,9 @@ void runScope(benchmark::State& state, const Input& input)
 bool alwaysAgrees(const Input&) { return true; }
 
 [[maybe_unused]] const bool listed[] = {
-    measureFraction("reduce_half", 0.5),
-    measureFraction("reduce_tenth", 0.1),
-    bench::measure({"reduce_tolerance", "znGeom", alwaysAgrees, runTolerance, 2, bench::generatedInputs()}),
+    measureReduction("reduce_half", toPercent<50>),
+    measureReduction("reduce_tenth", toPercent<10>),
+    measureReduction("reduce_tolerance", withinTolerance),
     bench::measure({"scope", "znGeom", alwaysAgrees, runScope, 0, bench::generatedInputs()}),
 };
 

@@ -1,8 +1,8 @@
 #include <span>
 
 #include "apps/zngeom/command.h"
-#include "apps/zngeom/format_option.h"
 #include "apps/zngeom/mesh_files.h"
+#include "apps/zngeom/mesh_route.h"
 #include "apps/zngeom/pacer.h"
 #include "apps/zngeom/part_options.h"
 #include "apps/zngeom/usage.h"
@@ -27,8 +27,7 @@ public:
             "component of most triangles first, the longest loop first. The first ring of a loop are the triangles\n"
             "at its vertices; each further ring adds those that share a vertex with the ones before. Vertices keep\n"
             "their order, normals and texture coordinates. Polygons become triangles.");
-        sub->add_option("IN", m_input, "The mesh file to read")->required();
-        sub->add_option("OUT", m_output, "The mesh file to write; may be the same")->required();
+        m_files.addFiles(*sub);
         CLI::Option* component = sub->add_option("--component", m_component, "The number of a component");
         CLI::Option* boundary = sub->add_option("--boundary", m_boundary, "The number of a boundary loop");
         component->check(wholeNumberFrom(1))->excludes(boundary);
@@ -42,35 +41,31 @@ public:
         sub->callback([component, boundary] {
             if (component->count() + boundary->count() == 0) throw CLI::RequiredError("--component or --boundary");
         });
-        addFormatOptions(*sub, m_formats);
+        m_files.addFormats(*sub);
         return sub;
     }
 
     Report run(znUtil::Progress& progress) override
     {
-        checkOutputFormat(m_output, m_formats.ofOutput());
         znUtil::Progress phase;
         LoadedMesh loaded;
         progress.subPhase(0.5, phase);
-        loadMesh(m_input, phase, loaded, m_formats.input);
-        checkHasTriangles(loaded.mesh, m_input);
+        m_files.load(loaded, phase);
+        checkHasTriangles(loaded.mesh, m_files.input);
 
         progress.subPhase(0.3, phase);
         phase.setCaption("selecting");
-        Report report;
-        report.add("input", m_input);
-        report.add("output", m_output);
+        Report report = m_files.report();
         znGeom::CompactMesh part;
         takePart(loaded, phase, report, part);
         checkCancelled(progress);
 
         progress.subPhase(0.2, phase);
-        saveMesh(part, m_output, phase, m_formats.ofOutput());
+        m_files.save(part, phase);
         report.add("vertices", part.getNumVertices());
         report.add("triangles", part.getNumTriangles());
-        noteUnwritten(loaded, m_output, m_formats.ofOutput());
+        noteUnwritten(loaded, m_files.output, m_files.formats.ofOutput());
         report.addNotes(loaded.notes);
-        report.makeRoomFor(m_output);
         return report;
     }
 
@@ -134,11 +129,11 @@ private:
     {
         if (number <= count) return;
         const std::string has = count == 0 ? "none" : std::to_string(count);
-        throw Failure(m_input + ": there is no " + what + " " + std::to_string(number) + ", the mesh has " + has);
+        throw Failure(m_files.input + ": there is no " + what + " " + std::to_string(number) + ", the mesh has " + has);
     }
 
-    std::string m_input, m_output, m_across;
-    StreamFormats m_formats;
+    MeshRoute m_files;
+    std::string m_across;
     int m_component = 0, m_boundary = 0, m_rings = 1;
 };
 

@@ -3,8 +3,8 @@
 #include <optional>
 
 #include "apps/zngeom/command.h"
-#include "apps/zngeom/format_option.h"
 #include "apps/zngeom/mesh_files.h"
+#include "apps/zngeom/mesh_route.h"
 #include "apps/zngeom/pacer.h"
 #include "apps/zngeom/part_options.h"
 #include "apps/zngeom/positions_only.h"
@@ -109,8 +109,7 @@ public:
             "the cube of the longest loop: --max-length leaves long ones open.\n"
             "Exit status: 0 when all loops are closed that should be, 2 when some stay open; OUT is written in both\n"
             "cases.");
-        sub->add_option("IN", m_input, "The mesh file to read")->required();
-        sub->add_option("OUT", m_output, "The mesh file to write; may be the same")->required();
+        m_files.addFiles(*sub);
         sub->add_option("--quality", m_quality, "How much is done for a patch")
             ->check(CLI::IsMember({0, 1, 2}))
             ->option_text("0|1|2 [2]");
@@ -122,22 +121,19 @@ public:
             ->delimiter(',')
             ->allow_extra_args(false)
             ->option_text("I,J,...");
-        addFormatOptions(*sub, m_formats);
+        m_files.addFormats(*sub);
         return sub;
     }
 
     Report run(znUtil::Progress& progress) override
     {
-        checkOutputFormat(m_output, m_formats.ofOutput());
         znUtil::Progress phase;
         LoadedMesh loaded;
         progress.subPhase(0.3, phase);
-        loadMesh(m_input, phase, loaded, m_formats.input);
-        checkHasTriangles(loaded.mesh, m_input);
+        m_files.load(loaded, phase);
+        checkHasTriangles(loaded.mesh, m_files.input);
 
-        Report report;
-        report.add("input", m_input);
-        report.add("output", m_output);
+        Report report = m_files.report();
         report.add("vertices_before", loaded.mesh.getNumVertices());
         report.add("triangles_before", loaded.mesh.getNumTriangles());
         progress.subPhase(0.1, phase);
@@ -149,9 +145,8 @@ public:
         progress.subPhase(0.1, phase);
         report.add("vertices", loaded.mesh.getNumVertices());
         report.add("triangles", loaded.mesh.getNumTriangles());
-        saveMesh(loaded, m_output, phase, m_formats.ofOutput());
+        m_files.save(loaded, phase);
         report.addNotes(loaded.notes);
-        report.makeRoomFor(m_output);
         return report;
     }
 
@@ -171,7 +166,7 @@ private:
         checkCancelled(progress);
         progress.subPhase(0.3, phase);
         if (const std::string note = soupNote(loaded.mesh, sides, phase); !note.empty())
-            throw Failure(inputName(m_input) + ": each triangle would be closed on its own: " + note);
+            throw Failure(inputName(m_files.input) + ": each triangle would be closed on its own: " + note);
         if (edges.nonManifold > 0 || !edges.isConsistentlyWound())
             loaded.notes.push_back("the surface is not manifold, or not consistently wound: boundaries may be missed "
                                    "or cut, unless the mesh is repaired first");
@@ -219,7 +214,7 @@ private:
         for (const int number : m_wanted) {
             const auto index = static_cast<std::size_t>(number - 1);
             if (index >= loops.size())
-                throw Failure(inputName(m_input) + ": there is no boundary loop " + std::to_string(number) +
+                throw Failure(inputName(m_files.input) + ": there is no boundary loop " + std::to_string(number) +
                               ", the mesh has " + (loops.empty() ? "none" : std::to_string(loops.size())));
             loops[index].isWanted = true;
         }
@@ -230,11 +225,10 @@ private:
         }
     }
 
-    std::string m_input, m_output;
+    MeshRoute m_files;
     std::vector<int> m_wanted; ///< numbers from 1; empty for all
     std::optional<int> m_maxLength;
     int m_quality = znGeom::HoleFaired;
-    StreamFormats m_formats;
 };
 
 } // namespace

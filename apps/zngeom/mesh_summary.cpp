@@ -45,21 +45,16 @@ void measure(const znGeom::CompactMesh& mesh, const znGeom::MeshEdgeSides& sides
 MeshSummary summarizeMesh(const znGeom::CompactMesh& mesh, znUtil::Progress& progress)
 {
     progress.setCaption("counting");
-    znUtil::Progress phase;
-    const auto next = [&](double share) -> znUtil::Progress& {
-        checkCancelled(progress);
-        progress.subPhase(share, phase);
-        return phase;
-    };
+    Phases phases(progress);
     MeshSummary summary;
     znGeom::MeshEdgeSides sides;
-    summary.duplicatePositions = znGeom::meshCountDuplicates(mesh, next(0.4));
-    znGeom::meshEdgeSides(mesh, next(0.2), sides);
-    znGeom::meshCountVertices(mesh, sides, next(0.05), summary.vertices);
-    znGeom::meshCountEdges(mesh, sides, next(0.05), summary.edges);
-    znGeom::meshBorderLoops(mesh, sides, next(0.1), summary.boundaryLoops);
-    countComponents(mesh, sides, next(0.1), summary);
-    next(0.1);
+    summary.duplicatePositions = znGeom::meshCountDuplicates(mesh, phases.next(0.4));
+    znGeom::meshEdgeSides(mesh, phases.next(0.2), sides);
+    znGeom::meshCountVertices(mesh, sides, phases.next(0.05), summary.vertices);
+    znGeom::meshCountEdges(mesh, sides, phases.next(0.05), summary.edges);
+    znGeom::meshBorderLoops(mesh, sides, phases.next(0.1), summary.boundaryLoops);
+    countComponents(mesh, sides, phases.next(0.1), summary);
+    phases.next(0.1);
     summary.degenerateTriangles = znGeom::meshCountDegenerateTriangles(mesh);
     measure(mesh, sides, summary);
     checkCancelled(progress);

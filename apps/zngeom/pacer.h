@@ -1,4 +1,4 @@
-/// `tool::Pacer`: progress of a loop.
+/// Progress of phases and loops.
 #pragma once
 
 #include <cstddef>
@@ -13,6 +13,26 @@ inline void checkCancelled(const znUtil::Progress& progress)
 {
     if (progress.cancelled()) throw Cancelled();
 }
+
+/// The phases of a piece of work, one after the other.
+class Phases
+{
+public:
+    explicit Phases(znUtil::Progress& progress) : m_progress(progress) {}
+
+    /// The progress of the next phase; throws `Cancelled` when the user has asked to stop.
+    /// \param share  of the whole
+    znUtil::Progress& next(double share)
+    {
+        checkCancelled(m_progress);
+        m_progress.subPhase(share, m_phase);
+        return m_phase;
+    }
+
+private:
+    znUtil::Progress& m_progress;
+    znUtil::Progress m_phase;
+};
 
 /// Reports how far a loop is, and ends it when the user has asked to stop. A call costs a count; only one in every so
 /// many checks and reports.

@@ -4,8 +4,8 @@
 #include <optional>
 
 #include "apps/zngeom/command.h"
-#include "apps/zngeom/format_option.h"
 #include "apps/zngeom/mesh_files.h"
+#include "apps/zngeom/mesh_route.h"
 #include "apps/zngeom/pacer.h"
 #include "apps/zngeom/part_options.h"
 #include "apps/zngeom/positions_only.h"
@@ -65,8 +65,7 @@ public:
             "positions, and those on a boundary, or where the surface is not manifold, always stay. Vertices and\n"
             "triangles are renumbered; normals, texture coordinates and groups are not kept, polygons become\n"
             "triangles.");
-        sub->add_option("IN", m_input, "The mesh file to read")->required();
-        sub->add_option("OUT", m_output, "The mesh file to write; may be the same")->required();
+        m_files.addFiles(*sub);
         CLI::Option* to = sub->add_option("--to", m_amount, "How many vertices to keep: below 1 a part of them");
         CLI::Option* tolerance =
             sub->add_option("--tolerance", m_tolerance, "How far the surface may move away from removed vertices");
@@ -75,23 +74,20 @@ public:
         sub->callback([to, tolerance] {
             if (to->count() + tolerance->count() == 0) throw CLI::RequiredError("--to or --tolerance");
         });
-        addFormatOptions(*sub, m_formats);
+        m_files.addFormats(*sub);
         return sub;
     }
 
     Report run(znUtil::Progress& progress) override
     {
-        checkOutputFormat(m_output, m_formats.ofOutput());
         znUtil::Progress phase;
         LoadedMesh loaded;
         progress.subPhase(0.3, phase);
-        loadMesh(m_input, phase, loaded, m_formats.input);
-        checkHasTriangles(loaded.mesh, m_input);
+        m_files.load(loaded, phase);
+        checkHasTriangles(loaded.mesh, m_files.input);
         keepPositionsOnly(loaded, "the reduction");
 
-        Report report;
-        report.add("input", m_input);
-        report.add("output", m_output);
+        Report report = m_files.report();
         report.add("vertices_before", loaded.mesh.getNumVertices());
         report.add("triangles_before", loaded.mesh.getNumTriangles());
         progress.subPhase(0.1, phase);
@@ -107,9 +103,8 @@ public:
         progress.subPhase(0.1, phase);
         report.add("vertices", loaded.mesh.getNumVertices());
         report.add("triangles", loaded.mesh.getNumTriangles());
-        saveMesh(loaded, m_output, phase, m_formats.ofOutput());
+        m_files.save(loaded, phase);
         report.addNotes(loaded.notes);
-        report.makeRoomFor(m_output);
         return report;
     }
 
@@ -167,13 +162,12 @@ private:
         znGeom::meshBoundingBox(mesh, min, max);
         const double diagonal = std::hypot(max[0] - min[0], max[1] - min[1], max[2] - min[2]);
         if (!std::isfinite(diagonal))
-            throw Failure(inputName(m_input) + ": the bounding box is not finite, --tolerance needs a distance");
+            throw Failure(inputName(m_files.input) + ": the bounding box is not finite, --tolerance needs a distance");
         return diagonal * *tolerance.number / 100;
     }
 
-    std::string m_input, m_output;
+    MeshRoute m_files;
     std::string m_amount, m_tolerance; ///< one is empty
-    StreamFormats m_formats;
 };
 
 } // namespace

@@ -4,8 +4,8 @@
 #include "apps/zngeom/defects/repair_steps.h"
 #include "apps/zngeom/defects/triangle_data.h"
 #include "apps/zngeom/fold_option.h"
-#include "apps/zngeom/format_option.h"
 #include "apps/zngeom/mesh_files.h"
+#include "apps/zngeom/mesh_route.h"
 #include "apps/zngeom/pacer.h"
 #include "apps/zngeom/part_options.h"
 #include "apps/zngeom/picture/png_file.h"
@@ -47,38 +47,33 @@ public:
             "keeps its order. What is left is told as check tells it, crossings and folds only if asked for.\n"
             "The picture shows the mesh before and after.\n"
             "Exit status: 0 when nothing is left, 2 when something is; OUT is written in both cases.");
-        sub->add_option("IN", m_input, "The mesh file to read")->required();
-        sub->add_option("OUT", m_output, "The mesh file to write; may be the same")->required();
+        m_files.addFiles(*sub);
         sub->add_flag("--self-intersections", m_options.crossings, "Also remove triangles that cross others");
         addFoldOption(*sub, m_options.foldAngle);
         addPictureOptions(*sub, m_picture);
-        addFormatOptions(*sub, m_formats);
+        m_files.addFormats(*sub);
         return sub;
     }
 
     Report run(znUtil::Progress& progress) override
     {
-        checkOutputFormat(m_output, m_formats.ofOutput());
         if (!m_picture.path.empty()) checkPictureName(m_picture.path);
         znUtil::Progress phase;
         LoadedMesh loaded;
         progress.subPhase(0.3, phase);
-        loadMesh(m_input, phase, loaded, m_formats.input);
-        checkHasTriangles(loaded.mesh, m_input);
+        m_files.load(loaded, phase);
+        checkHasTriangles(loaded.mesh, m_files.input);
         // The polygons would not follow the repair; only triangles are written anyway.
         loaded.mesh.resizePolyArrays(0, 0);
-        Report report;
-        report.add("input", m_input);
-        report.add("output", m_output);
+        Report report = m_files.report();
         progress.subPhase(0.6, phase);
         const std::unique_ptr<PendingFile> picture = repair(loaded, phase, report);
         checkCancelled(progress);
 
         progress.subPhase(0.1, phase);
-        saveMesh(loaded, m_output, phase, m_formats.ofOutput());
+        m_files.save(loaded, phase);
         if (picture) putInPlace(*picture, m_picture.path);
         report.addNotes(loaded.notes);
-        report.makeRoomFor(m_output);
         return report;
     }
 
@@ -134,13 +129,12 @@ private:
         znGeom::meshEdgeSides(mesh, phase, sides);
         checkCancelled(progress);
         if (const std::string note = soupNote(mesh, sides, phase); !note.empty())
-            throw Failure(inputName(m_input) + ": --self-intersections would remove all triangles: " + note);
+            throw Failure(inputName(m_files.input) + ": --self-intersections would remove all triangles: " + note);
     }
 
-    std::string m_input, m_output;
+    MeshRoute m_files;
     DefectOptions m_options{false, {}};
     PictureOptions m_picture;
-    StreamFormats m_formats;
 };
 
 } // namespace

@@ -1,6 +1,5 @@
 #include "apps/zngeom/command.h"
-#include "apps/zngeom/format_option.h"
-#include "apps/zngeom/mesh_files.h"
+#include "apps/zngeom/mesh_route.h"
 #include "apps/zngeom/pacer.h"
 #include "znGeom/analysis/census.h"
 #include "znGeom/editing/weld.h"
@@ -20,20 +19,18 @@ public:
             "the texture coordinates must be equal too; --positions leaves both out. Vertices are renumbered in\n"
             "the order of their positions if any are merged. Triangles stay, also those that lose their area;\n"
             "polygons become triangles.");
-        sub->add_option("IN", m_input, "The mesh file to read")->required();
-        sub->add_option("OUT", m_output, "The mesh file to write; may be the same")->required();
+        m_files.addFiles(*sub);
         sub->add_flag("--positions", m_positionsOnly, "Compare and keep positions alone");
-        addFormatOptions(*sub, m_formats);
+        m_files.addFormats(*sub);
         return sub;
     }
 
     Report run(znUtil::Progress& progress) override
     {
-        checkOutputFormat(m_output, m_formats.ofOutput());
         znUtil::Progress phase;
         LoadedMesh loaded;
         progress.subPhase(0.5, phase);
-        loadMesh(m_input, phase, loaded, m_formats.input);
+        m_files.load(loaded, phase);
 
         progress.subPhase(0.3, phase);
         const int before = loaded.mesh.getNumVertices();
@@ -41,18 +38,15 @@ public:
         checkCancelled(progress);
 
         progress.subPhase(0.2, phase);
-        saveMesh(loaded, m_output, phase, m_formats.ofOutput());
+        m_files.save(loaded, phase);
 
-        Report report;
-        report.add("input", m_input);
-        report.add("output", m_output);
+        Report report = m_files.report();
         report.add("vertices_before", before);
         report.add("vertices", loaded.mesh.getNumVertices());
         report.add("merged", before - loaded.mesh.getNumVertices());
         report.add("triangles", loaded.mesh.getNumTriangles());
         report.add("degenerate_triangles", znGeom::meshCountDegenerateTriangles(loaded.mesh));
         report.addNotes(loaded.notes);
-        report.makeRoomFor(m_output);
         return report;
     }
 
@@ -74,8 +68,7 @@ private:
         if (mesh.getNumVertices() > 0) znGeom::meshCompact(mesh, progress);
     }
 
-    std::string m_input, m_output;
-    StreamFormats m_formats;
+    MeshRoute m_files;
     bool m_positionsOnly = false;
 };
 

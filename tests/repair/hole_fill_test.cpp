@@ -13,7 +13,6 @@
 #include "tests/support/shapes.h"
 #include "tests/support/tangles.h"
 #include "znGeom/analysis/boundaries.h"
-#include "znGeom/analysis/census.h"
 #include "znGeom/cache/mesh_cache.h"
 
 using namespace znGeom;
@@ -55,13 +54,6 @@ CompactMesh cutAbove(const CompactMesh& mesh, float height)
     return cut;
 }
 
-MeshEdgeCensus edgesOf(const CompactMesh& mesh)
-{
-    MeshEdgeSides sides;
-    meshEdgeSides(mesh, sides);
-    return meshCountEdges(mesh, sides);
-}
-
 bool sameBits(const CompactMesh& a, const CompactMesh& b)
 {
     return a.getNumVertices() == b.getNumVertices() && a.getNumTriangles() == b.getNumTriangles() &&
@@ -88,7 +80,7 @@ TEST(MeshHoleFill, ClosesWhatWasCutOffTheWayRound)
         EXPECT_EQ(caption, "Filling hole 1 of 1");
         EXPECT_EQ(progress.get(), 1.0);
         EXPECT_EQ(changes.changes().size(), 1u);
-        EXPECT_TRUE(edgesOf(mesh).isClosed());
+        EXPECT_TRUE(znTest::countEdges(mesh).isClosed());
         EXPECT_EQ(countDefects(mesh).count(), 0);
         for (int v = 0; v < mesh.getNumVertices(); ++v) {
             const double off = std::fabs(distance(mesh.getVertices()[v].asPoint(), Point()) - 1);
@@ -104,7 +96,7 @@ TEST(MeshHoleFill, MatchesTheTrianglesAround)
     Progress progress;
     EXPECT_EQ(fillAll(mesh, HoleTriangulated, progress), 1);
     EXPECT_EQ(mesh.getNumTriangles(), 4);
-    EXPECT_TRUE(edgesOf(mesh).isClosed());
+    EXPECT_TRUE(znTest::countEdges(mesh).isClosed());
     EXPECT_EQ(countDefects(mesh).count(), 0);
 
     CompactMesh grid = znTest::makeGrid(40, 40);
@@ -160,7 +152,7 @@ TEST(MeshHoleFill, TakesSpikesOffTheRim)
     EXPECT_EQ(fillAll(mesh, HoleTriangulated, progress, &outcomes, 8), 1);
     EXPECT_EQ(mesh.getNumTriangles(), numRing + 2);
     EXPECT_EQ(mesh.getNumVertices(), 16);
-    EXPECT_EQ(edgesOf(mesh).boundary, 12);
+    EXPECT_EQ(znTest::countEdges(mesh).boundary, 12);
     EXPECT_EQ(countDefects(mesh).count(), 0);
 }
 
@@ -221,12 +213,12 @@ TEST(MeshHoleFill, MakesNothingWorse)
         else
             mesh = znTest::makeAnyMesh(random, int(seed));
         if (seed % 11 == 10 && mesh.getNumVertices() > 0) mesh.getVertices()[0].y = NAN;
-        const int before = countDefects(mesh).badEdges, openBefore = edgesOf(mesh).boundary;
+        const int before = countDefects(mesh).badEdges, openBefore = znTest::countEdges(mesh).boundary;
         Progress progress;
         const int numFilled = fillAll(mesh, qualities[seed % 2], progress);
         EXPECT_LE(countDefects(mesh).badEdges, before) << seed;
-        EXPECT_LE(edgesOf(mesh).boundary, openBefore) << seed;
-        EXPECT_TRUE(numFilled == 0 || edgesOf(mesh).boundary < openBefore) << seed;
+        EXPECT_LE(znTest::countEdges(mesh).boundary, openBefore) << seed;
+        EXPECT_TRUE(numFilled == 0 || znTest::countEdges(mesh).boundary < openBefore) << seed;
     }
 }
 

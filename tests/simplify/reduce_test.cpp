@@ -13,7 +13,6 @@
 #include "tests/support/tangles.h"
 #include "tests/support/timed_lines.h"
 #include "znGeom/analysis/boundaries.h"
-#include "znGeom/analysis/census.h"
 #include "znGeom/foundation/mesh/mesh_coord.h"
 
 using namespace znGeom;
@@ -46,16 +45,9 @@ void addBumps(CompactMesh& mesh, double size, std::uint64_t seed = 5)
     }
 }
 
-MeshEdgeCensus edgesOf(const CompactMesh& mesh)
-{
-    MeshEdgeSides sides;
-    meshEdgeSides(mesh, sides);
-    return meshCountEdges(mesh, sides);
-}
-
 int eulerNumber(const CompactMesh& mesh)
 {
-    return mesh.getNumVertices() - edgesOf(mesh).edges + mesh.getNumTriangles();
+    return mesh.getNumVertices() - znTest::countEdges(mesh).edges + mesh.getNumTriangles();
 }
 
 double distanceTo(const CompactMesh& mesh, const Point& point)
@@ -88,7 +80,7 @@ TEST(MeshReduce, KeepsAClosedSurfaceClosedAndItsVerticesInTheirPlaces)
         EXPECT_NEAR(mesh.getNumVertices(), target, target / 20);
         EXPECT_GE(mesh.getNumVertices(), target);
         EXPECT_EQ(countDefects(mesh).count(), 0);
-        EXPECT_TRUE(edgesOf(mesh).isClosed());
+        EXPECT_TRUE(znTest::countEdges(mesh).isClosed());
         EXPECT_EQ(eulerNumber(mesh), euler);
         EXPECT_EQ(mesh.getSelectedTriangles().getNumSetBits() + mesh.getSelectedVertices().getNumSetBits(), 0);
         Places all = placesOf(mesh);
@@ -104,13 +96,13 @@ TEST(MeshReduce, KeepsBoundariesAndWhatIsNotManifold)
     CompactMesh mesh;
     znTest::makeNoisyScan(mesh, 30, 25);
     const Places before = placesOf(mesh);
-    const MeshEdgeCensus edges = edgesOf(mesh);
+    const MeshEdgeCensus edges = znTest::countEdges(mesh);
     Progress progress;
     zn::vector<Point> removed;
     meshReduceToFraction(mesh, 0.0, progress, removed);
     EXPECT_GT(removed.size(), 100);
-    EXPECT_EQ(edgesOf(mesh).boundary, edges.boundary);
-    EXPECT_EQ(edgesOf(mesh).boundaryVertices, edges.boundaryVertices);
+    EXPECT_EQ(znTest::countEdges(mesh).boundary, edges.boundary);
+    EXPECT_EQ(znTest::countEdges(mesh).boundaryVertices, edges.boundaryVertices);
     for (const auto& place : placesOf(mesh)) EXPECT_TRUE(before.count(place));
 
     // On a regular grid most vertices lie on lines between others, and no three neighbours surround them.
@@ -122,7 +114,7 @@ TEST(MeshReduce, KeepsBoundariesAndWhatIsNotManifold)
     }
     removed.clear();
     meshReduceToFraction(flat, 0.0, progress, removed);
-    EXPECT_EQ(edgesOf(flat).boundary, 44);
+    EXPECT_EQ(znTest::countEdges(flat).boundary, 44);
     EXPECT_LT(flat.getNumVertices(), 60);
     for (int v = 0; v < flat.getNumVertices(); ++v) EXPECT_EQ(flat.getVertices()[v].z, 0);
 }
@@ -143,7 +135,7 @@ TEST(MeshReduce, HoldsTheTolerance)
         EXPECT_EQ(log.count("meshReduce: iterations("), 1);
         EXPECT_LT(mesh.getNumVertices(), tolerance > 0.05 ? numBefore / 2 : numBefore);
         EXPECT_EQ(countDefects(mesh).count(), 0);
-        EXPECT_TRUE(edgesOf(mesh).isClosed());
+        EXPECT_TRUE(znTest::countEdges(mesh).isClosed());
         EXPECT_EQ(last, 1.0);
         double farthest = 0;
         for (const Point& point : removed) farthest = std::max(farthest, distanceTo(mesh, point));
@@ -193,7 +185,7 @@ TEST(MeshReduce, ACancelLeavesAWholeMesh)
             else
                 meshReduceToFraction(mesh, 0.05, progress, removed);
             EXPECT_EQ(countDefects(mesh).count(), 0);
-            EXPECT_TRUE(edgesOf(mesh).isClosed());
+            EXPECT_TRUE(znTest::countEdges(mesh).isClosed());
             EXPECT_GE(removed.size(), original.getNumVertices() - mesh.getNumVertices());
             EXPECT_GT(mesh.getNumVertices(), original.getNumVertices() / 20);
         }

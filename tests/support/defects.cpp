@@ -39,7 +39,7 @@ int countDegenerate(const CompactMesh& mesh)
     return count;
 }
 
-void countEdges(const CompactMesh& mesh, Defects& defects)
+void countBadEdges(const CompactMesh& mesh, Defects& defects)
 {
     std::vector<std::array<int, 2>> sides;
     for (int side = 0; side < 3 * mesh.getNumTriangles(); ++side) {
@@ -154,7 +154,7 @@ Defects countDefects(const CompactMesh& mesh)
     Defects defects;
     defects.duplicates = countDuplicates(mesh);
     defects.degenerate = countDegenerate(mesh);
-    countEdges(mesh, defects);
+    countBadEdges(mesh, defects);
     defects.badVertices = countBadVertices(mesh);
     return defects;
 }

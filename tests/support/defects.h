@@ -2,6 +2,7 @@
 #pragma once
 
 #include "tests/support/random.h"
+#include "znGeom/analysis/census.h"
 #include "znGeom/foundation/mesh.h"
 
 namespace znTest {
@@ -18,6 +19,14 @@ struct Defects
 };
 
 Defects countDefects(const znGeom::CompactMesh& mesh);
+
+/// The edges of a mesh, from its arrays.
+inline znGeom::MeshEdgeCensus countEdges(const znGeom::CompactMesh& mesh)
+{
+    znGeom::MeshEdgeSides sides;
+    meshEdgeSides(mesh, sides);
+    return meshCountEdges(mesh, sides);
+}
 
 enum class Damage { Duplicated, Flipped, WeldedAcross, Cut, Noised, NotANumbers, Everything };
 inline constexpr Damage allDamages[] = {Damage::Duplicated, Damage::Flipped,     Damage::WeldedAcross, Damage::Cut,

@@ -26,7 +26,7 @@ namespace znGeom {
 /// \param removed   gets the positions of the removed vertices appended, in that order; where part of the work was done
 ///                  over, a position may be there twice
 ///
-/// About 5 us a vertex; mostly on the calling thread.
+/// About 10 us for each removed vertex; mostly on the calling thread.
 ZNGEOM_API void meshReduceToFraction(CompactMesh& mesh, double fraction, znUtil::Progress& progress,
                                      zn::vector<znLinear::Point>& removed);
 

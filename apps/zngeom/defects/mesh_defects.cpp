@@ -92,29 +92,24 @@ bool MeshDefects::isClean() const
 MeshDefects findDefects(const znGeom::CompactMesh& mesh, const DefectOptions& options, znUtil::Progress& progress)
 {
     progress.setCaption("checking");
-    znUtil::Progress phase;
-    const auto next = [&](double share) -> znUtil::Progress& {
-        checkCancelled(progress);
-        progress.subPhase(share, phase);
-        return phase;
-    };
+    Phases phases(progress);
     MeshDefects defects;
     znGeom::MeshEdgeSides sides;
     znGeom::MeshAdjTris adjTris;
-    znGeom::meshEdgeSides(mesh, next(0.1), sides);
-    defects.soupNote = soupNote(mesh, sides, next(0.1));
+    znGeom::meshEdgeSides(mesh, phases.next(0.1), sides);
+    defects.soupNote = soupNote(mesh, sides, phases.next(0.1));
     findNonFinite(mesh, defects);
     findBoundary(mesh, sides, defects);
     znGeom::meshAdjTris(mesh, adjTris);
-    next(0.1);
+    phases.next(0.1);
     znGeom::meshDuplicateTris(mesh, defects.triangles);
-    next(0.1);
+    phases.next(0.1);
     findNonManifold(mesh, adjTris, defects);
-    next(0.1);
+    phases.next(0.1);
     defects.winding = findWindingDefects(mesh, sides, defects.triangles);
-    next(0.1);
+    phases.next(0.1);
     if (options.foldAngle) findFolds(mesh, adjTris, *options.foldAngle, defects);
-    if (options.crossings && defects.soupNote.empty()) findCrossings(mesh, next(0.4), defects);
+    if (options.crossings && defects.soupNote.empty()) findCrossings(mesh, phases.next(0.4), defects);
     return defects;
 }
 
