@@ -4,15 +4,16 @@
 #include <numbers>
 
 #include "znGeom/foundation/linear/plane.h"
+#include "znGeom/topology/internal/fold_over.h"
 #include "znGeom/topology/topo_walks.h"
 
 namespace znGeom {
 
 using namespace znLinear;
+using internal::normalOf;
 
 namespace {
 
-constexpr double rightAngle = std::numbers::pi / 2;
 constexpr double featureTolerance = 2.5 * std::numbers::pi / 180;
 
 /// The corners of the two triangles on an edge: its ends, then the third corners, that of its own face first.
@@ -27,11 +28,6 @@ struct Quad
 double angleAt(TopoMeshVertex corner, TopoMeshVertex first, TopoMeshVertex second)
 {
     return angle(Normal(first->point - corner->point), Normal(second->point - corner->point));
-}
-
-Normal normalOf(TopoMeshVertex p, TopoMeshVertex q, TopoMeshVertex r)
-{
-    return Normal(cross(r->point - q->point, p->point - q->point));
 }
 
 /// The fold along a to b between the triangles (a, b, c) and (b, a, d), in radians: negative when d lies above the
@@ -152,8 +148,7 @@ void MeshEdgeSwapper::preventFoldover(TopoMeshEdge e, bool& veto)
 {
     if (!e->twin) return void(veto = true);
     const auto [a, b, c, d] = Quad(e);
-    const Normal first = normalOf(c, d, b), second = normalOf(a, d, c);
-    if (!first.isValid() || !second.isValid() || angle(first, second) > rightAngle) veto = true;
+    if (internal::foldsOver(a, b, c, d)) veto = true;
 }
 
 void MeshEdgeSwapper::preserveBoundary(TopoMeshEdge e, bool& veto)
