@@ -30,6 +30,36 @@ double angleAt(TopoMeshVertex corner, TopoMeshVertex first, TopoMeshVertex secon
     return angle(Normal(first->point - corner->point), Normal(second->point - corner->point));
 }
 
+/// The sum of two angles between 0 and pi: the direction of a complex number.
+struct AngleSum
+{
+    double x, y;
+
+    /// Of the angles that two corners make over two points.
+    static AngleSum at(TopoMeshVertex corner, TopoMeshVertex otherCorner, TopoMeshVertex p, TopoMeshVertex q)
+    {
+        const Vector toP = p->point - corner->point, toQ = q->point - corner->point;
+        const Vector otherToP = p->point - otherCorner->point, otherToQ = q->point - otherCorner->point;
+        const double cosine = dot(toP, toQ), sine = cross(toP, toQ).length();
+        const double otherCosine = dot(otherToP, otherToQ), otherSine = cross(otherToP, otherToQ).length();
+        return {cosine * otherCosine - sine * otherSine, cosine * otherSine + sine * otherCosine};
+    }
+    double length2() const { return x * x + y * y; }
+};
+
+/// Which of two sums is larger, without an arc tangent: -1 the first, 1 the second, 0 where that is not clear.
+int clearlyLarger(const AngleSum& first, const AngleSum& second)
+{
+    constexpr double clearSine2 = 1e-18, smallest = 1e-250, largest = 1e250;
+    const double firstScale = first.length2(), secondScale = second.length2(), scale = firstScale * secondScale;
+    const double turn = first.x * second.y - first.y * second.x;
+    const bool isClear = scale > smallest && scale < largest && turn * turn > clearSine2 * scale &&
+                         first.y * first.y > clearSine2 * firstScale && second.y * second.y > clearSine2 * secondScale;
+    if (!isClear) return 0;
+    if ((first.y > 0) != (second.y > 0)) return second.y < 0 ? 1 : -1;
+    return turn > 0 ? 1 : -1;
+}
+
 /// The fold along a to b between the triangles (a, b, c) and (b, a, d), in radians: negative when d lies above the
 /// first. Not a number when one of them has no normal.
 double foldAngle(TopoMeshVertex a, TopoMeshVertex b, TopoMeshVertex c, TopoMeshVertex d)
@@ -140,6 +170,10 @@ void MeshEdgeSwapper::minimizeOppositeAngleSum(TopoMeshEdge e, bool& veto)
 {
     if (!e->twin) return void(veto = true);
     const auto [a, b, c, d] = Quad(e);
+    if (const int larger = clearlyLarger(AngleSum::at(c, d, a, b), AngleSum::at(b, a, c, d))) {
+        if (larger > 0) veto = true;
+        return;
+    }
     const double before = angleAt(c, a, b) + angleAt(d, a, b), after = angleAt(b, c, d) + angleAt(a, c, d);
     if (after >= before) veto = true;
 }

@@ -8,18 +8,27 @@
 
 namespace znGeom::internal {
 
+inline znLinear::Vector crossOf(TopoMeshVertex p, TopoMeshVertex q, TopoMeshVertex r)
+{
+    return cross(r->point - q->point, p->point - q->point);
+}
+
 /// Invalid where the corners span no area.
 inline znLinear::Normal normalOf(TopoMeshVertex p, TopoMeshVertex q, TopoMeshVertex r)
 {
-    return znLinear::Normal(cross(r->point - q->point, p->point - q->point));
+    return znLinear::Normal(crossOf(p, q, r));
 }
 
 /// Whether the triangles (c, d, b) and (a, d, c), of an edge from c to d, lie at more than a right angle, or one of
-/// them has no normal.
+/// them has no normal. Where the cosine is clear, nothing else is computed.
 inline bool foldsOver(TopoMeshVertex a, TopoMeshVertex b, TopoMeshVertex c, TopoMeshVertex d)
 {
-    const znLinear::Normal first = normalOf(c, d, b), second = normalOf(a, d, c);
-    return !first.isValid() || !second.isValid() || angle(first, second) > std::numbers::pi / 2;
+    constexpr double clearCosine2 = 1e-18, smallest = 1e-280, largest = 1e280;
+    const znLinear::Vector first = crossOf(c, d, b), second = crossOf(a, d, c);
+    const double cosine = dot(first, second), scale = first.length2() * second.length2();
+    if (cosine * cosine > clearCosine2 * scale && scale > smallest && scale < largest) return cosine < 0;
+    const znLinear::Normal n1(first), n2(second);
+    return !n1.isValid() || !n2.isValid() || angle(n1, n2) > std::numbers::pi / 2;
 }
 
 } // namespace znGeom::internal
