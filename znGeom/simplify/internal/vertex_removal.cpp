@@ -25,13 +25,26 @@ bool isPlainFan(TopoMeshVertex vertex)
     return false;
 }
 
+/// Whether three neighbours are the corners of a triangle already: without the vertex there would be two, as at the tip
+/// of a tetrahedron.
+bool haveTriangle(TopoMeshVertex vertex)
+{
+    const TopoMeshEdge ring = vertex->edge->next;
+    const TopoMeshVertex a = ring->origin, b = endOf(ring), c = endOf(vertex->edge->twin->next);
+    for (const TopoMeshEdge e : outgoingOf(a)) {
+        const TopoMeshVertex second = endOf(e), third = e->prev->origin;
+        if ((second == b && third == c) || (second == c && third == b)) return true;
+    }
+    return false;
+}
+
 } // namespace
 
 bool VertexRemoval::remove(TopoMeshVertex vertex)
 {
     m_firstSwaps.clear();
     m_secondSwaps.clear();
-    if (!isPlainFan(vertex) || !swapDownToThree(vertex)) {
+    if (!isPlainFan(vertex) || !swapDownToThree(vertex) || haveTriangle(vertex)) {
         swapBack(m_firstSwaps);
         return false;
     }
