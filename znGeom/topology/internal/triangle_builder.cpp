@@ -1,8 +1,10 @@
 #include "znGeom/topology/internal/triangle_builder.h"
 
 #include <algorithm>
+#include <array>
 #include <memory>
 #include <new>
+#include <utility>
 
 #include "znGeom/foundation/containers/checked_size.h"
 #include "znGeom/foundation/machine/huge_pages.h"
@@ -57,7 +59,9 @@ public:
     {
         for (int first = 0; first < m_numEdges; first += 3) {
             prefetch(first);
-            for (int e = first; e < first + 3; ++e) pairWithOpen(e);
+            pairWithOpen(first, first + 1);
+            pairWithOpen(first + 1, first + 2);
+            pairWithOpen(first + 2, first);
             for (int e = first; e < first + 3; ++e) attach(e);
         }
     }
@@ -114,10 +118,10 @@ private:
         return -1;
     }
 
-    void pairWithOpen(int edge)
+    void pairWithOpen(int edge, int next)
     {
         if (twin(edge) >= 0) return;
-        const int back = openEnd(m_vertices[end(edge)]);
+        const int back = openEnd(m_vertices[origin(next)]);
         if (back >= 0 && back != edge && end(back) == origin(edge)) setTwins(back, edge);
     }
 
@@ -178,14 +182,37 @@ public:
     /// From the last triangle to the first: of those that leave a vertex, the newest begin the list.
     void writeTriangles(const FlatTopology& topology) const
     {
-        zn::vector<int> newer(m_numVertices, -1);
+        constexpr int ahead = 16;
+        zn::vector<int> newer(m_numVertices, -1); // by vertex, the half-edge that was written last
+        Sides sides = sidesOf(m_numFaces - 1), after;
         for (int t = m_numFaces - 1; t >= 0; --t) {
-            writeFace(t);
-            for (int e = 3 * t + 2; e >= 3 * t; --e) writeEdge(topology, e, newer[topology.origin(e)]);
+            if (t >= ahead)
+                for (int side = 0; side < 3; ++side) znUtil::prefetch(&newer[topology.origin(3 * (t - ahead) + side)]);
+            const Sides before = sidesOf(t - 1);
+            const TopoMeshFace face = writeFace(t, sides[0]);
+            const TopoMeshEdge row[] = {before[2], sides[0], sides[1], sides[2], after[0]};
+            for (int side = 0; side < 3; ++side) {
+                const int e = 3 * t + side;
+                auto* const record = new (sides[side].record()) TopoMeshEdgeRecord;
+                record->origin = vertexAt(topology.origin(e));
+                record->next = sides[cornerAfter(side)];
+                record->prev = sides[cornerAfter(cornerAfter(side))];
+                record->twin = edgeAt(topology.twin(e));
+                record->face = face;
+                record->listPrev = row[side];
+                record->listNext = row[side + 2];
+                record->outNext = topology.outNext(e);
+            }
+            for (int side = 2; side >= 0; --side)
+                sides[side]->outPrev = std::exchange(newer[topology.origin(3 * t + side)], 3 * t + side);
+            after = sides;
+            sides = before;
         }
     }
 
 private:
+    using Sides = std::array<TopoMeshEdge, 3>;
+
     TopoMeshVertex vertexAt(int number) const
     {
         return TopoMeshVertex(isBelow(number, m_numVertices) ? m_vertices[number] : nullptr);
@@ -200,28 +227,20 @@ private:
     }
     static bool isBelow(int number, int count) { return static_cast<unsigned>(number) < static_cast<unsigned>(count); }
 
-    void writeFace(int t) const
+    /// Null before the first triangle.
+    Sides sidesOf(int t) const
     {
-        auto* const record = new (m_faces[t]) TopoMeshFaceRecord;
-        record->edge = edgeAt(3 * t);
-        record->prev = faceAt(t - 1);
-        record->next = faceAt(t + 1);
+        if (t < 0) return {};
+        return {edgeAt(3 * t), edgeAt(3 * t + 1), edgeAt(3 * t + 2)};
     }
 
-    /// \param newer  the half-edge that was written last of those that leave the same vertex
-    void writeEdge(const FlatTopology& topology, int e, int& newer) const
+    TopoMeshFace writeFace(int t, TopoMeshEdge first) const
     {
-        auto* const record = new (m_edges[e]) TopoMeshEdgeRecord;
-        record->origin = vertexAt(topology.origin(e));
-        record->next = edgeAt(nextOf(e));
-        record->prev = edgeAt(nextOf(nextOf(e)));
-        record->twin = edgeAt(topology.twin(e));
-        record->face = faceAt(e / 3);
-        record->listPrev = edgeAt(e - 1);
-        record->listNext = edgeAt(e + 1);
-        record->outNext = topology.outNext(e);
-        record->outPrev = newer;
-        newer = e;
+        auto* const record = new (m_faces[t]) TopoMeshFaceRecord;
+        record->edge = first;
+        record->prev = faceAt(t - 1);
+        record->next = faceAt(t + 1);
+        return TopoMeshFace(record);
     }
 
     TopoMesh& m_mesh;
