@@ -1,6 +1,8 @@
 #include "znGeom/topology/twin.h"
 
+#include <algorithm>
 #include <memory>
+#include <tuple>
 #include <utility>
 
 #include "znGeom/foundation/output/debug_channel.h"
@@ -19,17 +21,49 @@ struct OpenEdge
     TopoMeshEdge edge;
 };
 
+void appendIfOpen(zn::vector<OpenEdge>& open, TopoMeshEdge e)
+{
+    if (e->twin) return;
+    const auto a = static_cast<std::uint32_t>(e->origin.number());
+    const auto b = static_cast<std::uint32_t>(endOf(e).number());
+    open.append({std::min(a, b), std::max(a, b), e});
+}
+
 zn::vector<OpenEdge> collectOpenEdges(const TopoMesh& mesh)
 {
     zn::vector<OpenEdge> open;
     for (const TopoMeshFace face : facesOf(mesh))
-        for (const TopoMeshEdge e : sidesOf(face)) {
-            if (e->twin) continue;
-            const auto a = static_cast<std::uint32_t>(e->origin.number());
-            const auto b = static_cast<std::uint32_t>(endOf(e).number());
-            open.append({std::min(a, b), std::max(a, b), e});
-        }
+        for (const TopoMeshEdge e : sidesOf(face)) appendIfOpen(open, e);
     return open;
+}
+
+/// Those that leave the corners of some faces.
+zn::vector<OpenEdge> collectOpenEdges(const zn::vector<TopoMeshFace>& faces)
+{
+    zn::vector<TopoMeshVertex> corners;
+    for (const TopoMeshFace face : faces)
+        for (const TopoMeshEdge e : sidesOf(face)) corners.append(e->origin);
+    std::sort(corners.begin(), corners.end());
+    zn::vector<OpenEdge> open;
+    for (auto* corner = corners.begin(); corner != corners.end(); ++corner)
+        if (corner == corners.begin() || corner[0] != corner[-1])
+            for (const TopoMeshEdge e : outgoingOf(*corner)) appendIfOpen(open, e);
+    return open;
+}
+
+/// How many steps it is from the first half-edge of a face.
+int placeInFace(TopoMeshEdge e)
+{
+    int place = 0;
+    for (TopoMeshEdge step = e->face->edge; step != e; step = step->next) ++place;
+    return place;
+}
+
+bool isBefore(const OpenEdge& a, const OpenEdge& b)
+{
+    if (a.low != b.low || a.high != b.high) return std::tie(a.low, a.high) < std::tie(b.low, b.high);
+    if (a.edge->face != b.edge->face) return a.edge->face < b.edge->face;
+    return placeInFace(a.edge) < placeInFace(b.edge);
 }
 
 /// The places of the records, sorted by both ends; those of the same ends stay in their order.
@@ -46,18 +80,26 @@ std::unique_ptr<znUtil::KeyedIndex[]> sortByEnds(const zn::vector<OpenEdge>& ope
     return order;
 }
 
-/// Pairs neighbours in sorted order, from the left. \return whether there was a pair
-bool pairNeighbours(TopoMesh& mesh, const zn::vector<OpenEdge>& open, const znUtil::KeyedIndex* order)
+/// Pairs neighbours in sorted order, from the left. \param at  which one is where in this order
+template <typename At>
+void pairNeighbours(TopoMesh& mesh, int size, const At& at)
 {
     bool paired = false;
-    for (int i = 0; i + 1 < open.size(); ++i) {
-        const OpenEdge &first = open[order[i].index], &second = open[order[i + 1].index];
+    for (int i = 0; i + 1 < size; ++i) {
+        const OpenEdge &first = at(i), &second = at(i + 1);
         if (first.low != second.low || first.high != second.high) continue;
         mesh.setTwins(first.edge, second.edge);
         paired = true;
         ++i;
     }
-    return paired;
+    if (!paired) return;
+    TopoMeshModification modification(&mesh, TopoMeshModification::ConnectivityChanged);
+    mesh.modified(modification);
+}
+
+void printTime(const TopoMesh& mesh, znOS::StopWatch& watch)
+{
+    debugChannel().print("meshTwin: %d vertices: %f s\n", mesh.numVertices(), watch.stop());
 }
 
 } // namespace
@@ -66,11 +108,18 @@ void meshTwin(TopoMesh& mesh)
 {
     znOS::StopWatch watch;
     const zn::vector<OpenEdge> open = collectOpenEdges(mesh);
-    if (pairNeighbours(mesh, open, sortByEnds(open).get())) {
-        TopoMeshModification modification(&mesh, TopoMeshModification::ConnectivityChanged);
-        mesh.modified(modification);
-    }
-    debugChannel().print("meshTwin: %d vertices: %f s\n", mesh.numVertices(), watch.stop());
+    const std::unique_ptr<znUtil::KeyedIndex[]> order = sortByEnds(open);
+    pairNeighbours(mesh, open.size(), [&](int i) -> const OpenEdge& { return open[order[static_cast<size_t>(i)].index]; });
+    printTime(mesh, watch);
+}
+
+void meshTwin(TopoMesh& mesh, const zn::vector<TopoMeshFace>& faces)
+{
+    znOS::StopWatch watch;
+    zn::vector<OpenEdge> open = collectOpenEdges(faces);
+    std::sort(open.begin(), open.end(), isBefore);
+    pairNeighbours(mesh, open.size(), [&](int i) -> const OpenEdge& { return open[i]; });
+    printTime(mesh, watch);
 }
 
 } // namespace znGeom
