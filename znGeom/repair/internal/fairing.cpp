@@ -33,7 +33,7 @@ public:
     /// \return false after a cancel, and where a place is not finite
     bool solve(Progress& progress)
     {
-        if (!std::isfinite(sumOfSquares(m_right)) || !std::isfinite(m_extent)) return false;
+        if (!m_isFinite || !std::isfinite(sumOfSquares(m_right))) return false;
         if (!solveAtOnce(progress) && !solveInSteps(progress)) return false;
         progress.set(1.0);
         return true;
@@ -53,12 +53,13 @@ private:
     void chooseFrame()
     {
         m_origin = m_vertices.front().point();
+        double largest = 0;
         for (const TopoMeshVertex vertex : m_vertices) {
             const Vector v = vertex.point() - m_origin;
-            for (const double size : {std::fabs(v.dx), std::fabs(v.dy), std::fabs(v.dz)})
-                if (!(size <= m_extent)) m_extent = size;
+            largest = std::max({largest, std::fabs(v.dx), std::fabs(v.dy), std::fabs(v.dz)});
+            m_isFinite = m_isFinite && std::isfinite(v.dx + v.dy + v.dz);
         }
-        if (m_extent > 0 && std::isfinite(m_extent)) m_scale = std::ldexp(1.0, 24 - std::ilogb(m_extent));
+        if (largest > 0 && m_isFinite) m_scale = std::ldexp(1.0, 24 - std::ilogb(largest));
     }
 
     Vector placeOf(TopoMeshVertex vertex) const { return (vertex.point() - m_origin) * m_scale; }
@@ -177,7 +178,8 @@ private:
     const std::vector<TopoMeshVertex>& m_vertices;
     int m_first, m_size;
     Point m_origin;
-    double m_extent = 0, m_scale = 1;
+    double m_scale = 1;
+    bool m_isFinite = true; ///< the vertices that move
     FlatRows m_matrix;
     NVector m_right[3], m_solution[3];
     zn::vector<int> m_slots; ///< by moving vertex: its entry in the row that is being made, or -1
