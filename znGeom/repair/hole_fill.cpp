@@ -69,9 +69,9 @@ public:
         collar.grow();
         MeshModifyRep scope(m_mesh, collar.triangles, collar.vertices, m_adjTris);
         const int numFilled = fillAll(scope, 1.0 / sumOfLengths, progress, outcomes);
+        if (!progress.cancelled()) progress.set(1.0); // the last chance for an observer to cancel
         if (progress.cancelled()) return giveUp(outcomes);
         if (numFilled > 0) scope.merge();
-        progress.set(1.0);
         return numFilled;
     }
 
