@@ -30,34 +30,32 @@ double angleAt(TopoMeshVertex corner, TopoMeshVertex first, TopoMeshVertex secon
     return angle(Normal(first->point - corner->point), Normal(second->point - corner->point));
 }
 
-/// The sum of two angles between 0 and pi: the direction of a complex number.
-struct AngleSum
+/// A complex number whose argument is an angle, or the sum of two, up to a full turn. Its length is of no matter.
+struct Turn
 {
     double x, y;
 
-    /// Of the angles that two corners make over two points.
-    static AngleSum at(TopoMeshVertex corner, TopoMeshVertex otherCorner, TopoMeshVertex p, TopoMeshVertex q)
+    static Turn at(TopoMeshVertex corner, TopoMeshVertex first, TopoMeshVertex second)
     {
-        const Vector toP = p->point - corner->point, toQ = q->point - corner->point;
-        const Vector otherToP = p->point - otherCorner->point, otherToQ = q->point - otherCorner->point;
-        const double cosine = dot(toP, toQ), sine = cross(toP, toQ).length();
-        const double otherCosine = dot(otherToP, otherToQ), otherSine = cross(otherToP, otherToQ).length();
-        return {cosine * otherCosine - sine * otherSine, cosine * otherSine + sine * otherCosine};
+        const Vector u = first->point - corner->point, v = second->point - corner->point;
+        return {dot(u, v), cross(u, v).length()};
     }
-    double length2() const { return x * x + y * y; }
+    friend Turn operator+(Turn a, Turn b) { return {a.x * b.x - a.y * b.y, a.x * b.y + a.y * b.x}; }
+    double size() const { return std::fabs(x) + std::fabs(y); }
+    bool isOverHalf() const { return y < 0; }
 };
 
-/// Which of two sums is larger, without an arc tangent: -1 the first, 1 the second, 0 where that is not clear.
-int clearlyLarger(const AngleSum& first, const AngleSum& second)
+/// Tells two sums of angles apart without arcus functions. \return 1 where the first is greater, -1 where the second
+/// is, 0 where they are too close to each other, or to no, half or a full turn, to tell; an angle that isn't one makes
+/// that 0 as well
+int compareSurely(Turn a, Turn b)
 {
-    constexpr double clearSine2 = 1e-18, smallest = 1e-250, largest = 1e250;
-    const double firstScale = first.length2(), secondScale = second.length2(), scale = firstScale * secondScale;
-    const double turn = first.x * second.y - first.y * second.x;
-    const bool isClear = scale > smallest && scale < largest && turn * turn > clearSine2 * scale &&
-                         first.y * first.y > clearSine2 * firstScale && second.y * second.y > clearSine2 * secondScale;
-    if (!isClear) return 0;
-    if ((first.y > 0) != (second.y > 0)) return second.y < 0 ? 1 : -1;
-    return turn > 0 ? 1 : -1;
+    constexpr double doubt = 1e-12;
+    const double difference = b.x * a.y - b.y * a.x;
+    if (!(std::fabs(a.y) > doubt * a.size() && std::fabs(b.y) > doubt * b.size())) return 0;
+    if (a.isOverHalf() != b.isOverHalf()) return a.isOverHalf() ? 1 : -1;
+    if (!(std::fabs(difference) > doubt * a.size() * b.size())) return 0;
+    return difference > 0 ? 1 : -1;
 }
 
 /// The fold along a to b between the triangles (a, b, c) and (b, a, d), in radians: negative when d lies above the
@@ -170,8 +168,9 @@ void MeshEdgeSwapper::minimizeOppositeAngleSum(TopoMeshEdge e, bool& veto)
 {
     if (!e->twin) return void(veto = true);
     const auto [a, b, c, d] = Quad(e);
-    if (const int larger = clearlyLarger(AngleSum::at(c, d, a, b), AngleSum::at(b, a, c, d))) {
-        if (larger > 0) veto = true;
+    const int order = compareSurely(Turn::at(b, c, d) + Turn::at(a, c, d), Turn::at(c, a, b) + Turn::at(d, a, b));
+    if (order != 0) {
+        if (order > 0) veto = true;
         return;
     }
     const double before = angleAt(c, a, b) + angleAt(d, a, b), after = angleAt(b, c, d) + angleAt(a, c, d);

@@ -1,6 +1,7 @@
 #include "znGeom/topology/twin.h"
 
 #include <algorithm>
+#include <tuple>
 
 #include "znGeom/foundation/output/debug_channel.h"
 #include "znGeom/foundation/output/stop_watch.h"
@@ -18,16 +19,57 @@ struct OpenEdge
     TopoMeshEdge edge;
 };
 
+void appendIfOpen(zn::vector<OpenEdge>& open, TopoMeshEdge e)
+{
+    if (e->twin) return;
+    const int a = e->origin.number(), b = endOf(e).number();
+    open.append({std::min(a, b), std::max(a, b), e});
+}
+
 zn::vector<OpenEdge> collectOpenEdges(const TopoMesh& mesh)
 {
     zn::vector<OpenEdge> open;
     for (const TopoMeshFace face : facesOf(mesh))
-        for (const TopoMeshEdge e : sidesOf(face)) {
-            if (e->twin) continue;
-            const int a = e->origin.number(), b = endOf(e).number();
-            open.append({std::min(a, b), std::max(a, b), e});
-        }
+        for (const TopoMeshEdge e : sidesOf(face)) appendIfOpen(open, e);
     return open;
+}
+
+/// Those that leave the corners of some faces.
+zn::vector<OpenEdge> collectOpenEdges(const zn::vector<TopoMeshFace>& faces)
+{
+    zn::vector<TopoMeshVertex> corners;
+    for (const TopoMeshFace face : faces)
+        for (const TopoMeshEdge e : sidesOf(face)) corners.append(e->origin);
+    std::sort(corners.begin(), corners.end());
+    zn::vector<OpenEdge> open;
+    for (auto* corner = corners.begin(); corner != corners.end(); ++corner)
+        if (corner == corners.begin() || corner[0] != corner[-1])
+            for (const TopoMeshEdge e : outgoingOf(*corner)) appendIfOpen(open, e);
+    return open;
+}
+
+/// How many steps it is from the first half-edge of a face.
+int placeInFace(TopoMeshEdge e)
+{
+    int place = 0;
+    for (TopoMeshEdge step = e->face->edge; step != e; step = step->next) ++place;
+    return place;
+}
+
+bool isBefore(const OpenEdge& a, const OpenEdge& b)
+{
+    if (a.low != b.low || a.high != b.high) return std::tie(a.low, a.high) < std::tie(b.low, b.high);
+    if (a.edge->face != b.edge->face) return a.edge->face < b.edge->face;
+    return placeInFace(a.edge) < placeInFace(b.edge);
+}
+
+void finish(TopoMesh& mesh, bool isPaired, znOS::StopWatch& watch)
+{
+    if (isPaired) {
+        TopoMeshModification modification(&mesh, TopoMeshModification::ConnectivityChanged);
+        mesh.modified(modification);
+    }
+    debugChannel().print("meshTwin: %d vertices: %f s\n", mesh.numVertices(), watch.stop());
 }
 
 } // namespace
@@ -40,11 +82,23 @@ void meshTwin(TopoMesh& mesh)
         for (const auto& [low, high, edge] : open) take(low, high, edge);
     };
     const auto pair = [&mesh](TopoMeshEdge first, TopoMeshEdge second) { mesh.setTwins(first, second); };
-    if (internal::pairByEnds<TopoMeshEdge>(open.empty() ? 0 : mesh.vertexNumbers(), visit, pair)) {
-        TopoMeshModification modification(&mesh, TopoMeshModification::ConnectivityChanged);
-        mesh.modified(modification);
+    finish(mesh, internal::pairByEnds<TopoMeshEdge>(open.empty() ? 0 : mesh.vertexNumbers(), visit, pair), watch);
+}
+
+void meshTwin(TopoMesh& mesh, const zn::vector<TopoMeshFace>& faces)
+{
+    znOS::StopWatch watch;
+    zn::vector<OpenEdge> open = collectOpenEdges(faces);
+    std::sort(open.begin(), open.end(), isBefore);
+    bool isPaired = false;
+    for (int i = 0; i + 1 < open.size(); ++i) {
+        const OpenEdge &first = open[i], &second = open[i + 1];
+        if (first.low != second.low || first.high != second.high) continue;
+        mesh.setTwins(first.edge, second.edge);
+        isPaired = true;
+        ++i;
     }
-    debugChannel().print("meshTwin: %d vertices: %f s\n", mesh.numVertices(), watch.stop());
+    finish(mesh, isPaired, watch);
 }
 
 } // namespace znGeom
