@@ -109,7 +109,8 @@ void meshTwin(TopoMesh& mesh)
     znOS::StopWatch watch;
     const zn::vector<OpenEdge> open = collectOpenEdges(mesh);
     const std::unique_ptr<znUtil::KeyedIndex[]> order = sortByEnds(open);
-    pairNeighbours(mesh, open.size(), [&](int i) -> const OpenEdge& { return open[order[static_cast<size_t>(i)].index]; });
+    pairNeighbours(mesh, open.size(),
+                   [&](int i) -> const OpenEdge& { return open[order[static_cast<size_t>(i)].index]; });
     printTime(mesh, watch);
 }
 
