@@ -42,8 +42,8 @@ enum class HoleOutcome : int {
 /// A loop is triangulated for flatness first and area second; then triangles are split until they are as small as those
 /// around the hole, and edges swapped, after Liepa, "Filling Holes in Meshes" (2003); then the new vertices are moved
 /// to where the uniform bi-Laplacian vanishes, with the vertices around the hole fixed; beside places that are not
-/// finite they stay. Spikes, triangles that hang on
-/// the rim by a corner at the place of another vertex of the rim, are taken off first, and stay off.
+/// finite they stay. Spikes, triangles that hang on the rim by a corner at the place of another vertex of the rim, are
+/// taken off first, and stay off.
 ///
 /// The mesh around the holes keeps its positions. All holes share one scope: vertices and triangles near the holes are
 /// renumbered, channels other than positions have no values there. Adjacency and boundaries are stale afterwards. Cubic
