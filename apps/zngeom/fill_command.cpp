@@ -1,14 +1,20 @@
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <memory>
 #include <optional>
+#include <set>
 
 #include "apps/zngeom/command.h"
 #include "apps/zngeom/mesh_files.h"
 #include "apps/zngeom/mesh_route.h"
 #include "apps/zngeom/pacer.h"
 #include "apps/zngeom/part_options.h"
+#include "apps/zngeom/picture/png_file.h"
+#include "apps/zngeom/picture_option.h"
 #include "apps/zngeom/positions_only.h"
 #include "apps/zngeom/usage.h"
+#include "apps/zngeom/write_file.h"
 #include "znGeom/analysis/adjacency.h"
 #include "znGeom/analysis/boundaries.h"
 #include "znGeom/analysis/census.h"
@@ -95,6 +101,46 @@ void addLoops(const std::vector<Loop>& loops, Report& report)
     report.addForPrograms("loops", std::move(list));
 }
 
+constexpr Colour ofRim{220, 30, 45}, ofPatch{255, 178, 60};
+
+Marking markRims(const znGeom::CompactMesh& mesh, const znGeom::MeshBoundaries& boundaries,
+                 const std::vector<Loop>& loops)
+{
+    Marking marking{"holes", 0, ofRim, {}, {}, {}};
+    for (const Loop& loop : loops) {
+        if (!loop.isWanted) continue;
+        ++marking.count;
+        const int *begin = boundaries.getStart(loop.inMesh), *end = boundaries.getEnd(loop.inMesh);
+        for (const int* vertex = begin; vertex != end; ++vertex) {
+            const int next = vertex + 1 == end ? *begin : vertex[1];
+            marking.lines.push_back({mesh.getVertices()[*vertex].asPoint(), mesh.getVertices()[next].asPoint()});
+        }
+    }
+    return marking;
+}
+
+/// The triangles of a mesh that lie where there was none before.
+Marking markNew(const znGeom::CompactMesh& before, const znGeom::CompactMesh& after)
+{
+    using Place = std::array<float, 3>;
+    const auto placesOf = [](const znGeom::CompactMesh& mesh, int triangle) {
+        std::array<Place, 3> places;
+        for (std::size_t i = 0; i < 3; ++i) {
+            const auto& vertex = mesh.getVertices()[mesh.getTriangles()[triangle].corners[i]];
+            places[i] = {vertex.x, vertex.y, vertex.z};
+        }
+        std::sort(places.begin(), places.end());
+        return places;
+    };
+    std::set<std::array<Place, 3>> old;
+    for (int t = 0; t < before.getNumTriangles(); ++t) old.insert(placesOf(before, t));
+    Marking marking{"new triangles", 0, ofPatch, {}, {}, {}};
+    for (int t = 0; t < after.getNumTriangles(); ++t)
+        if (!old.contains(placesOf(after, t))) marking.triangles.push_back(t);
+    marking.count = marking.triangles.size();
+    return marking;
+}
+
 class FillCommand : public Command
 {
 public:
@@ -107,6 +153,7 @@ public:
             "that they continue it. Vertices that stay keep their positions. Vertices and triangles are renumbered;\n"
             "normals, texture coordinates and groups are not kept, polygons become triangles. The time grows with\n"
             "the cube of the longest loop: --max-length leaves long ones open.\n"
+            "The picture shows the mesh before and after.\n"
             "Exit status: 0 when all loops are closed that should be, 2 when some stay open; OUT is written in both\n"
             "cases.");
         m_files.addFiles(*sub);
@@ -121,12 +168,14 @@ public:
             ->delimiter(',')
             ->allow_extra_args(false)
             ->option_text("I,J,...");
+        addPictureOptions(*sub, m_picture);
         m_files.addFormats(*sub);
         return sub;
     }
 
     Report run(znUtil::Progress& progress) override
     {
+        if (!m_picture.path.empty()) checkPictureName(m_picture.path);
         znUtil::Progress phase;
         LoadedMesh loaded;
         progress.subPhase(0.3, phase);
@@ -139,13 +188,14 @@ public:
         progress.subPhase(0.1, phase);
         checkSurface(loaded, phase);
         progress.subPhase(0.5, phase);
-        fill(loaded, phase, report);
+        const std::unique_ptr<PendingFile> picture = fill(loaded, phase, report);
         checkCancelled(progress);
 
         progress.subPhase(0.1, phase);
         report.add("vertices", loaded.mesh.getNumVertices());
         report.add("triangles", loaded.mesh.getNumTriangles());
         m_files.save(loaded, phase);
+        if (picture) putInPlace(*picture, m_picture.path);
         report.addNotes(loaded.notes);
         return report;
     }
@@ -172,7 +222,8 @@ private:
                                    "or cut, unless the mesh is repaired first");
     }
 
-    void fill(LoadedMesh& loaded, znUtil::Progress& progress, Report& report) const
+    /// Returns the picture, which waits for its place; null where none is wanted.
+    std::unique_ptr<PendingFile> fill(LoadedMesh& loaded, znUtil::Progress& progress, Report& report) const
     {
         znGeom::CompactMesh& mesh = loaded.mesh;
         znGeom::MeshAdjTris adjTris;
@@ -185,6 +236,9 @@ private:
         std::vector<Loop> loops = orderLoops(mesh, boundaries);
         chooseLoops(loops);
 
+        const bool isDrawn = !m_picture.path.empty();
+        znGeom::CompactMesh original;
+        if (isDrawn) original = mesh;
         zn::list<int> holes;
         for (const Loop& loop : loops)
             if (loop.isWanted) holes.append(loop.inMesh);
@@ -206,6 +260,13 @@ private:
         };
         if (std::any_of(outcomes.begin(), outcomes.end(), isPiece))
             loaded.notes.push_back("boundaries that touch come out in pieces, unless the mesh is repaired first");
+        if (!isDrawn) return nullptr;
+
+        progress.setCaption("drawing");
+        report.add("picture", m_picture.path);
+        const Scene before{&original, {markRims(original, boundaries, loops)}, ""};
+        const Scene after{&mesh, {markNew(original, mesh)}, ""};
+        return writePngAside(drawChange(before, after, m_picture.size), m_picture.path);
     }
 
     void chooseLoops(std::vector<Loop>& loops) const
@@ -228,6 +289,7 @@ private:
     MeshRoute m_files;
     std::vector<int> m_wanted; ///< numbers from 1; empty for all
     std::optional<int> m_maxLength;
+    PictureOptions m_picture;
     int m_quality = znGeom::HoleFaired;
 };
 
