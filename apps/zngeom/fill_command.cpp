@@ -5,13 +5,9 @@
 #include <optional>
 #include <set>
 
-#include "apps/zngeom/command.h"
-#include "apps/zngeom/mesh_files.h"
-#include "apps/zngeom/mesh_route.h"
+#include "apps/zngeom/change_command.h"
 #include "apps/zngeom/pacer.h"
 #include "apps/zngeom/part_options.h"
-#include "apps/zngeom/picture/png_file.h"
-#include "apps/zngeom/picture_option.h"
 #include "apps/zngeom/positions_only.h"
 #include "apps/zngeom/usage.h"
 #include "apps/zngeom/write_file.h"
@@ -141,7 +137,7 @@ Marking markNew(const znGeom::CompactMesh& before, const znGeom::CompactMesh& af
     return marking;
 }
 
-class FillCommand : public Command
+class FillCommand : public ChangeCommand
 {
 public:
     CLI::App* addTo(CLI::App& app) override
@@ -168,39 +164,22 @@ public:
             ->delimiter(',')
             ->allow_extra_args(false)
             ->option_text("I,J,...");
-        addPictureOptions(*sub, m_picture);
-        m_files.addFormats(*sub);
+        addLastOptions(*sub);
         return sub;
     }
 
-    Report run(znUtil::Progress& progress) override
+private:
+    std::unique_ptr<PendingFile> change(LoadedMesh& loaded, znUtil::Progress& progress, Report& report) const override
     {
-        if (!m_picture.path.empty()) checkPictureName(m_picture.path);
         znUtil::Progress phase;
-        LoadedMesh loaded;
-        progress.subPhase(0.3, phase);
-        m_files.load(loaded, phase);
-        checkHasTriangles(loaded.mesh, m_files.input);
-
-        Report report = m_files.report();
         report.add("vertices_before", loaded.mesh.getNumVertices());
         report.add("triangles_before", loaded.mesh.getNumTriangles());
-        progress.subPhase(0.1, phase);
+        progress.subPhase(0.2, phase);
         checkSurface(loaded, phase);
-        progress.subPhase(0.5, phase);
-        const std::unique_ptr<PendingFile> picture = fill(loaded, phase, report);
-        checkCancelled(progress);
-
-        progress.subPhase(0.1, phase);
-        report.add("vertices", loaded.mesh.getNumVertices());
-        report.add("triangles", loaded.mesh.getNumTriangles());
-        m_files.save(loaded, phase);
-        if (picture) putInPlace(*picture, m_picture.path);
-        report.addNotes(loaded.notes);
-        return report;
+        progress.subPhase(0.8, phase);
+        return fill(loaded, phase, report);
     }
 
-private:
     /// Fails where no vertices are shared, since each triangle would get a back. Notes what hides boundaries.
     void checkSurface(LoadedMesh& loaded, znUtil::Progress& progress) const
     {
@@ -222,7 +201,6 @@ private:
                                    "or cut, unless the mesh is repaired first");
     }
 
-    /// Returns the picture, which waits for its place; null where none is wanted.
     std::unique_ptr<PendingFile> fill(LoadedMesh& loaded, znUtil::Progress& progress, Report& report) const
     {
         znGeom::CompactMesh& mesh = loaded.mesh;
@@ -235,38 +213,41 @@ private:
         checkCancelled(progress);
         std::vector<Loop> loops = orderLoops(mesh, boundaries);
         chooseLoops(loops);
-
-        const bool isDrawn = !m_picture.path.empty();
-        znGeom::CompactMesh original;
-        if (isDrawn) original = mesh;
         zn::list<int> holes;
         for (const Loop& loop : loops)
             if (loop.isWanted) holes.append(loop.inMesh);
+
+        znGeom::CompactMesh original;
+        if (isDrawn()) original = mesh;
         zn::vector<HoleOutcome> outcomes;
-        int numFilled = 0;
         if (holes.size() > 0) {
             keepPositionsOnly(loaded, "the filling");
-            numFilled = znGeom::meshHoleFill(mesh, adjTris, adjVertices, boundaries, holes,
-                                             static_cast<znGeom::HoleQuality>(m_quality), progress, &outcomes);
+            znGeom::meshHoleFill(mesh, adjTris, adjVertices, boundaries, holes,
+                                 static_cast<znGeom::HoleQuality>(m_quality), progress, &outcomes);
             checkCancelled(progress);
         }
+        tellOutcomes(outcomes, loops, loaded, report);
+        if (!isDrawn()) return nullptr;
+        return draw({&original, {markRims(original, boundaries, loops)}, ""}, {&mesh, {markNew(original, mesh)}, ""},
+                    progress, report);
+    }
+
+    static void tellOutcomes(const zn::vector<HoleOutcome>& outcomes, std::vector<Loop>& loops, LoadedMesh& loaded,
+                             Report& report)
+    {
         for (int next = 0; Loop & loop : loops)
             if (loop.isWanted) loop.fate = fateOf(outcomes[next++]);
         addLoops(loops, report);
-        report.add("filled", numFilled, std::to_string(numFilled) + " of " + std::to_string(holes.size()));
-        if (numFilled < holes.size()) report.setStatus(Report::Status::Broken);
+        const auto numFilled = std::count(outcomes.begin(), outcomes.end(), HoleOutcome::Filled);
+        report.add("filled", numFilled, std::to_string(numFilled) + " of " + std::to_string(outcomes.size()));
+        if (numFilled < outcomes.size()) report.setStatus(Report::Status::Broken);
         const auto isPiece = [](HoleOutcome outcome) {
             return outcome == HoleOutcome::NotABoundary || outcome == HoleOutcome::NoLoop;
         };
         if (std::any_of(outcomes.begin(), outcomes.end(), isPiece))
             loaded.notes.push_back("boundaries that touch come out in pieces, unless the mesh is repaired first");
-        if (!isDrawn) return nullptr;
-
-        progress.setCaption("drawing");
-        report.add("picture", m_picture.path);
-        const Scene before{&original, {markRims(original, boundaries, loops)}, ""};
-        const Scene after{&mesh, {markNew(original, mesh)}, ""};
-        return writePngAside(drawChange(before, after, m_picture.size), m_picture.path);
+        report.add("vertices", loaded.mesh.getNumVertices());
+        report.add("triangles", loaded.mesh.getNumTriangles());
     }
 
     void chooseLoops(std::vector<Loop>& loops) const
@@ -286,10 +267,8 @@ private:
         }
     }
 
-    MeshRoute m_files;
     std::vector<int> m_wanted; ///< numbers from 1; empty for all
     std::optional<int> m_maxLength;
-    PictureOptions m_picture;
     int m_quality = znGeom::HoleFaired;
 };
 
