@@ -23,15 +23,65 @@ struct Quad
     explicit Quad(TopoMeshEdge e) : a(e->origin), b(endOf(e)), c(e->prev->origin), d(e->twin->prev->origin) {}
 };
 
-/// The angle at a corner; the same to the last bit whichever side comes first.
-double angleAt(TopoMeshVertex corner, TopoMeshVertex first, TopoMeshVertex second)
+/// The cosine and sine of an angle, or of the sum of two.
+struct Turn
 {
-    return angle(Normal(first->point - corner->point), Normal(second->point - corner->point));
-}
+    double cosine, sine;
+
+    friend Turn operator+(const Turn& a, const Turn& b)
+    {
+        return {a.cosine * b.cosine - a.sine * b.sine, a.sine * b.cosine + a.cosine * b.sine};
+    }
+    /// Grows with the angle from 0 to a full turn, nowhere faster than it.
+    double rank() const { return sine >= 0 ? 1 - cosine : 3 + cosine; }
+    /// Whether rounding might tell no turn from a full one.
+    bool isNearWhole(double margin) const { return std::fabs(sine) < margin && cosine > 0; }
+};
+
+Turn turnBetween(const Normal& a, const Normal& b) { return {dot(a, b), cross(a, b).length()}; }
+
+double angleBetween(const Normal& a, const Normal& b) { return a.isValid() && b.isValid() ? angle(a, b) : 0; }
+
+/// From the corners C and D of a quad to A and B. The angles between them, in pairs, are those of the triangles on both
+/// diagonals, to the last bit: nothing depends on the sense or the order of two directions.
+struct QuadSides
+{
+    Normal toA[2], toB[2];
+
+    explicit QuadSides(const Quad& quad)
+        : toA{quad.a->point - quad.c->point, quad.a->point - quad.d->point}, toB{quad.b->point - quad.c->point,
+                                                                                 quad.b->point - quad.d->point}
+    {}
+
+    double anglesAtCAndD() const { return angleBetween(toA[0], toB[0]) + angleBetween(toA[1], toB[1]); }
+    double anglesAtAAndB() const { return angleBetween(toB[0], toB[1]) + angleBetween(toA[0], toA[1]); }
+
+    /// Whether the angles at C and D are together greater than those at A and B. Most quads are told by cosines and
+    /// sines; where these are too close to call, the angles themselves decide.
+    bool isWiderAtCAndD() const
+    {
+        constexpr double margin = 1e-9;
+        const Turn atCAndD = turnBetween(toA[0], toB[0]) + turnBetween(toA[1], toB[1]);
+        const Turn atAAndB = turnBetween(toB[0], toB[1]) + turnBetween(toA[0], toA[1]);
+        const double difference = atCAndD.rank() - atAAndB.rank();
+        const bool isClear = toA[0].isValid() && toA[1].isValid() && toB[0].isValid() && toB[1].isValid() &&
+                             std::fabs(difference) > margin && !atCAndD.isNearWhole(margin) &&
+                             !atAAndB.isNearWhole(margin);
+        return isClear ? difference > 0 : anglesAtCAndD() > anglesAtAAndB();
+    }
+};
 
 Normal normalOf(TopoMeshVertex p, TopoMeshVertex q, TopoMeshVertex r)
 {
     return Normal(cross(r->point - q->point, p->point - q->point));
+}
+
+/// The angle itself is only needed where its cosine is too close to call.
+bool isBeyondRightAngle(const Normal& a, const Normal& b)
+{
+    constexpr double margin = 1e-9;
+    const double cosine = dot(a, b);
+    return std::fabs(cosine) > margin ? cosine < 0 : angle(a, b) > rightAngle;
 }
 
 /// The fold along a to b between the triangles (a, b, c) and (b, a, d), in radians: negative when d lies above the
@@ -143,9 +193,7 @@ bool MeshEdgeSwapper::shouldSwap(TopoMeshEdge e)
 void MeshEdgeSwapper::minimizeOppositeAngleSum(TopoMeshEdge e, bool& veto)
 {
     if (!e->twin) return void(veto = true);
-    const auto [a, b, c, d] = Quad(e);
-    const double before = angleAt(c, a, b) + angleAt(d, a, b), after = angleAt(b, c, d) + angleAt(a, c, d);
-    if (after >= before) veto = true;
+    if (!QuadSides(Quad(e)).isWiderAtCAndD()) veto = true;
 }
 
 void MeshEdgeSwapper::preventFoldover(TopoMeshEdge e, bool& veto)
@@ -153,7 +201,7 @@ void MeshEdgeSwapper::preventFoldover(TopoMeshEdge e, bool& veto)
     if (!e->twin) return void(veto = true);
     const auto [a, b, c, d] = Quad(e);
     const Normal first = normalOf(c, d, b), second = normalOf(a, d, c);
-    if (!first.isValid() || !second.isValid() || angle(first, second) > rightAngle) veto = true;
+    if (!first.isValid() || !second.isValid() || isBeyondRightAngle(first, second)) veto = true;
 }
 
 void MeshEdgeSwapper::preserveBoundary(TopoMeshEdge e, bool& veto)
