@@ -4,15 +4,16 @@
 #include <numbers>
 
 #include "znGeom/foundation/linear/plane.h"
+#include "znGeom/topology/internal/fold_over.h"
 #include "znGeom/topology/topo_walks.h"
 
 namespace znGeom {
 
 using namespace znLinear;
+using internal::normalOf;
 
 namespace {
 
-constexpr double rightAngle = std::numbers::pi / 2;
 constexpr double featureTolerance = 2.5 * std::numbers::pi / 180;
 
 /// The corners of the two triangles on an edge: its ends, then the third corners, that of its own face first.
@@ -23,65 +24,41 @@ struct Quad
     explicit Quad(TopoMeshEdge e) : a(e->origin), b(endOf(e)), c(e->prev->origin), d(e->twin->prev->origin) {}
 };
 
-/// The cosine and sine of an angle, or of the sum of two.
-struct Turn
+/// The angle at a corner; the same to the last bit whichever side comes first. 0 where a side has no direction.
+double angleAt(TopoMeshVertex corner, TopoMeshVertex first, TopoMeshVertex second)
 {
-    double cosine, sine;
-
-    friend Turn operator+(const Turn& a, const Turn& b)
-    {
-        return {a.cosine * b.cosine - a.sine * b.sine, a.sine * b.cosine + a.cosine * b.sine};
-    }
-    /// Grows with the angle from 0 to a full turn, nowhere faster than it.
-    double rank() const { return sine >= 0 ? 1 - cosine : 3 + cosine; }
-    /// Whether rounding might tell no turn from a full one.
-    bool isNearWhole(double margin) const { return std::fabs(sine) < margin && cosine > 0; }
-};
-
-Turn turnBetween(const Normal& a, const Normal& b) { return {dot(a, b), cross(a, b).length()}; }
-
-double angleBetween(const Normal& a, const Normal& b) { return a.isValid() && b.isValid() ? angle(a, b) : 0; }
-
-/// From the corners C and D of a quad to A and B. The angles between them, in pairs, are those of the triangles on both
-/// diagonals, to the last bit: nothing depends on the sense or the order of two directions.
-struct QuadSides
-{
-    Normal toA[2], toB[2];
-
-    explicit QuadSides(const Quad& quad)
-        : toA{quad.a->point - quad.c->point, quad.a->point - quad.d->point}, toB{quad.b->point - quad.c->point,
-                                                                                 quad.b->point - quad.d->point}
-    {}
-
-    double anglesAtCAndD() const { return angleBetween(toA[0], toB[0]) + angleBetween(toA[1], toB[1]); }
-    double anglesAtAAndB() const { return angleBetween(toB[0], toB[1]) + angleBetween(toA[0], toA[1]); }
-
-    /// Whether the angles at C and D are together greater than those at A and B. Most quads are told by cosines and
-    /// sines; where these are too close to call, the angles themselves decide.
-    bool isWiderAtCAndD() const
-    {
-        constexpr double margin = 1e-9;
-        const Turn atCAndD = turnBetween(toA[0], toB[0]) + turnBetween(toA[1], toB[1]);
-        const Turn atAAndB = turnBetween(toB[0], toB[1]) + turnBetween(toA[0], toA[1]);
-        const double difference = atCAndD.rank() - atAAndB.rank();
-        const bool isClear = toA[0].isValid() && toA[1].isValid() && toB[0].isValid() && toB[1].isValid() &&
-                             std::fabs(difference) > margin && !atCAndD.isNearWhole(margin) &&
-                             !atAAndB.isNearWhole(margin);
-        return isClear ? difference > 0 : anglesAtCAndD() > anglesAtAAndB();
-    }
-};
-
-Normal normalOf(TopoMeshVertex p, TopoMeshVertex q, TopoMeshVertex r)
-{
-    return Normal(cross(r->point - q->point, p->point - q->point));
+    const Normal a(first->point - corner->point), b(second->point - corner->point);
+    return a.isValid() && b.isValid() ? angle(a, b) : 0;
 }
 
-/// The angle itself is only needed where its cosine is too close to call.
-bool isBeyondRightAngle(const Normal& a, const Normal& b)
+/// The sum of two angles between 0 and pi: the direction of a complex number.
+struct AngleSum
 {
-    constexpr double margin = 1e-9;
-    const double cosine = dot(a, b);
-    return std::fabs(cosine) > margin ? cosine < 0 : angle(a, b) > rightAngle;
+    double x, y;
+
+    /// Of the angles that two corners make over two points.
+    static AngleSum at(TopoMeshVertex corner, TopoMeshVertex otherCorner, TopoMeshVertex p, TopoMeshVertex q)
+    {
+        const Vector toP = p->point - corner->point, toQ = q->point - corner->point;
+        const Vector otherToP = p->point - otherCorner->point, otherToQ = q->point - otherCorner->point;
+        const double cosine = dot(toP, toQ), sine = cross(toP, toQ).length();
+        const double otherCosine = dot(otherToP, otherToQ), otherSine = cross(otherToP, otherToQ).length();
+        return {cosine * otherCosine - sine * otherSine, cosine * otherSine + sine * otherCosine};
+    }
+    double length2() const { return x * x + y * y; }
+};
+
+/// Which of two sums is larger, without an arc tangent: -1 the first, 1 the second, 0 where that is not clear.
+int clearlyLarger(const AngleSum& first, const AngleSum& second)
+{
+    constexpr double clearSine2 = 1e-18, smallest = 1e-250, largest = 1e250;
+    const double firstScale = first.length2(), secondScale = second.length2(), scale = firstScale * secondScale;
+    const double turn = first.x * second.y - first.y * second.x;
+    const bool isClear = scale > smallest && scale < largest && turn * turn > clearSine2 * scale &&
+                         first.y * first.y > clearSine2 * firstScale && second.y * second.y > clearSine2 * secondScale;
+    if (!isClear) return 0;
+    if ((first.y > 0) != (second.y > 0)) return second.y < 0 ? 1 : -1;
+    return turn > 0 ? 1 : -1;
 }
 
 /// The fold along a to b between the triangles (a, b, c) and (b, a, d), in radians: negative when d lies above the
@@ -193,15 +170,20 @@ bool MeshEdgeSwapper::shouldSwap(TopoMeshEdge e)
 void MeshEdgeSwapper::minimizeOppositeAngleSum(TopoMeshEdge e, bool& veto)
 {
     if (!e->twin) return void(veto = true);
-    if (!QuadSides(Quad(e)).isWiderAtCAndD()) veto = true;
+    const auto [a, b, c, d] = Quad(e);
+    if (const int larger = clearlyLarger(AngleSum::at(c, d, a, b), AngleSum::at(b, a, c, d))) {
+        if (larger > 0) veto = true;
+        return;
+    }
+    const double before = angleAt(c, a, b) + angleAt(d, a, b), after = angleAt(b, c, d) + angleAt(a, c, d);
+    if (after >= before) veto = true;
 }
 
 void MeshEdgeSwapper::preventFoldover(TopoMeshEdge e, bool& veto)
 {
     if (!e->twin) return void(veto = true);
     const auto [a, b, c, d] = Quad(e);
-    const Normal first = normalOf(c, d, b), second = normalOf(a, d, c);
-    if (!first.isValid() || !second.isValid() || isBeyondRightAngle(first, second)) veto = true;
+    if (internal::foldsOver(a, b, c, d)) veto = true;
 }
 
 void MeshEdgeSwapper::preserveBoundary(TopoMeshEdge e, bool& veto)
