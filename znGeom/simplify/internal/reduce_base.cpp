@@ -162,7 +162,7 @@ int MeshReduceBase::runBatch(BitVector& batch, Array<int>& remap)
         const zn::Reference<MeshAdjTris> adjTris = m_cache.getAdjTris(m_mesh);
         const int size = batch.getNumSetBits();
         selectAround(batch, *adjTris);
-        MeshModifyRep scope(m_mesh, *adjTris);
+        MeshModifyRep scope(m_mesh, *adjTris, &m_memory);
         const int numRemoved = removeAll(scope, batch);
         const bool isWorthIt = numRemoved * 3 / 2 >= size || batch.getNumSetBits() == size;
         if (numRemoved > 0 && isWorthIt) {
