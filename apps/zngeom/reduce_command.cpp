@@ -8,6 +8,8 @@
 #include "apps/zngeom/mesh_route.h"
 #include "apps/zngeom/pacer.h"
 #include "apps/zngeom/part_options.h"
+#include "apps/zngeom/picture/png_file.h"
+#include "apps/zngeom/picture_option.h"
 #include "apps/zngeom/positions_only.h"
 #include "znGeom/analysis/bounds.h"
 #include "znGeom/analysis/census.h"
@@ -52,6 +54,18 @@ std::string problemOfTolerance(const std::string& word)
     return Tolerance(word).number ? "" : "must be a distance above 0, or a percentage such as 0.1%";
 }
 
+Scene sceneOf(const znGeom::CompactMesh& mesh)
+{
+    Scene scene;
+    scene.mesh = &mesh;
+    scene.markings.resize(2);
+    scene.markings[0].name = "vertices";
+    scene.markings[0].count = static_cast<std::size_t>(mesh.getNumVertices());
+    scene.markings[1].name = "triangles";
+    scene.markings[1].count = static_cast<std::size_t>(mesh.getNumTriangles());
+    return scene;
+}
+
 class ReduceCommand : public Command
 {
 public:
@@ -64,7 +78,7 @@ public:
             "--tolerance 0.1% is that part of the diagonal of the bounding box. Vertices that stay keep their\n"
             "positions, and those on a boundary, or where the surface is not manifold, always stay. Vertices and\n"
             "triangles are renumbered; normals, texture coordinates and groups are not kept, polygons become\n"
-            "triangles.");
+            "triangles. The picture shows the mesh before and after.");
         m_files.addFiles(*sub);
         CLI::Option* to = sub->add_option("--to", m_amount, "How many vertices to keep: below 1 a part of them");
         CLI::Option* tolerance =
@@ -74,12 +88,14 @@ public:
         sub->callback([to, tolerance] {
             if (to->count() + tolerance->count() == 0) throw CLI::RequiredError("--to or --tolerance");
         });
+        addPictureOptions(*sub, m_picture, "Draw the mesh before and after: a PNG file");
         m_files.addFormats(*sub);
         return sub;
     }
 
     Report run(znUtil::Progress& progress) override
     {
+        if (!m_picture.path.empty()) checkPictureName(m_picture.path);
         znUtil::Progress phase;
         LoadedMesh loaded;
         progress.subPhase(0.3, phase);
@@ -93,17 +109,12 @@ public:
         progress.subPhase(0.1, phase);
         addBoundary(loaded, phase, report);
         progress.subPhase(0.5, phase);
-        phase.setCaption("reducing");
-        if (m_amount.empty())
-            reduceWithTolerance(loaded.mesh, phase, report);
-        else
-            reduceTo(loaded, phase);
+        const std::unique_ptr<PendingFile> picture = reduce(loaded, phase, report);
         checkCancelled(progress);
 
         progress.subPhase(0.1, phase);
-        report.add("vertices", loaded.mesh.getNumVertices());
-        report.add("triangles", loaded.mesh.getNumTriangles());
         m_files.save(loaded, phase);
+        if (picture) putInPlace(*picture, m_picture.path);
         report.addNotes(loaded.notes);
         return report;
     }
@@ -125,6 +136,26 @@ private:
         report.add("boundary_vertices", count, std::to_string(count) + (count > 0 ? ", which stay" : ""));
         progress.subPhase(0.3, phase);
         if (const std::string hint = soupNote(loaded.mesh, sides, phase); !hint.empty()) loaded.notes.push_back(hint);
+    }
+
+    /// Returns the picture, which waits for its place; null where none is wanted.
+    std::unique_ptr<PendingFile> reduce(LoadedMesh& loaded, znUtil::Progress& progress, Report& report) const
+    {
+        znGeom::CompactMesh original;
+        if (!m_picture.path.empty()) original = loaded.mesh;
+        progress.setCaption("reducing");
+        if (m_amount.empty())
+            reduceWithTolerance(loaded.mesh, progress, report);
+        else
+            reduceTo(loaded, progress);
+        report.add("vertices", loaded.mesh.getNumVertices());
+        report.add("triangles", loaded.mesh.getNumTriangles());
+        if (m_picture.path.empty()) return nullptr;
+
+        checkCancelled(progress);
+        progress.setCaption("drawing");
+        report.add("picture", m_picture.path);
+        return writePngAside(drawChange(sceneOf(original), sceneOf(loaded.mesh), m_picture.size), m_picture.path);
     }
 
     void reduceTo(LoadedMesh& loaded, znUtil::Progress& progress) const
@@ -168,6 +199,7 @@ private:
 
     MeshRoute m_files;
     std::string m_amount, m_tolerance; ///< one is empty
+    PictureOptions m_picture;
 };
 
 } // namespace

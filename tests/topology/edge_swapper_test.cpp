@@ -142,6 +142,32 @@ TEST(EdgeSwapper, PredicatesJudgeTheTwoTriangles)
     }
 }
 
+TEST(EdgeSwapper, JudgesAngleSumsAsTheAnglesThemselvesDo)
+{
+    const auto angleAt = [](const Point& corner, const Point& first, const Point& second) {
+        const znLinear::Vector u = first - corner, v = second - corner;
+        return std::atan2(cross(u, v).length(), dot(u, v));
+    };
+    Random random(11);
+    int numVetoed = 0, numClose = 0;
+    for (int round = 0; round < 20000; ++round) {
+        const double scale = std::ldexp(1.0, random.below(120) - 60), height = round % 3 == 0 ? 0 : random.real(0, 1);
+        Point p[4];
+        for (Point& corner : p)
+            corner = Point(random.real(-1, 1) * scale, random.real(-1, 1) * scale, random.real(-1, 1) * height * scale);
+        if (round % 5 == 0) p[3] = p[2] + 1e-4 * (p[3] - p[2]); // slivers
+        if (round % 7 == 0) p[0] = p[1] + 1e-7 * (p[0] - p[1]);
+        const double before = angleAt(p[2], p[0], p[1]) + angleAt(p[3], p[0], p[1]),
+                     after = angleAt(p[1], p[2], p[3]) + angleAt(p[0], p[2], p[3]);
+        numClose += std::fabs(before - after) < 1e-3;
+        if (std::fabs(before - after) < 1e-9) continue;
+        const Pair pair(p[0], p[1], p[2], p[3]);
+        ASSERT_EQ(vetoes(angleSum, pair.e), after >= before) << round;
+        numVetoed += after >= before;
+    }
+    EXPECT_TRUE(numVetoed > 5000 && numVetoed < 15000 && numClose > 20) << numVetoed << " " << numClose;
+}
+
 TEST(EdgeSwapper, ASwapThatIsNotVetoedIsVetoedOnceItIsDone)
 {
     Random random(1);

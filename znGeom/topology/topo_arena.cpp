@@ -12,17 +12,22 @@ constexpr std::size_t mostBlocksPerSlab = 64;
 
 } // namespace
 
+void TopoBlockList::addSlab(std::size_t numBlocks)
+{
+    const std::size_t slabBytes = numBlocks * TopoBlock::bytes;
+    const bool huge = slabBytes >= znUtil::hugePageBytes;
+    const std::size_t alignment = huge ? znUtil::hugePageBytes : TopoBlock::bytes;
+    auto* slab = static_cast<std::byte*>(::operator new(slabBytes, std::align_val_t(alignment)));
+    m_slabs.emplace_back(slab, FreeSlab{alignment});
+    if (huge) znUtil::adviseHugePages(slab, slabBytes);
+    m_next = slab;
+    m_blocksLeft = numBlocks;
+}
+
 std::byte* TopoBlockList::addBlock(int firstNumber)
 {
     if (m_blocksLeft == 0) {
-        const std::size_t slabBytes = m_blocksPerSlab * TopoBlock::bytes;
-        const bool huge = slabBytes >= znUtil::hugePageBytes;
-        const std::size_t alignment = huge ? znUtil::hugePageBytes : TopoBlock::bytes;
-        auto* slab = static_cast<std::byte*>(::operator new(slabBytes, std::align_val_t(alignment)));
-        m_slabs.emplace_back(slab, FreeSlab{alignment});
-        if (huge) znUtil::adviseHugePages(slab, slabBytes);
-        m_next = slab;
-        m_blocksLeft = m_blocksPerSlab;
+        addSlab(m_blocksPerSlab);
         m_blocksPerSlab = std::min(2 * m_blocksPerSlab, mostBlocksPerSlab);
     }
     --m_blocksLeft;
@@ -31,6 +36,14 @@ std::byte* TopoBlockList::addBlock(int firstNumber)
     new (block) TopoBlock(firstNumber, this);
     m_records.push_back(block + TopoBlock::headerBytes);
     return m_records.back();
+}
+
+std::byte* TopoBlockList::addFirstBlocks(int count, int recordsPerBlock)
+{
+    addSlab((static_cast<std::size_t>(count) - 1) / static_cast<std::size_t>(recordsPerBlock) + 1);
+    std::byte* const first = m_next;
+    for (int number = 0; m_blocksLeft > 0; number += recordsPerBlock) addBlock(number);
+    return first;
 }
 
 BlindData* TopoBlockList::addColumn(TopoBlock& block, int slot, int numRecords)

@@ -69,6 +69,8 @@ public:
 
     /// A fresh block, its header filled in. \return its first byte for records
     std::byte* addBlock(int firstNumber);
+    /// As many blocks as `count` records need, the first of their kind, in one piece. \return the first block
+    std::byte* addFirstBlocks(int count, int recordsPerBlock);
     /// Gives a block room for a slot of `numRecords` records, all unwritten.
     BlindData* addColumn(TopoBlock& block, int slot, int numRecords);
     /// The first byte for records of a block.
@@ -80,6 +82,8 @@ private:
         std::size_t alignment;
         void operator()(std::byte* slab) const { ::operator delete(slab, std::align_val_t(alignment)); }
     };
+
+    void addSlab(std::size_t numBlocks);
 
     std::vector<std::byte*> m_records;
     std::vector<std::unique_ptr<std::byte, FreeSlab>> m_slabs;
@@ -95,6 +99,26 @@ Record* TopoBlock::numbered(const Record* other, int number)
     constexpr int perBlock = numRecords<Record>();
     return reinterpret_cast<Record*>(of(other)->list->recordsOf(number / perBlock)) + number % perBlock;
 }
+
+/// Records that were made at once: they lie in one piece, by their numbers from 0 on.
+template <typename Record>
+class TopoRun
+{
+public:
+    TopoRun() = default;
+    explicit TopoRun(std::byte* firstBlock) : m_first(firstBlock) {}
+
+    Record* operator[](int number) const
+    {
+        constexpr auto perBlock = static_cast<unsigned>(TopoBlock::numRecords<Record>());
+        const auto place = static_cast<unsigned>(number);
+        return reinterpret_cast<Record*>(m_first + (place / perBlock) * TopoBlock::bytes + TopoBlock::headerBytes +
+                                         (place % perBlock) * sizeof(Record));
+    }
+
+private:
+    std::byte* m_first = nullptr;
+};
 
 /// Makes records; none is ever made in the place of an earlier one, so that a handle never comes to name something
 /// else.
@@ -115,6 +139,17 @@ public:
         auto* record = new (m_next) Record;
         m_next += sizeof(Record);
         return record;
+    }
+    /// Makes the first `count` records at once. It is for the caller to construct them.
+    TopoRun<Record> makeFirst(int count)
+    {
+        constexpr int perBlock = TopoBlock::numRecords<Record>();
+        if (count == 0) return {};
+        const TopoRun<Record> run(m_blocks.addFirstBlocks(count, perBlock));
+        m_next = reinterpret_cast<std::byte*>(run[count - 1]) + sizeof(Record);
+        m_left = perBlock - 1 - (count - 1) % perBlock;
+        m_numMade = count;
+        return run;
     }
     /// How many records were made so far, deleted ones included: one more than the largest creation number.
     int numMade() const { return m_numMade; }

@@ -8,6 +8,9 @@
 namespace znGeom {
 
 class TopoMesh;
+namespace internal {
+class TriangleBuilder;
+}
 
 /// What was done to a half-edge mesh. An algorithm reports it to the mesh once, at its end, and only if it changed
 /// anything.
@@ -165,6 +168,8 @@ public:
     void modified(TopoMeshModification& modification) { sendMessage(modification); }
 
 private:
+    friend class internal::TriangleBuilder;
+
     template <typename Handle>
     struct List
     {
