@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "znGeom/planar/triangulate_polygon.h"
+#include "znGeom/solvers/internal/frontal_cholesky.h"
 
 namespace znGeom::internal {
 
@@ -17,6 +18,9 @@ using znUtil::Progress;
 
 /// Triangulating a longer loop well would take longer than everything else.
 constexpr int longestTriangulated = 1500;
+
+/// The factor of a larger system would take more than two gigabytes.
+constexpr int mostEliminated = 1 << 20;
 
 /// A band of triangles from side to side of a loop, in the form of `triangulatePolygon`.
 void zigzag(int numPoints, zn::vector<int>& triangles)
@@ -143,6 +147,8 @@ bool ConformalMap::solve(znOS::AppOutput& output, Progress& progress, zn::vector
     if (!assemble(phase, solver, rightHandSide, start)) return false;
 
     progress.subPhase(0.8, phase);
+    solveAtOnce(solver.A(), rightHandSide, phase, start);
+    if (progress.cancelled()) return false;
     if (solver.A().isMMatrix())
         solver.initIncompleteCholeskyPreconditioner();
     else
@@ -167,6 +173,28 @@ bool ConformalMap::assemble(Progress& progress, ConjugateGradient& solver, NVect
         addRows(i, solver, rightHandSide);
     }
     return true;
+}
+
+/// By elimination. \param solution  stays as it is after a cancel, and where that comes to no solution
+void ConformalMap::solveAtOnce(const SparseMatrix& matrix, const NVector& rightHandSide, const Progress& progress,
+                               NVector& solution) const
+{
+    if (matrix.size() > mostEliminated) return;
+    FlatRows rows;
+    for (int i = 0; i < matrix.size(); ++i) {
+        for (const SparseElement& element : matrix.row(i))
+            if (element.value != 0) rows.elements().append(element); // many cancel each other
+        rows.endRow();
+    }
+    zn::vector<Point> places;
+    for (int i = 0; i < m_mesh.getNumVertices(); ++i)
+        if (m_free[i] >= 0) places.setSize(places.size() + 2, m_mesh.getVertices()[i].asPoint());
+    const Dissection dissection(rows, {places.begin(), places.end()});
+    FrontalCholesky factor(rows, dissection);
+    if (!factor.factorize(progress)) return;
+    NVector columns[] = {rightHandSide, NVector(matrix.size()), NVector(matrix.size())};
+    factor.solve(columns);
+    solution = columns[0];
 }
 
 void ConformalMap::addRows(int vertex, ConjugateGradient& solver, NVector& rightHandSide) const

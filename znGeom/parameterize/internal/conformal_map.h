@@ -31,18 +31,31 @@ public:
     /// Closes all loops but one by triangles that only the system has.
     void bridgeHoles(const zn::vector<zn::vector<int>>& loops, int outerLoop, znUtil::Progress& progress);
 
+    /// The number of unknowns.
+    int systemSize() const { return 2 * (m_mesh.getNumVertices() - 2); }
+
+    /// Puts the system together: entries 2 i and 2 i + 1 are the coordinates of the vertex of number i.
+    ///
+    /// \param solver                of `systemSize()` unknowns; receives the matrix
+    /// \param rightHandSide, start  both zeros; `start` receives the places of the vertices in the plane
+    /// \return false after a cancel
+    bool assemble(znUtil::Progress& progress, ConjugateGradient& solver, NVector& rightHandSide, NVector& start) const;
+
+    /// Solves it by elimination, and by the steps of conjugate gradients what that leaves. Where elimination is out of
+    /// the question the steps begin in the plane.
+    ///
     /// \param uvs  receives a place for each vertex
     /// \return false after a cancel
     bool solve(znOS::AppOutput& output, znUtil::Progress& progress, zn::vector<znLinear::Point2>& uvs);
 
 private:
     void bridge(const zn::vector<int>& loop, znUtil::Progress& progress);
-    bool assemble(znUtil::Progress& progress, ConjugateGradient& solver, NVector& rightHandSide, NVector& start) const;
+    void solveAtOnce(const SparseMatrix& matrix, const NVector& rightHandSide, const znUtil::Progress& progress,
+                     NVector& solution) const;
     void addRows(int vertex, ConjugateGradient& solver, NVector& rightHandSide) const;
     void addTriangle(const MeshTriangle& triangle, int vertex, ConjugateGradient& solver, NVector& rightHandSide) const;
     void iterate(ConjugateGradient& solver, znOS::AppOutput& output, znUtil::Progress& progress) const;
     bool takeSolution(const NVector& x, znUtil::Progress& progress, zn::vector<znLinear::Point2>& uvs) const;
-    int systemSize() const { return 2 * (m_mesh.getNumVertices() - 2); }
 
     const CompactMesh& m_mesh;
     const MeshAdjTris& m_adjTris;
