@@ -53,7 +53,7 @@ std::string findObstacle(const znGeom::CompactMesh& mesh, const MeshSummary& sum
     znGeom::meshAdjTris(mesh, adjTris);
     znGeom::meshManifold(mesh, adjTris, manifold);
     const int numTouching = manifold.badVertices.getNumSetBits();
-    if (numTouching > 0) return "borders touch at " + counted(numTouching, "vertex", "vertices") + first;
+    if (numTouching > 0) return "the surface touches itself at " + counted(numTouching, "vertex", "vertices") + first;
     return {};
 }
 

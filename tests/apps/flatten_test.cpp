@@ -98,7 +98,7 @@ TEST(ToolFlatten, SaysInOneLineWhatToDoFirst)
     } cases[] = {
         {mesh("soup.stl", boxBinaryStl()), {"weld the mesh first"}},
         {mesh("two.obj", tetrahedraObj()), {"2 components; split it"}},
-        {mesh("touching.obj", touching), {"borders touch at 1 vertex; repair the mesh first"}},
+        {mesh("touching.obj", touching), {"the surface touches itself at 1 vertex; repair the mesh first"}},
         {mesh("three.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nv 0 -1 0\nv 0 0 1\nf 1 2 3\nf 2 1 4\nf 1 2 5\n"),
          {"1 edge has three triangles or more; repair the mesh first"}},
         {mesh("turned.obj", with(gridObj(2), "f 1 2 5 4", "f 4 5 2 1")), {"wound in opposite directions at 2 edges"}},
