@@ -240,6 +240,15 @@ TEST(Reparameterize, CopesWithTrianglesWithoutArea)
     ASSERT_TRUE(flatten(mesh));
     for (const float value : uvsOf(mesh)) EXPECT_TRUE(value >= 0 && value <= 1);
     EXPECT_LT(meshUVDistortion(mesh).largestStretch, 1 + 1e-5);
+
+    // Two halves with nothing but such triangles between them: either can turn about its pin, and stays.
+    CompactMesh halves = znTest::bend(6, 4, [](double x, double y) { return Point(x < 3 ? x : x - 1, y, 0); });
+    reparameterizeMesh flattening(halves);
+    flattening.enableMeshWelding(false);
+    ASSERT_TRUE(flattening.flatten());
+    const MeshUVDistortion distortion = meshUVDistortion(halves);
+    EXPECT_LT(distortion.largestStretch, 1 + 1e-5);
+    EXPECT_LT(distortion.largestScale, 1 + 1e-5);
 }
 
 TEST(Reparameterize, ACancelLeavesNoTrace)

@@ -19,8 +19,8 @@ using znUtil::Progress;
 /// Triangulating a longer loop well would take longer than everything else.
 constexpr int longestTriangulated = 1500;
 
-/// The factor of a larger system would take more than two gigabytes.
-constexpr int mostEliminated = 1 << 20;
+/// A larger system would take more than four gigabytes.
+constexpr int mostEliminated = 1 << 21;
 
 /// A band of triangles from side to side of a loop, in the form of `triangulatePolygon`.
 void zigzag(int numPoints, zn::vector<int>& triangles)
