@@ -80,7 +80,7 @@ public:
             "The picture shows the mesh under a checkerboard, and the chart.");
         m_files.addFiles(*sub, "The OBJ file to write; may be the same");
         sub->add_flag("--no-cut", m_isKeptWhole, "Refuse a surface that is no disk, instead of cutting it");
-        addPictureOptions(*sub, m_picture);
+        addPictureOptions(*sub, m_picture, "Draw the mesh under a checkerboard, and its chart: a PNG file");
         m_files.addFormats(*sub);
         return sub;
     }

@@ -3,13 +3,9 @@
 #include <cmath>
 #include <optional>
 
-#include "apps/zngeom/command.h"
-#include "apps/zngeom/mesh_files.h"
-#include "apps/zngeom/mesh_route.h"
+#include "apps/zngeom/change_command.h"
 #include "apps/zngeom/pacer.h"
 #include "apps/zngeom/part_options.h"
-#include "apps/zngeom/picture/png_file.h"
-#include "apps/zngeom/picture_option.h"
 #include "apps/zngeom/positions_only.h"
 #include "znGeom/analysis/bounds.h"
 #include "znGeom/analysis/census.h"
@@ -66,7 +62,7 @@ Scene sceneOf(const znGeom::CompactMesh& mesh)
     return scene;
 }
 
-class ReduceCommand : public Command
+class ReduceCommand : public ChangeCommand
 {
 public:
     CLI::App* addTo(CLI::App& app) override
@@ -88,38 +84,32 @@ public:
         sub->callback([to, tolerance] {
             if (to->count() + tolerance->count() == 0) throw CLI::RequiredError("--to or --tolerance");
         });
-        addPictureOptions(*sub, m_picture, "Draw the mesh before and after: a PNG file");
-        m_files.addFormats(*sub);
+        addLastOptions(*sub);
         return sub;
     }
 
-    Report run(znUtil::Progress& progress) override
+private:
+    std::unique_ptr<PendingFile> change(LoadedMesh& loaded, znUtil::Progress& progress, Report& report) const override
     {
-        if (!m_picture.path.empty()) checkPictureName(m_picture.path);
         znUtil::Progress phase;
-        LoadedMesh loaded;
-        progress.subPhase(0.3, phase);
-        m_files.load(loaded, phase);
-        checkHasTriangles(loaded.mesh, m_files.input);
         keepPositionsOnly(loaded, "the reduction");
-
-        Report report = m_files.report();
+        znGeom::CompactMesh original;
+        if (isDrawn()) original = loaded.mesh;
         report.add("vertices_before", loaded.mesh.getNumVertices());
         report.add("triangles_before", loaded.mesh.getNumTriangles());
-        progress.subPhase(0.1, phase);
+        progress.subPhase(0.2, phase);
         addBoundary(loaded, phase, report);
-        progress.subPhase(0.5, phase);
-        const std::unique_ptr<PendingFile> picture = reduce(loaded, phase, report);
-        checkCancelled(progress);
-
-        progress.subPhase(0.1, phase);
-        m_files.save(loaded, phase);
-        if (picture) putInPlace(*picture, m_picture.path);
-        report.addNotes(loaded.notes);
-        return report;
+        progress.subPhase(0.8, phase);
+        phase.setCaption("reducing");
+        if (m_amount.empty())
+            reduceWithTolerance(loaded.mesh, phase, report);
+        else
+            reduceTo(loaded, phase);
+        report.add("vertices", loaded.mesh.getNumVertices());
+        report.add("triangles", loaded.mesh.getNumTriangles());
+        return isDrawn() ? draw(sceneOf(original), sceneOf(loaded.mesh), progress, report) : nullptr;
     }
 
-private:
     static void addBoundary(LoadedMesh& loaded, znUtil::Progress& progress, Report& report)
     {
         progress.setCaption("looking for boundaries");
@@ -136,26 +126,6 @@ private:
         report.add("boundary_vertices", count, std::to_string(count) + (count > 0 ? ", which stay" : ""));
         progress.subPhase(0.3, phase);
         if (const std::string hint = soupNote(loaded.mesh, sides, phase); !hint.empty()) loaded.notes.push_back(hint);
-    }
-
-    /// Returns the picture, which waits for its place; null where none is wanted.
-    std::unique_ptr<PendingFile> reduce(LoadedMesh& loaded, znUtil::Progress& progress, Report& report) const
-    {
-        znGeom::CompactMesh original;
-        if (!m_picture.path.empty()) original = loaded.mesh;
-        progress.setCaption("reducing");
-        if (m_amount.empty())
-            reduceWithTolerance(loaded.mesh, progress, report);
-        else
-            reduceTo(loaded, progress);
-        report.add("vertices", loaded.mesh.getNumVertices());
-        report.add("triangles", loaded.mesh.getNumTriangles());
-        if (m_picture.path.empty()) return nullptr;
-
-        checkCancelled(progress);
-        progress.setCaption("drawing");
-        report.add("picture", m_picture.path);
-        return writePngAside(drawChange(sceneOf(original), sceneOf(loaded.mesh), m_picture.size), m_picture.path);
     }
 
     void reduceTo(LoadedMesh& loaded, znUtil::Progress& progress) const
@@ -197,9 +167,7 @@ private:
         return diagonal * *tolerance.number / 100;
     }
 
-    MeshRoute m_files;
     std::string m_amount, m_tolerance; ///< one is empty
-    PictureOptions m_picture;
 };
 
 } // namespace

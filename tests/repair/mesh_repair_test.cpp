@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -10,8 +9,6 @@
 #include "tests/support/recorder.h"
 #include "tests/support/shapes.h"
 #include "tests/support/shared_meshes.h"
-#include "znGeom/editing/weld.h"
-#include "znGeom/files/mesh_load.h"
 #include "znGeom/spatial/queries/mesh_intersect.h"
 
 using namespace znGeom;

@@ -101,6 +101,33 @@ TEST(EdgeSwapper, SwapsNothingUntilSomethingIsConnectedThatDoesNotVeto)
     EXPECT_FALSE(swapper.shouldSwap(pair.e));
 }
 
+TEST(EdgeSwapper, JudgesByTheAnglesThemselves)
+{
+    const auto angleAt = [](const Point& at, const Point& p, const Point& q) {
+        const znLinear::Normal first(p - at), second(q - at);
+        return first.isValid() && second.isValid() ? angle(first, second) : 0;
+    };
+    Random random(3);
+    for (int i = 0; i < 4000; ++i) {
+        Point p[4];
+        for (Point& corner : p) { // in space, near a circle, flat and thin, on few places
+            const double turn = random.real(0, 2 * std::numbers::pi), off = i % 8 < 4 ? 0 : random.real(-1e-9, 1e-9);
+            if (i % 4 == 0) corner = {random.real(-1, 1), random.real(-1, 1), random.real(-1, 1)};
+            if (i % 4 == 1) corner = {std::cos(turn), std::sin(turn) + off, 0.25};
+            if (i % 4 == 2) corner = {random.real(-1, 1), off, 0};
+            if (i % 4 == 3) corner = Point(random.below(2), random.below(2), random.below(2));
+        }
+        const auto& [a, b, c, d] = p;
+        const double before = angleAt(c, a, b) + angleAt(d, a, b), after = angleAt(b, c, d) + angleAt(a, c, d);
+        const znLinear::Normal first(cross(b - d, c - d)), second(cross(c - d, a - d));
+        Pair pair(a, b, c, d);
+        EXPECT_EQ(vetoes(angleSum, pair.e), after >= before) << i;
+        EXPECT_EQ(vetoes(foldover, pair.e),
+                  !first.isValid() || !second.isValid() || angle(first, second) > std::numbers::pi / 2)
+            << i;
+    }
+}
+
 TEST(EdgeSwapper, PredicatesJudgeTheTwoTriangles)
 {
     struct Case

@@ -36,10 +36,10 @@ BitVector whollyInside(const CompactMesh& mesh, const BitVector& triangles, cons
 } // namespace
 
 ConvertImpl::ConvertImpl(const CompactMesh& source, const BitVector& triangleSet, const BitVector& vertexSet,
-                         const MeshAdjTris& adjTris)
+                         const MeshAdjTris& adjTris, TopoMemory* memory)
     : mesh(source), vertices(resized(vertexSet, source.getNumVertices())),
-      triangles(whollyInside(source, triangleSet, vertices)), adjacency(adjTris), m_vertexRanks(vertices),
-      m_triangleRanks(triangles), m_known(vertices)
+      triangles(whollyInside(source, triangleSet, vertices)), adjacency(adjTris), topoMesh(memory),
+      m_vertexRanks(vertices), m_triangleRanks(triangles), m_known(vertices)
 {}
 
 ConvertImpl::~ConvertImpl() = default;

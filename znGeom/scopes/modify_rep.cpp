@@ -48,8 +48,8 @@ class MeshModifyRep::ModifyImpl final : public ConvertImpl
 {
 public:
     ModifyImpl(CompactMesh& target, const BitVector& triangleSet, const BitVector& vertexSet,
-               const MeshAdjTris& adjTris)
-        : ConvertImpl(target, triangleSet, vertexSet, adjTris), m_target(target)
+               const MeshAdjTris& adjTris, TopoMemory* memory)
+        : ConvertImpl(target, triangleSet, vertexSet, adjTris, memory), m_target(target)
     {}
 
     TopoMesh& extract() override
@@ -184,12 +184,12 @@ private:
 };
 
 MeshModifyRep::MeshModifyRep(CompactMesh& mesh, const BitVector& triangles, const BitVector& vertices,
-                             const MeshAdjTris& adjacency)
-    : MeshConvertRep(new ModifyImpl(mesh, triangles, vertices, adjacency))
+                             const MeshAdjTris& adjacency, TopoMemory* memory)
+    : MeshConvertRep(new ModifyImpl(mesh, triangles, vertices, adjacency, memory))
 {}
 
-MeshModifyRep::MeshModifyRep(CompactMesh& mesh, const MeshAdjTris& adjacency)
-    : MeshModifyRep(mesh, mesh.getSelectedTriangles(), mesh.getSelectedVertices(), adjacency)
+MeshModifyRep::MeshModifyRep(CompactMesh& mesh, const MeshAdjTris& adjacency, TopoMemory* memory)
+    : MeshModifyRep(mesh, mesh.getSelectedTriangles(), mesh.getSelectedVertices(), adjacency, memory)
 {}
 
 MeshModifyRep::~MeshModifyRep() = default;

@@ -24,10 +24,11 @@ struct Quad
     explicit Quad(TopoMeshEdge e) : a(e->origin), b(endOf(e)), c(e->prev->origin), d(e->twin->prev->origin) {}
 };
 
-/// The angle at a corner; the same to the last bit whichever side comes first.
+/// The angle at a corner; the same to the last bit whichever side comes first. 0 where a side has no direction.
 double angleAt(TopoMeshVertex corner, TopoMeshVertex first, TopoMeshVertex second)
 {
-    return angle(Normal(first->point - corner->point), Normal(second->point - corner->point));
+    const Normal a(first->point - corner->point), b(second->point - corner->point);
+    return a.isValid() && b.isValid() ? angle(a, b) : 0;
 }
 
 /// A complex number whose argument is an angle, or the sum of two, up to a full turn. Its length is of no matter.

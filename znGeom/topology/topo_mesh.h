@@ -52,6 +52,8 @@ class ZNGEOM_API TopoMesh : public Entity
 {
 public:
     TopoMesh();
+    /// \param memory  lends the memory for the elements; outlives the mesh. May be null
+    explicit TopoMesh(TopoMemory* memory);
     ~TopoMesh() override;
     TopoMesh(const TopoMesh&) = delete;
     TopoMesh& operator=(const TopoMesh&) = delete;

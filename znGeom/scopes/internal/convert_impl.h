@@ -13,7 +13,7 @@ class ConvertImpl : public zn::ImplBase
 {
 public:
     ConvertImpl(const CompactMesh& mesh, const BitVector& triangles, const BitVector& vertices,
-                const MeshAdjTris& adjacency);
+                const MeshAdjTris& adjacency, TopoMemory* memory = nullptr);
     ~ConvertImpl() override;
 
     virtual TopoMesh& extract();
