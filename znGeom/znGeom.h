@@ -7,6 +7,7 @@
 #include "znGeom/editing.h"
 #include "znGeom/files.h"
 #include "znGeom/foundation.h"
+#include "znGeom/parameterize.h"
 #include "znGeom/planar.h"
 #include "znGeom/repair.h"
 #include "znGeom/scopes.h"

@@ -33,5 +33,6 @@ std::unique_ptr<Command> makeCheckCommand();
 std::unique_ptr<Command> makeRepairCommand();
 std::unique_ptr<Command> makeReduceCommand();
 std::unique_ptr<Command> makeFillCommand();
+std::unique_ptr<Command> makeFlattenCommand();
 
 } // namespace tool

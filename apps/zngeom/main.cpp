@@ -67,6 +67,7 @@ Examples:
   zngeom check scan.ply --picture defects.png
   zngeom repair scan.ply whole.ply --self-intersections
   zngeom fill scan.ply closed.ply --max-length 100
+  zngeom flatten scan.ply flat.obj --picture chart.png
   zngeom reduce scan.ply small.ply --to 0.1
   zngeom intersect part.obj other.obj lines.obj)";
 
@@ -141,8 +142,8 @@ Commands addCommands(CLI::App& app, OutputOptions& options)
 {
     Commands commands;
     for (auto make : {makeInfoCommand, makeWeldCommand, makeConvertCommand, makeSplitCommand, makeExtractCommand,
-                      makeClosestCommand, makeCheckCommand, makeRepairCommand, makeFillCommand, makeReduceCommand,
-                      makeIntersectCommand}) {
+                      makeClosestCommand, makeCheckCommand, makeRepairCommand, makeFillCommand, makeFlattenCommand,
+                      makeReduceCommand, makeIntersectCommand}) {
         std::unique_ptr<Command> command = make();
         CLI::App* sub = command->addTo(app)->group("Commands");
         sub->add_flag("--json", options.json, "Print the report as JSON");

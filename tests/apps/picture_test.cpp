@@ -137,6 +137,23 @@ TEST(ToolPicture, IsDrawnOfMeshesThatHaveNoExtentOrTooMuch)
     }
 }
 
+TEST(ToolPicture, ShowsAChartAndItsBoardOnTheMesh)
+{
+    const Scratch scratch;
+    const std::string path = scratch.path("chart.png"), out = scratch.path("out.obj");
+    const Json told =
+        report({"flatten", scratch.write("grid.obj", gridObj(6)), out, "--picture", path, "--picture-size", "900x500"});
+    EXPECT_EQ(told["picture"], path);
+    const Picture picture(path);
+    // A square, twice, which the board divides evenly.
+    const int dark = picture.count([](const Pixel& p) { return p.blue > p.red + 40; });
+    const int light = picture.count([](const Pixel& p) { return p.red > 170 && p.red < 245 && p.blue >= p.red; });
+    EXPECT_GT(dark, 20000);
+    EXPECT_NEAR(dark, light, 0.2 * dark);
+    EXPECT_GT(picture.count([](const Pixel& p) { return p.red > 200 && p.blue < 60; }), 1000) << "borders";
+    EXPECT_EQ(picture.count(isRed), 0) << "nothing is turned over";
+}
+
 } // namespace
 
 } // namespace toolTest

@@ -25,6 +25,7 @@
 /// | `meshSmoothLaplacian`, `meshSmoothBilateral` | `GeometryChanged` |                    | none |
 /// | `meshMakeManifold`, `MeshMerge`           | `TopologyChanged`   |                     | none |
 /// | triangle strip building                   | `AttributesChanged` |                     | `stripsAndFansModified` |
+/// | `cutSurface::makeDisk`                    | `TopologyChanged`   |                     | `vertexAttribsModified` per attribute, `triangleNormalsValid` |
 /// | `reparameterizeMesh`                      | `AttributesChanged` |                     | `uvsModified` |
 // clang-format on
 #pragma once
