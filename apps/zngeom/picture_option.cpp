@@ -30,9 +30,9 @@ std::string problemOfSize(const std::string& word)
 
 } // namespace
 
-void addPictureOptions(CLI::App& app, PictureOptions& options)
+void addPictureOptions(CLI::App& app, PictureOptions& options, const std::string& about)
 {
-    CLI::Option* picture = app.add_option("--picture", options.path, "Draw the mesh with its defects: a PNG file");
+    CLI::Option* picture = app.add_option("--picture", options.path, about);
     app.add_option_function<std::string>(
            "--picture-size", [&options](const std::string& word) { options.size = parseSize(word); },
            "The size of the picture in pixels")

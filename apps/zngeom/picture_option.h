@@ -18,6 +18,7 @@ struct PictureOptions
 };
 
 /// Adds `--picture` and `--picture-size`.
-void addPictureOptions(CLI::App& app, PictureOptions& options);
+void addPictureOptions(CLI::App& app, PictureOptions& options,
+                       const std::string& about = "Draw the mesh with its defects: a PNG file");
 
 } // namespace tool
