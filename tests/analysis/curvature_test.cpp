@@ -162,6 +162,40 @@ TEST(Curvature, MeetsClosedForms)
     }
 }
 
+TEST(Curvature, AddsUpToTheEulerNumber)
+{
+    // Closed, with a handle; with holes, where the turning of the border belongs to the sum; with two borders.
+    znTest::Random random(4);
+    CompactMesh torus, annulus, holes;
+    znTest::makeTorus(torus, 20, 12), znTest::makeAnnulus(annulus, 17);
+    holes = torus;
+    const int removed[] = {0, 1, 40, 41, 42, 200};
+    for (int i = 5; i >= 0; --i)
+        std::copy(&holes.getTriangles()[removed[i] + 1], holes.getTriangles() + 480 - (5 - i),
+                  &holes.getTriangles()[removed[i]]);
+    holes.resizeTriangleArray(474);
+    for (CompactMesh mesh : {torus, annulus, holes, sphere(2, 3)}) {
+        for (int i = 0; i < 3 * mesh.getNumVertices(); ++i) mesh.getVerticesRaw()[i] += float(random.real(0, 0.05));
+        const CornerSums sums(mesh);
+        const std::vector<float> found = curvature(mesh, GaussianCurvature);
+        const MeshAdjTris adjTris = znTest::adjTrisOf(mesh);
+        MeshAdjVertices adjVertices;
+        meshAdjVertices(mesh, adjTris, adjVertices);
+        double sum = 0, total = 0;
+        int numEdgeEnds = 0;
+        for (int v = 0; v < mesh.getNumVertices(); ++v) {
+            const int numBorders = adjVertices.numNeighbours(v) - adjTris.numTris(v);
+            numEdgeEnds += adjVertices.numNeighbours(v);
+            sum += numBorders == 0 ? double(found[size_t(v)]) * sums.areas[size_t(v)]
+                                   : 2 * pi - sums.angles[size_t(v)] - pi * numBorders;
+            total += sums.areas[size_t(v)];
+        }
+        const int euler = mesh.getNumVertices() - numEdgeEnds / 2 + mesh.getNumTriangles();
+        EXPECT_NEAR(sum, 2 * pi * euler, 1e-4);
+        EXPECT_NEAR(total / double(meshArea(mesh, MeshChannelVertices)), 1, 1e-5);
+    }
+}
+
 TEST(Curvature, IsThatOfTheTransformedSurface)
 {
     AffineMatrixFlt shear, twice(2.0f), mirror;

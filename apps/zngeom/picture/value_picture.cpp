@@ -1,13 +1,13 @@
 #include "apps/zngeom/picture/value_picture.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 
 #include "apps/zngeom/picture/lettering.h"
 #include "apps/zngeom/picture/panels.h"
 #include "apps/zngeom/picture/projection.h"
 #include "apps/zngeom/picture/viewpoint.h"
-#include "apps/zngeom/report.h"
 
 namespace tool {
 
@@ -77,6 +77,12 @@ private:
     double m_light = 1;
 };
 
+std::string fewDigits(double value)
+{
+    char digits[32];
+    return {digits, std::to_chars(digits, digits + sizeof digits, value, std::chars_format::general, 4).ptr};
+}
+
 /// The colours between their two numbers, and what they mean.
 void paintScale(Canvas& canvas, const ValueScale& scale, const std::string& title, const Frame& frame)
 {
@@ -88,11 +94,11 @@ void paintScale(Canvas& canvas, const ValueScale& scale, const std::string& titl
         drawText(canvas, left, top, text, ink);
         left += letterWidth * static_cast<int>(text.size()) + gap;
     };
-    write(shownNumber(scale.low));
+    write(fewDigits(scale.low));
     const ValueScale bar{0, barWidth - 1.0};
     for (int x = 0; x < barWidth; ++x) canvas.fillFrame({left + x, top, left + x + 1, top + barHeight}, bar.at(x));
     left += barWidth + gap;
-    write(shownNumber(scale.high));
+    write(fewDigits(scale.high));
     left += gap;
     write(title);
 }

@@ -15,7 +15,7 @@ namespace znGeom {
 /// A hit is one of `intersectRayTriangle` ahead of the origin by more than `epsilonTolFlt`, the same for every way that
 /// leads to it. What that function does not see, no cast sees: a triangle is invisible where twice its area, times the
 /// length of the direction, times the cosine between the direction and the normal, is at most 1e-6. In a mesh a quarter
-/// of a unit large with seventy thousand triangles, that is every one of them for a direction of unit length. Callers
+/// of a unit large with seventy thousand triangles, a third of the hits are lost for directions of unit length. Callers
 /// with such meshes make the direction longer, a thousand times or more: parameters become as much smaller, and the
 /// smallest one that counts, 1e-7, as much larger in units of the mesh. Where that is too coarse they cast in a copy
 /// that `meshTransform` has scaled up.
