@@ -249,7 +249,9 @@ private:
             const double part = diagonal > 0 ? value / diagonal : 0;
             object[name] = rounded(value);
             object[std::string(name) + "_part"] = rounded(part);
-            report.addForPeople(label + ' ' + name,
+            std::string words = label + ' ' + name;
+            std::replace(words.begin(), words.end(), '_', ' ');
+            report.addForPeople(words,
                                 shownNumber(value) + ", " + shownNumber(100 * part) + " % of the diagonal" + where);
         };
         const Report::Value at = {shortest(way.at.x), shortest(way.at.y), shortest(way.at.z)};
@@ -257,7 +259,7 @@ private:
         add("largest", way.largest, ", at " + at[0].dump() + ' ' + at[1].dump() + ' ' + at[2].dump());
         add("mean", way.mean());
         add("rms", way.rms());
-        if (m_signed) add("lowest", way.lowest), add("highest", way.highest), add("signed mean", way.signedMean());
+        if (m_signed) add("lowest", way.lowest), add("highest", way.highest), add("signed_mean", way.signedMean());
         report.addForPrograms(key, std::move(object));
     }
 

@@ -89,7 +89,7 @@ TEST(ToolDistance, MeasuresEachWayAndBoth)
     EXPECT_EQ(told["both"]["points"], 16);
     EXPECT_NEAR(told["both"]["largest_part"].get<double>(), 1 / std::hypot(11, 10, 10), 1e-6);
     // In the other order it is the larger cube's vertices that lie outside.
-    EXPECT_EQ(report({"distance", small, large, "--signed"})["b_to_a"]["signed mean"], 1);
+    EXPECT_EQ(report({"distance", small, large, "--signed"})["b_to_a"]["signed_mean"], 1);
 
     // Points of the triangles know what vertices don't: a roof over a square.
     const std::string square = scratch.write("square.obj", "v 0 0 0\nv 4 0 0\nv 4 4 0\nv 0 4 0\nf 1 2 3 4\n"),

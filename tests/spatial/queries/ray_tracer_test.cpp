@@ -94,7 +94,7 @@ Cast makeCast(Random& random, const CompactMesh& mesh, int round)
     case 5:
         return {PointFlt(from), a + (b - a) * 0.5 - Point(PointFlt(from))};
     case 6:
-        return {PointFlt(a + random.vector(1e4 * size)), Vector()};
+        return {PointFlt(a + random.vector((round % 16 == 6 ? 1e4 : 1e9) * size)), Vector()};
     default:
         return {PointFlt(a), random.vector()};
     }

@@ -40,10 +40,7 @@ struct RayTracer::Engine
             ownTree = new TriangleTree(mesh);
             useTree(*ownTree);
         }
-        if (tree && isTreeUsable) {
-            internal::searchAlongRay(tree->triangles(), question, hit);
-            return;
-        }
+        if (tree && isTreeUsable && internal::searchAlongRay(tree->triangles(), question, hit)) return;
         if (!walk) walk.emplace(mesh, octree, octreeTris);
         walked += walk->search(question, hit);
     }

@@ -21,7 +21,7 @@ namespace znGeom {
 /// that `meshTransform` has scaled up.
 ///
 /// Two ways lead to the same answers: a walk over the leaves of the octree, at some ten microseconds a cast, and a
-/// `TriangleTree`, at less than one. An instance without a tree walks until that has cost about as much as making one,
+/// `TriangleTree`, at about one. An instance without a tree walks until that has cost about as much as making one,
 /// and then makes one for itself on the process-wide pool. Callers that expect many casts pass a tree, which serves
 /// nearest points as well.
 ///

@@ -36,7 +36,7 @@ struct FrameRay
     bool isForward[3];
     float slack;         ///< what a weight times the determinant may be off by, over the largest side
     double begin, scale; ///< the parameter of the moved origin, and what a parameter is multiplied with after that
-    bool mayHit;
+    bool mayHit, isTooFar;
 
     FrameRay(const PackedTriangles& tree, const RayQuestion& question)
     {
@@ -48,7 +48,8 @@ struct FrameRay
             largest = std::max(largest, std::fabs(along[axis]));
             size = std::max(size, std::fabs(at[axis]));
         }
-        constexpr double unit = 1.0 / (1 << 24);
+        constexpr double unit = 1.0 / (1 << 24), farthest = 1 << 20;
+        isTooFar = size > farthest * frame.largest;
         const double widening = 16 * unit * (frame.largest + size);
         double moved = 0;
         for (int axis = 0; axis < 3; ++axis) {
@@ -223,10 +224,12 @@ ZNGEOM_CLONES void findHit(const PackedTriangles& tree, const FrameRay& ray, Nea
 
 } // namespace
 
-void searchAlongRay(const PackedTriangles& tree, const RayQuestion& question, NearestHit& hit)
+bool searchAlongRay(const PackedTriangles& tree, const RayQuestion& question, NearestHit& hit)
 {
     const FrameRay ray(tree, question);
+    if (ray.isTooFar) return false;
     if (ray.mayHit) findHit(tree, ray, hit);
+    return true;
 }
 
 } // namespace znGeom::internal
