@@ -1,14 +1,16 @@
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <memory>
 #include <optional>
+#include <set>
 
-#include "apps/zngeom/command.h"
-#include "apps/zngeom/mesh_files.h"
-#include "apps/zngeom/mesh_route.h"
+#include "apps/zngeom/change_command.h"
 #include "apps/zngeom/pacer.h"
 #include "apps/zngeom/part_options.h"
 #include "apps/zngeom/positions_only.h"
 #include "apps/zngeom/usage.h"
+#include "apps/zngeom/write_file.h"
 #include "znGeom/analysis/adjacency.h"
 #include "znGeom/analysis/boundaries.h"
 #include "znGeom/analysis/census.h"
@@ -95,7 +97,47 @@ void addLoops(const std::vector<Loop>& loops, Report& report)
     report.addForPrograms("loops", std::move(list));
 }
 
-class FillCommand : public Command
+constexpr Colour ofRim{220, 30, 45}, ofPatch{255, 178, 60};
+
+Marking markRims(const znGeom::CompactMesh& mesh, const znGeom::MeshBoundaries& boundaries,
+                 const std::vector<Loop>& loops)
+{
+    Marking marking{"holes", 0, ofRim, {}, {}, {}};
+    for (const Loop& loop : loops) {
+        if (!loop.isWanted) continue;
+        ++marking.count;
+        const int *begin = boundaries.getStart(loop.inMesh), *end = boundaries.getEnd(loop.inMesh);
+        for (const int* vertex = begin; vertex != end; ++vertex) {
+            const int next = vertex + 1 == end ? *begin : vertex[1];
+            marking.lines.push_back({mesh.getVertices()[*vertex].asPoint(), mesh.getVertices()[next].asPoint()});
+        }
+    }
+    return marking;
+}
+
+/// The triangles of a mesh that lie where there was none before.
+Marking markNew(const znGeom::CompactMesh& before, const znGeom::CompactMesh& after)
+{
+    using Place = std::array<float, 3>;
+    const auto placesOf = [](const znGeom::CompactMesh& mesh, int triangle) {
+        std::array<Place, 3> places;
+        for (std::size_t i = 0; i < 3; ++i) {
+            const auto& vertex = mesh.getVertices()[mesh.getTriangles()[triangle].corners[i]];
+            places[i] = {vertex.x, vertex.y, vertex.z};
+        }
+        std::sort(places.begin(), places.end());
+        return places;
+    };
+    std::set<std::array<Place, 3>> old;
+    for (int t = 0; t < before.getNumTriangles(); ++t) old.insert(placesOf(before, t));
+    Marking marking{"new triangles", 0, ofPatch, {}, {}, {}};
+    for (int t = 0; t < after.getNumTriangles(); ++t)
+        if (!old.contains(placesOf(after, t))) marking.triangles.push_back(t);
+    marking.count = marking.triangles.size();
+    return marking;
+}
+
+class FillCommand : public ChangeCommand
 {
 public:
     CLI::App* addTo(CLI::App& app) override
@@ -107,6 +149,7 @@ public:
             "that they continue it. Vertices that stay keep their positions. Vertices and triangles are renumbered;\n"
             "normals, texture coordinates and groups are not kept, polygons become triangles. The time grows with\n"
             "the cube of the longest loop: --max-length leaves long ones open.\n"
+            "The picture shows the mesh before and after.\n"
             "Exit status: 0 when all loops are closed that should be, 2 when some stay open; OUT is written in both\n"
             "cases.");
         m_files.addFiles(*sub);
@@ -121,36 +164,22 @@ public:
             ->delimiter(',')
             ->allow_extra_args(false)
             ->option_text("I,J,...");
-        m_files.addFormats(*sub);
+        addLastOptions(*sub);
         return sub;
     }
 
-    Report run(znUtil::Progress& progress) override
+private:
+    std::unique_ptr<PendingFile> change(LoadedMesh& loaded, znUtil::Progress& progress, Report& report) const override
     {
         znUtil::Progress phase;
-        LoadedMesh loaded;
-        progress.subPhase(0.3, phase);
-        m_files.load(loaded, phase);
-        checkHasTriangles(loaded.mesh, m_files.input);
-
-        Report report = m_files.report();
         report.add("vertices_before", loaded.mesh.getNumVertices());
         report.add("triangles_before", loaded.mesh.getNumTriangles());
-        progress.subPhase(0.1, phase);
+        progress.subPhase(0.2, phase);
         checkSurface(loaded, phase);
-        progress.subPhase(0.5, phase);
-        fill(loaded, phase, report);
-        checkCancelled(progress);
-
-        progress.subPhase(0.1, phase);
-        report.add("vertices", loaded.mesh.getNumVertices());
-        report.add("triangles", loaded.mesh.getNumTriangles());
-        m_files.save(loaded, phase);
-        report.addNotes(loaded.notes);
-        return report;
+        progress.subPhase(0.8, phase);
+        return fill(loaded, phase, report);
     }
 
-private:
     /// Fails where no vertices are shared, since each triangle would get a back. Notes what hides boundaries.
     void checkSurface(LoadedMesh& loaded, znUtil::Progress& progress) const
     {
@@ -172,7 +201,7 @@ private:
                                    "or cut, unless the mesh is repaired first");
     }
 
-    void fill(LoadedMesh& loaded, znUtil::Progress& progress, Report& report) const
+    std::unique_ptr<PendingFile> fill(LoadedMesh& loaded, znUtil::Progress& progress, Report& report) const
     {
         znGeom::CompactMesh& mesh = loaded.mesh;
         znGeom::MeshAdjTris adjTris;
@@ -184,28 +213,41 @@ private:
         checkCancelled(progress);
         std::vector<Loop> loops = orderLoops(mesh, boundaries);
         chooseLoops(loops);
-
         zn::list<int> holes;
         for (const Loop& loop : loops)
             if (loop.isWanted) holes.append(loop.inMesh);
+
+        znGeom::CompactMesh original;
+        if (isDrawn()) original = mesh;
         zn::vector<HoleOutcome> outcomes;
-        int numFilled = 0;
         if (holes.size() > 0) {
             keepPositionsOnly(loaded, "the filling");
-            numFilled = znGeom::meshHoleFill(mesh, adjTris, adjVertices, boundaries, holes,
-                                             static_cast<znGeom::HoleQuality>(m_quality), progress, &outcomes);
+            znGeom::meshHoleFill(mesh, adjTris, adjVertices, boundaries, holes,
+                                 static_cast<znGeom::HoleQuality>(m_quality), progress, &outcomes);
             checkCancelled(progress);
         }
+        tellOutcomes(outcomes, loops, loaded, report);
+        if (!isDrawn()) return nullptr;
+        return draw({&original, {markRims(original, boundaries, loops)}, ""}, {&mesh, {markNew(original, mesh)}, ""},
+                    progress, report);
+    }
+
+    static void tellOutcomes(const zn::vector<HoleOutcome>& outcomes, std::vector<Loop>& loops, LoadedMesh& loaded,
+                             Report& report)
+    {
         for (int next = 0; Loop & loop : loops)
             if (loop.isWanted) loop.fate = fateOf(outcomes[next++]);
         addLoops(loops, report);
-        report.add("filled", numFilled, std::to_string(numFilled) + " of " + std::to_string(holes.size()));
-        if (numFilled < holes.size()) report.setStatus(Report::Status::Broken);
+        const auto numFilled = std::count(outcomes.begin(), outcomes.end(), HoleOutcome::Filled);
+        report.add("filled", numFilled, std::to_string(numFilled) + " of " + std::to_string(outcomes.size()));
+        if (numFilled < outcomes.size()) report.setStatus(Report::Status::Broken);
         const auto isPiece = [](HoleOutcome outcome) {
             return outcome == HoleOutcome::NotABoundary || outcome == HoleOutcome::NoLoop;
         };
         if (std::any_of(outcomes.begin(), outcomes.end(), isPiece))
             loaded.notes.push_back("boundaries that touch come out in pieces, unless the mesh is repaired first");
+        report.add("vertices", loaded.mesh.getNumVertices());
+        report.add("triangles", loaded.mesh.getNumTriangles());
     }
 
     void chooseLoops(std::vector<Loop>& loops) const
@@ -225,7 +267,6 @@ private:
         }
     }
 
-    MeshRoute m_files;
     std::vector<int> m_wanted; ///< numbers from 1; empty for all
     std::optional<int> m_maxLength;
     int m_quality = znGeom::HoleFaired;

@@ -3,9 +3,7 @@
 #include <cmath>
 #include <optional>
 
-#include "apps/zngeom/command.h"
-#include "apps/zngeom/mesh_files.h"
-#include "apps/zngeom/mesh_route.h"
+#include "apps/zngeom/change_command.h"
 #include "apps/zngeom/pacer.h"
 #include "apps/zngeom/part_options.h"
 #include "apps/zngeom/positions_only.h"
@@ -52,7 +50,19 @@ std::string problemOfTolerance(const std::string& word)
     return Tolerance(word).number ? "" : "must be a distance above 0, or a percentage such as 0.1%";
 }
 
-class ReduceCommand : public Command
+Scene sceneOf(const znGeom::CompactMesh& mesh)
+{
+    Scene scene;
+    scene.mesh = &mesh;
+    scene.markings.resize(2);
+    scene.markings[0].name = "vertices";
+    scene.markings[0].count = static_cast<std::size_t>(mesh.getNumVertices());
+    scene.markings[1].name = "triangles";
+    scene.markings[1].count = static_cast<std::size_t>(mesh.getNumTriangles());
+    return scene;
+}
+
+class ReduceCommand : public ChangeCommand
 {
 public:
     CLI::App* addTo(CLI::App& app) override
@@ -64,7 +74,7 @@ public:
             "--tolerance 0.1% is that part of the diagonal of the bounding box. Vertices that stay keep their\n"
             "positions, and those on a boundary, or where the surface is not manifold, always stay. Vertices and\n"
             "triangles are renumbered; normals, texture coordinates and groups are not kept, polygons become\n"
-            "triangles.");
+            "triangles. The picture shows the mesh before and after.");
         m_files.addFiles(*sub);
         CLI::Option* to = sub->add_option("--to", m_amount, "How many vertices to keep: below 1 a part of them");
         CLI::Option* tolerance =
@@ -74,41 +84,32 @@ public:
         sub->callback([to, tolerance] {
             if (to->count() + tolerance->count() == 0) throw CLI::RequiredError("--to or --tolerance");
         });
-        m_files.addFormats(*sub);
+        addLastOptions(*sub);
         return sub;
     }
 
-    Report run(znUtil::Progress& progress) override
+private:
+    std::unique_ptr<PendingFile> change(LoadedMesh& loaded, znUtil::Progress& progress, Report& report) const override
     {
         znUtil::Progress phase;
-        LoadedMesh loaded;
-        progress.subPhase(0.3, phase);
-        m_files.load(loaded, phase);
-        checkHasTriangles(loaded.mesh, m_files.input);
         keepPositionsOnly(loaded, "the reduction");
-
-        Report report = m_files.report();
+        znGeom::CompactMesh original;
+        if (isDrawn()) original = loaded.mesh;
         report.add("vertices_before", loaded.mesh.getNumVertices());
         report.add("triangles_before", loaded.mesh.getNumTriangles());
-        progress.subPhase(0.1, phase);
+        progress.subPhase(0.2, phase);
         addBoundary(loaded, phase, report);
-        progress.subPhase(0.5, phase);
+        progress.subPhase(0.8, phase);
         phase.setCaption("reducing");
         if (m_amount.empty())
             reduceWithTolerance(loaded.mesh, phase, report);
         else
             reduceTo(loaded, phase);
-        checkCancelled(progress);
-
-        progress.subPhase(0.1, phase);
         report.add("vertices", loaded.mesh.getNumVertices());
         report.add("triangles", loaded.mesh.getNumTriangles());
-        m_files.save(loaded, phase);
-        report.addNotes(loaded.notes);
-        return report;
+        return isDrawn() ? draw(sceneOf(original), sceneOf(loaded.mesh), progress, report) : nullptr;
     }
 
-private:
     static void addBoundary(LoadedMesh& loaded, znUtil::Progress& progress, Report& report)
     {
         progress.setCaption("looking for boundaries");
@@ -166,7 +167,6 @@ private:
         return diagonal * *tolerance.number / 100;
     }
 
-    MeshRoute m_files;
     std::string m_amount, m_tolerance; ///< one is empty
 };
 

@@ -1,15 +1,11 @@
-#include "apps/zngeom/command.h"
+#include "apps/zngeom/change_command.h"
 #include "apps/zngeom/defects/defect_report.h"
 #include "apps/zngeom/defects/defect_scene.h"
 #include "apps/zngeom/defects/repair_steps.h"
 #include "apps/zngeom/defects/triangle_data.h"
 #include "apps/zngeom/fold_option.h"
-#include "apps/zngeom/mesh_files.h"
-#include "apps/zngeom/mesh_route.h"
 #include "apps/zngeom/pacer.h"
 #include "apps/zngeom/part_options.h"
-#include "apps/zngeom/picture/png_file.h"
-#include "apps/zngeom/picture_option.h"
 
 namespace tool {
 
@@ -30,7 +26,7 @@ void addSteps(const std::vector<RepairStep>& steps, Report& report)
     report.addForPrograms("steps", std::move(list));
 }
 
-class RepairCommand : public Command
+class RepairCommand : public ChangeCommand
 {
 public:
     CLI::App* addTo(CLI::App& app) override
@@ -50,42 +46,19 @@ public:
         m_files.addFiles(*sub);
         sub->add_flag("--self-intersections", m_options.crossings, "Also remove triangles that cross others");
         addFoldOption(*sub, m_options.foldAngle);
-        addPictureOptions(*sub, m_picture);
-        m_files.addFormats(*sub);
+        addLastOptions(*sub);
         return sub;
     }
 
-    Report run(znUtil::Progress& progress) override
+private:
+    std::unique_ptr<PendingFile> change(LoadedMesh& loaded, znUtil::Progress& progress, Report& report) const override
     {
-        if (!m_picture.path.empty()) checkPictureName(m_picture.path);
-        znUtil::Progress phase;
-        LoadedMesh loaded;
-        progress.subPhase(0.3, phase);
-        m_files.load(loaded, phase);
-        checkHasTriangles(loaded.mesh, m_files.input);
         // The polygons would not follow the repair; only triangles are written anyway.
         loaded.mesh.resizePolyArrays(0, 0);
-        Report report = m_files.report();
-        progress.subPhase(0.6, phase);
-        const std::unique_ptr<PendingFile> picture = repair(loaded, phase, report);
-        checkCancelled(progress);
-
-        progress.subPhase(0.1, phase);
-        m_files.save(loaded, phase);
-        if (picture) putInPlace(*picture, m_picture.path);
-        report.addNotes(loaded.notes);
-        return report;
-    }
-
-private:
-    /// Returns the picture, which waits for its place; null where none is wanted.
-    std::unique_ptr<PendingFile> repair(LoadedMesh& loaded, znUtil::Progress& progress, Report& report) const
-    {
         znUtil::Progress phase;
         znGeom::CompactMesh original;
         MeshDefects originalDefects;
-        const bool isDrawn = !m_picture.path.empty();
-        if (isDrawn) {
+        if (isDrawn()) {
             original = loaded.mesh;
             progress.subPhase(0.2, phase);
             originalDefects = findDefects(original, m_options, phase);
@@ -98,13 +71,8 @@ private:
         report.add("vertices", loaded.mesh.getNumVertices());
         report.add("triangles", loaded.mesh.getNumTriangles());
         addDefects(loaded.mesh, left, Kinds::Found, report);
-        if (!isDrawn) return nullptr;
-
-        checkCancelled(progress);
-        progress.setCaption("drawing");
-        report.add("picture", m_picture.path);
-        return writePngAside(drawChange(sceneOf(original, originalDefects), sceneOf(loaded.mesh, left), m_picture.size),
-                             m_picture.path);
+        return isDrawn() ? draw(sceneOf(original, originalDefects), sceneOf(loaded.mesh, left), progress, report)
+                         : nullptr;
     }
 
     std::vector<RepairStep> repairFile(LoadedMesh& loaded, znUtil::Progress& progress) const
@@ -132,9 +100,7 @@ private:
             throw Failure(inputName(m_files.input) + ": --self-intersections would remove all triangles: " + note);
     }
 
-    MeshRoute m_files;
     DefectOptions m_options{false, {}};
-    PictureOptions m_picture;
 };
 
 } // namespace

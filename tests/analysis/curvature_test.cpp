@@ -246,7 +246,8 @@ TEST(Curvature, KeepsFlawsToThemselves)
     mesh.getVertices()[15] = mesh.getVertices()[16];
     const std::vector<float> flawed = curvature(mesh, GaussianCurvature);
     std::vector<int> touched, broken;
-    for (const int t : znTest::adjTrisOf(mesh).around(15))
+    const MeshAdjTris adjTris = znTest::adjTrisOf(mesh);
+    for (const int t : adjTris.around(15))
         if (hasVertex(mesh.getTriangles()[t], 16))
             for (const int v : mesh.getTriangles()[t].corners) touched.push_back(v);
     for (int v = 0; v < 36; ++v)

@@ -91,6 +91,16 @@ TEST(ToolFill, SaysWhatStaysOpen)
     EXPECT_EQ(info(out)["closed"], true);
 }
 
+TEST(ToolFill, DrawsTheMeshBeforeAndAfter)
+{
+    const Scratch scratch;
+    const std::string in = scratch.write("in.obj", openCubesObj()), out = scratch.path("out.obj");
+    const Json told = report({"fill", in, out, "--picture", scratch.path("a.png"), "--picture-size", "500x400"});
+    EXPECT_EQ(told["picture"], scratch.path("a.png"));
+    EXPECT_EQ(scratch.read("a.png").substr(1, 3), "PNG");
+    expectOneLine(runTool({"fill", in, out, "--picture", scratch.path("a.jpg")}), {"a.jpg", ".png"}, "jpg");
+}
+
 TEST(ToolFill, SaysWhatIsNotKeptAndRefusesASoup)
 {
     const Scratch scratch;

@@ -128,6 +128,19 @@ TEST(ToolPicture, ShowsBeforeAndAfterARepair)
     EXPECT_GT(greyOfRight, 50000);
 }
 
+TEST(ToolPicture, ShowsBeforeAndAfterAReduction)
+{
+    const Scratch scratch;
+    const std::string in = scratch.write("in.obj", gridObj(40)), path = scratch.path("picture.png");
+    report({"reduce", in, scratch.path("out.obj"), "--to", "0.2", "--picture", path, "--picture-size", "640x400"});
+    const Picture picture(path);
+    EXPECT_EQ(picture.width, 640);
+    EXPECT_GT(picture.count(isGrey), 20000);
+    expectOneLine(runTool({"reduce", in, scratch.path("other.obj"), "--to", "0.2", "--picture", "picture.bmp"}),
+                  {"picture.bmp"}, "bmp");
+    EXPECT_EQ(scratch.names(), (std::vector<std::string>{"in.obj", "out.obj", "picture.png"}));
+}
+
 TEST(ToolPicture, IsDrawnOfMeshesThatHaveNoExtentOrTooMuch)
 {
     const Scratch scratch;

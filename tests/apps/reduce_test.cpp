@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sched.h>
 
 #include <cmath>
 
@@ -72,6 +73,43 @@ TEST(ToolReduce, SaysWhyItGotLessFar)
     const std::string soup = scratch.write("soup.stl", boxBinaryStl());
     EXPECT_NE(notesOf(soup, "0.5").find("weld the mesh first"), std::string::npos);
     EXPECT_EQ(info(out)["triangles"], 11);
+}
+
+/// While it lives, what this thread starts may use one processor.
+class OnOneProcessor
+{
+public:
+    OnOneProcessor()
+    {
+        sched_getaffinity(0, sizeof m_before, &m_before);
+        cpu_set_t one;
+        CPU_ZERO(&one);
+        for (int i = 0; i < CPU_SETSIZE && CPU_COUNT(&one) == 0; ++i)
+            if (CPU_ISSET(i, &m_before)) CPU_SET(i, &one);
+        sched_setaffinity(0, sizeof one, &one);
+    }
+    OnOneProcessor(const OnOneProcessor&) = delete;
+    OnOneProcessor& operator=(const OnOneProcessor&) = delete;
+    ~OnOneProcessor() { sched_setaffinity(0, sizeof m_before, &m_before); }
+
+private:
+    cpu_set_t m_before;
+};
+
+TEST(ToolReduce, WritesTheSameBytesOnAnyNumberOfProcessors)
+{
+    const Scratch scratch;
+    const std::string in = scratch.write("in.obj", wavesObj(120));
+    for (const std::vector<std::string>& amount :
+         {std::vector<std::string>{"--to", "0.3"}, {"--tolerance", "0.2%"}, {"--to", "0.1"}}) {
+        const auto reduceInto = [&](const std::string& name) {
+            report({"reduce", in, scratch.path(name), amount[0], amount[1]});
+            return scratch.read(name);
+        };
+        const std::string onAll = reduceInto("all.ply");
+        const OnOneProcessor one;
+        EXPECT_TRUE(reduceInto("one.ply") == onAll) << amount[1];
+    }
 }
 
 TEST(ToolReduce, SaysWhatIsNotKept)

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <string>
@@ -11,6 +12,7 @@
 #include "tests/support/random.h"
 #include "tests/support/recorder.h"
 #include "tests/support/shapes.h"
+#include "tests/support/shared_meshes.h"
 #include "tests/support/tangles.h"
 #include "znGeom/analysis/boundaries.h"
 #include "znGeom/cache/mesh_cache.h"
@@ -201,6 +203,25 @@ TEST(MeshHoleFill, ACancelLeavesEveryBit)
         EXPECT_EQ(outcomes[0], HoleOutcome::GivenUp);
         EXPECT_TRUE(sameBits(mesh, open)) << at;
     }
+    // At any report, the last one of all too.
+    const auto fillUntil = [&open](int report, CompactMesh& mesh) {
+        int numReports = 0;
+        Progress progress;
+        progress.setObserver([&](double, const char*) {
+            if (++numReports == report) progress.cancel();
+        });
+        mesh = open;
+        const int numFilled = fillAll(mesh, HoleFaired, progress);
+        EXPECT_EQ(numFilled, numReports >= report ? 0 : 2) << report;
+        return numReports;
+    };
+    CompactMesh mesh;
+    const int numReports = fillUntil(1 << 30, mesh);
+    EXPECT_FALSE(sameBits(mesh, open));
+    for (int report = 1; report <= numReports; report += std::max((numReports - report) / 8, 1)) {
+        fillUntil(report, mesh);
+        EXPECT_TRUE(sameBits(mesh, open)) << report << " of " << numReports;
+    }
 }
 
 TEST(MeshHoleFill, MakesNothingWorse)
@@ -214,12 +235,42 @@ TEST(MeshHoleFill, MakesNothingWorse)
             mesh = znTest::makeAnyMesh(random, int(seed));
         if (seed % 11 == 10 && mesh.getNumVertices() > 0) mesh.getVertices()[0].y = NAN;
         const int before = countDefects(mesh).badEdges, openBefore = znTest::countEdges(mesh).boundary;
+        CompactMesh again(mesh);
         Progress progress;
-        const int numFilled = fillAll(mesh, qualities[seed % 2], progress);
+        const int numFilled = fillAll(mesh, qualities[seed % 3], progress);
+        EXPECT_EQ(fillAll(again, qualities[seed % 3], progress), numFilled) << seed;
+        EXPECT_TRUE(sameBits(mesh, again)) << seed;
         EXPECT_LE(countDefects(mesh).badEdges, before) << seed;
         EXPECT_LE(znTest::countEdges(mesh).boundary, openBefore) << seed;
         EXPECT_TRUE(numFilled == 0 || znTest::countEdges(mesh).boundary < openBefore) << seed;
     }
+}
+
+/// All loops of meshes from elsewhere, in all qualities.
+void fillInAllQualities(const CompactMesh& open)
+{
+    const znTest::Defects before = countDefects(open);
+    const MeshEdgeCensus edgesBefore = znTest::countEdges(open);
+    for (const HoleQuality quality : qualities) {
+        CompactMesh mesh(open), again(open);
+        Progress progress;
+        zn::vector<HoleOutcome> outcomes;
+        const int numFilled = fillAll(mesh, quality, progress, &outcomes);
+        EXPECT_EQ(numFilled, std::count(outcomes.begin(), outcomes.end(), HoleOutcome::Filled));
+        EXPECT_EQ(std::count(outcomes.begin(), outcomes.end(), HoleOutcome::GivenUp), 0);
+        EXPECT_TRUE(numFilled < outcomes.size() || znTest::countEdges(mesh).boundary == 0);
+        EXPECT_TRUE(numFilled == outcomes.size() || edgesBefore.nonManifold > 0 || before.badVertices > 0);
+        EXPECT_LE(countDefects(mesh).count(), before.count());
+        fillAll(again, quality, progress);
+        EXPECT_TRUE(sameBits(mesh, again));
+        EXPECT_EQ(fillAll(again, quality, progress), 0);
+        EXPECT_TRUE(sameBits(mesh, again)) << "there is nothing left to be done";
+    }
+}
+
+TEST(MeshHoleFill, ClosesRealMeshesOrSaysWhyNot)
+{
+    if (!znTest::forEachSharedMesh(25000, fillInAllQualities)) GTEST_SKIP() << "there is no folder of real meshes";
 }
 
 } // namespace

@@ -2,15 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <string>
 #include <vector>
 
 #include "tests/support/defects.h"
 #include "tests/support/recorder.h"
 #include "tests/support/shapes.h"
-#include "znGeom/editing/weld.h"
-#include "znGeom/files/mesh_load.h"
+#include "tests/support/shared_meshes.h"
 #include "znGeom/spatial/queries/mesh_intersect.h"
 
 using namespace znGeom;
@@ -324,21 +322,8 @@ TEST(MeshRepair, MendsWhateverIsBrokenInAnyWay)
 
 TEST(MeshRepair, MendsRealMeshesBrokenInAnyWay)
 {
-    const auto folder = std::filesystem::path(ZNGEOM_SOURCE_DIR) / "../shared/meshes";
-    if (!std::filesystem::exists(folder)) GTEST_SKIP() << "there are no meshes in " << folder;
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(__clang__)
-    constexpr int mostTriangles = 3000;
-#else
-    constexpr int mostTriangles = 100000;
-#endif
-    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-        CompactMesh mesh;
-        if (!meshLoad(mesh, znOS::Filename(entry.path().c_str())) || mesh.getNumTriangles() > mostTriangles) continue;
-        mesh.deleteNormals();
-        meshCompact(mesh);
-        SCOPED_TRACE(entry.path().string());
-        breakAndRepair(mesh, 1, mesh.getNumTriangles() < 20000);
-    }
+    const auto visit = [](const CompactMesh& mesh) { breakAndRepair(mesh, 1, mesh.getNumTriangles() < 20000); };
+    if (!znTest::forEachSharedMesh(100000, visit)) GTEST_SKIP() << "there is no folder of real meshes";
 }
 
 } // namespace

@@ -14,6 +14,7 @@
 #include "tests/support/tangles.h"
 #include "tests/support/timed_lines.h"
 #include "znGeom/topology/topo_walks.h"
+#include "znGeom/topology/twin.h"
 
 using namespace znGeom;
 using znTest::adjTrisOf;
@@ -136,6 +137,45 @@ TEST(MeshConvertRep, EdgesOfTheRegionAreBoundary)
             ASSERT_EQ(bool(handle), isThere);
             EXPECT_TRUE(!isThere || placeOf(handle) == placeOf(mesh.getVertices()[v]));
         }
+    }
+}
+
+/// How the elements of a half-edge mesh are linked, by their numbers.
+std::vector<std::array<int, 5>> linksOf(const TopoMesh& mesh)
+{
+    const auto numberOf = [](auto handle) { return handle ? handle.number() : -1; };
+    std::vector<std::array<int, 5>> links;
+    for (const TopoMeshEdge e : edgesOf(mesh))
+        links.push_back(
+            {numberOf(e->origin), numberOf(e->next), numberOf(e->prev), numberOf(e->twin), e->face.number()});
+    for (const TopoMeshFace f : facesOf(mesh)) links.push_back({f.number(), f->edge.number()});
+    for (const TopoMeshVertex v : verticesOf(mesh)) {
+        links.push_back({v.number(), numberOf(v->edge), v.valence()});
+        for (const TopoMeshEdge e : outgoingOf(v)) links.push_back({e.number()});
+    }
+    return links;
+}
+
+TEST(MeshConvertRep, LinksAsIfTrianglesCameOneByOne)
+{
+    for (std::uint64_t seed = 0; seed < 200; ++seed) {
+        Random random(seed);
+        const CompactMesh mesh = znTest::makeAnyMesh(random, int(seed));
+        const MeshAdjTris adjTris = adjTrisOf(mesh);
+        BitVector triangles(mesh.getNumTriangles()), vertices(mesh.getNumVertices());
+        triangles.setAllBits();
+        vertices.setAllBits();
+        MeshConvertRep scope(mesh, triangles, vertices, adjTris);
+        TopoMesh& extracted = scope.extract();
+        TopoMesh expected;
+        znTest::fill(expected, mesh);
+        meshTwin(expected);
+        ASSERT_EQ(linksOf(extracted), linksOf(expected)) << seed;
+        // What is made next follows on.
+        const TopoMeshVertex added = extracted.allocVertex({1, 2, 3});
+        EXPECT_EQ(added.number(), mesh.getNumVertices());
+        if (mesh.getNumTriangles() > 0) extracted.subdivideFace(extracted.firstFace(), znLinear::Point(0, 0, 0));
+        EXPECT_TRUE(checkTopology(extracted, false));
     }
 }
 
@@ -304,6 +344,7 @@ void edit(MeshModifyRep& scope, TopoMesh& mesh, Random& random, int numEdits)
 
 TEST(MeshModifyRep, MergesWhateverTheEditLeft)
 {
+    TopoMemory memory; // what one mesh leaves in it must not matter to the next
     for (std::uint64_t seed = 0; seed < 150; ++seed) {
         Random random(seed);
         CompactMesh mesh = znTest::makeAnyMesh(random, int(seed));
@@ -315,7 +356,7 @@ TEST(MeshModifyRep, MergesWhateverTheEditLeft)
         const Region region(mesh, members);
         const MeshAdjTris adjTris = adjTrisOf(mesh);
         const CompactMesh before(mesh);
-        MeshModifyRep scope(mesh, region.triangles, region.vertices, adjTris);
+        MeshModifyRep scope(mesh, region.triangles, region.vertices, adjTris, &memory);
         TopoMesh& extracted = scope.extract();
         EXPECT_TRUE(checkTopology(extracted, false));
         edit(scope, extracted, random, random.below(30));

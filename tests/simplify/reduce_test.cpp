@@ -10,10 +10,16 @@
 
 #include "tests/support/defects.h"
 #include "tests/support/shapes.h"
+#include "tests/support/shared_meshes.h"
 #include "tests/support/tangles.h"
 #include "tests/support/timed_lines.h"
+#include "znGeom/analysis/adjacency.h"
 #include "znGeom/analysis/boundaries.h"
+#include "znGeom/analysis/bounds.h"
+#include "znGeom/analysis/components.h"
 #include "znGeom/foundation/mesh/mesh_coord.h"
+#include "znGeom/spatial/queries/closest_point.h"
+#include "znGeom/spatial/trees/octree_partition.h"
 
 using namespace znGeom;
 using znLinear::Point;
@@ -105,18 +111,26 @@ TEST(MeshReduce, KeepsBoundariesAndWhatIsNotManifold)
     EXPECT_EQ(znTest::countEdges(mesh).boundaryVertices, edges.boundaryVertices);
     for (const auto& place : placesOf(mesh)) EXPECT_TRUE(before.count(place));
 
-    // On a regular grid most vertices lie on lines between others, and no three neighbours surround them.
-    CompactMesh flat = znTest::makeGrid(12, 12);
-    Random random(3);
-    for (int v = 0; v < flat.getNumVertices(); ++v) {
-        MeshVertex& vertex = flat.getVertices()[v];
-        vertex.set(vertex.x + float(random.real(-0.2, 0.2)), vertex.y + float(random.real(-0.2, 0.2)), 0.0f);
-    }
+    // Every vertex of a regular grid lies between two others.
+    CompactMesh flat = znTest::makeGrid(30, 30);
     removed.clear();
     meshReduceToFraction(flat, 0.0, progress, removed);
-    EXPECT_EQ(znTest::countEdges(flat).boundary, 44);
-    EXPECT_LT(flat.getNumVertices(), 60);
+    EXPECT_EQ(znTest::countEdges(flat).boundary, 116);
+    EXPECT_LT(flat.getNumVertices(), 140);
+    EXPECT_EQ(countDefects(flat).count(), 0);
     for (int v = 0; v < flat.getNumVertices(); ++v) EXPECT_EQ(flat.getVertices()[v].z, 0);
+}
+
+TEST(MeshReduce, EndsAtATetrahedron)
+{
+    CompactMesh mesh;
+    znTest::makeSphere(mesh, 3);
+    Progress progress;
+    zn::vector<Point> removed;
+    for (int round = 0; round < 3; ++round) meshReduceToFraction(mesh, 0.0, progress, removed);
+    EXPECT_EQ(mesh.getNumVertices(), 4);
+    EXPECT_EQ(countDefects(mesh).count(), 0);
+    EXPECT_TRUE(znTest::countEdges(mesh).isClosed());
 }
 
 TEST(MeshReduce, HoldsTheTolerance)
@@ -152,8 +166,11 @@ TEST(MeshReduce, DoesNothingWhereNothingIsAskedFor)
     const Places before = placesOf(mesh);
     Progress progress;
     zn::vector<Point> removed;
+    znTest::LogRecorder log;
     for (const double fraction : {1.0, 2.0, HUGE_VAL, std::numeric_limits<double>::quiet_NaN()})
         meshReduceToFraction(mesh, fraction, progress, removed);
+    const std::string number = std::to_string(mesh.getNumVertices());
+    EXPECT_EQ(log.count("MeshReduce: reduced from " + number + " vertices to " + number + " vertices: "), 4);
     for (const double tolerance : {0.0, -1.0, std::numeric_limits<double>::quiet_NaN()})
         EXPECT_EQ(meshReduceWithTolerance(mesh, tolerance, progress, removed), 0);
     CompactMesh empty, triangle = znTest::makeMesh(3, {{0, 1, 2}});
@@ -189,6 +206,62 @@ TEST(MeshReduce, ACancelLeavesAWholeMesh)
             EXPECT_GE(removed.size(), original.getNumVertices() - mesh.getNumVertices());
             EXPECT_GT(mesh.getNumVertices(), original.getNumVertices() / 20);
         }
+}
+
+/// What a reduction must not change.
+struct Topology
+{
+    int euler, components, boundary;
+    bool isOriented;
+
+    explicit Topology(const CompactMesh& mesh)
+    {
+        const MeshEdgeCensus edges = znTest::countEdges(mesh);
+        MeshAdjTris adjTris;
+        meshAdjTris(mesh, adjTris);
+        components = meshComponents(mesh, adjTris, nullptr);
+        euler = eulerNumber(mesh);
+        boundary = edges.boundary;
+        isOriented = edges.isConsistentlyWound();
+    }
+    bool operator==(const Topology&) const = default;
+};
+
+double farthestFrom(const CompactMesh& mesh, const zn::vector<Point>& points)
+{
+    BoundingBox box;
+    meshBoundingBox(mesh, box);
+    const Octree octree(mesh.getNumVertices(), mesh.getVerticesRaw(), box, true, 16);
+    OctreeTris triangles;
+    computeOctreeTris(mesh, octree, triangles);
+    MeshClosestPoint closest(mesh, octree, triangles);
+    zn::vector<double> distances(points.size());
+    closest.compute(points.data(), points.size(), nullptr, distances.data());
+    return distances.empty() ? 0 : *std::max_element(distances.begin(), distances.end());
+}
+
+TEST(MeshReduce, KeepsRealMeshesWholeAndWithinTheTolerance)
+{
+    const auto reduceInThreeWays = [](const CompactMesh& original) {
+        const Topology before(original);
+        const int numDefects = countDefects(original).count();
+        BoundingBox box;
+        meshBoundingBox(original, box);
+        const double tolerance = 1e-3 * double(box.diagonalLength());
+        for (const double fraction : {0.5, 0.1, -1.0}) {
+            CompactMesh mesh(original);
+            Progress progress;
+            zn::vector<Point> removed;
+            if (fraction > 0)
+                meshReduceToFraction(mesh, fraction, progress, removed);
+            else
+                meshReduceWithTolerance(mesh, tolerance, progress, removed);
+            EXPECT_EQ(Topology(mesh), before) << fraction;
+            EXPECT_LE(countDefects(mesh).count(), numDefects) << fraction;
+            EXPECT_LE(farthestFrom(mesh, removed), fraction < 0 ? tolerance * (1 + 1e-6) : HUGE_VAL);
+        }
+    };
+    if (!znTest::forEachSharedMesh(60000, reduceInThreeWays)) GTEST_SKIP() << "there is no folder of real meshes";
 }
 
 TEST(MeshReduce, EndsOnAnyMesh)

@@ -101,6 +101,33 @@ TEST(EdgeSwapper, SwapsNothingUntilSomethingIsConnectedThatDoesNotVeto)
     EXPECT_FALSE(swapper.shouldSwap(pair.e));
 }
 
+TEST(EdgeSwapper, JudgesByTheAnglesThemselves)
+{
+    const auto angleAt = [](const Point& at, const Point& p, const Point& q) {
+        const znLinear::Normal first(p - at), second(q - at);
+        return first.isValid() && second.isValid() ? angle(first, second) : 0;
+    };
+    Random random(3);
+    for (int i = 0; i < 4000; ++i) {
+        Point p[4];
+        for (Point& corner : p) { // in space, near a circle, flat and thin, on few places
+            const double turn = random.real(0, 2 * std::numbers::pi), off = i % 8 < 4 ? 0 : random.real(-1e-9, 1e-9);
+            if (i % 4 == 0) corner = {random.real(-1, 1), random.real(-1, 1), random.real(-1, 1)};
+            if (i % 4 == 1) corner = {std::cos(turn), std::sin(turn) + off, 0.25};
+            if (i % 4 == 2) corner = {random.real(-1, 1), off, 0};
+            if (i % 4 == 3) corner = Point(random.below(2), random.below(2), random.below(2));
+        }
+        const auto& [a, b, c, d] = p;
+        const double before = angleAt(c, a, b) + angleAt(d, a, b), after = angleAt(b, c, d) + angleAt(a, c, d);
+        const znLinear::Normal first(cross(b - d, c - d)), second(cross(c - d, a - d));
+        Pair pair(a, b, c, d);
+        EXPECT_EQ(vetoes(angleSum, pair.e), after >= before) << i;
+        EXPECT_EQ(vetoes(foldover, pair.e),
+                  !first.isValid() || !second.isValid() || angle(first, second) > std::numbers::pi / 2)
+            << i;
+    }
+}
+
 TEST(EdgeSwapper, PredicatesJudgeTheTwoTriangles)
 {
     struct Case
@@ -140,6 +167,32 @@ TEST(EdgeSwapper, PredicatesJudgeTheTwoTriangles)
         for (const Predicate predicate : {angleSum, foldover, boundary, features})
             EXPECT_TRUE(vetoes(predicate, pair.e->next)) << "an edge of one triangle";
     }
+}
+
+TEST(EdgeSwapper, JudgesAngleSumsAsTheAnglesThemselvesDo)
+{
+    const auto angleAt = [](const Point& corner, const Point& first, const Point& second) {
+        const znLinear::Vector u = first - corner, v = second - corner;
+        return std::atan2(cross(u, v).length(), dot(u, v));
+    };
+    Random random(11);
+    int numVetoed = 0, numClose = 0;
+    for (int round = 0; round < 20000; ++round) {
+        const double scale = std::ldexp(1.0, random.below(120) - 60), height = round % 3 == 0 ? 0 : random.real(0, 1);
+        Point p[4];
+        for (Point& corner : p)
+            corner = Point(random.real(-1, 1) * scale, random.real(-1, 1) * scale, random.real(-1, 1) * height * scale);
+        if (round % 5 == 0) p[3] = p[2] + 1e-4 * (p[3] - p[2]); // slivers
+        if (round % 7 == 0) p[0] = p[1] + 1e-7 * (p[0] - p[1]);
+        const double before = angleAt(p[2], p[0], p[1]) + angleAt(p[3], p[0], p[1]),
+                     after = angleAt(p[1], p[2], p[3]) + angleAt(p[0], p[2], p[3]);
+        numClose += std::fabs(before - after) < 1e-3;
+        if (std::fabs(before - after) < 1e-9) continue;
+        const Pair pair(p[0], p[1], p[2], p[3]);
+        ASSERT_EQ(vetoes(angleSum, pair.e), after >= before) << round;
+        numVetoed += after >= before;
+    }
+    EXPECT_TRUE(numVetoed > 5000 && numVetoed < 15000 && numClose > 20) << numVetoed << " " << numClose;
 }
 
 TEST(EdgeSwapper, ASwapThatIsNotVetoedIsVetoedOnceItIsDone)

@@ -78,3 +78,34 @@ TEST(Twin, CompletesMeshesBuiltInAnyOrder)
     EXPECT_TRUE(checkTopology(mesh));
     for (const auto v : verticesOf(mesh)) EXPECT_TRUE(v.valence() == 6 && !v.onBoundary());
 }
+
+TEST(Twin, OfNewFacesAloneDoesTheSame)
+{
+    Random random(9);
+    for (int round = 0; round < 40; ++round) {
+        // Random triangles over a few vertices: edges with any number of sides, in any direction.
+        TopoMesh meshes[2];
+        zn::vector<TopoMeshFace> faces[2];
+        const std::uint64_t seed = random.below(1 << 30);
+        LogRecorder log;
+        for (int form = 0; form < 2; ++form) {
+            Random same(seed);
+            std::vector<TopoMeshVertex> vertices;
+            for (int i = 0; i < 12; ++i) vertices.push_back(meshes[form].allocVertex({double(i), 0, 0}));
+            for (int i = 0; i < 30; ++i) {
+                const auto a = size_t(same.below(12)), b = (a + 1 + size_t(same.below(11))) % 12;
+                const auto c = size_t(same.below(12));
+                if (i == 15) meshTwin(meshes[form]);
+                const TopoMeshFace face = meshes[form].allocTriangle(vertices[a], vertices[b], vertices[c]);
+                if (i >= 15) faces[form].append(face);
+            }
+        }
+        meshTwin(meshes[0]);
+        meshTwin(meshes[1], faces[1]);
+        EXPECT_EQ(log.count("meshTwin: 12 vertices: "), 4);
+        std::vector<int> twins[2];
+        for (int form = 0; form < 2; ++form)
+            for (const TopoMeshEdge e : edgesOf(meshes[form])) twins[form].push_back(e->twin ? e->twin.number() : -1);
+        EXPECT_EQ(twins[0], twins[1]) << round;
+    }
+}

@@ -25,13 +25,13 @@ enum MeshCurvature : int {
 /// \param type         any other value gives 0 for interior vertices
 /// \param output       room for one float per vertex
 ///
-/// The mesh should have vertex normals: they determine the sign of all but Gaussian curvature, which is what it would
-/// be for normals along the curvature vector where there are none. A vertex is interior where it has as many neighbours
-/// as triangles. One on a border takes the mean of its interior neighbours; one with two neighbours, at a corner of the
-/// surface, then takes that of the border vertices beside it; 0 where there is none to take from, or no triangle.
+/// The mesh should have vertex normals: they determine the sign of all but Gaussian curvature. Without them mean
+/// curvature is never negative. A vertex is interior where it has as many neighbours as triangles. One on a border
+/// takes the mean of its interior neighbours; one with two neighbours, at a corner of the surface, then takes that of
+/// the border vertices beside it; 0 where there is none to take from, or no triangle.
 ///
-/// The principal curvatures solve a quadratic equation; where noise makes its discriminant negative it counts as
-/// positive, so that they stay real, and differ by as much as they would otherwise be apart in the imaginary.
+/// The principal curvatures solve a quadratic equation. Where noise makes its discriminant negative, its magnitude is
+/// taken, so that they stay real.
 ///
 /// A triangle without area has no angles: its vertices, and borders that take their mean from these, become infinite or
 /// not a number. All others are unaffected.

@@ -116,21 +116,24 @@ void MeshSelect::selectAllTrianglesFromVertices()
 void MeshSelect::replaceTriangles(int minCorners)
 {
     resizeSelections();
-    m_selectedTriangles->clearBits();
     const std::uint32_t* words = m_selectedVertices->getWords();
     const auto selected = [words](int vertex) { return static_cast<int>(words[vertex >> 5] >> (vertex & 31) & 1u); };
-    for (int t = 0; t < m_mesh->getNumTriangles(); ++t) {
+    m_selectedTriangles->setWhere([this, selected, minCorners](int t) {
         const auto [a, b, c] = m_triangles[t].corners;
-        if (selected(a) + selected(b) + selected(c) >= minCorners) m_selectedTriangles->setBit(t);
-    }
+        return selected(a) + selected(b) + selected(c) >= minCorners;
+    });
 }
 
 void MeshSelect::selectVerticesFromTriangles()
 {
     SelectionLog log("selectVerticesFromTriangles", *m_mesh);
     resizeSelections();
-    m_selectedVertices->clearBits();
-    forEachSetBit(*m_selectedTriangles, [this](int t) { m_selectedVertices->setBits(3, m_triangles[t].corners); });
+    zn::vector<bool> isCorner(m_mesh->getNumVertices(), false); // cheaper to write in any order than bits are
+    bool* const isCornerAt = isCorner.data();
+    forEachSetBit(*m_selectedTriangles, [this, isCornerAt](int t) {
+        for (const int corner : m_triangles[t].corners) isCornerAt[corner] = true;
+    });
+    m_selectedVertices->setWhere([isCornerAt](int v) { return isCornerAt[v]; });
     log.vertices(*m_selectedVertices);
 }
 

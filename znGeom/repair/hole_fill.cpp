@@ -1,6 +1,7 @@
 #include "znGeom/repair/hole_fill.h"
 
 #include <string>
+#include <vector>
 
 #include "znGeom/editing/select.h"
 #include "znGeom/repair/internal/hole_loop.h"
@@ -68,9 +69,9 @@ public:
         collar.grow();
         MeshModifyRep scope(m_mesh, collar.triangles, collar.vertices, m_adjTris);
         const int numFilled = fillAll(scope, 1.0 / sumOfLengths, progress, outcomes);
+        if (!progress.cancelled()) progress.set(1.0); // the last chance for an observer to cancel
         if (progress.cancelled()) return giveUp(outcomes);
         if (numFilled > 0) scope.merge();
-        progress.set(1.0);
         return numFilled;
     }
 
@@ -107,7 +108,7 @@ private:
         return numFilled;
     }
 
-    HoleOutcome fill(int hole, MeshModifyRep& scope, TopoMesh& mesh, MeshEdgeSwapper& swapper, Progress& progress) const
+    HoleOutcome fill(int hole, MeshModifyRep& scope, TopoMesh& mesh, MeshEdgeSwapper& swapper, Progress& progress)
     {
         zn::vector<int> loop(m_boundaries.getStart(hole), m_boundaries.getEnd(hole));
         if (const HoleOutcome prepared = internal::prepareLoop(scope, mesh, loop); prepared != HoleOutcome::Filled)
@@ -118,7 +119,7 @@ private:
             rim.append(scope.getTopoMeshVertex(vertex));
             places.append(std::as_const(m_mesh).getVertices()[vertex].asPoint());
         }
-        HolePatch patch(mesh, rim);
+        HolePatch patch(mesh, rim, m_densities);
         Progress part;
         progress.subPhase(shareOfTriangulation(m_quality), part);
         const HoleOutcome outcome = patch.triangulate(places, part);
@@ -150,6 +151,7 @@ private:
     const MeshBoundaries& m_boundaries;
     const zn::list<int>& m_holes;
     HoleQuality m_quality;
+    std::vector<double> m_densities;
 };
 
 } // namespace

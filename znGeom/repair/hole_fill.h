@@ -41,12 +41,14 @@ enum class HoleOutcome : int {
 ///
 /// A loop is triangulated for flatness first and area second; then triangles are split until they are as small as those
 /// around the hole, and edges swapped, after Liepa, "Filling Holes in Meshes" (2003); then the new vertices are moved
-/// to where the uniform bi-Laplacian vanishes, with the vertices around the hole fixed. Spikes, triangles that hang on
-/// the rim by a corner at the place of another vertex of the rim, are taken off first, and stay off.
+/// to where the uniform bi-Laplacian vanishes, with the vertices around the hole fixed; beside places that are not
+/// finite they stay. Spikes, triangles that hang on the rim by a corner at the place of another vertex of the rim, are
+/// taken off first, and stay off.
 ///
 /// The mesh around the holes keeps its positions. All holes share one scope: vertices and triangles near the holes are
 /// renumbered, channels other than positions have no values there. Adjacency and boundaries are stale afterwards. Cubic
-/// in the longest loop, n log n in the patches; runs on the calling thread.
+/// in the longest loop; for a patch of n vertices n log n, or n sqrt(n) with fairing; linear in the number of holes and
+/// once in the mesh. Runs on the calling thread.
 ZNGEOM_API int meshHoleFill(CompactMesh& mesh, const MeshAdjTris& adjTris, const MeshAdjVertices& adjVertices,
                             const MeshBoundaries& boundaries, const zn::list<int>& holes, HoleQuality quality,
                             znUtil::Progress& progress);

@@ -1,13 +1,14 @@
 #include "znGeom/scopes/convert_rep.h"
 
 #include <algorithm>
+#include <memory>
 
 #include "znGeom/foundation/mesh/bit_runs.h"
 #include "znGeom/foundation/output/debug_channel.h"
 #include "znGeom/foundation/output/stop_watch.h"
 #include "znGeom/scopes/internal/convert_impl.h"
+#include "znGeom/topology/internal/triangle_builder.h"
 #include "znGeom/topology/topo_walks.h"
-#include "znGeom/topology/twin.h"
 
 namespace znGeom {
 
@@ -35,26 +36,40 @@ BitVector whollyInside(const CompactMesh& mesh, const BitVector& triangles, cons
 } // namespace
 
 ConvertImpl::ConvertImpl(const CompactMesh& source, const BitVector& triangleSet, const BitVector& vertexSet,
-                         const MeshAdjTris& adjTris)
+                         const MeshAdjTris& adjTris, TopoMemory* memory)
     : mesh(source), vertices(resized(vertexSet, source.getNumVertices())),
-      triangles(whollyInside(source, triangleSet, vertices)), adjacency(adjTris), m_vertexRanks(vertices),
-      m_triangleRanks(triangles)
+      triangles(whollyInside(source, triangleSet, vertices)), adjacency(adjTris), topoMesh(memory),
+      m_vertexRanks(vertices), m_triangleRanks(triangles), m_known(vertices)
 {}
 
 ConvertImpl::~ConvertImpl() = default;
 
+/// The triangles of the region, over the places of their corners among its vertices.
+zn::vector<MeshTriangle> ConvertImpl::renumberedTriangles() const
+{
+    const auto places = std::make_unique_for_overwrite<int[]>(static_cast<size_t>(mesh.getNumVertices()));
+    for (int place = 0; place < m_members.size(); ++place) places[static_cast<size_t>(m_members[place])] = place;
+    zn::vector<MeshTriangle> renumbered;
+    renumbered.reserve(triangles.getNumSetBits());
+    const auto placeOf = [&places](int corner) { return places[static_cast<size_t>(corner)]; };
+    forEachSetBit(triangles, [&](int t) {
+        const auto [a, b, c] = mesh.getTriangles()[t].corners;
+        renumbered.append(MeshTriangle{{placeOf(a), placeOf(b), placeOf(c)}});
+    });
+    return renumbered;
+}
+
 TopoMesh& ConvertImpl::extract()
 {
     znOS::StopWatch watch;
-    m_vertices.reserve(vertices.getNumSetBits());
-    forEachSetBit(vertices,
-                  [this](int v) { m_vertices.append(topoMesh.allocVertex(mesh.getVertices()[v].asPoint())); });
-    m_faces.reserve(triangles.getNumSetBits());
-    forEachSetBit(triangles, [this](int t) {
-        const auto [a, b, c] = mesh.getTriangles()[t].corners;
-        m_faces.append(topoMesh.allocTriangle(vertexOf(a), vertexOf(b), vertexOf(c)));
-    });
-    meshTwin(topoMesh);
+    m_members = listMembers(vertices, vertices.getSize());
+    const int numTriangles = triangles.getNumSetBits();
+    if (m_members.size() == mesh.getNumVertices() && numTriangles == mesh.getNumTriangles())
+        internal::buildTriangles(topoMesh, mesh.getVertices(), m_members, mesh.getTriangles(), numTriangles);
+    else
+        internal::buildTriangles(topoMesh, mesh.getVertices(), m_members, renumberedTriangles().data(), numTriangles);
+    m_firstVertex = topoMesh.firstVertex();
+    m_firstFace = topoMesh.firstFace();
     debugChannel().print("MeshConvertRep::extract: %f s\n", watch.stop());
     return topoMesh;
 }

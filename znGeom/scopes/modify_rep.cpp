@@ -48,17 +48,16 @@ class MeshModifyRep::ModifyImpl final : public ConvertImpl
 {
 public:
     ModifyImpl(CompactMesh& target, const BitVector& triangleSet, const BitVector& vertexSet,
-               const MeshAdjTris& adjTris)
-        : ConvertImpl(target, triangleSet, vertexSet, adjTris), m_target(target)
+               const MeshAdjTris& adjTris, TopoMemory* memory)
+        : ConvertImpl(target, triangleSet, vertexSet, adjTris, memory), m_target(target)
     {}
 
     TopoMesh& extract() override
     {
         znOS::StopWatch watch;
         ConvertImpl::extract();
-        m_compactVertices = listMembers(vertices, vertices.getSize());
         m_interior.resize(vertices.getSize());
-        for (const int v : m_compactVertices) {
+        for (const int v : m_members) {
             const std::span<const int> around = adjacency.around(v);
             if (std::all_of(around.begin(), around.end(), [this](int t) { return triangles[t]; })) m_interior.setBit(v);
         }
@@ -71,7 +70,7 @@ public:
         const int compact = compactVertexOf(vertex);
         if (compact < 0) return;
         m_interior.clearBit(compact);
-        m_compactVertices[vertex.number()] = -1;
+        m_members[vertex.number()] = -1;
         forgetVertex(compact);
     }
 
@@ -89,7 +88,7 @@ private:
     /// -1 for a vertex that the edit made, and for one that was given up.
     int compactVertexOf(TopoMeshVertex vertex) const
     {
-        return vertex && vertex.number() < m_compactVertices.size() ? m_compactVertices[vertex.number()] : -1;
+        return vertex && vertex.number() < m_members.size() ? m_members[vertex.number()] : -1;
     }
 
     /// Where each vertex of the half-edge mesh goes, by its number: the frontier stays, all others come after the old
@@ -180,18 +179,17 @@ private:
     }
 
     CompactMesh& m_target;
-    zn::vector<int> m_compactVertices; ///< by the numbers of the vertices that were extracted; -1 for those given up
-    BitVector m_interior;              ///< vertices all of whose triangles are in the region
-    int m_numPlaces = 0;               ///< old vertices and new ones
+    BitVector m_interior; ///< vertices all of whose triangles are in the region
+    int m_numPlaces = 0;  ///< old vertices and new ones
 };
 
 MeshModifyRep::MeshModifyRep(CompactMesh& mesh, const BitVector& triangles, const BitVector& vertices,
-                             const MeshAdjTris& adjacency)
-    : MeshConvertRep(new ModifyImpl(mesh, triangles, vertices, adjacency))
+                             const MeshAdjTris& adjacency, TopoMemory* memory)
+    : MeshConvertRep(new ModifyImpl(mesh, triangles, vertices, adjacency, memory))
 {}
 
-MeshModifyRep::MeshModifyRep(CompactMesh& mesh, const MeshAdjTris& adjacency)
-    : MeshModifyRep(mesh, mesh.getSelectedTriangles(), mesh.getSelectedVertices(), adjacency)
+MeshModifyRep::MeshModifyRep(CompactMesh& mesh, const MeshAdjTris& adjacency, TopoMemory* memory)
+    : MeshModifyRep(mesh, mesh.getSelectedTriangles(), mesh.getSelectedVertices(), adjacency, memory)
 {}
 
 MeshModifyRep::~MeshModifyRep() = default;

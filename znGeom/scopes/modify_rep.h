@@ -21,10 +21,12 @@ class ZNGEOM_API MeshModifyRep : public MeshConvertRep
 {
 public:
     /// The region is the mesh's selection of triangles and vertices.
-    MeshModifyRep(CompactMesh& mesh, const MeshAdjTris& adjacency);
+    /// \param memory  lends the memory of the half-edge mesh, for scopes that follow one another; outlives this. May be
+    ///                null
+    MeshModifyRep(CompactMesh& mesh, const MeshAdjTris& adjacency, TopoMemory* memory = nullptr);
     /// As in `MeshConvertRep`.
     MeshModifyRep(CompactMesh& mesh, const BitVector& triangles, const BitVector& vertices,
-                  const MeshAdjTris& adjacency);
+                  const MeshAdjTris& adjacency, TopoMemory* memory = nullptr);
     ~MeshModifyRep() override;
 
     TopoMesh& extract() override;

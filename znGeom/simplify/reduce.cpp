@@ -53,8 +53,8 @@ void runTo(MeshReduceBase& reduction, Progress& progress, zn::vector<Point>& rem
 
 void meshReduceToFraction(CompactMesh& mesh, double fraction, Progress& progress, zn::vector<Point>& removed)
 {
-    if (!(fraction < 1)) return;
-    MeshReduceFraction reduction(mesh, static_cast<int>(mesh.getNumVertices() * std::max(fraction, 0.0)));
+    const double part = fraction < 1 ? std::max(fraction, 0.0) : 1.0;
+    MeshReduceFraction reduction(mesh, static_cast<int>(mesh.getNumVertices() * part));
     runTo(reduction, progress, removed);
 }
 

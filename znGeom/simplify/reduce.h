@@ -4,8 +4,8 @@
 /// plane, and removed in that order, no two neighbours in one iteration. A vertex is removed by swapping edges away
 /// from it until three are left; where edges were swapped, the triangles around it are then improved. All vertices that
 /// stay keep their exact positions, and those on a boundary always stay: a closed surface stays closed, and an oriented
-/// one oriented. After Schroeder, Zarge and Lorensen, "Decimation of Triangle Meshes" (1992), with swaps instead of
-/// triangulation.
+/// one oriented. No triangle is doubled, so that a closed piece ends as a tetrahedron at the smallest. After Schroeder,
+/// Zarge and Lorensen, "Decimation of Triangle Meshes" (1992), with swaps instead of triangulation.
 ///
 /// Vertices and triangles are renumbered; channels other than positions are not computed anew; the mesh's selection is
 /// empty afterwards. Vertices at which the surface is not manifold stay. The result is the same on any number of

@@ -4,15 +4,16 @@
 #include <numbers>
 
 #include "znGeom/foundation/linear/plane.h"
+#include "znGeom/topology/internal/fold_over.h"
 #include "znGeom/topology/topo_walks.h"
 
 namespace znGeom {
 
 using namespace znLinear;
+using internal::normalOf;
 
 namespace {
 
-constexpr double rightAngle = std::numbers::pi / 2;
 constexpr double featureTolerance = 2.5 * std::numbers::pi / 180;
 
 /// The corners of the two triangles on an edge: its ends, then the third corners, that of its own face first.
@@ -23,15 +24,39 @@ struct Quad
     explicit Quad(TopoMeshEdge e) : a(e->origin), b(endOf(e)), c(e->prev->origin), d(e->twin->prev->origin) {}
 };
 
-/// The angle at a corner; the same to the last bit whichever side comes first.
+/// The angle at a corner; the same to the last bit whichever side comes first. 0 where a side has no direction.
 double angleAt(TopoMeshVertex corner, TopoMeshVertex first, TopoMeshVertex second)
 {
-    return angle(Normal(first->point - corner->point), Normal(second->point - corner->point));
+    const Normal a(first->point - corner->point), b(second->point - corner->point);
+    return a.isValid() && b.isValid() ? angle(a, b) : 0;
 }
 
-Normal normalOf(TopoMeshVertex p, TopoMeshVertex q, TopoMeshVertex r)
+/// A complex number whose argument is an angle, or the sum of two, up to a full turn. Its length is of no matter.
+struct Turn
 {
-    return Normal(cross(r->point - q->point, p->point - q->point));
+    double x, y;
+
+    static Turn at(TopoMeshVertex corner, TopoMeshVertex first, TopoMeshVertex second)
+    {
+        const Vector u = first->point - corner->point, v = second->point - corner->point;
+        return {dot(u, v), cross(u, v).length()};
+    }
+    friend Turn operator+(Turn a, Turn b) { return {a.x * b.x - a.y * b.y, a.x * b.y + a.y * b.x}; }
+    double size() const { return std::fabs(x) + std::fabs(y); }
+    bool isOverHalf() const { return y < 0; }
+};
+
+/// Tells two sums of angles apart without arcus functions. \return 1 where the first is greater, -1 where the second
+/// is, 0 where they are too close to each other, or to no, half or a full turn, to tell; an angle that isn't one makes
+/// that 0 as well
+int compareSurely(Turn a, Turn b)
+{
+    constexpr double doubt = 1e-12;
+    const double difference = b.x * a.y - b.y * a.x;
+    if (!(std::fabs(a.y) > doubt * a.size() && std::fabs(b.y) > doubt * b.size())) return 0;
+    if (a.isOverHalf() != b.isOverHalf()) return a.isOverHalf() ? 1 : -1;
+    if (!(std::fabs(difference) > doubt * a.size() * b.size())) return 0;
+    return difference > 0 ? 1 : -1;
 }
 
 /// The fold along a to b between the triangles (a, b, c) and (b, a, d), in radians: negative when d lies above the
@@ -144,6 +169,11 @@ void MeshEdgeSwapper::minimizeOppositeAngleSum(TopoMeshEdge e, bool& veto)
 {
     if (!e->twin) return void(veto = true);
     const auto [a, b, c, d] = Quad(e);
+    const int order = compareSurely(Turn::at(b, c, d) + Turn::at(a, c, d), Turn::at(c, a, b) + Turn::at(d, a, b));
+    if (order != 0) {
+        if (order > 0) veto = true;
+        return;
+    }
     const double before = angleAt(c, a, b) + angleAt(d, a, b), after = angleAt(b, c, d) + angleAt(a, c, d);
     if (after >= before) veto = true;
 }
@@ -152,8 +182,7 @@ void MeshEdgeSwapper::preventFoldover(TopoMeshEdge e, bool& veto)
 {
     if (!e->twin) return void(veto = true);
     const auto [a, b, c, d] = Quad(e);
-    const Normal first = normalOf(c, d, b), second = normalOf(a, d, c);
-    if (!first.isValid() || !second.isValid() || angle(first, second) > rightAngle) veto = true;
+    if (internal::foldsOver(a, b, c, d)) veto = true;
 }
 
 void MeshEdgeSwapper::preserveBoundary(TopoMeshEdge e, bool& veto)

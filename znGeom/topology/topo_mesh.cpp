@@ -43,7 +43,8 @@ void unlink(List& list, Handle element)
 TopoMeshModification::TopoMeshModification(const TopoMesh* mesh, Type type) : EntityModification(mesh), m_type(type) {}
 TopoMeshModification::~TopoMeshModification() = default;
 
-TopoMesh::TopoMesh() = default;
+TopoMesh::TopoMesh() : TopoMesh(nullptr) {}
+TopoMesh::TopoMesh(TopoMemory* memory) : m_vertexArena(memory), m_edgeArena(memory), m_faceArena(memory) {}
 TopoMesh::~TopoMesh() = default;
 
 // Elements

@@ -8,6 +8,9 @@
 namespace znGeom {
 
 class TopoMesh;
+namespace internal {
+class TriangleBuilder;
+}
 
 /// What was done to a half-edge mesh. An algorithm reports it to the mesh once, at its end, and only if it changed
 /// anything.
@@ -49,6 +52,8 @@ class ZNGEOM_API TopoMesh : public Entity
 {
 public:
     TopoMesh();
+    /// \param memory  lends the memory for the elements; outlives the mesh. May be null
+    explicit TopoMesh(TopoMemory* memory);
     ~TopoMesh() override;
     TopoMesh(const TopoMesh&) = delete;
     TopoMesh& operator=(const TopoMesh&) = delete;
@@ -165,6 +170,8 @@ public:
     void modified(TopoMeshModification& modification) { sendMessage(modification); }
 
 private:
+    friend class internal::TriangleBuilder;
+
     template <typename Handle>
     struct List
     {

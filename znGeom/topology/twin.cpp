@@ -1,11 +1,11 @@
 #include "znGeom/topology/twin.h"
 
-#include <memory>
-#include <utility>
+#include <algorithm>
+#include <tuple>
 
 #include "znGeom/foundation/output/debug_channel.h"
 #include "znGeom/foundation/output/stop_watch.h"
-#include "znGeom/foundation/threads/radix_sort.h"
+#include "znGeom/topology/internal/pair_by_ends.h"
 #include "znGeom/topology/topo_walks.h"
 
 namespace znGeom {
@@ -15,49 +15,61 @@ namespace {
 /// A half-edge without a twin, and the numbers of its ends.
 struct OpenEdge
 {
-    std::uint32_t low, high;
+    int low, high;
     TopoMeshEdge edge;
 };
+
+void appendIfOpen(zn::vector<OpenEdge>& open, TopoMeshEdge e)
+{
+    if (e->twin) return;
+    const int a = e->origin.number(), b = endOf(e).number();
+    open.append({std::min(a, b), std::max(a, b), e});
+}
 
 zn::vector<OpenEdge> collectOpenEdges(const TopoMesh& mesh)
 {
     zn::vector<OpenEdge> open;
     for (const TopoMeshFace face : facesOf(mesh))
-        for (const TopoMeshEdge e : sidesOf(face)) {
-            if (e->twin) continue;
-            const auto a = static_cast<std::uint32_t>(e->origin.number());
-            const auto b = static_cast<std::uint32_t>(endOf(e).number());
-            open.append({std::min(a, b), std::max(a, b), e});
-        }
+        for (const TopoMeshEdge e : sidesOf(face)) appendIfOpen(open, e);
     return open;
 }
 
-/// The places of the records, sorted by both ends; those of the same ends stay in their order.
-std::unique_ptr<znUtil::KeyedIndex[]> sortByEnds(const zn::vector<OpenEdge>& open)
+/// Those that leave the corners of some faces.
+zn::vector<OpenEdge> collectOpenEdges(const zn::vector<TopoMeshFace>& faces)
 {
-    const auto size = static_cast<size_t>(open.size());
-    auto order = std::make_unique_for_overwrite<znUtil::KeyedIndex[]>(size);
-    const auto scratch = std::make_unique_for_overwrite<znUtil::KeyedIndex[]>(size);
-    znUtil::ThreadPool& pool = znUtil::ThreadPool::get();
-    for (int i = 0; i < open.size(); ++i) order[static_cast<size_t>(i)] = {open[i].high, i};
-    znUtil::radixSort(order.get(), scratch.get(), open.size(), pool);
-    for (size_t i = 0; i < size; ++i) order[i].key = open[order[i].index].low;
-    znUtil::radixSort(order.get(), scratch.get(), open.size(), pool);
-    return order;
+    zn::vector<TopoMeshVertex> corners;
+    for (const TopoMeshFace face : faces)
+        for (const TopoMeshEdge e : sidesOf(face)) corners.append(e->origin);
+    std::sort(corners.begin(), corners.end());
+    zn::vector<OpenEdge> open;
+    for (auto* corner = corners.begin(); corner != corners.end(); ++corner)
+        if (corner == corners.begin() || corner[0] != corner[-1])
+            for (const TopoMeshEdge e : outgoingOf(*corner)) appendIfOpen(open, e);
+    return open;
 }
 
-/// Pairs neighbours in sorted order, from the left. \return whether there was a pair
-bool pairNeighbours(TopoMesh& mesh, const zn::vector<OpenEdge>& open, const znUtil::KeyedIndex* order)
+/// How many steps it is from the first half-edge of a face.
+int placeInFace(TopoMeshEdge e)
 {
-    bool paired = false;
-    for (int i = 0; i + 1 < open.size(); ++i) {
-        const OpenEdge &first = open[order[i].index], &second = open[order[i + 1].index];
-        if (first.low != second.low || first.high != second.high) continue;
-        mesh.setTwins(first.edge, second.edge);
-        paired = true;
-        ++i;
+    int place = 0;
+    for (TopoMeshEdge step = e->face->edge; step != e; step = step->next) ++place;
+    return place;
+}
+
+bool isBefore(const OpenEdge& a, const OpenEdge& b)
+{
+    if (a.low != b.low || a.high != b.high) return std::tie(a.low, a.high) < std::tie(b.low, b.high);
+    if (a.edge->face != b.edge->face) return a.edge->face < b.edge->face;
+    return placeInFace(a.edge) < placeInFace(b.edge);
+}
+
+void finish(TopoMesh& mesh, bool isPaired, znOS::StopWatch& watch)
+{
+    if (isPaired) {
+        TopoMeshModification modification(&mesh, TopoMeshModification::ConnectivityChanged);
+        mesh.modified(modification);
     }
-    return paired;
+    debugChannel().print("meshTwin: %d vertices: %f s\n", mesh.numVertices(), watch.stop());
 }
 
 } // namespace
@@ -66,11 +78,27 @@ void meshTwin(TopoMesh& mesh)
 {
     znOS::StopWatch watch;
     const zn::vector<OpenEdge> open = collectOpenEdges(mesh);
-    if (pairNeighbours(mesh, open, sortByEnds(open).get())) {
-        TopoMeshModification modification(&mesh, TopoMeshModification::ConnectivityChanged);
-        mesh.modified(modification);
+    const auto visit = [&open](const auto& take) {
+        for (const auto& [low, high, edge] : open) take(low, high, edge);
+    };
+    const auto pair = [&mesh](TopoMeshEdge first, TopoMeshEdge second) { mesh.setTwins(first, second); };
+    finish(mesh, internal::pairByEnds<TopoMeshEdge>(open.empty() ? 0 : mesh.vertexNumbers(), visit, pair), watch);
+}
+
+void meshTwin(TopoMesh& mesh, const zn::vector<TopoMeshFace>& faces)
+{
+    znOS::StopWatch watch;
+    zn::vector<OpenEdge> open = collectOpenEdges(faces);
+    std::sort(open.begin(), open.end(), isBefore);
+    bool isPaired = false;
+    for (int i = 0; i + 1 < open.size(); ++i) {
+        const OpenEdge &first = open[i], &second = open[i + 1];
+        if (first.low != second.low || first.high != second.high) continue;
+        mesh.setTwins(first.edge, second.edge);
+        isPaired = true;
+        ++i;
     }
-    debugChannel().print("meshTwin: %d vertices: %f s\n", mesh.numVertices(), watch.stop());
+    finish(mesh, isPaired, watch);
 }
 
 } // namespace znGeom

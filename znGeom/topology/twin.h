@@ -12,5 +12,8 @@ namespace znGeom {
 /// these from the first half-edge on; an odd one remains boundary. Half-edges that have twins are left alone. Calls
 /// `modified` on the mesh if a pair was made. Linear in the half-edges.
 ZNGEOM_API void meshTwin(TopoMesh& mesh);
+/// The same for the half-edges that leave the corners of some faces: enough where a complete mesh was given new faces.
+/// Linear in the half-edges there, but for a sort.
+ZNGEOM_API void meshTwin(TopoMesh& mesh, const zn::vector<TopoMeshFace>& faces);
 
 } // namespace znGeom

@@ -223,7 +223,7 @@ TEST(PointInside, KnowsItsLimits)
     EXPECT_EQ(quarter.evaluate({0.75, 0, 0}), MeshPtInside::Inside);
     EXPECT_EQ(quarter.evaluate({0.76, 0, 0}), MeshPtInside::OnSurface);
     EXPECT_EQ(quarter.evaluate({1.01, 0, 0}), MeshPtInside::Outside);
-    EXPECT_EQ(quarter.evaluate({NAN, 0, 0}), MeshPtInside::Outside);
+    EXPECT_EQ(quarter.evaluate({std::nan(""), 0, 0}), MeshPtInside::Outside);
     // Normals that vanish decide for the inside.
     CompactMesh flat = cube;
     flat.allocNormalArray();

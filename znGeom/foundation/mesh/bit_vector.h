@@ -1,6 +1,7 @@
 /// `znGeom::BitVector`: the set type of the library.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <utility>
 
@@ -57,6 +58,18 @@ public:
     void clearBits();
     void setAllBits();
     void setBits(int count, const int* bits);
+    /// Makes the members those for which `isMember(index)` holds; asks in ascending order, once for each index.
+    template <typename IsMember>
+    void setWhere(const IsMember& isMember)
+    {
+        for (int first = 0; first < m_size; first += 32) {
+            std::uint32_t word = 0;
+            const int count = std::min(m_size - first, 32);
+            for (int bit = 0; bit < count; ++bit) word |= std::uint32_t{isMember(first + bit)} << bit;
+            m_words[first >> 5] = word;
+        }
+        recount();
+    }
 
     /// Adds the members of `other`; grows to its size where that is larger.
     BitVector& operator|=(const BitVector& other);

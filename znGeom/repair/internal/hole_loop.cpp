@@ -4,6 +4,7 @@
 #include <numeric>
 #include <tuple>
 
+#include "znGeom/foundation/threads/bounded_sort.h"
 #include "znGeom/topology/topo_walks.h"
 
 namespace znGeom::internal {
@@ -33,8 +34,9 @@ public:
             const int a = order[previous], b = order[current];
             bool isGone = false;
             if (equivalent(m_vertices[a].point(), m_vertices[b].point(), znLinear::epsilonTol)) {
-                const bool isSpikeA = m_vertices[a].valence() == 1, isSpikeB = m_vertices[b].valence() == 1;
+                const bool isSpikeB = m_vertices[b].valence() == 1;
                 if (isSpikeB && !takeOff(b)) return false;
+                const bool isSpikeA = m_vertices[a].valence() == 1;
                 if (isSpikeA && !takeOff(a)) return false;
                 if (isSpikeA && isSpikeB) ++current; // the next one has nothing left to be compared with
                 isGone = isSpikeB && !isSpikeA;
@@ -62,7 +64,8 @@ private:
             const znLinear::Point p = m_vertices[i].point();
             return std::tuple(p.x, p.y, p.z, i);
         };
-        std::sort(order.begin(), order.end(), [&key](int a, int b) { return key(a) < key(b); });
+        // Places that are not numbers are in no order.
+        znUtil::boundedSort(order.begin(), order.end(), [&key](int a, int b) { return key(a) < key(b); });
         return order;
     }
 

@@ -70,10 +70,9 @@ bool HolePatch::isFree(TopoMeshVertex a, TopoMeshVertex b, TopoMeshVertex c) con
 
 void HolePatch::addTriangles(const zn::vector<int>& triangles)
 {
-    m_firstEdge = m_mesh.edgeNumbers();
     for (int t = 0; t < triangles.size(); t += 3)
-        m_faces.push_back(m_mesh.allocTriangle(m_rim[triangles[t]], m_rim[triangles[t + 1]], m_rim[triangles[t + 2]]));
-    meshTwin(m_mesh);
+        m_faces.append(m_mesh.allocTriangle(m_rim[triangles[t]], m_rim[triangles[t + 1]], m_rim[triangles[t + 2]]));
+    meshTwin(m_mesh, m_faces);
 }
 
 void HolePatch::refine(const zn::vector<double>& densities, MeshEdgeSwapper& swapper, const Progress& progress)
@@ -81,7 +80,7 @@ void HolePatch::refine(const zn::vector<double>& densities, MeshEdgeSwapper& swa
     collectSwappable();
     m_densities.resize(static_cast<size_t>(m_mesh.vertexNumbers()));
     for (int i = 0; i < m_rim.size(); ++i) densityOf(m_rim[i]) = densities[i];
-    while (!progress.cancelled() && splitFaces()) meshSwapEdgesRepeatedly(m_mesh, m_swappable, swapper);
+    while (!progress.cancelled() && splitFaces()) m_swappable.relaxAll(swapper);
 }
 
 /// Both halves are of the patch where it is inside.
@@ -89,25 +88,20 @@ void HolePatch::collectSwappable()
 {
     for (const TopoMeshFace face : m_faces)
         for (const TopoMeshEdge e : sidesOf(face))
-            if (e->twin && e->twin.number() >= m_firstEdge && !isSwappable(e)) m_swappable.insert(e);
-}
-
-bool HolePatch::isSwappable(TopoMeshEdge e) const
-{
-    return m_swappable.contains(e) || (e->twin && m_swappable.contains(e->twin));
+            if (e->twin && e->twin.number() >= m_firstEdge && !m_swappable.has(e)) m_swappable.insert(e);
 }
 
 /// \return whether one was split
 bool HolePatch::splitFaces()
 {
-    std::vector<TopoMeshFace> faces;
+    zn::vector<TopoMeshFace> faces;
     for (const TopoMeshFace face : m_faces) {
         const TopoMeshEdge e = face->edge;
         const double density = (densityOf(e->origin) + densityOf(e->next->origin) + densityOf(e->prev->origin)) / 3.0;
         if (isTooLarge(face, density))
             split(face, density, faces);
         else
-            faces.push_back(face);
+            faces.append(face);
     }
     const bool changed = faces.size() != m_faces.size();
     m_faces.swap(faces);
@@ -127,7 +121,7 @@ bool HolePatch::isTooLarge(TopoMeshFace face, double meanDensity) const
     return true;
 }
 
-void HolePatch::split(TopoMeshFace face, double density, std::vector<TopoMeshFace>& faces)
+void HolePatch::split(TopoMeshFace face, double density, zn::vector<TopoMeshFace>& faces)
 {
     const TopoMeshEdge sides[3] = {face->edge, face->edge->next, face->edge->prev};
     const TopoMeshVertex added = m_mesh.subdivideFace(face, face.centroid());
@@ -136,14 +130,11 @@ void HolePatch::split(TopoMeshFace face, double density, std::vector<TopoMeshFac
     m_added.push_back(added);
     for (const TopoMeshEdge spoke : fanOf(added)) {
         m_swappable.insert(spoke);
-        faces.push_back(spoke->face);
+        faces.append(spoke->face);
     }
-    for (const TopoMeshEdge side : sides) {
-        bool veto = false;
-        if (!isSwappable(side)) continue;
-        MeshEdgeSwapper::minimizeOppositeAngleSum(side, veto);
-        if (!veto) m_mesh.swapEdge(side);
-    }
+    for (const TopoMeshEdge side : sides) m_swappable.reopen(side);
+    for (const TopoMeshEdge side : sides)
+        if (m_swappable.has(side)) m_swappable.relax(side);
 }
 
 void HolePatch::fair(Progress& progress) { fairVertices(m_mesh, m_added, progress); }

@@ -4,15 +4,19 @@
 #include <vector>
 
 #include "znGeom/repair/hole_fill.h"
-#include "znGeom/topology/edge_swapper.h"
+#include "znGeom/repair/internal/patch_edges.h"
 
 namespace znGeom::internal {
 
 class HolePatch
 {
 public:
-    /// \param rim  in the order of the boundary half-edges
-    HolePatch(TopoMesh& mesh, const zn::vector<TopoMeshVertex>& rim) : m_mesh(mesh), m_rim(rim) {}
+    /// \param rim        in the order of the boundary half-edges
+    /// \param densities  room for a number for each vertex, which one patch leaves to the next
+    HolePatch(TopoMesh& mesh, const zn::vector<TopoMeshVertex>& rim, std::vector<double>& densities)
+        : m_mesh(mesh), m_rim(rim), m_firstEdge(mesh.edgeNumbers()), m_swappable(mesh, m_firstEdge),
+          m_densities(densities)
+    {}
 
     /// Closes the hole with triangles between the vertices of the rim.
     /// \param places  of these vertices
@@ -30,19 +34,18 @@ private:
     bool isFree(TopoMeshVertex a, TopoMeshVertex b, TopoMeshVertex c) const;
     void addTriangles(const zn::vector<int>& triangles);
     void collectSwappable();
-    bool isSwappable(TopoMeshEdge e) const;
     bool splitFaces();
     bool isTooLarge(TopoMeshFace face, double meanDensity) const;
     double& densityOf(TopoMeshVertex vertex) { return m_densities[static_cast<size_t>(vertex.number())]; }
     double densityOf(TopoMeshVertex vertex) const { return m_densities[static_cast<size_t>(vertex.number())]; }
-    void split(TopoMeshFace face, double density, std::vector<TopoMeshFace>& faces);
+    void split(TopoMeshFace face, double density, zn::vector<TopoMeshFace>& faces);
 
     TopoMesh& m_mesh;
     const zn::vector<TopoMeshVertex>& m_rim;
-    int m_firstEdge = 0; ///< the number of the first half-edge of the patch
-    std::vector<TopoMeshFace> m_faces;
-    zn::set<TopoMeshEdge> m_swappable; ///< one half of each edge inside the patch
-    std::vector<double> m_densities;   ///< by vertex number
+    int m_firstEdge; ///< the number of the first half-edge of the patch
+    PatchEdges m_swappable;
+    zn::vector<TopoMeshFace> m_faces;
+    std::vector<double>& m_densities; ///< by vertex number, of the rim and of the patch
     std::vector<TopoMeshVertex> m_added;
 };
 

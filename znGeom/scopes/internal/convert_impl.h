@@ -13,7 +13,7 @@ class ConvertImpl : public zn::ImplBase
 {
 public:
     ConvertImpl(const CompactMesh& mesh, const BitVector& triangles, const BitVector& vertices,
-                const MeshAdjTris& adjacency);
+                const MeshAdjTris& adjacency, TopoMemory* memory = nullptr);
     ~ConvertImpl() override;
 
     virtual TopoMesh& extract();
@@ -21,11 +21,11 @@ public:
     /// Null for none.
     TopoMeshVertex vertexOf(int compactVertex) const
     {
-        return handleOf(compactVertex, vertices, m_vertexRanks, m_vertices);
+        return handleOf(compactVertex, m_known, m_vertexRanks, m_firstVertex);
     }
     TopoMeshFace faceOf(int compactTriangle) const
     {
-        return handleOf(compactTriangle, triangles, m_triangleRanks, m_faces);
+        return handleOf(compactTriangle, triangles, m_triangleRanks, m_firstFace);
     }
 
     const CompactMesh& mesh;
@@ -35,20 +35,27 @@ public:
 
 protected:
     /// From now on the vertex has no handle.
-    void forgetVertex(int compactVertex) { m_vertices[m_vertexRanks(compactVertex)] = {}; }
+    void forgetVertex(int compactVertex) { m_known.clearBit(compactVertex); }
     /// How many triangles of the region have lower numbers.
     int trianglesBelow(int compactTriangle) const { return m_triangleRanks(compactTriangle); }
 
+    zn::vector<int> m_members; ///< the vertices of the region, by the numbers of their handles; -1 for those given up
+
 private:
+    zn::vector<MeshTriangle> renumberedTriangles() const;
+
+    /// The elements of the region were made in the order of their numbers, before any others.
     template <typename Handle>
-    static Handle handleOf(int index, const BitVector& set, const BitRanks& ranks, const zn::vector<Handle>& handles)
+    static Handle handleOf(int index, const BitVector& set, const BitRanks& ranks, Handle first)
     {
-        const bool isThere = index >= 0 && index < set.getSize() && set[index] && !handles.empty();
-        return isThere ? handles[ranks(index)] : Handle();
+        const bool isThere = first && index >= 0 && index < set.getSize() && set[index];
+        return isThere ? Handle(TopoBlock::numbered(first.record(), ranks(index))) : Handle();
     }
+
     BitRanks m_vertexRanks, m_triangleRanks;
-    zn::vector<TopoMeshVertex> m_vertices; ///< by their places among the vertices of the region
-    zn::vector<TopoMeshFace> m_faces;
+    BitVector m_known; ///< the vertices of the region but for those given up
+    TopoMeshVertex m_firstVertex;
+    TopoMeshFace m_firstFace;
 };
 
 } // namespace znGeom

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "znGeom/topology/edge_swapper.h"
+#include "znGeom/topology/internal/fold_over.h"
 #include "znGeom/topology/topo_iterators.h"
 #include "znGeom/topology/topo_walks.h"
 
@@ -24,13 +25,26 @@ bool isPlainFan(TopoMeshVertex vertex)
     return false;
 }
 
+/// Whether three neighbours are the corners of a triangle already: without the vertex there would be two, as at the tip
+/// of a tetrahedron.
+bool haveTriangle(TopoMeshVertex vertex)
+{
+    const TopoMeshEdge ring = vertex->edge->next;
+    const TopoMeshVertex a = ring->origin, b = endOf(ring), c = endOf(vertex->edge->twin->next);
+    for (const TopoMeshEdge e : outgoingOf(a)) {
+        const TopoMeshVertex second = endOf(e), third = e->prev->origin;
+        if ((second == b && third == c) || (second == c && third == b)) return true;
+    }
+    return false;
+}
+
 } // namespace
 
 bool VertexRemoval::remove(TopoMeshVertex vertex)
 {
     m_firstSwaps.clear();
     m_secondSwaps.clear();
-    if (!isPlainFan(vertex) || !swapDownToThree(vertex)) {
+    if (!isPlainFan(vertex) || !swapDownToThree(vertex) || haveTriangle(vertex)) {
         swapBack(m_firstSwaps);
         return false;
     }
@@ -54,7 +68,21 @@ bool VertexRemoval::swapDownToThree(TopoMeshVertex vertex)
         --valence;
         m_firstSwaps.push_back(spoke);
     }
-    return valence == 3;
+    return valence == 3 || (valence == 4 && swapLastOfFour(vertex));
+}
+
+/// Looks at the two triangles that stay when the vertex is gone, where the one at the vertex is no obstacle: it has no
+/// area when the vertex lies between two of its neighbours, as on every flat grid.
+bool VertexRemoval::swapLastOfFour(TopoMeshVertex vertex)
+{
+    for (const TopoMeshEdge spoke : fanOf(vertex)) {
+        const TopoMeshVertex opposite = endOf(nextAround(nextAround(spoke)));
+        if (foldsOver(opposite, endOf(spoke), spoke->prev->origin, spoke->twin->prev->origin)) continue;
+        if (!m_mesh.swapEdge(spoke)) continue;
+        m_firstSwaps.push_back(spoke);
+        return true;
+    }
+    return false;
 }
 
 /// A pass that swaps nothing is the last: all further ones would find the same.

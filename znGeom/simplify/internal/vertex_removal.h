@@ -27,6 +27,7 @@ public:
 
 private:
     bool swapDownToThree(TopoMeshVertex vertex);
+    bool swapLastOfFour(TopoMeshVertex vertex);
     void improve();
     void swapBack(std::vector<TopoMeshEdge>& edges);
 
