@@ -27,7 +27,8 @@ public:
         znOS::StopWatch watch;
         m_source = &source;
         m_output = output;
-        m_selection = selectedOnly && source.getSelectedVertices().getSize() > 0 ? &source.getSelectedVertices() : nullptr;
+        m_selection =
+            selectedOnly && source.getSelectedVertices().getSize() > 0 ? &source.getSelectedVertices() : nullptr;
         m_reverseSign = reverseSign;
         m_sourceToTarget = sourceMatrix * m_inverseTargetMatrix;
         bool regular;
