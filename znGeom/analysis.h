@@ -1,5 +1,5 @@
 /// What a mesh is made of: adjacency, edges, borders, components, counts, and its measures: normals, boxes, areas,
-/// lengths, angles, volume.
+/// lengths, angles, curvature, volume.
 #pragma once
 
 #include "znGeom/analysis/adjacency.h"
@@ -9,6 +9,7 @@
 #include "znGeom/analysis/bounds.h"
 #include "znGeom/analysis/census.h"
 #include "znGeom/analysis/components.h"
+#include "znGeom/analysis/curvature.h"
 #include "znGeom/analysis/edge_sides.h"
 #include "znGeom/analysis/edges.h"
 #include "znGeom/analysis/fold_angle.h"

@@ -1,15 +1,9 @@
 #include <algorithm>
-#include <charconv>
 #include <cmath>
-#include <filesystem>
 
 #include "apps/zngeom/command.h"
-#include "apps/zngeom/format_option.h"
-#include "apps/zngeom/mesh_files.h"
-#include "apps/zngeom/pacer.h"
-#include "apps/zngeom/part_options.h"
+#include "apps/zngeom/listing.h"
 #include "apps/zngeom/point_reader.h"
-#include "apps/zngeom/write_file.h"
 #include "znGeom/analysis/bounds.h"
 #include "znGeom/spatial/queries/closest_point.h"
 #include "znGeom/spatial/trees/octree_partition.h"
@@ -54,19 +48,11 @@ std::vector<Closest> findClosest(const znGeom::CompactMesh& mesh, const std::vec
     return found;
 }
 
-/// Nine digits, which is more than mesh files have.
-void appendNumber(std::string& text, double value)
-{
-    char digits[32];
-    text.append(digits, std::to_chars(digits, digits + sizeof digits, value, std::chars_format::general, 9).ptr);
-}
-
 void appendLine(const Closest& closest, std::string& text)
 {
     appendNumber(text, closest.distance);
     text += ' ' + std::to_string(closest.place.triangle);
     for (const double weight : closest.place.weights) appendNumber(text += ' ', weight);
-    text += '\n';
 }
 
 /// All members are finite numbers, which are the same in JSON.
@@ -82,27 +68,13 @@ void appendObject(const Closest& closest, std::string& text)
     text += "]}";
 }
 
-std::string listing(const std::vector<Closest>& all, bool json)
-{
-    std::string text;
-    for (const Closest& closest : all) {
-        if (!json) {
-            appendLine(closest, text);
-            continue;
-        }
-        text += text.empty() ? "[" : ",\n";
-        appendObject(closest, text);
-    }
-    return json ? text + "]\n" : text;
-}
-
 class ClosestCommand : public Command
 {
 public:
     CLI::App* addTo(CLI::App& app) override
     {
-        m_sub = app.add_subcommand("closest", "Tell for each of some points where a mesh is nearest");
-        m_sub->footer(
+        CLI::App* sub = app.add_subcommand("closest", "Tell for each of some points where a mesh is nearest");
+        sub->footer(
             "Writes one line for each point, in their order: the distance in the units of the file, the number of\n"
             "the nearest triangle, and the weights of its three corners, which add up to 1: the nearest place is the\n"
             "sum of the corners by their weights. Triangles are counted from 0 in the order of the mesh file, a\n"
@@ -111,58 +83,34 @@ public:
             "A text has the x y z of a point on each line, divided by blanks or commas; # starts a comment. All\n"
             "coordinates must be finite, and are taken in the precision of meshes, that of a float. A .txt file is\n"
             "a text with points unless its first line has two numbers, as that of a mesh does.");
-        m_sub->add_option("MESH", m_mesh, "The mesh file")->required();
-        m_sub->add_option("POINTS", m_points, "A text file with points, or a mesh file for its vertices")->required();
-        m_sub->add_option("-o,--output", m_output, "The file to write, instead of standard output");
-        addFormatOption(*m_sub, m_formats);
-        return m_sub;
+        m_files.addTo(*sub, "POINTS", "A text file with points, or a mesh file for its vertices");
+        return sub;
     }
 
     Report run(znUtil::Progress& progress) override
     {
-        if (!m_output.empty()) checkOutputIsNoInput();
-        znUtil::Progress phase;
+        Phases phases(progress);
         LoadedMesh loaded;
-        progress.subPhase(0.3, phase);
-        loadMesh(m_mesh, phase, loaded, m_formats.input);
-        checkHasTriangles(loaded.mesh, m_mesh);
-        checkFinite(loaded.mesh.getVertices(), loaded.mesh.getNumVertices(), m_mesh);
-
-        progress.subPhase(0.1, phase);
+        m_files.load(loaded, phases.next(0.3));
         const std::vector<znGeom::MeshVertex> points =
-            loadPoints(m_points, phase, m_points == "-" ? m_formats.input : "");
-        progress.subPhase(0.6, phase);
-        const std::vector<Closest> found = findClosest(loaded.mesh, points, phase);
+            loadPoints(m_files.questions, phases.next(0.1), m_files.questions == "-" ? m_files.formats.input : "");
+        const std::vector<Closest> found = findClosest(loaded.mesh, points, phases.next(0.6));
         checkAllFound(found);
-
-        // The flag is common to all commands; here it applies to the lines as well.
-        const bool json = m_sub->get_option("--json")->count() > 0;
-        Report report;
-        if (m_output.empty()) {
-            report.setOutput(listing(found, json));
-            return report;
-        }
-        writeFile(listing(found, json), m_output);
+        Report report = m_files.answer(found.size(), [&](std::string& text, std::size_t i, bool json) {
+            json ? appendObject(found[i], text) : appendLine(found[i], text);
+        });
+        if (!m_files.isToFile()) return report;
         describe(found, report);
         report.addNotes(loaded.notes);
-        report.makeRoomFor(m_output);
         return report;
     }
 
 private:
-    void checkOutputIsNoInput() const
-    {
-        std::error_code error;
-        for (const std::string& input : {m_mesh, m_points})
-            if (std::filesystem::equivalent(input, m_output, error))
-                throw Failure(m_output + ": is read, and not overwritten by distances");
-    }
-
     void checkAllFound(const std::vector<Closest>& found) const
     {
         const auto lost = std::find_if(found.begin(), found.end(), [](const Closest& c) { return !c.place.valid(); });
         if (lost != found.end())
-            throw Failure(m_points + ": point " + std::to_string(lost - found.begin()) +
+            throw Failure(m_files.questions + ": point " + std::to_string(lost - found.begin()) +
                           ", counted from 0, is too far from the mesh to measure");
     }
 
@@ -176,8 +124,6 @@ private:
             sumOfSquares += closest.distance * closest.distance;
         }
         const double count = static_cast<double>(found.size());
-        report.add("mesh", m_mesh);
-        report.add("output", m_output);
         report.add("points", found.size());
         report.add("distance_min", rounded(smallest));
         report.add("distance_max", rounded(largest));
@@ -185,9 +131,7 @@ private:
         report.add("distance_rms", rounded(std::sqrt(sumOfSquares / count)));
     }
 
-    CLI::App* m_sub = nullptr;
-    std::string m_mesh, m_points, m_output;
-    StreamFormats m_formats;
+    Listing m_files;
 };
 
 } // namespace

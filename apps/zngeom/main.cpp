@@ -64,6 +64,10 @@ Examples:
   zngeom split parts.obj part.obj
   zngeom extract scan.ply rim.ply --boundary 1 --rings 3
   zngeom closest scan.ply points.txt -o distances.txt
+  zngeom ray scan.ply rays.txt --any
+  zngeom inside part.stl points.txt
+  zngeom curvature scan.ply bends.ply --type gauss
+  zngeom distance scan.ply small.ply --signed --picture heat.png
   zngeom check scan.ply --picture defects.png
   zngeom repair scan.ply whole.ply --self-intersections
   zngeom fill scan.ply closed.ply --max-length 100
@@ -142,8 +146,9 @@ Commands addCommands(CLI::App& app, OutputOptions& options)
 {
     Commands commands;
     for (auto make : {makeInfoCommand, makeWeldCommand, makeConvertCommand, makeSplitCommand, makeExtractCommand,
-                      makeClosestCommand, makeCheckCommand, makeRepairCommand, makeFillCommand, makeFlattenCommand,
-                      makeReduceCommand, makeIntersectCommand}) {
+                      makeClosestCommand, makeRayCommand, makeInsideCommand, makeCurvatureCommand, makeDistanceCommand,
+                      makeCheckCommand, makeRepairCommand, makeFillCommand, makeFlattenCommand, makeReduceCommand,
+                      makeIntersectCommand}) {
         std::unique_ptr<Command> command = make();
         CLI::App* sub = command->addTo(app)->group("Commands");
         sub->add_flag("--json", options.json, "Print the report as JSON");

@@ -1,5 +1,7 @@
-// Embree: its tree built well and built fast, and nearest points by point queries.
+// Embree: its tree built well and built fast, nearest points by point queries, and casts.
+#include "bench/casts.h"
 #include "bench/closest.h"
+#include "bench/deviation.h"
 
 #include <embree3/rtcore.h>
 
@@ -175,6 +177,71 @@ private:
     std::size_t bytes_ = 0;
 };
 
+class EmbreeCasts
+{
+public:
+    explicit EmbreeCasts(const bench::Soup& soup) : buffers_(soup)
+    {
+        const Memory* memory;
+        scene_ = build(deviceOnAllThreads(memory), buffers_, RTC_BUILD_QUALITY_MEDIUM);
+    }
+
+    void cast(const float* from, const float* to, std::size_t count, bool nearest, double* params) const
+    {
+        for (std::size_t i = 0; i < count; ++i, from += 3, to += 3) {
+            RTCRayHit hit{};
+            hit.ray = {from[0],  from[1], from[2], 0, to[0] - from[0], to[1] - from[1], to[2] - from[2], 0,
+                       infinite, ~0u,     0,       0};
+            hit.hit.geomID = RTC_INVALID_GEOMETRY_ID;
+            RTCIntersectContext context;
+            rtcInitIntersectContext(&context);
+            if (nearest) {
+                rtcIntersect1(scene_.get(), &context, &hit);
+                params[i] = hit.hit.geomID == RTC_INVALID_GEOMETRY_ID ? -1 : static_cast<double>(hit.ray.tfar);
+            } else {
+                rtcOccluded1(scene_.get(), &context, &hit.ray);
+                params[i] = hit.ray.tfar < 0 ? 0 : -1;
+            }
+        }
+    }
+
+private:
+    static constexpr float infinite = std::numeric_limits<float>::infinity();
+
+    Buffers buffers_;
+    Scene scene_;
+};
+
+/// The distances of all vertices, an equal share on each of two threads.
+std::vector<float> deviations(const EmbreeIndex& index, const std::vector<float>& points)
+{
+    std::vector<float> result(points.size() / 3);
+    bench::shareOut(result.size(), 2, [&](std::size_t begin, std::size_t end) {
+        std::vector<double> distances(end - begin);
+        index.distances(&points[3 * begin], end - begin, distances.data());
+        for (std::size_t i = begin; i < end; ++i) result[i] = static_cast<float>(distances[i - begin]);
+    });
+    return result;
+}
+
+bool measureDeviation()
+{
+    return bench::measure({"deviation", "Embree",
+                           [](const Input& input) {
+                               const auto distances =
+                                   deviations(bench::madeOnce<EmbreeIndex>(input), bench::movedVertices(input.soup()));
+                               return bench::deviationAgrees(input, distances);
+                           },
+                           [](benchmark::State& state, const Input& input) {
+                               const EmbreeIndex& index = bench::madeOnce<EmbreeIndex>(input);
+                               const std::vector<float> points = bench::movedVertices(input.soup());
+                               bench::timeWork(
+                                   state, [&] { return &points; },
+                                   [&](const std::vector<float>* subject) { return deviations(index, *subject); });
+                           },
+                           3, bench::generatedInputs()});
+}
+
 /// Whether the scene's box is the mesh's.
 bool boxAgrees(const Input& input, const Scene& scene)
 {
@@ -210,6 +277,8 @@ bool measureBuild(const char* work, const char* configuration, const char* who, 
     measureBuild("octree_one_thread", "threads=1", "Embree_default", RTC_BUILD_QUALITY_MEDIUM),
     measureBuild("octree_one_thread", "threads=1", "Embree_Morton", RTC_BUILD_QUALITY_LOW),
     bench::measureClosest<EmbreeIndex>("Embree"),
+    bench::measureCasts<EmbreeCasts>("Embree"),
+    measureDeviation(),
 };
 
 } // namespace

@@ -72,6 +72,28 @@ TEST(ToolPicture, ShowsTheMeshAndWhatIsWrongWithIt)
     EXPECT_GT(picture(cubeObj() + "v 0 0 0\nv 0.1 3 0\nv -0.1 3 0\nf 9 10 11\n").count(isViolet), 500);
 }
 
+TEST(ToolPicture, ColoursValues)
+{
+    const Scratch scratch;
+    const std::string path = scratch.path("picture.png"), cube = scratch.write("cube.obj", cubeObj());
+    const auto isBlue = [](const Pixel& p) { return p.blue > p.red + 60; };
+    const auto isWarm = [](const Pixel& p) { return p.red > p.blue + 60; };
+    const auto picture = [&](const std::vector<std::string>& words) {
+        std::vector<std::string> arguments = words;
+        for (const char* word : {"--picture", path.c_str(), "--picture-size", "480x330"}) arguments.push_back(word);
+        report(arguments);
+        return Picture(path);
+    };
+    // From corners without distance to those with the largest.
+    const std::string moved = scratch.write("moved.obj", cubeObj("-1", "3"));
+    const Picture heat = picture({"distance", moved, cube});
+    EXPECT_GT(heat.count(isBlue), 5000);
+    EXPECT_GT(heat.count(isWarm), 5000);
+    const Picture low = picture({"curvature", cube, scratch.path("out.txt"), "--range", "10,20"});
+    EXPECT_GT(low.count(isBlue), 20000);
+    EXPECT_EQ(low.count(isWarm), 0);
+}
+
 TEST(ToolPicture, PointsOutWhatIsTiny)
 {
     const Scratch scratch;

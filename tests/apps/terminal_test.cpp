@@ -100,7 +100,8 @@ TEST(ToolCancel, InterruptedAnywhereItLeavesTheOldFilesOrTheWholeNewOnes)
                                            {"split", {"--parts", "20"}},
                                            {"repair", {"--self-intersections"}},
                                            {"reduce", {"--to", "0.5"}},
-                                           {"fill", {"--quality", "0"}}}) {
+                                           {"fill", {"--quality", "0"}},
+                                           {"curvature", {"--type", "max"}}}) {
         const Scratch scratch;
         const bool splits = !std::strcmp(command, "split"), fills = !std::strcmp(command, "fill");
         const std::string in = scratch.write("in.obj", gridObj(150) + (fills ? "" : "f 1 2 3\nf 1 1 2\n"));

@@ -20,6 +20,7 @@
 #include "znGeom/foundation/mesh/mesh_coord.h"
 #include "znGeom/foundation/mesh/mesh_modification.h"
 #include "znGeom/foundation/mesh/mesh_records.h"
+#include "znGeom/foundation/mesh/mesh_transform.h"
 #include "znGeom/foundation/mesh/point_mesh.h"
 #include "znGeom/foundation/mesh/remap.h"
 #include "znGeom/foundation/mesh/triangle_box.h"

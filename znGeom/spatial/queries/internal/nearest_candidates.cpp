@@ -156,9 +156,10 @@ ZNGEOM_CLONES void findCandidates(const PackedTriangles& tree, const float* quer
 
 } // namespace
 
-void NearestCandidates::search(const PackedTriangles& tree, const FrameQuery& query)
+void NearestCandidates::search(const PackedTriangles& tree, const FrameQuery& query, double known)
 {
-    Found found{m_found, 0, std::numeric_limits<float>::max(), static_cast<float>(query.loss)};
+    const double reach = std::min(known + query.loss, 1e18) * 1.000001;
+    Found found{m_found, 0, static_cast<float>(reach * reach), static_cast<float>(query.loss)};
     findCandidates(tree, query.at, found);
     m_count = 0;
     for (size_t i = 0; i < found.count; ++i) {

@@ -19,7 +19,8 @@ public:
     };
 
     /// Replaces the candidates. Allocates no memory once it has grown to the size.
-    void search(const PackedTriangles& tree, const FrameQuery& query);
+    /// \param known  a distance within which some triangle lies, in the frame, rounding aside; infinite when unknown
+    void search(const PackedTriangles& tree, const FrameQuery& query, double known);
 
     const Candidate* begin() const { return m_found.data(); }
     const Candidate* end() const { return m_found.data() + m_count; }

@@ -38,11 +38,11 @@ TreeSearch::TreeSearch(const PackedTriangles& tree, const Octree& octree, const 
     m_isUsable = tree.numTriangles > 0 && tree.isExact && isFinite(root) && root.contains(tree.box);
 }
 
-bool TreeSearch::find(const Point& query, OctreeClosestIt& walk, MeshCoord& coord, double& distance2)
+bool TreeSearch::find(const Point& query, double known, OctreeClosestIt& walk, MeshCoord& coord, double& distance2)
 {
     const FrameQuery frameQuery(m_tree.frame, query);
     if (!m_isUsable || !frameQuery.isInside) return false;
-    m_candidates.search(m_tree, frameQuery);
+    m_candidates.search(m_tree, frameQuery, known * m_tree.frame.scale);
     const int count = measureCandidates(m_tree, m_candidates, query, m_measured);
     if (count == 0) return false;
     m_margin = frameQuery.loss * m_tree.frame.unscale;

@@ -20,10 +20,12 @@ class TreeSearch
 public:
     TreeSearch(const PackedTriangles& tree, const Octree& octree, const OctreeTris& octreeTris);
 
+    /// \param known  a distance within which some triangle lies; infinite when unknown. It saves time and changes
+    ///               nothing else
     /// \param walk   to be used where the order of the octree's leaves decides
     /// \param coord  untouched when the result is false
     /// \return false when the plain walk has to decide
-    bool find(const znLinear::Point& query, OctreeClosestIt& walk, MeshCoord& coord, double& distance2);
+    bool find(const znLinear::Point& query, double known, OctreeClosestIt& walk, MeshCoord& coord, double& distance2);
 
 private:
     void splitNearest(int count);

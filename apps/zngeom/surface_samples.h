@@ -1,0 +1,35 @@
+/// `tool::SurfaceSamples`: points of triangles at most a distance apart.
+#pragma once
+
+#include "znGeom/foundation/mesh/compact_mesh.h"
+
+namespace tool {
+
+/// The points of a lattice on each triangle of a mesh whose neighbours are at most a distance apart, without the
+/// corners, triangle by triangle. A side of two triangles is on the lattice of both.
+class SurfaceSamples
+{
+public:
+    /// \param mesh     finite, with vertex normals; borrowed
+    /// \param spacing  above 0
+    SurfaceSamples(const znGeom::CompactMesh& mesh, double spacing) : m_mesh(mesh), m_spacing(spacing) {}
+
+    /// How many there are, approximately where there are very many. Linear in the triangles.
+    double count() const;
+
+    /// Replaces the vertices and normals of `points` by those of the next triangles; false when there are none left.
+    /// A piece has some hundred thousand points, more where a single triangle has.
+    bool next(znGeom::CompactMesh& points);
+
+    /// The triangles done so far.
+    int numDone() const { return m_next; }
+
+private:
+    double partsOf(int triangle) const;
+
+    const znGeom::CompactMesh& m_mesh;
+    double m_spacing;
+    int m_next = 0;
+};
+
+} // namespace tool
