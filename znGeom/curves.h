@@ -2,3 +2,5 @@
 #pragma once
 
 #include "znGeom/curves/closest_on_line.h"
+#include "znGeom/curves/curve_topology.h"
+#include "znGeom/curves/surface_curves.h"
