@@ -33,7 +33,6 @@ struct PointOnEdge
         edge = twin;
     }
     auto key() const { return std::tuple(edge, endWeight, point->number()); }
-    Point place() const { return combine(1.0 - endWeight, edge->origin->point, endWeight, endOf(edge)->point); }
 };
 
 zn::vector<PointOnEdge> collectPointsOnEdges(TopoMeshCurves& curves)
@@ -128,31 +127,31 @@ CurveDivision::CurveDivision(TopoMesh& mesh, MeshCurveTopology& topology) : m_me
         }
 }
 
-/// From the far end of each edge to its origin: what is left of it keeps its handle.
+/// From the far end of each edge to its origin: what is left of it keeps its handle. Points nearer to each other than
+/// the tolerance share a vertex: curves that go the same way there are one cut, without a sliver in between.
 void CurveDivision::divideEdges()
 {
     const zn::vector<PointOnEdge> points = collectPointsOnEdges(m_topology.getCurves());
     TopoMeshVertex made;
-    const PointOnEdge* behind = nullptr;
+    double madeAt = 0, length = 0;
     for (int i = points.size() - 1; i >= 0; --i) {
-        const PointOnEdge& at = points[i];
-        const TopoMeshEdge edge = at.edge;
-        const bool isNewEdge = !behind || behind->edge != edge;
-        if (at.endWeight <= 0)
-            made = edge->origin;
-        else if (isNewEdge && at.endWeight >= 1)
+        const TopoMeshEdge edge = points[i].edge;
+        const double at = points[i].endWeight;
+        if (i == points.size() - 1 || points[i + 1].edge != edge) {
             made = endOf(edge);
-        else if (isNewEdge || behind->endWeight != at.endWeight) {
-            // The end of the edge is the vertex behind by now.
-            const Point place = isNewEdge ? at.place()
-                                          : combine(1.0 - at.endWeight / behind->endWeight, edge->origin->point,
-                                                    at.endWeight / behind->endWeight, endOf(edge)->point);
+            madeAt = 1;
+            length = distance(edge->origin->point, made->point);
+        }
+        if (at <= 0) {
+            made = edge->origin;
+        } else if (at < madeAt && !(m_topology.getTolerance() > (madeAt - at) * length)) {
             for (const TopoMeshEdge half : {edge, edge->twin})
                 if (half) m_touched.append(half->face);
-            made = m_mesh.subdivideEdge(edge, place);
+            made =
+                m_mesh.subdivideEdge(edge, combine(1.0 - at / madeAt, edge->origin->point, at / madeAt, made->point));
+            madeAt = at;
         }
-        *at.point = TopoMeshPoint(made, edge->face);
-        behind = &at;
+        *points[i].point = TopoMeshPoint(made, edge->face);
     }
 }
 
