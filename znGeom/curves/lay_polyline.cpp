@@ -104,11 +104,16 @@ private:
         return triangles;
     }
 
-    Vector normalAt(const MeshCoord& place) const
+    /// The mean direction of the triangles that hold a place, weighted by their areas.
+    Vector normalAt(const zn::vector<int>& triangles) const
     {
-        const MeshTriangle& triangle = m_mesh.getTriangles()[place.triangle];
-        const auto corner = [&](int i) { return m_mesh.getVertices()[triangle[i]].asPoint(); };
-        return Normal(cross(corner(1) - corner(0), corner(2) - corner(0))).asVector();
+        Vector sum;
+        for (const int triangle : triangles) {
+            const MeshTriangle& corners = m_mesh.getTriangles()[triangle];
+            const auto corner = [&](int i) { return m_mesh.getVertices()[corners[i]].asPoint(); };
+            sum += cross(corner(1) - corner(0), corner(2) - corner(0));
+        }
+        return Normal(sum).asVector();
     }
 
     /// Appends the crossings between two places. \return false, and nothing appended, when the way doesn't lead there
@@ -120,7 +125,8 @@ private:
         if (way.length2() == 0 ||
             std::find_first_of(first.begin(), first.end(), last.begin(), last.end()) != first.end())
             return true;
-        for (const Vector& upright : {normalAt(from) + normalAt(to), normalAt(from)}) {
+        const Vector atStart = normalAt(first), atEnd = normalAt(last);
+        for (const Vector& upright : {atStart + atEnd, atStart, atEnd}) {
             const Plane plane(start, Normal(cross(way, upright)));
             if (!plane.isValid()) continue;
             for (const bool isOnAbove : {true, false}) {

@@ -35,9 +35,10 @@ public:
 
     /// \param closed  joins the last point to the first by one more piece
     ///
-    /// A piece sets out towards its end and, if it does not arrive that way, the other way. It does not arrive where
-    /// the plane leads it to the boundary, to an edge of more than two triangles, or back to its beginning, and where
-    /// there is no such plane: between two places one above the other. Points that repeat the one before are dropped.
+    /// The plane contains the sum of the surface's normals at the two places or, where that does not lead to the end,
+    /// the one or the other. A piece sets out towards its end and, if it does not arrive, the other way. It does not
+    /// arrive where its planes lead to the boundary, to an edge of more than two triangles, or back to its beginning,
+    /// and where there are none: between two places one above the other. Points that repeat the one before are dropped.
     MeshLaidPolyline operator()(const zn::vector<znLinear::Point>& points, bool closed) const;
 
 private:
