@@ -6,6 +6,7 @@
 
 #include "znGeom/foundation/linear/intersect.h"
 #include "znGeom/foundation/linear/range.h"
+#include "znGeom/foundation/threads/radix_sort.h"
 #include "znGeom/topology/topo_walks.h"
 
 namespace znGeom {
@@ -205,8 +206,7 @@ public:
             else if (const TopoMeshFace face = a.adjacent(b))
                 inFaces.append({face, {&at.getCurve(), start, end}});
         }
-        std::stable_sort(inFaces.begin(), inFaces.end(),
-                         [](const InFace& a, const InFace& b) { return a.face < b.face; });
+        sortByFaces();
     }
 
     template <typename Visit>
@@ -223,6 +223,20 @@ public:
         auto at = std::lower_bound(inFaces.begin(), inFaces.end(), face,
                                    [](const InFace& a, TopoMeshFace wanted) { return a.face < wanted; });
         for (; at != inFaces.end() && at->face == face; ++at) visit(at->segment);
+    }
+
+private:
+    /// Segments of one face stay in their order.
+    void sortByFaces()
+    {
+        zn::vector<znUtil::KeyedIndex> order, scratch(inFaces.size());
+        for (int i = 0; i < inFaces.size(); ++i)
+            order.append({static_cast<std::uint32_t>(inFaces[i].face.number()), i});
+        znUtil::radixSort(order.data(), scratch.data(), order.size(), znUtil::ThreadPool::get());
+        zn::vector<InFace> sorted;
+        sorted.reserve(inFaces.size());
+        for (const znUtil::KeyedIndex& each : order) sorted.append(inFaces[each.index]);
+        inFaces.swap(sorted);
     }
 };
 

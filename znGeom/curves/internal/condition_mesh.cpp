@@ -68,8 +68,9 @@ bool isLoneFace(TopoMeshVertex v) { return !v->edge->next->twin; }
 
 ConditionMesh::ConditionMesh(TopoMesh& mesh, zn::set<TopoMeshVertex>& candidates,
                              znRTB::SignalArg<TopoMeshVertex>* removed)
-    : m_mesh(mesh), m_candidates(candidates), m_removed(removed)
+    : m_mesh(mesh), m_candidates(candidates), m_isCandidate(mesh.vertexNumbers()), m_removed(removed)
 {
+    for (const TopoMeshVertex v : candidates) m_isCandidate.setBit(v.number());
     for (MeshEdgeSwapper* const swapper : {&m_mainSwapper, &m_removalSwapper, &m_lastSwapper})
         swapper->getVetoSignal().addCallback([this](TopoMeshEdge e, bool& veto) { vetoFarAway(e, veto); });
     m_mainSwapper.getVetoSignal().addCallback(MeshEdgeSwapper::preserveFeatures);
@@ -80,7 +81,7 @@ ConditionMesh::ConditionMesh(TopoMesh& mesh, zn::set<TopoMeshVertex>& candidates
 
 void ConditionMesh::vetoFarAway(TopoMeshEdge e, bool& veto) const
 {
-    const auto isNear = [this](TopoMeshVertex v) { return m_candidates.contains(v); };
+    const auto isNear = [this](TopoMeshVertex v) { return m_isCandidate[v.number()]; };
     const bool hasNearEnd = isNear(e->origin) || isNear(endOf(e));
     if (!hasNearEnd || !(isNear(e->prev->origin) || isNear(e->twin->prev->origin))) veto = true;
 }
@@ -117,6 +118,7 @@ int ConditionMesh::removeThin(double tolerance)
         if (!removeVertex(v)) continue;
         ++count;
         m_candidates.eraseNode(node);
+        m_isCandidate.clearBit(v.number());
         if (p) touched.insert(p), touched.insert(q);
     }
     return count;

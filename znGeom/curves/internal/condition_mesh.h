@@ -2,6 +2,7 @@
 #pragma once
 
 #include "znGeom/foundation/containers/tree.h"
+#include "znGeom/foundation/mesh/bit_vector.h"
 #include "znGeom/topology/edge_swapper.h"
 
 namespace znGeom::internal {
@@ -27,6 +28,7 @@ private:
 
     TopoMesh& m_mesh;
     zn::set<TopoMeshVertex>& m_candidates;
+    BitVector m_isCandidate; ///< the same, by numbers
     znRTB::SignalArg<TopoMeshVertex>* m_removed;
     MeshEdgeSwapper m_mainSwapper, m_removalSwapper, m_lastSwapper;
 };
