@@ -31,7 +31,7 @@ TEST(SurfaceCurves, StripsBecomeCurvesAndMeshes)
 {
     const CompactMesh grid = makeGrid(4, 3);
     const MeshAdjTris adjTris = adjTrisOf(grid);
-    const MeshSequence strips({{{5, 6, 2, 5}}, {{6, 10}}, {{7}}});
+    const MeshSequence strips(zn::vector<int>{5, 6, 2, 5, 6, 10, 7}, zn::vector<int>{4, 2, 1});
     const auto curve = meshConvertLine(grid, adjTris, strips, 0);
     EXPECT_TRUE(curve->closed && curve->coords.size() == 4);
     for (std::size_t i = 0; i < 4; ++i)
