@@ -73,7 +73,10 @@ Examples:
   zngeom fill scan.ply closed.ply --max-length 100
   zngeom flatten scan.ply flat.obj --picture chart.png
   zngeom reduce scan.ply small.ply --to 0.1
-  zngeom intersect part.obj other.obj lines.obj)";
+  zngeom intersect part.obj other.obj lines.obj
+  zngeom section part.obj lines.obj --plane 0,0,1,2.5
+  zngeom project part.obj sketch.obj lines.obj
+  zngeom cut part.obj apart.obj --along lines.obj)";
 
 /// Whatever a file or a path holds, a message is one line.
 void printError(const std::string& message) { std::fprintf(stderr, "zngeom: %s\n", withoutControls(message).c_str()); }
@@ -148,7 +151,7 @@ Commands addCommands(CLI::App& app, OutputOptions& options)
     for (auto make : {makeInfoCommand, makeWeldCommand, makeConvertCommand, makeSplitCommand, makeExtractCommand,
                       makeClosestCommand, makeRayCommand, makeInsideCommand, makeCurvatureCommand, makeDistanceCommand,
                       makeCheckCommand, makeRepairCommand, makeFillCommand, makeFlattenCommand, makeReduceCommand,
-                      makeIntersectCommand}) {
+                      makeIntersectCommand, makeSectionCommand, makeProjectCommand, makeCutCommand}) {
         std::unique_ptr<Command> command = make();
         CLI::App* sub = command->addTo(app)->group("Commands");
         sub->add_flag("--json", options.json, "Print the report as JSON");

@@ -1,5 +1,7 @@
 #include "znGeom/topology/topo_point.h"
 
+#include <atomic>
+
 #include "znGeom/topology/topo_walks.h"
 
 namespace znGeom {
@@ -128,6 +130,12 @@ TopoMeshPoint::TopoMeshPoint(const TopoMeshCoord& place, double tolerance) : coo
 }
 
 TopoMeshPoint::~TopoMeshPoint() = default;
+
+TopoMeshPoint::Number::Number()
+{
+    static std::atomic<std::uint64_t> numMade{0};
+    value = numMade.fetch_add(1, std::memory_order_relaxed);
+}
 
 bool TopoMeshPoint::equivalent(const TopoMeshPoint& other) const
 {

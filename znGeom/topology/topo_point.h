@@ -1,6 +1,8 @@
 /// Positions on a half-edge mesh.
 #pragma once
 
+#include <cstdint>
+
 #include "znGeom/foundation/containers/reference.h"
 #include "znGeom/topology/topo_handles.h"
 
@@ -45,6 +47,10 @@ public:
     TopoMeshPoint& operator=(const TopoMeshPoint&) = default;
     TopoMeshPoint& operator=(TopoMeshPoint&&) = default;
 
+    /// How many points the process had made before: an order that addresses don't give. A copy is a point of its own;
+    /// assignment moves a point and leaves it the same one.
+    std::uint64_t number() const { return m_number.value; }
+
     /// The same place: the same vertex, the same edge (either half) or face with weights that agree within
     /// `epsilonTol`.
     bool equivalent(const TopoMeshPoint& other) const;
@@ -54,6 +60,27 @@ public:
     TopoMeshFace adjacent(const TopoMeshPoint& other) const;
     /// The weights of the origin and of the end of the half-edge on which the point lies. Only on an edge.
     void getEdgeWeights(double& originWeight, double& endWeight) const;
+
+private:
+    struct ZNGEOM_API Number
+    {
+        std::uint64_t value;
+
+        Number();
+        Number(const Number&) : Number() {}
+        Number& operator=(const Number&) { return *this; }
+    };
+
+    Number m_number;
+};
+
+/// Orders shared points by their creation.
+struct TopoMeshPointOrder
+{
+    bool operator()(const zn::Reference<TopoMeshPoint>& a, const zn::Reference<TopoMeshPoint>& b) const
+    {
+        return a && b ? a->number() < b->number() : !a && b;
+    }
 };
 
 } // namespace znGeom
