@@ -40,6 +40,11 @@ bool isThin(TopoMeshVertex v)
     return false;
 }
 
+double distanceToWay(const Point& point, const Point& from, const Point& to)
+{
+    return distance(point, ParamLine(from, to).projectBounded(point, 0, 1));
+}
+
 Normal normalOf(TopoMeshEdge side)
 {
     const Point &a = side->origin->point, &b = endOf(side)->point, &c = side->prev->origin->point;
@@ -114,7 +119,8 @@ int ConditionMesh::removeThin(double tolerance)
         TopoMeshEdge arriving, leaving;
         TopoMeshBoundaryIterator::getPrevNextEdges(v, arriving, leaving);
         const TopoMeshVertex p = arriving ? arriving->origin : TopoMeshVertex(), q = leaving ? endOf(leaving) : p;
-        if (p && (touched.contains(v) || !(distance(v->point, Line(p->point, q->point)) < tolerance * room))) continue;
+        // From the way between the neighbours, not from the line: the tip of a spike lies on that, too.
+        if (p && (touched.contains(v) || !(distanceToWay(v->point, p->point, q->point) < tolerance * room))) continue;
         if (!removeVertex(v)) continue;
         ++count;
         m_candidates.eraseNode(node);
