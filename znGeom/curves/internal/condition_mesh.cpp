@@ -45,25 +45,28 @@ double distanceToWay(const Point& point, const Point& from, const Point& to)
     return distance(point, ParamLine(from, to).projectBounded(point, 0, 1));
 }
 
-Normal normalOf(TopoMeshEdge side)
-{
-    const Point &a = side->origin->point, &b = endOf(side)->point, &c = side->prev->origin->point;
-    return Normal(cross(b - a, c - a));
-}
+/// Twice the area of a triangle along its normal.
+Vector areaOf(const Point& a, const Point& b, const Point& c) { return cross(b - a, c - a); }
 
-/// Whether the three faces at a vertex lie in the plane of the triangle that is to replace them. Those without area do.
+/// Whether the three faces at a vertex lie in the plane of the triangle that is to replace them and, but for what a
+/// fold of that size takes, just cover it: a vertex outside the triangle would take some of the surface along. Faces
+/// without area don't count.
 bool liesFlat(TopoMeshVertex v)
 {
+    constexpr double slack = 2 * flatSine * flatSine;
     const TopoMeshEdge first = v->edge, second = nextAround(first),
                        third = second ? nextAround(second) : TopoMeshEdge();
     if (!third) return false;
-    const Point &a = endOf(first)->point, &b = endOf(second)->point, &c = endOf(third)->point;
-    const Normal whole(cross(b - a, c - a));
-    if (!whole.isValid()) return false;
-    for (const TopoMeshEdge e : {first, second, third})
-        if (const Normal normal = normalOf(e); normal.isValid() && cross(normal, whole).length() > flatSine)
-            return false;
-    return true;
+    const Vector whole = areaOf(endOf(first)->point, endOf(second)->point, endOf(third)->point);
+    const Normal normal(whole);
+    if (!normal.isValid()) return false;
+    double covered = 0;
+    for (const TopoMeshEdge e : {first, second, third}) {
+        const Vector area = areaOf(v->point, endOf(e)->point, e->prev->origin->point);
+        if (const Normal own(area); own.isValid() && cross(own, normal).length() > flatSine) return false;
+        covered += area.length();
+    }
+    return covered <= (1 + slack) * whole.length();
 }
 
 /// Whether nothing would be left of the surface around a vertex of one face.
