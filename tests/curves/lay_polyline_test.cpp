@@ -36,6 +36,12 @@ int countPieces(const CompactMesh& mesh, const MeshAdjTris& adjTris, const MeshC
     return curves.size();
 }
 
+Plane throughRandomly(Random& random)
+{
+    const Point point = random.point(0.5);
+    return {point, random.direction()};
+}
+
 Point placeOf(const CompactMesh& mesh, const MeshCoord& coord)
 {
     return coord.evaluate(mesh.getVertices(), mesh.getTriangles());
@@ -113,7 +119,7 @@ TEST(PlaneSection, FindsWholeCurves)
     EXPECT_NEAR(flat[0]->length(torus) + flat[1]->length(torus), 4 * std::numbers::pi, 0.02);
     Random random(5);
     for (int round = 0; round < 40; ++round)
-        for (const auto& curve : meshPlaneSection(torus, Plane(random.point(0.5), random.direction()))) {
+        for (const auto& curve : meshPlaneSection(torus, throughRandomly(random))) {
             EXPECT_TRUE(curve->closed);
             EXPECT_EQ(countPieces(torus, adjTris, *curve), 1);
         }

@@ -53,6 +53,9 @@ TEST(TopoPoint, ExactWeightsClassifyExactlyAtAnySize)
     EXPECT_EQ(TopoMeshPoint(coordOf(p.left, 0.5, 0.25, 0.25), 0.25).kind, 2);
     EXPECT_EQ(TopoMeshPoint(coordOf(p.left, 0.5, 0.25, 0.25), 0.26).kind, 1);
     EXPECT_EQ(TopoMeshPoint(coordOf(p.left, 0.5, 0.25, 0.25), 0.26).edge, p.left->edge);
+    // A point on a side stays on it where another side, or corner, is within the tolerance as well.
+    EXPECT_EQ(TopoMeshPoint(coordOf(p.left, 0.3, 0, 0.7), 0.25).edge, p.left->edge->prev);
+    EXPECT_EQ(TopoMeshPoint(coordOf(p.left, 0.1, 0.6, 0.3), 2).vertex, p.b);
 }
 
 TEST(TopoPoint, CoordinatesRoundTrip)

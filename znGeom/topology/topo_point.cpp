@@ -59,6 +59,20 @@ double distanceToSide(const TopoMeshCoord& coord, const Corners& corners, int si
     return std::fabs(weight(coord, (side + 2) % 3)) * height;
 }
 
+/// The corner or side that is nearest, the lowest of equally near ones; -1 when none is nearer than the tolerance.
+template <typename Distance>
+int nearestWithin(double tolerance, const TopoMeshCoord& coord, const Corners& corners, const Distance& distanceTo)
+{
+    int nearest = -1;
+    for (int i = 0; i < 3; ++i) {
+        const double distance = distanceTo(coord, corners, i);
+        if (!(tolerance > distance)) continue;
+        tolerance = distance;
+        nearest = i;
+    }
+    return nearest;
+}
+
 bool sameEdge(TopoMeshEdge a, TopoMeshEdge b) { return a == b || (a->twin && a->twin == b); }
 
 bool isOn(TopoMeshFace face, const TopoMeshPoint& point)
@@ -115,17 +129,12 @@ TopoMeshPoint::TopoMeshPoint(TopoMeshEdge onEdge, TopoMeshFace face, double orig
 TopoMeshPoint::TopoMeshPoint(const TopoMeshCoord& place, double tolerance) : coord(place), position(place.evaluate())
 {
     const Corners corners(coord.face);
-    for (int corner = 0; corner < 3; ++corner) {
-        if (!(tolerance > distanceToCorner(coord, corners, corner))) continue;
+    if (const int corner = nearestWithin(tolerance, coord, corners, distanceToCorner); corner >= 0) {
         vertex = corners.edges[corner]->origin;
         kind = AtVertex;
-        return;
-    }
-    for (int side = 0; side < 3; ++side) {
-        if (!(tolerance > distanceToSide(coord, corners, side))) continue;
+    } else if (const int side = nearestWithin(tolerance, coord, corners, distanceToSide); side >= 0) {
         edge = corners.edges[side];
         kind = OnEdge;
-        return;
     }
 }
 

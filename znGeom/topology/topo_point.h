@@ -38,8 +38,9 @@ public:
     /// On an edge of a face: the weights of the edge's origin and of its end.
     TopoMeshPoint(TopoMeshEdge onEdge, TopoMeshFace face, double originWeight, double endWeight);
     /// Classified: if it is nearer to a corner than the tolerance, which is a distance, it is at that vertex;
-    /// otherwise, if it is nearer to a side, on that half-edge; otherwise inside. Distances come from the weights, so
-    /// that weights of 0 and 1 decide exactly at any size; lower corners and sides come first.
+    /// otherwise, if it is nearer to a side, on that half-edge; otherwise inside. The nearest corner or side counts, of
+    /// equally near ones the lowest. Distances come from the weights, so that weights of 0 and 1 decide exactly at any
+    /// size.
     TopoMeshPoint(const TopoMeshCoord& position, double tolerance);
     ~TopoMeshPoint() override;
     TopoMeshPoint(const TopoMeshPoint&) = default;

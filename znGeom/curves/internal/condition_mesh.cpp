@@ -40,25 +40,33 @@ bool isThin(TopoMeshVertex v)
     return false;
 }
 
-Normal normalOf(TopoMeshEdge side)
+double distanceToWay(const Point& point, const Point& from, const Point& to)
 {
-    const Point &a = side->origin->point, &b = endOf(side)->point, &c = side->prev->origin->point;
-    return Normal(cross(b - a, c - a));
+    return distance(point, ParamLine(from, to).projectBounded(point, 0, 1));
 }
 
-/// Whether the three faces at a vertex lie in the plane of the triangle that is to replace them. Those without area do.
+/// Twice the area of a triangle along its normal.
+Vector areaOf(const Point& a, const Point& b, const Point& c) { return cross(b - a, c - a); }
+
+/// Whether the three faces at a vertex lie in the plane of the triangle that is to replace them and, but for what a
+/// fold of that size takes, just cover it: a vertex outside the triangle would take some of the surface along. Faces
+/// without area don't count.
 bool liesFlat(TopoMeshVertex v)
 {
+    constexpr double slack = 2 * flatSine * flatSine;
     const TopoMeshEdge first = v->edge, second = nextAround(first),
                        third = second ? nextAround(second) : TopoMeshEdge();
     if (!third) return false;
-    const Point &a = endOf(first)->point, &b = endOf(second)->point, &c = endOf(third)->point;
-    const Normal whole(cross(b - a, c - a));
-    if (!whole.isValid()) return false;
-    for (const TopoMeshEdge e : {first, second, third})
-        if (const Normal normal = normalOf(e); normal.isValid() && cross(normal, whole).length() > flatSine)
-            return false;
-    return true;
+    const Vector whole = areaOf(endOf(first)->point, endOf(second)->point, endOf(third)->point);
+    const Normal normal(whole);
+    if (!normal.isValid()) return false;
+    double covered = 0;
+    for (const TopoMeshEdge e : {first, second, third}) {
+        const Vector area = areaOf(v->point, endOf(e)->point, e->prev->origin->point);
+        if (const Normal own(area); own.isValid() && cross(own, normal).length() > flatSine) return false;
+        covered += area.length();
+    }
+    return covered <= (1 + slack) * whole.length();
 }
 
 /// Whether nothing would be left of the surface around a vertex of one face.
@@ -114,7 +122,8 @@ int ConditionMesh::removeThin(double tolerance)
         TopoMeshEdge arriving, leaving;
         TopoMeshBoundaryIterator::getPrevNextEdges(v, arriving, leaving);
         const TopoMeshVertex p = arriving ? arriving->origin : TopoMeshVertex(), q = leaving ? endOf(leaving) : p;
-        if (p && (touched.contains(v) || !(distance(v->point, Line(p->point, q->point)) < tolerance * room))) continue;
+        // From the way between the neighbours, not from the line: the tip of a spike lies on that, too.
+        if (p && (touched.contains(v) || !(distanceToWay(v->point, p->point, q->point) < tolerance * room))) continue;
         if (!removeVertex(v)) continue;
         ++count;
         m_candidates.eraseNode(node);
