@@ -62,7 +62,7 @@ private:
 
     CompactMesh& m_mesh;
     SimpleMeshCache m_cache;
-    TopoMemory m_memory; ///< for scope after scope
+    TopoMemory m_memory;      ///< for scope after scope
     Array<double> m_flatness; ///< by vertex
     std::deque<znLinear::Point> m_removed;
     int m_initialCount;
