@@ -1,9 +1,9 @@
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <optional>
 
 #include "apps/zngeom/change_command.h"
+#include "apps/zngeom/number_text.h"
 #include "apps/zngeom/pacer.h"
 #include "apps/zngeom/part_options.h"
 #include "apps/zngeom/positions_only.h"
@@ -17,11 +17,8 @@ namespace {
 
 std::optional<double> positiveNumber(std::string_view word)
 {
-    double value = 0;
-    const char* end = word.data() + word.size();
-    const auto [parsed, error] = std::from_chars(word.data(), end, value);
-    const bool isNumber = parsed == end && error == std::errc() && std::isfinite(value);
-    return isNumber && value > 0 ? std::optional(value) : std::nullopt;
+    const std::optional<double> number = finiteNumber(word);
+    return number && *number > 0 ? number : std::nullopt;
 }
 
 std::string problemOfAmount(const std::string& word)

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cmath>
-#include <cstring>
 #include <functional>
 #include <string>
 #include <vector>
@@ -55,22 +54,6 @@ inline znGeom::CompactMesh bend(int columns, int rows, const std::function<znLin
         mesh.getVertices()[i].set(float(p.x), float(p.y), float(p.z));
     }
     return mesh;
-}
-
-/// Whether positions, channels and triangles are the same to the last bit.
-inline bool sameBits(const znGeom::CompactMesh& a, const znGeom::CompactMesh& b)
-{
-    const auto same = [](const void* left, const void* right, int numBytes) {
-        return numBytes == 0 || std::memcmp(left, right, static_cast<size_t>(numBytes)) == 0;
-    };
-    if (a.getNumVertices() != b.getNumVertices() || a.getNumTriangles() != b.getNumTriangles() ||
-        a.getNumAttributes() != b.getNumAttributes() || !(a.getSelectedVertices() == b.getSelectedVertices()))
-        return false;
-    for (int i = 0; i < a.getNumAttributes(); ++i)
-        if (!same(a.getAttributes(i)->asFloat(), b.getAttributes(i)->asFloat(),
-                  4 * a.getAttributes(i)->getNumComponents() * a.getNumVertices()))
-            return false;
-    return same(a.getTriangles(), b.getTriangles(), 12 * a.getNumTriangles());
 }
 
 /// How a mesh hangs together, over the vertices that triangles use.

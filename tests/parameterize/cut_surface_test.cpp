@@ -1,11 +1,13 @@
 #include "znGeom/parameterize/cut_surface.h"
 
+#include <cstring>
 #include <numbers>
 
 #include <gtest/gtest.h>
 
 #include "tests/parameterize/charts.h"
 #include "tests/support/recorder.h"
+#include "tests/support/same_bits.h"
 #include "tests/support/tangles.h"
 #include "znGeom/analysis/path_length.h"
 

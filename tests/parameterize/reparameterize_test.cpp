@@ -6,6 +6,7 @@
 
 #include "tests/parameterize/charts.h"
 #include "tests/support/recorder.h"
+#include "tests/support/same_bits.h"
 #include "tests/support/tangles.h"
 #include "znGeom/parameterize/cut_surface.h"
 #include "znGeom/parameterize/internal/boundary_walk.h"

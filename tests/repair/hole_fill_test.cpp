@@ -4,13 +4,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <string>
 #include <vector>
 
 #include "tests/support/defects.h"
 #include "tests/support/random.h"
 #include "tests/support/recorder.h"
+#include "tests/support/same_bits.h"
 #include "tests/support/shapes.h"
 #include "tests/support/shared_meshes.h"
 #include "tests/support/tangles.h"
@@ -54,13 +54,6 @@ CompactMesh cutAbove(const CompactMesh& mesh, float height)
     }
     cut.resizeTriangleArray(kept);
     return cut;
-}
-
-bool sameBits(const CompactMesh& a, const CompactMesh& b)
-{
-    return a.getNumVertices() == b.getNumVertices() && a.getNumTriangles() == b.getNumTriangles() &&
-           std::memcmp(a.getVertices(), b.getVertices(), sizeof(MeshVertex) * size_t(a.getNumVertices())) == 0 &&
-           std::memcmp(a.getTriangles(), b.getTriangles(), sizeof(MeshTriangle) * size_t(a.getNumTriangles())) == 0;
 }
 
 TEST(MeshHoleFill, ClosesWhatWasCutOffTheWayRound)
@@ -129,7 +122,7 @@ TEST(MeshHoleFill, DoesTheSameInEveryUnit)
         for (int i = 0; i < 3 * mesh.getNumVertices(); ++i) mesh.getVerticesRaw()[i] *= scale;
         fillAll(mesh, HoleFaired, progress);
         for (int i = 0; i < 3 * mesh.getNumVertices(); ++i) mesh.getVerticesRaw()[i] /= scale;
-        EXPECT_TRUE(sameBits(mesh, expected)) << scale;
+        EXPECT_TRUE(znTest::sameBits(mesh, expected)) << scale;
     }
 }
 
@@ -174,7 +167,7 @@ TEST(MeshHoleFill, SaysWhatStaysOpen)
     EXPECT_EQ(meshHoleFill(mesh, *adjTris, *adjVertices, *boundaries, holes, HoleFaired, progress, &outcomes), 0);
     EXPECT_EQ(outcomes.size(), 2);
     EXPECT_EQ(outcomes[1], HoleOutcome::NoLoop);
-    EXPECT_TRUE(sameBits(mesh, before));
+    EXPECT_TRUE(znTest::sameBits(mesh, before));
 
     // A loop through a vertex at which two fans touch is cut there, and its ends don't meet.
     CompactMesh bowTie = znTest::makeMesh(5, {{0, 1, 2}, {0, 3, 4}});
@@ -201,7 +194,7 @@ TEST(MeshHoleFill, ACancelLeavesEveryBit)
         EXPECT_EQ(fillAll(mesh, HoleFaired, progress, &outcomes), 0);
         EXPECT_EQ(outcomes.size(), 2);
         EXPECT_EQ(outcomes[0], HoleOutcome::GivenUp);
-        EXPECT_TRUE(sameBits(mesh, open)) << at;
+        EXPECT_TRUE(znTest::sameBits(mesh, open)) << at;
     }
     // At any report, the last one of all too.
     const auto fillUntil = [&open](int report, CompactMesh& mesh) {
@@ -217,10 +210,10 @@ TEST(MeshHoleFill, ACancelLeavesEveryBit)
     };
     CompactMesh mesh;
     const int numReports = fillUntil(1 << 30, mesh);
-    EXPECT_FALSE(sameBits(mesh, open));
+    EXPECT_FALSE(znTest::sameBits(mesh, open));
     for (int report = 1; report <= numReports; report += std::max((numReports - report) / 8, 1)) {
         fillUntil(report, mesh);
-        EXPECT_TRUE(sameBits(mesh, open)) << report << " of " << numReports;
+        EXPECT_TRUE(znTest::sameBits(mesh, open)) << report << " of " << numReports;
     }
 }
 
@@ -239,7 +232,7 @@ TEST(MeshHoleFill, MakesNothingWorse)
         Progress progress;
         const int numFilled = fillAll(mesh, qualities[seed % 3], progress);
         EXPECT_EQ(fillAll(again, qualities[seed % 3], progress), numFilled) << seed;
-        EXPECT_TRUE(sameBits(mesh, again)) << seed;
+        EXPECT_TRUE(znTest::sameBits(mesh, again)) << seed;
         EXPECT_LE(countDefects(mesh).badEdges, before) << seed;
         EXPECT_LE(znTest::countEdges(mesh).boundary, openBefore) << seed;
         EXPECT_TRUE(numFilled == 0 || znTest::countEdges(mesh).boundary < openBefore) << seed;
@@ -262,9 +255,9 @@ void fillInAllQualities(const CompactMesh& open)
         EXPECT_TRUE(numFilled == outcomes.size() || edgesBefore.nonManifold > 0 || before.badVertices > 0);
         EXPECT_LE(countDefects(mesh).count(), before.count());
         fillAll(again, quality, progress);
-        EXPECT_TRUE(sameBits(mesh, again));
+        EXPECT_TRUE(znTest::sameBits(mesh, again));
         EXPECT_EQ(fillAll(again, quality, progress), 0);
-        EXPECT_TRUE(sameBits(mesh, again)) << "there is nothing left to be done";
+        EXPECT_TRUE(znTest::sameBits(mesh, again)) << "there is nothing left to be done";
     }
 }
 

@@ -10,6 +10,7 @@
 #include "tests/support/check_topology.h"
 #include "tests/support/random.h"
 #include "tests/support/recorder.h"
+#include "tests/support/same_bits.h"
 #include "tests/support/shapes.h"
 #include "tests/support/tangles.h"
 #include "tests/support/timed_lines.h"
@@ -88,14 +89,6 @@ Region twoRings(const CompactMesh& mesh, const MeshAdjTris& adjTris, int vertex)
         for (const int corner : mesh.getTriangles()[t].corners)
             for (const int u : adjTris.around(corner)) members.push_back(u);
     return Region(mesh, members);
-}
-
-bool sameBits(const CompactMesh& a, const CompactMesh& b)
-{
-    return a.getNumVertices() == b.getNumVertices() && a.getNumTriangles() == b.getNumTriangles() &&
-           std::memcmp(a.getVertices(), b.getVertices(), sizeof(MeshVertex) * size_t(a.getNumVertices())) == 0 &&
-           std::memcmp(a.getTriangles(), b.getTriangles(), sizeof(MeshTriangle) * size_t(a.getNumTriangles())) == 0 &&
-           a.getSelectedTriangles() == b.getSelectedTriangles() && a.getSelectedVertices() == b.getSelectedVertices();
 }
 
 TEST(ArrayMap, SortsWhenAskedAndTakesNullValuesForAbsent)
@@ -218,7 +211,7 @@ TEST(MeshConvertRep, WritesAWholeHalfEdgeMeshInOrder)
     log.clear();
     const std::unique_ptr<CompactMesh> back(meshConvertRep(extracted));
     EXPECT_TRUE(log.lines().empty());
-    EXPECT_TRUE(sameBits(*back, mesh));
+    EXPECT_TRUE(znTest::sameBits(*back, mesh));
 
     TopoMesh polygons;
     zn::vector<TopoMeshVertex> corners;
@@ -248,7 +241,7 @@ TEST(MeshModifyRep, LeavesEveryBitWithoutAMerge)
         scope.removeVertex(v);
         extracted.deleteVertex(v);
     }
-    EXPECT_TRUE(sameBits(mesh, before));
+    EXPECT_TRUE(znTest::sameBits(mesh, before));
     EXPECT_TRUE(changes.changes().empty());
 }
 

@@ -1,13 +1,11 @@
 #include "znGeom/spatial/queries/internal/nearest_candidates.h"
 
-#include <bit>
 #include <cmath>
-#include <cstdint>
 #include <limits>
 #include <utility>
 
 #include "znGeom/foundation/machine/clones.h"
-#include "znGeom/foundation/machine/prefetch.h"
+#include "znGeom/spatial/queries/internal/search_key.h"
 #include "znGeom/spatial/trees/internal/triangle_bounds.h"
 
 namespace znGeom::internal {
@@ -18,22 +16,6 @@ using Node = BoxGroup;
 using Leaf = PackedTriangles::Leaf;
 using Candidate = NearestCandidates::Candidate;
 constexpr int width = PackedTriangles::width;
-
-/// The bits of a squared distance above a number: they ascend as the distances do.
-using Key = std::uint64_t;
-
-ZNGEOM_INLINE Key makeKey(float lower2, int number)
-{
-    return Key{std::bit_cast<std::uint32_t>(lower2)} << 32 | static_cast<std::uint32_t>(number);
-}
-ZNGEOM_INLINE float boundOf(Key key) { return std::bit_cast<float>(static_cast<std::uint32_t>(key >> 32)); }
-ZNGEOM_INLINE int numberOf(Key key) { return static_cast<int>(key & 0xFFFFFFFFu); }
-
-template <typename T>
-ZNGEOM_INLINE void prefetchLines(const T& record)
-{
-    for (size_t at = 0; at < sizeof(T); at += 64) znUtil::prefetch(reinterpret_cast<const char*>(&record) + at);
-}
 
 /// From below, the squared distances of the boxes of a node's children.
 ZNGEOM_INLINE void boundChildren(const Node& node, const float* q, float* __restrict lower2)
@@ -109,14 +91,14 @@ ZNGEOM_INLINE void testLeaf(const Leaf& leaf, int number, const float* q, Found&
 /// Puts the children that are within reach on the stack, the nearest one last and the rest as they come: by the time it
 /// is their turn, most are beyond reach, and not worth the mispredicted branches of a sort.
 /// \return how many
-ZNGEOM_INLINE int pushChildren(const Node& node, int firstNumber, const float* q, float reach2, Key* top)
+ZNGEOM_INLINE int pushChildren(const Node& node, int firstNumber, const float* q, float reach2, SearchKey* top)
 {
     float lower2[width];
     boundChildren(node, q, lower2);
-    Key least = std::numeric_limits<Key>::max();
+    SearchKey least = std::numeric_limits<SearchKey>::max();
     int count = 0, leastAt = 0;
     for (int i = 0; i < width; ++i) {
-        const Key key = makeKey(lower2[i], firstNumber + i);
+        const SearchKey key = makeKey(lower2[i], firstNumber + i);
         top[count] = key;
         leastAt = key < least ? count : leastAt;
         least = key < least ? key : least;
@@ -133,13 +115,13 @@ ZNGEOM_CLONES void findCandidates(const PackedTriangles& tree, const float* quer
     const Leaf* const leaves = tree.leaves.get();
     const int firstLowest = tree.firstLowest;
     const float q[3] = {query[0], query[1], query[2]};
-    Key stack[BoxHierarchy::stackSize];
+    SearchKey stack[BoxHierarchy::stackSize];
     stack[0] = 0;
     for (int size = 1; size > 0;) {
-        const Key key = stack[--size];
+        const SearchKey key = stack[--size];
         if (boundOf(key) > found.reach2) continue;
         const int node = numberOf(key);
-        Key* const children = stack + size;
+        SearchKey* const children = stack + size;
         if (node < firstLowest) {
             const int count = pushChildren(nodes[node], width * node + 1, q, found.reach2, children);
             for (int i = 0; i < count; ++i) prefetchLines(nodes[numberOf(children[i])]);

@@ -1,11 +1,9 @@
 #include "znGeom/spatial/queries/internal/ray_search.h"
 
-#include <bit>
-#include <cstdint>
 #include <utility>
 
 #include "znGeom/foundation/machine/clones.h"
-#include "znGeom/foundation/machine/prefetch.h"
+#include "znGeom/spatial/queries/internal/search_key.h"
 #include "znGeom/spatial/trees/internal/triangle_bounds.h"
 
 namespace znGeom::internal {
@@ -90,22 +88,6 @@ private:
     }
 };
 
-/// The bits of a parameter, not negative, above a number: they ascend as parameters do.
-using Key = std::uint64_t;
-
-ZNGEOM_INLINE Key makeKey(float param, int number)
-{
-    return Key{std::bit_cast<std::uint32_t>(param)} << 32 | static_cast<std::uint32_t>(number);
-}
-ZNGEOM_INLINE float paramOf(Key key) { return std::bit_cast<float>(static_cast<std::uint32_t>(key >> 32)); }
-ZNGEOM_INLINE int numberOf(Key key) { return static_cast<int>(key & 0xFFFFFFFFu); }
-
-template <typename T>
-ZNGEOM_INLINE void prefetchLines(const T& record)
-{
-    for (size_t at = 0; at < sizeof(T); at += 64) znUtil::prefetch(reinterpret_cast<const char*>(&record) + at);
-}
-
 /// Where the ray enters the boxes of a node's children, not after it really does; above `reach` where it doesn't.
 ZNGEOM_INLINE void enterChildren(const Node& node, const FrameRay& ray, float reach, float* __restrict entries)
 {
@@ -130,7 +112,7 @@ ZNGEOM_INLINE void enterChildren(const Node& node, const FrameRay& ray, float re
 
 /// Puts the children that the ray enters within reach on the stack, the nearest one last.
 /// \return how many
-ZNGEOM_INLINE int pushChildren(const Node& node, int firstNumber, const FrameRay& ray, float reach, Key* top)
+ZNGEOM_INLINE int pushChildren(const Node& node, int firstNumber, const FrameRay& ray, float reach, SearchKey* top)
 {
     float entries[width];
     enterChildren(node, ray, reach, entries);
@@ -140,7 +122,7 @@ ZNGEOM_INLINE int pushChildren(const Node& node, int firstNumber, const FrameRay
         count += entries[i] < 1.5e30f;
     }
     for (int i = 1; i < count; ++i) {
-        const Key key = top[i];
+        const SearchKey key = top[i];
         int place = i;
         for (; place > 0 && top[place - 1] < key; --place) top[place] = top[place - 1];
         top[place] = key;
@@ -198,13 +180,13 @@ ZNGEOM_CLONES void findHit(const PackedTriangles& tree, const FrameRay& ray, Nea
     const Leaf* const leaves = tree.leaves.get();
     const int firstLowest = tree.firstLowest;
     float reach = ray.reach(hit.param());
-    Key stack[BoxHierarchy::stackSize];
+    SearchKey stack[BoxHierarchy::stackSize];
     stack[0] = 0;
     for (int size = 1; size > 0;) {
-        const Key key = stack[--size];
-        if (paramOf(key) > reach) continue;
+        const SearchKey key = stack[--size];
+        if (boundOf(key) > reach) continue;
         const int node = numberOf(key);
-        Key* const children = stack + size;
+        SearchKey* const children = stack + size;
         if (node < firstLowest) {
             const int count = pushChildren(nodes[node], width * node + 1, ray, reach, children);
             for (int i = count; i-- > 0;) prefetchLines(nodes[numberOf(children[i])]);
@@ -214,7 +196,7 @@ ZNGEOM_CLONES void findHit(const PackedTriangles& tree, const FrameRay& ray, Nea
         int count = pushChildren(nodes[node], width * (node - firstLowest), ray, reach, children);
         for (int i = count; i-- > 0;) prefetchLines(leaves[numberOf(children[i])]);
         while (count-- > 0) {
-            if (paramOf(children[count]) > reach) break;
+            if (boundOf(children[count]) > reach) break;
             testLeaf(tree, numberOf(children[count]), ray, hit);
             if (hit.isFinal()) return;
             reach = ray.reach(hit.param());
