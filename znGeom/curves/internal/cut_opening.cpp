@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "znGeom/planar/internal/polygon_frame.h"
 #include "znGeom/planar/triangulate_polygon.h"
 #include "znGeom/topology/topo_walks.h"
 
@@ -27,15 +28,11 @@ zn::vector<TopoMeshVertex> cornersOf(TopoMeshFace face)
     return corners;
 }
 
-/// The corners in a frame in which their extent is about 1: what counts as having no area does not depend on the unit.
-zn::vector<Point> framed(const zn::vector<TopoMeshVertex>& corners)
+zn::vector<Point> placesOf(const zn::vector<TopoMeshVertex>& corners)
 {
-    double extent = 0;
-    for (const TopoMeshVertex corner : corners) extent = std::max(extent, distance(corner->point, corners[0]->point));
-    zn::vector<Point> points;
-    for (const TopoMeshVertex corner : corners)
-        points.append(((corner->point - corners[0]->point) / (extent > 0 ? extent : 1)).asPoint());
-    return points;
+    zn::vector<Point> places;
+    for (const TopoMeshVertex corner : corners) places.append(corner.point());
+    return places;
 }
 
 /// Cuts one of some faces between two of its corners that are no neighbours in it; the new face joins them.
@@ -150,7 +147,7 @@ void triangulateFace(TopoMesh& mesh, TopoMeshFace face)
         for (int j = 0; j < count; ++j)
             if (i != j && !areNeighbours(i, j) && areJoined(corners[i], corners[j])) forbidden.setBit(i * count + j);
     zn::vector<int> triangles;
-    triangulatePolygon(framed(corners), triangles, &forbidden, nullptr);
+    triangulatePolygon(framed(placesOf(corners)), triangles, &forbidden, nullptr);
     zn::vector<TopoMeshFace> pieces{face};
     for (int t = 0; t < triangles.size(); t += 3)
         for (int side = 0; side < 3; ++side) {

@@ -1,9 +1,10 @@
 #include "znGeom/repair/internal/hole_patch.h"
 
-#include <algorithm>
 #include <cmath>
 #include <unordered_map>
+#include <utility>
 
+#include "znGeom/planar/internal/polygon_frame.h"
 #include "znGeom/planar/triangulate_polygon.h"
 #include "znGeom/repair/internal/fairing.h"
 #include "znGeom/topology/topo_walks.h"
@@ -13,24 +14,6 @@ namespace znGeom::internal {
 
 using znLinear::Point;
 using znUtil::Progress;
-
-namespace {
-
-/// The points from the first one on, times the power of two that brings the largest coordinate to between 2^10 and
-/// 2^11: what counts as a triangle without area must not depend on the unit of the mesh.
-zn::vector<Point> framed(const zn::vector<Point>& points)
-{
-    double largest = 0;
-    for (const Point& p : points)
-        for (int axis = 0; axis < 3; ++axis) largest = std::max(largest, std::fabs(p[axis] - points[0][axis]));
-    if (!(largest > 0) || !std::isfinite(largest)) return points;
-    const double scale = std::ldexp(1.0, 10 - std::ilogb(largest));
-    zn::vector<Point> result;
-    for (const Point& p : points) result.append(((p - points[0]) * scale).asPoint());
-    return result;
-}
-
-} // namespace
 
 HoleOutcome HolePatch::triangulate(const zn::vector<Point>& places, Progress& progress)
 {
