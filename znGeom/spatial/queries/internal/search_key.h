@@ -5,8 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "znGeom/spatial/trees/internal/triangle_bounds.h"
 #include "znGeom/foundation/machine/prefetch.h"
+#include "znGeom/spatial/trees/internal/triangle_bounds.h"
 
 namespace znGeom::internal {
 
