@@ -155,13 +155,18 @@ TEST(Reparameterize, TellsWhatItDoesToTheLetter)
     OutputRecorder output;
     znUtil::Progress progress;
     Lines captions{""};
-    progress.setObserver([&](double, const char* caption) {
-        if (captions.back() != caption) captions.push_back(caption);
+    std::vector<double> begins;
+    progress.setObserver([&](double fraction, const char* caption) {
+        if (captions.back() == caption) return;
+        captions.push_back(caption);
+        begins.push_back(fraction);
     });
     EXPECT_TRUE(reparameterizeMesh(square).flatten(progress));
     EXPECT_EQ(progress.get(), 1);
     EXPECT_EQ(captions, (Lines{"", "Copying Mesh", "Finding Mesh Boundaries", "Getting Extreme Vertices",
                                "Creating Plane", "Filling Mesh Holes", "Solving", "Applying to Mesh"}));
+    const double shares[] = {0, 0.025, 0.125, 0.15, 0.2, 0.225, 0.975}; // one phase has no caption
+    for (size_t i = 0; i < begins.size(); ++i) EXPECT_NEAR(begins[i], shares[i], 1e-12);
     EXPECT_EQ(output.lines,
               (Lines{"getMeshGenus: numBoundaries 1 \n", "getMeshGenus: numBoundaryEdges 4 \n",
                      "getMeshGenus: numVertices 4 \n", "getMeshGenus: numTriangles 2 \n", "getMeshGenus: numEdges 5 \n",
@@ -179,6 +184,27 @@ TEST(Reparameterize, TellsWhatItDoesToTheLetter)
     EXPECT_TRUE(flatten(sheet));
     EXPECT_TRUE(output.has("Parameterization   5.0% complete\n"));
     EXPECT_EQ(output.lines.back(), "Parameterization: CG finished, code = 1\n");
+}
+
+TEST(Reparameterize, FindsAPlaneWhereTheBorderHasNone)
+{
+    // Two long pyramids on a triangle: they are slit from tip to tip, there and back.
+    const std::string failed = "Parameterization: failed to calculateD planeNormal.  Choosing Z-axis instead.\n";
+    const std::string along = "Parameterization: calculated planeNormal is (anti-)parallel to the vector between the "
+                              "fixed vertices of the 3D-boundary.  Choosing a random orthogonal vector instead.\n";
+    for (const bool isUpright : {false, true}) {
+        CompactMesh mesh = znTest::makeMesh(5, {{0, 1, 2}, {0, 2, 3}, {0, 3, 1}, {4, 2, 1}, {4, 3, 2}, {4, 1, 3}});
+        const float places[][3] = {{-9, 0, 0}, {0, 1, 0}, {0, -0.5f, 1}, {0, -0.5f, -1}, {9, 0, 0}};
+        for (int i = 0; i < 5; ++i)
+            mesh.getVertices()[i].set(places[i][isUpright ? 1 : 0], places[i][isUpright ? 2 : 1],
+                                      places[i][isUpright ? 0 : 2]);
+        OutputRecorder output;
+        ASSERT_TRUE(flatten(mesh));
+        const auto first = std::find(output.lines.begin(), output.lines.end(), failed);
+        ASSERT_NE(first, output.lines.end());
+        EXPECT_EQ(first[1], isUpright ? along : "Parameterization: CG finished, code = 1\n");
+        for (const float value : uvsOf(mesh)) EXPECT_TRUE(value >= 0 && value <= 1);
+    }
 }
 
 TEST(Reparameterize, RefusesWhatIsNoDisk)
@@ -285,6 +311,10 @@ TEST(BoundaryWalk, FindsLoopsAndNamesFaults)
     EXPECT_EQ(loops[0].size() + loops[1].size(), edges.size());
     for (const auto& loop : loops)
         for (int i = 0; i < loop.size(); ++i) EXPECT_EQ(loop[i].end, loop[(i + 1) % loop.size()].start);
+
+    loops.clear();
+    edges = {{0, 1, 0, 0}, {2, 0, 0, 1}, {1, 2, 1, 0}, {2, 5, 1, 1}, {5, 6, 2, 0}, {6, 2, 2, 1}}; // two meet at 2
+    EXPECT_EQ(BoundaryWalk(sheet).orderBoundaries(edges, loops), 2);
 
     const std::vector<std::pair<CompactMesh, std::string>> faults{
         {znTest::makeMesh(6, {{0, 1, 2}, {3, 3, 5}}), "E Found degenerate triangle 1 (3,3,5), mesh not changed. \n"},
