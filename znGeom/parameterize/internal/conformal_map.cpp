@@ -192,9 +192,8 @@ void ConformalMap::solveAtOnce(const SparseMatrix& matrix, const NVector& rightH
     const Dissection dissection(rows, {places.begin(), places.end()});
     FrontalCholesky factor(rows, dissection);
     if (!factor.factorize(progress)) return;
-    NVector columns[] = {rightHandSide, NVector(matrix.size()), NVector(matrix.size())};
-    factor.solve(columns);
-    solution = columns[0];
+    solution = rightHandSide;
+    factor.solve({&solution, 1});
 }
 
 void ConformalMap::addRows(int vertex, ConjugateGradient& solver, NVector& rightHandSide) const

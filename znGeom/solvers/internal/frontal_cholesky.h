@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <span>
 
 #include "znGeom/foundation/threads/progress.h"
 #include "znGeom/solvers/internal/dissection.h"
@@ -23,8 +24,9 @@ public:
     ///         is not positive definite to the accuracy of numbers, and after a cancel
     bool factorize(const znUtil::Progress& progress);
 
-    /// Replaces a right-hand side for each unknown by the solution, three systems at a time.
-    void solve(NVector (&columns)[3]) const;
+    /// Replaces right-hand sides, a number for each unknown, by the solutions: of several systems at little more cost
+    /// than of one.
+    void solve(std::span<NVector> systems) const;
 
 private:
     using Node = Dissection::Node;
