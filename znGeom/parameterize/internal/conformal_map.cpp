@@ -189,7 +189,7 @@ void ConformalMap::solveAtOnce(const SparseMatrix& matrix, const NVector& rightH
     zn::vector<Point> places;
     for (int i = 0; i < m_mesh.getNumVertices(); ++i)
         if (m_free[i] >= 0) places.setSize(places.size() + 2, m_mesh.getVertices()[i].asPoint());
-    const Dissection dissection(rows, {places.begin(), places.end()});
+    const Dissection dissection(rows, {places.begin(), places.end()}, 2);
     FrontalCholesky factor(rows, dissection);
     if (!factor.factorize(progress)) return;
     solution = rightHandSide;
