@@ -147,14 +147,18 @@ bool ConformalMap::solve(znOS::AppOutput& output, Progress& progress, zn::vector
     if (!assemble(phase, solver, rightHandSide, start)) return false;
 
     progress.subPhase(0.8, phase);
-    solveAtOnce(solver.A(), rightHandSide, phase, start);
+    Progress part;
+    const double shareAtOnce = size > mostEliminated ? 0.0 : 0.9;
+    phase.subPhase(shareAtOnce, part);
+    if (shareAtOnce > 0) solveAtOnce(solver.A(), rightHandSide, part, start);
     if (progress.cancelled()) return false;
     if (solver.A().isMMatrix())
         solver.initIncompleteCholeskyPreconditioner();
     else
         solver.initDiagonalPreconditioner();
     solver.initialize(rightHandSide, start);
-    iterate(solver, output, phase);
+    phase.subPhase(1 - shareAtOnce, part);
+    iterate(solver, output, part);
     if (progress.cancelled()) return false;
 
     progress.subPhase(0.1, phase);
@@ -176,10 +180,9 @@ bool ConformalMap::assemble(Progress& progress, ConjugateGradient& solver, NVect
 }
 
 /// By elimination. \param solution  stays as it is after a cancel, and where that comes to no solution
-void ConformalMap::solveAtOnce(const SparseMatrix& matrix, const NVector& rightHandSide, const Progress& progress,
+void ConformalMap::solveAtOnce(const SparseMatrix& matrix, const NVector& rightHandSide, Progress& progress,
                                NVector& solution) const
 {
-    if (matrix.size() > mostEliminated) return;
     FlatRows rows;
     for (int i = 0; i < matrix.size(); ++i) {
         for (const SparseElement& element : matrix.row(i))

@@ -50,7 +50,7 @@ public:
 
 private:
     void bridge(const zn::vector<int>& loop, znUtil::Progress& progress);
-    void solveAtOnce(const SparseMatrix& matrix, const NVector& rightHandSide, const znUtil::Progress& progress,
+    void solveAtOnce(const SparseMatrix& matrix, const NVector& rightHandSide, znUtil::Progress& progress,
                      NVector& solution) const;
     void addRows(int vertex, ConjugateGradient& solver, NVector& rightHandSide) const;
     void addTriangle(const MeshTriangle& triangle, int vertex, ConjugateGradient& solver, NVector& rightHandSide) const;

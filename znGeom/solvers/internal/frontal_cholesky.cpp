@@ -172,14 +172,23 @@ FrontalCholesky::FrontalCholesky(const FlatRows& matrix, const Dissection& disse
     m_front = std::make_unique_for_overwrite<double[]>(static_cast<size_t>(largestFront));
 }
 
-bool FrontalCholesky::factorize(const znUtil::Progress& progress)
+/// In proportion to the operations.
+double FrontalCholesky::workOf(const Node& node)
 {
+    return static_cast<double>(node.numOwn()) * node.numRows() * node.numRows();
+}
+
+bool FrontalCholesky::factorize(znUtil::Progress& progress)
+{
+    double work = 0, done = 0;
+    for (const Node& node : m_dissection.nodes()) work += workOf(node);
     for (int index = m_dissection.nodes().size() - 1; index >= 0; --index) {
         if (progress.cancelled()) return false;
         const Node& node = m_dissection.nodes()[index];
         assemble(node);
         if (!eliminate(node)) return false;
         keep(index);
+        progress.set((done += workOf(node)) / work);
     }
     return true;
 }
