@@ -347,6 +347,16 @@ TEST(UVDistortion, MeasuresCharts)
     EXPECT_DOUBLE_EQ(distortion.smallestScale, 1);
     EXPECT_EQ(distortion.seamLength, 0);
 
+    // As narrow as can be, as on the surface and twice as wide.
+    for (const float width : {1.0f, 2.0f}) {
+        CompactMesh narrow = znTest::makeMesh(3, {{0, 1, 2}});
+        narrow.getVertices()[2].set(5, 1e-12f, 0);
+        narrow.allocUVArray();
+        for (int i = 0; i < 3; ++i)
+            narrow.getUVs()[i].set(narrow.getVertices()[i].x, width * narrow.getVertices()[i].y);
+        EXPECT_NEAR(meshUVDistortion(narrow).meanStretch, width, 1e-3);
+    }
+
     // One triangle is larger, one is a point, and the rest is as on the surface.
     zn::vector<MeshUV> corners;
     for (int corner = 0; corner < 36; ++corner) {
