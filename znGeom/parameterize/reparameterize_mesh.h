@@ -51,7 +51,7 @@ public:
     ///         infinite or NaN; and for one that is no disk and may not be cut, or can't be
     ///
     /// Why, and what was found on the way, goes to `znOS::AppOutput`. The coordinates are those that the solver ended
-    /// with, converged or not. For n vertices elimination takes the time of n^1.5 and n log n memory, 900 MB for a
+    /// with, converged or not. For n vertices elimination takes the time of n^1.5 and n log n memory, 800 MB for a
     /// quarter of a million; beyond a million vertices, and where elimination comes to no solution, conjugate gradients
     /// do all of it, in up to as many steps as there are unknowns. On the calling thread, but for welding and cutting.
     bool flatten();
