@@ -17,10 +17,10 @@ namespace znGeom {
 ///     znGeom::reparameterizeMesh flattening(mesh);
 ///     if (flattening.flatten()) use(mesh.getUVs());
 ///
-/// The mesh must be one piece, without handles, with a border; holes in it are bridged as if they were filled, and stay
-/// holes. What is no such disk is cut open first, in a copy. The mesh is not: where the copy was cut a vertex has the
-/// coordinates of one side, and triangles on the other side reach across the whole chart. Cut the mesh itself with
-/// `cutSurface::makeDisk` to have coordinates for both sides.
+/// The mesh must be one piece, without handles, with a border; holes in it are bridged as if they were filled, but for
+/// those of more than 1500 edges, and stay holes. What is no such disk is cut open first, in a copy. The mesh is not:
+/// where the copy was cut a vertex has the coordinates of one side, and triangles on the other side reach across the
+/// whole chart. Cut the mesh itself with `cutSurface::makeDisk` to have coordinates for both sides.
 ///
 /// The result does not depend on the mesh's unit or place: scaled by a power of two, it gets the same bits. An object
 /// is for one flattening, since its copy changes. It must not outlive the mesh, and is used by one thread.

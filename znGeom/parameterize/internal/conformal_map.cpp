@@ -16,22 +16,11 @@ using znLinear::Point2;
 using znLinear::Vector;
 using znUtil::Progress;
 
-/// Triangulating a longer loop well would take longer than everything else.
-constexpr int longestTriangulated = 1500;
+/// Triangulating a longer loop would take longer than everything else.
+constexpr int longestBridged = 1500;
 
 /// A larger system would take more than four gigabytes.
 constexpr int mostEliminated = 1 << 21;
-
-/// A band of triangles from side to side of a loop, in the form of `triangulatePolygon`.
-void zigzag(int numPoints, zn::vector<int>& triangles)
-{
-    for (int low = 0, high = numPoints - 1; low + 1 < high;) {
-        for (const int corner : {low, low + 1, high}) triangles.append(corner);
-        if (++low + 1 >= high) break;
-        for (const int corner : {low, high - 1, high}) triangles.append(corner);
-        --high;
-    }
-}
 
 /// The two rows of a vertex, and what its triangles add to them.
 class VertexRows
@@ -123,15 +112,12 @@ void ConformalMap::bridgeHoles(const zn::vector<zn::vector<int>>& loops, int out
 
 void ConformalMap::bridge(const zn::vector<int>& loop, Progress& progress)
 {
+    if (loop.size() > longestBridged) return;
     zn::vector<int> triangles;
-    if (loop.size() <= longestTriangulated) {
-        zn::vector<Point> polygon;
-        for (const int vertex : loop)
-            polygon.append((m_mesh.getVertices()[vertex].asPoint().asVector() * m_scale).asPoint());
-        triangulatePolygon(polygon, triangles, nullptr, &progress);
-    } else {
-        zigzag(loop.size(), triangles);
-    }
+    zn::vector<Point> polygon;
+    for (const int vertex : loop)
+        polygon.append((m_mesh.getVertices()[vertex].asPoint().asVector() * m_scale).asPoint());
+    triangulatePolygon(polygon, triangles, nullptr, &progress);
     // A loop runs as its triangles do; what closes it runs against them.
     for (int i = 0; i + 2 < triangles.size(); i += 3)
         m_bridges.append({loop[triangles[i + 2]], loop[triangles[i + 1]], loop[triangles[i]]});
