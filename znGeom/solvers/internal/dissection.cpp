@@ -29,9 +29,11 @@ int longestAxis(std::span<const Point> points, std::span<const int> chosen)
 
 } // namespace
 
-Dissection::Dissection(const FlatRows& matrix, std::span<const Point> points)
-    : m_matrix(matrix), m_order(matrix.size()), m_places(matrix.size()), m_marks(matrix.size(), -1)
+Dissection::Dissection(const FlatRows& matrix, std::span<const Point> points, int numKinds)
+    : m_matrix(matrix), m_numKinds(numKinds), m_isMixed(matrix.size(), false), m_order(matrix.size()),
+      m_places(matrix.size()), m_marks(matrix.size(), -1)
 {
+    findMixed();
     std::iota(m_order.begin(), m_order.end(), 0);
     addNode(0, matrix.size());
     for (int node = 0; node < m_nodes.size(); ++node) divide(node, points);
@@ -46,11 +48,20 @@ int Dissection::addNode(int begin, int end)
     return m_nodes.size() - 1;
 }
 
+void Dissection::findMixed()
+{
+    for (int i = 0; i < m_matrix.size() && m_numKinds > 1; ++i) {
+        const std::span<const SparseElement> row = m_matrix.row(i);
+        m_isMixed[i] = std::any_of(row.begin(), row.end(),
+                                   [&](const SparseElement& e) { return (e.index - i) % m_numKinds != 0; });
+    }
+}
+
 /// Halves a part and leaves in its node what separates the halves.
 void Dissection::divide(int node, std::span<const Point> points)
 {
     const int begin = m_nodes[node].begin, end = m_nodes[node].end;
-    if (end - begin < smallestDivided) return;
+    if (end - begin < smallestDivided || divideByKind(node)) return;
     int* const order = m_order.begin();
     const int axis = longestAxis(points, {order + begin, order + end}), middle = begin + (end - begin) / 2;
     std::nth_element(order + begin, order + middle, order + end, [points, axis](int a, int b) {
@@ -64,6 +75,24 @@ void Dissection::divide(int node, std::span<const Point> points)
     if (separator == middle) return;
     const int second = addNode(middle, separator);
     m_nodes[node].halves[1] = second;
+}
+
+/// Parts one kind from the others, with nothing between them. \return false where they are joined, or there is but one
+bool Dissection::divideByKind(int node)
+{
+    const int begin = m_nodes[node].begin, end = m_nodes[node].end;
+    int* const order = m_order.begin();
+    if (m_numKinds == 1 || std::any_of(order + begin, order + end, [this](int i) { return m_isMixed[i]; }))
+        return false;
+    const int kind = order[begin] % m_numKinds;
+    const auto isOfKind = [this, kind](int unknown) { return unknown % m_numKinds == kind; };
+    const int middle = static_cast<int>(std::stable_partition(order + begin, order + end, isOfKind) - order);
+    if (middle == end) return false;
+    m_nodes[node].begin = end;
+    const int first = addNode(begin, middle), second = addNode(middle, end);
+    m_nodes[node].halves[0] = first;
+    m_nodes[node].halves[1] = second;
+    return true;
 }
 
 /// Moves the members of the second half that are joined to the first one to its end. \return where they begin
