@@ -261,6 +261,17 @@ TEST(Curvature, KeepsFlawsToThemselves)
     EXPECT_EQ(flawed[7], sound[7]);
 }
 
+TEST(Curvature, DoesNotDependOnWindingOrOnTheOrderAroundAVertex)
+{
+    CompactMesh mesh = sphere(3, 1), mixed = mesh;
+    for (int t = 0; t < mixed.getNumTriangles(); t += 3)
+        std::swap(mixed.getTriangles()[t][0], mixed.getTriangles()[t][1]);
+    for (const MeshCurvature type : allTypes) {
+        const std::vector<float> expected = curvature(mesh, type), found = curvature(mixed, type);
+        for (size_t v = 0; v < found.size(); ++v) EXPECT_NEAR(found[v], expected[v], 1e-5);
+    }
+}
+
 TEST(Curvature, HasTheSameBitsOnAnyNumberOfThreads)
 {
     znTest::Random random(3);

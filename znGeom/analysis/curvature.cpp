@@ -8,6 +8,7 @@
 
 #include "znGeom/foundation/linear/tolerance.h"
 #include "znGeom/foundation/machine/clones.h"
+#include "znGeom/foundation/machine/huge_pages.h"
 #include "znGeom/foundation/mesh/mesh_transform.h"
 #include "znGeom/foundation/output/debug_channel.h"
 #include "znGeom/foundation/output/stop_watch.h"
@@ -33,198 +34,256 @@ struct Surface
     bool isInterior(int vertex) const { return adjVertices.numNeighbours(vertex) == adjTris.numTris(vertex); }
 };
 
-/// The cotangents of a triangle's angles, corner by corner.
-struct Cotangents
-{
-    double at[3];
+/// What a triangle adds to the sums at each of its corners.
+enum Term : int {
+    Angle, ///< at the corner
+    Area,  ///< the part of the triangle that belongs to the corner
+    EdgeX,
+    EdgeY,
+    EdgeZ, ///< the sum of the two edges to the corner, each times the cotangent of the angle opposite
+    numTerms
 };
 
-/// Triangles that are processed together, coordinate by coordinate.
+/// The terms that a quantity is computed from.
+template <Term firstTerm, Term lastTerm>
+struct Terms
+{
+    static constexpr int first = firstTerm, count = lastTerm + 1 - firstTerm;
+    static constexpr bool hasAngles = first == Angle, hasEdges = lastTerm == EdgeZ;
+};
+
+/// Triangles that are processed together, number by number.
 struct TriangleBlock
 {
-    static constexpr int width = 16;
-    double corners[9][width];
-    double cotangents[3][width];
+    static constexpr int width = 32;
+    float corners[3][3][width];
+    double terms[3][numTerms][width];
 };
 
-ZNGEOM_CLONES void computeCotangents(TriangleBlock& block)
+/// What all terms of a triangle are made of.
+struct TriangleMeasures
 {
-    for (int i = 0; i < TriangleBlock::width; ++i) {
-        double e[3][3], length2[3] = {};
-        for (int side = 0; side < 3; ++side)
-            for (int axis = 0; axis < 3; ++axis) {
-                const double to = block.corners[3 * ((side + 1) % 3) + axis][i];
-                e[side][axis] = to - block.corners[3 * side + axis][i];
-            }
-        for (int side = 0; side < 3; ++side)
-            length2[side] = e[side][0] * e[side][0] + e[side][1] * e[side][1] + e[side][2] * e[side][2];
-        for (int corner = 0; corner < 3; ++corner) {
-            const int in = (corner + 2) % 3;
-            const double d = e[in][0] * e[corner][0] + e[in][1] * e[corner][1] + e[in][2] * e[corner][2];
-            block.cotangents[corner][i] = -d / std::sqrt(length2[in] * length2[corner] - d * d);
-        }
+    double edges[3][3]; ///< from each corner to the next
+    double dots[3];     ///< of the two edges that leave a corner
+    double doubleArea;
+};
+
+inline TriangleMeasures measuresOf(const TriangleBlock& block, int i)
+{
+    TriangleMeasures m;
+    for (int corner = 0; corner < 3; ++corner)
+        for (int axis = 0; axis < 3; ++axis)
+            m.edges[corner][axis] =
+                double(block.corners[(corner + 1) % 3][axis][i]) - double(block.corners[corner][axis][i]);
+    for (int corner = 0; corner < 3; ++corner) {
+        const double *const out = m.edges[corner], *const in = m.edges[(corner + 2) % 3];
+        m.dots[corner] = -(in[0] * out[0] + in[1] * out[1] + in[2] * out[2]);
+    }
+    const double *const u = m.edges[0], *const v = m.edges[1];
+    const double x = u[1] * v[2] - u[2] * v[1], y = u[2] * v[0] - u[0] * v[2], z = u[0] * v[1] - u[1] * v[0];
+    m.doubleArea = std::sqrt(x * x + y * y + z * z);
+    return m;
+}
+
+/// The part of a triangle that is nearest to each corner; where it is obtuse, half of it belongs to the corner there
+/// and a quarter to each of the others.
+inline void setAreas(const TriangleMeasures& m, TriangleBlock& block, int i)
+{
+    const double d0 = m.dots[0], d1 = m.dots[1], d2 = m.dots[2];
+    const double scale = 0.125 / m.doubleArea;
+    const bool isObtuse = (d0 < 0) | (d1 < 0) | (d2 < 0);
+    // The square of an edge is the sum of the dots at its ends; it is weighed with the cotangent of the angle opposite.
+    const double part01 = (d0 + d1) * d2, part12 = (d1 + d2) * d0, part20 = (d2 + d0) * d1;
+    block.terms[0][Area][i] = isObtuse ? m.doubleArea * (d0 < 0 ? 0.25 : 0.125) : (part01 + part20) * scale;
+    block.terms[1][Area][i] = isObtuse ? m.doubleArea * (d1 < 0 ? 0.25 : 0.125) : (part12 + part01) * scale;
+    block.terms[2][Area][i] = isObtuse ? m.doubleArea * (d2 < 0 ? 0.25 : 0.125) : (part20 + part12) * scale;
+}
+
+/// The angle of (x, y) from the x axis where y is not negative, to about the last bit. Unlike `std::atan2` it has no
+/// branches, and gives the same bits everywhere.
+inline double angleOf(double x, double y)
+{
+    const double width = std::fabs(x);
+    const double most = y > width ? y : width, least = y > width ? width : y;
+    // Above half of 45 degrees, measured from there.
+    const bool isSteep = least > 0.41421356237309503 * most;
+    const double tangent = (isSteep ? least - most : least) / (isSteep ? least + most : most);
+    const double s = tangent * tangent;
+    // The best polynomial of its degree for the arctangent where its argument is at most that of half of 45 degrees.
+    double sum = -0.019176885636589053;
+    sum = sum * s + 0.039231657085083686;
+    sum = sum * s - 0.050854496960392584;
+    sum = sum * s + 0.05858148904795124;
+    sum = sum * s - 0.0666451144646022;
+    sum = sum * s + 0.07692183190760651;
+    sum = sum * s - 0.09090904578121085;
+    sum = sum * s + 0.11111111015256292;
+    sum = sum * s - 0.14285714284666542;
+    sum = sum * s + 0.1999999999999552;
+    sum = sum * s - 0.3333333333333333;
+    const double angle = (isSteep ? std::numbers::pi / 4 : 0) + (tangent + tangent * (s * sum));
+    const double upright = y > width ? std::numbers::pi / 2 - angle : angle;
+    return x < 0 ? std::numbers::pi - upright : upright;
+}
+
+inline void setAngles(const TriangleMeasures& m, TriangleBlock& block, int i)
+{
+    const double first = angleOf(m.dots[0], m.doubleArea), second = angleOf(m.dots[1], m.doubleArea);
+    block.terms[0][Angle][i] = first;
+    block.terms[1][Angle][i] = second;
+    block.terms[2][Angle][i] = std::numbers::pi - (first + second);
+}
+
+inline void setEdges(const TriangleMeasures& m, TriangleBlock& block, int i)
+{
+    const double scale = 1 / m.doubleArea;
+    for (int axis = 0; axis < 3; ++axis) {
+        const double from0 = m.edges[0][axis] * (m.dots[2] * scale), from1 = m.edges[1][axis] * (m.dots[0] * scale),
+                     from2 = m.edges[2][axis] * (m.dots[1] * scale);
+        block.terms[0][EdgeX + axis][i] = from2 - from0;
+        block.terms[1][EdgeX + axis][i] = from0 - from1;
+        block.terms[2][EdgeX + axis][i] = from1 - from2;
     }
 }
 
-class ComputeCotangents : public znUtil::ThreadedAlg
+ZNGEOM_CLONES void compute(Terms<Angle, Area>, TriangleBlock& block)
+{
+    for (int i = 0; i < TriangleBlock::width; ++i) {
+        const TriangleMeasures m = measuresOf(block, i);
+        setAreas(m, block, i);
+        setAngles(m, block, i);
+    }
+}
+
+ZNGEOM_CLONES void compute(Terms<Area, EdgeZ>, TriangleBlock& block)
+{
+    for (int i = 0; i < TriangleBlock::width; ++i) {
+        const TriangleMeasures m = measuresOf(block, i);
+        setAreas(m, block, i);
+        setEdges(m, block, i);
+    }
+}
+
+ZNGEOM_CLONES void compute(Terms<Angle, EdgeZ>, TriangleBlock& block)
+{
+    for (int i = 0; i < TriangleBlock::width; ++i) {
+        const TriangleMeasures m = measuresOf(block, i);
+        setAreas(m, block, i);
+        setAngles(m, block, i);
+        setEdges(m, block, i);
+    }
+}
+
+/// Sums up at each vertex what its triangles add, in their order. Each thread has a slice of the vertices and looks for
+/// triangles that touch it.
+template <class Terms>
+class SumAtVertices : public znUtil::ThreadedAlg
 {
 public:
-    ComputeCotangents(const Surface& surface, Cotangents* cotangents) : m_surface(surface), m_cotangents(cotangents) {}
+    SumAtVertices(const Surface& surface, double* sums) : m_surface(surface), m_sums(sums) {}
 
     void execute(int threadIndex, int numThreads) override
     {
-        const Slice slice(m_surface.mesh.getNumTriangles(), threadIndex, numThreads);
+        const Slice slice(m_surface.mesh.getNumVertices(), threadIndex, numThreads);
+        std::fill(m_sums + size_t(slice.begin) * Terms::count, m_sums + size_t(slice.end) * Terms::count, 0.0);
+        const MeshTriangle* const triangles = m_surface.mesh.getTriangles();
+        const int numTriangles = m_surface.mesh.getNumTriangles();
         TriangleBlock block{};
-        for (int first = slice.begin; first < slice.end; first += TriangleBlock::width) {
-            const int count = std::min(TriangleBlock::width, slice.end - first);
-            gather(first, count, block);
-            computeCotangents(block);
-            for (int i = 0; i < count; ++i)
-                m_cotangents[first + i] = {block.cotangents[0][i], block.cotangents[1][i], block.cotangents[2][i]};
+        const MeshTriangle* gathered[TriangleBlock::width];
+        int count = 0;
+        for (int t = 0; t < numTriangles; ++t) {
+            if (!touches(slice, triangles[t])) continue;
+            gather(triangles[t], block, count);
+            gathered[count++] = &triangles[t];
+            if (count < TriangleBlock::width) continue;
+            addBlock(slice, gathered, count, block);
+            count = 0;
         }
+        addBlock(slice, gathered, count, block);
     }
 
 private:
-    void gather(int first, int count, TriangleBlock& block) const
+    static bool contains(const Slice& slice, int vertex) { return vertex >= slice.begin && vertex < slice.end; }
+
+    static bool touches(const Slice& slice, const MeshTriangle& triangle)
     {
-        const MeshTriangle* const triangles = m_surface.mesh.getTriangles() + first;
+        return contains(slice, triangle[0]) || contains(slice, triangle[1]) || contains(slice, triangle[2]);
+    }
+
+    void gather(const MeshTriangle& triangle, TriangleBlock& block, int at) const
+    {
+        for (int corner = 0; corner < 3; ++corner) {
+            const MeshVertex& vertex = m_surface.vertices[triangle[corner]];
+            block.corners[corner][0][at] = vertex.x;
+            block.corners[corner][1][at] = vertex.y;
+            block.corners[corner][2][at] = vertex.z;
+        }
+    }
+
+    void addBlock(const Slice& slice, const MeshTriangle* const* triangles, int count, TriangleBlock& block)
+    {
+        compute(Terms(), block);
         for (int i = 0; i < count; ++i)
             for (int corner = 0; corner < 3; ++corner) {
-                const MeshVertex& vertex = m_surface.vertices[triangles[i][corner]];
-                block.corners[3 * corner][i] = double(vertex.x);
-                block.corners[3 * corner + 1][i] = double(vertex.y);
-                block.corners[3 * corner + 2][i] = double(vertex.z);
+                const int vertex = (*triangles[i])[corner];
+                if (!contains(slice, vertex)) continue;
+                double* const sums = m_sums + size_t(vertex) * Terms::count;
+                for (int term = 0; term < Terms::count; ++term)
+                    sums[term] += block.terms[corner][Terms::first + term][i];
             }
     }
 
     const Surface& m_surface;
-    Cotangents* m_cotangents;
+    double* m_sums;
 };
 
-/// One triangle of a fan, as seen from the vertex in its middle.
-struct FanTriangle
-{
-    int after, before; ///< the corners next to the vertex
-    double cotangent, cotangentAfter, cotangentBefore;
-    Vector fromAfter, fromBefore; ///< from these corners to the vertex
-};
-
-/// The triangles around an interior vertex. Keeps its memory from vertex to vertex.
-class Fan
-{
-public:
-    void gather(const Surface& surface, const Cotangents* cotangents, int vertex)
-    {
-        const MeshTriangle* const triangles = surface.mesh.getTriangles();
-        const Point middle = surface.vertices[vertex].asPoint();
-        m_fan.resize(static_cast<size_t>(surface.adjTris.numTris(vertex)));
-        FanTriangle* next = m_fan.data();
-        for (const int number : surface.adjTris.around(vertex)) {
-            const MeshTriangle& triangle = triangles[number];
-            const Cotangents& at = cotangents[number];
-            const int corner = cornerOf(triangle, vertex), after = cornerAfter(corner), before = cornerBefore(corner);
-            *next++ = {triangle[after],
-                       triangle[before],
-                       at.at[corner],
-                       at.at[after],
-                       at.at[before],
-                       middle - surface.vertices[triangle[after]].asPoint(),
-                       middle - surface.vertices[triangle[before]].asPoint()};
-        }
-        order();
-    }
-
-    /// The sum of the angles at the vertex.
-    double angleSum() const
-    {
-        double sum = 0;
-        for (const FanTriangle& t : m_fan)
-            sum +=
-                std::acos(dot(t.fromAfter, t.fromBefore) / std::sqrt(t.fromAfter.length2() * t.fromBefore.length2()));
-        return sum;
-    }
-
-    /// The sum of the vectors along the edges, each times the cotangents of the angles opposite.
-    Vector weightedEdges() const
-    {
-        Vector sum;
-        for (size_t i = 0; i < m_fan.size(); ++i) {
-            const FanTriangle& u = m_fan[i + 1 < m_fan.size() ? i + 1 : 0];
-            sum += m_fan[i].fromBefore * (m_fan[i].cotangentAfter + u.cotangentBefore);
-        }
-        return sum;
-    }
-
-    /// The part of the surface that is nearer to the vertex than to others, with halves and quarters of obtuse
-    /// triangles in its place.
-    double mixedArea() const
-    {
-        double area = 0;
-        for (const FanTriangle& t : m_fan) {
-            if (t.cotangent < 0 || t.cotangentAfter < 0 || t.cotangentBefore < 0)
-                area += cross(t.fromAfter, t.fromBefore).length() * (t.cotangent < 0 ? 0.25 : 0.125);
-            else
-                area += (t.fromAfter.length2() * t.cotangentBefore + t.fromBefore.length2() * t.cotangentAfter) * 0.125;
-        }
-        return area;
-    }
-
-private:
-    /// Brings after each triangle the one that begins where it ends. Where none does, the next one stays.
-    void order()
-    {
-        for (size_t i = 0; i + 1 < m_fan.size(); ++i) {
-            size_t next = i + 1;
-            while (next < m_fan.size() && m_fan[next].after != m_fan[i].before) ++next;
-            if (next < m_fan.size() && next != i + 1) std::swap(m_fan[i + 1], m_fan[next]);
-        }
-    }
-
-    std::vector<FanTriangle> m_fan;
-};
-
+/// Computes the quantity at interior vertices from their sums; others get 0 and are noted, in a list for each thread.
+template <class Terms>
 class InteriorCurvature : public znUtil::ThreadedAlg
 {
 public:
-    InteriorCurvature(const Surface& surface, const Cotangents* cotangents, MeshCurvature type, float* output)
-        : m_surface(surface), m_cotangents(cotangents), m_type(type), m_output(output)
+    InteriorCurvature(const Surface& surface, const double* sums, MeshCurvature type, float* output,
+                      std::vector<int>* borders)
+        : m_surface(surface), m_sums(sums), m_type(type), m_output(output), m_borders(borders)
     {}
 
     void execute(int threadIndex, int numThreads) override
     {
         const Slice slice(m_surface.mesh.getNumVertices(), threadIndex, numThreads);
-        Fan fan;
-        for (int vertex = slice.begin; vertex < slice.end; ++vertex)
-            m_output[vertex] = isMeasured(vertex) ? static_cast<float>(measure(vertex, fan)) : 0.0f;
+        for (int vertex = slice.begin; vertex < slice.end; ++vertex) {
+            const bool isInterior = m_surface.isInterior(vertex);
+            if (!isInterior) m_borders[threadIndex].push_back(vertex);
+            m_output[vertex] = isInterior && isMeasured(vertex) ? static_cast<float>(measure(vertex)) : 0.0f;
+        }
     }
 
 private:
     bool isMeasured(int vertex) const
     {
-        return m_surface.adjVertices.numNeighbours(vertex) >= 2 && m_surface.isInterior(vertex) &&
-               m_type >= MeanCurvature && m_type <= MaxCurvature;
+        return m_surface.adjVertices.numNeighbours(vertex) >= 2 && m_type >= MeanCurvature && m_type <= MaxCurvature;
     }
 
-    double measure(int vertex, Fan& fan) const
+    double measure(int vertex) const
     {
-        fan.gather(m_surface, m_cotangents, vertex);
-        const double area = fan.mixedArea();
-        const double mean = m_type != GaussianCurvature ? meanOf(vertex, fan, area) : 0;
-        if (m_type == MeanCurvature) return mean;
-        const double gaussian = (2 * std::numbers::pi - fan.angleSum()) / area;
-        if (m_type == GaussianCurvature) return gaussian;
-        return principalOf(mean, gaussian);
+        const double* const terms = m_sums + size_t(vertex) * Terms::count - Terms::first;
+        if constexpr (!Terms::hasEdges)
+            return gaussianOf(terms);
+        else if constexpr (!Terms::hasAngles)
+            return meanOf(vertex, terms);
+        else
+            return principalOf(meanOf(vertex, terms), gaussianOf(terms));
     }
 
-    double meanOf(int vertex, const Fan& fan, double area) const
+    static double gaussianOf(const double* terms) { return (2 * std::numbers::pi - terms[Angle]) / terms[Area]; }
+
+    double meanOf(int vertex, const double* terms) const
     {
-        const Vector edges = fan.weightedEdges();
+        const Vector edges(terms[EdgeX], terms[EdgeY], terms[EdgeZ]);
         double length = edges.length();
         // What is shorter has no direction that normals could agree with.
-        if (!(epsilonTol > length) && m_surface.normals &&
-            dot(edges / length, m_surface.normals[vertex].asVector()) < 0)
+        if (!(epsilonTol > length) && m_surface.normals && dot(edges, m_surface.normals[vertex].asVector()) < 0)
             length = -length;
-        return length / (4 * area);
+        return length / (4 * terms[Area]);
     }
 
     double principalOf(double mean, double gaussian) const
@@ -238,9 +297,10 @@ private:
     }
 
     const Surface& m_surface;
-    const Cotangents* m_cotangents;
+    const double* m_sums;
     MeshCurvature m_type;
     float* m_output;
+    std::vector<int>* m_borders;
 };
 
 /// One of two sweeps over the vertices that are not interior: the first gives those on borders the mean of their
@@ -249,16 +309,15 @@ private:
 class BoundaryCurvature : public znUtil::ThreadedAlg
 {
 public:
-    BoundaryCurvature(const Surface& surface, bool isFirst, float* output)
-        : m_surface(surface), m_isFirst(isFirst), m_output(output)
+    BoundaryCurvature(const Surface& surface, const std::vector<int>* borders, bool isFirst, float* output)
+        : m_surface(surface), m_borders(borders), m_isFirst(isFirst), m_output(output)
     {}
 
-    void execute(int threadIndex, int numThreads) override
+    void execute(int threadIndex, int) override
     {
-        const Slice slice(m_surface.mesh.getNumVertices(), threadIndex, numThreads);
-        for (int vertex = slice.begin; vertex < slice.end; ++vertex) {
+        for (const int vertex : m_borders[threadIndex]) {
             const int n = m_surface.adjVertices.numNeighbours(vertex);
-            if ((m_isFirst ? n == 2 : n > 2) || m_surface.isInterior(vertex)) continue;
+            if (m_isFirst ? n == 2 : n > 2) continue;
             m_output[vertex] = meanAround(vertex);
         }
     }
@@ -278,6 +337,7 @@ private:
     }
 
     const Surface& m_surface;
+    const std::vector<int>* m_borders; ///< a list for each thread
     bool m_isFirst;
     float* m_output;
 };
@@ -304,24 +364,44 @@ private:
     std::vector<MeshNormal> m_normals;
 };
 
-void measureCurvature(const Surface& surface, MeshCurvature type, float* output, ThreadPool& pool)
+using BorderLists = std::vector<std::vector<int>>;
+
+template <class Terms>
+void measureInterior(const Surface& surface, MeshCurvature type, float* output, BorderLists& borders, ThreadPool& pool)
 {
     znOS::StopWatch watch;
-    const size_t numTriangles = static_cast<size_t>(surface.mesh.getNumTriangles());
-    const auto cotangents = std::make_unique_for_overwrite<Cotangents[]>(numTriangles);
-    ComputeCotangents computeCotangents(surface, cotangents.get());
-    pool.run(computeCotangents);
+    const size_t numSums = static_cast<size_t>(surface.mesh.getNumVertices()) * Terms::count;
+    const auto sums = std::make_unique_for_overwrite<double[]>(numSums);
+    znUtil::adviseHugePages(sums.get(), numSums * sizeof(double));
+    SumAtVertices<Terms> sumAtVertices(surface, sums.get());
+    pool.run(sumAtVertices);
     debugChannel().print(" cotangents computed in: %f s\n", watch.clear());
     watch.start();
-    InteriorCurvature interior(surface, cotangents.get(), type, output);
+    InteriorCurvature<Terms> interior(surface, sums.get(), type, output, borders.data());
     pool.run(interior);
     debugChannel().print("  interior curvature computed: %f s\n", watch.clear());
-    watch.start();
+}
+
+void measureBoundary(const Surface& surface, const BorderLists& borders, float* output, ThreadPool& pool)
+{
+    znOS::StopWatch watch;
     for (const bool isFirst : {true, false}) {
-        BoundaryCurvature boundary(surface, isFirst, output);
+        BoundaryCurvature boundary(surface, borders.data(), isFirst, output);
         pool.run(boundary);
     }
     debugChannel().print("  boundary curvature computed: %f s\n", watch.clear());
+}
+
+void measureCurvature(const Surface& surface, MeshCurvature type, float* output, ThreadPool& pool)
+{
+    BorderLists borders(static_cast<size_t>(pool.getNumThreads()));
+    if (type == MeanCurvature)
+        measureInterior<Terms<Area, EdgeZ>>(surface, type, output, borders, pool);
+    else if (type == GaussianCurvature)
+        measureInterior<Terms<Angle, Area>>(surface, type, output, borders, pool);
+    else
+        measureInterior<Terms<Angle, EdgeZ>>(surface, type, output, borders, pool);
+    measureBoundary(surface, borders, output, pool);
 }
 
 } // namespace
