@@ -115,9 +115,12 @@ private:
         SurfaceSamples samples(from, spacing);
         znGeom::CompactMesh points;
         std::vector<float> atPoints;
+        const double count = samples.count();
+        double numDone = 0;
         while (samples.next(points)) {
             znUtil::Progress piece;
-            progress.subPhase(static_cast<double>(samples.numDone()) / from.getNumTriangles() - progress.get(), piece);
+            numDone += points.getNumVertices();
+            progress.subPhase(numDone / count - progress.get(), piece);
             atPoints.resize(static_cast<std::size_t>(points.getNumVertices()));
             measure(points, index, false, atPoints.data(), piece);
             for (std::size_t i = 0; i < atPoints.size(); ++i)

@@ -102,6 +102,11 @@ TEST(ToolDistance, MeasuresEachWayAndBoth)
     EXPECT_EQ(fine["a_to_b"]["largest_at"], Json({2, 2, 0}));
     EXPECT_GT(fine["a_to_b"]["points"], 1000);
     EXPECT_EQ(info(scratch.path("heat.ply"))["vertices"], 4);
+    // More points in each triangle than are measured at once: a lattice of 800 parts, without its corners.
+    const std::string speck = scratch.write("speck.obj", "v 0 0 1\nv 0.001 0 1\nv 0 0.001 1\nf 1 2 3\n");
+    const Json finest = report({"distance", square, speck, "--spacing", std::to_string(std::hypot(4, 4) / 799.5)});
+    EXPECT_EQ(finest["a_to_b"]["points"], 4 + 2 * (801 * 802 / 2 - 3));
+    EXPECT_EQ(finest["b_to_a"]["points"], 3);
 }
 
 TEST(ToolRay, TellsWhatIsHitHoweverSmallTheUnit)
@@ -127,6 +132,13 @@ TEST(ToolRay, TellsWhatIsHitHoweverSmallTheUnit)
     const Json told = report({"ray", ball, rays, "-o", scratch.path("out.txt")});
     EXPECT_EQ(told["rays"], 3);
     EXPECT_EQ(told["hits"], 2);
+    // A triangle with sides of a few last digits, before one of ten million times that size; a ball next to nothing.
+    const std::string speck = scratch.write("speck.obj", "v 0 0 0\nv 1000 0 0\nv 0 1000 0\nf 1 2 3\nv 100 100 5\n"
+                                                         "v 100.0001 100 5\nv 100 100.0001 5\nf 4 5 6\n");
+    const std::string above = scratch.write("above.txt", "100.00003 100.00003 9 0 0 -1\n");
+    EXPECT_EQ(runTool({"ray", speck, above}).out.substr(0, 4), "4 1 ");
+    const std::string dust = scratch.write("dust.obj", "v 0 0 0\nv 4e-41 0 0\nv 0 4e-41 0\nf 1 2 3\n");
+    EXPECT_EQ(runTool({"ray", dust, scratch.write("down.txt", "1e-41 1e-41 3e-41 0 0 -1\n"), "--any"}).out, "hit\n");
     EXPECT_EQ(scratch.read("out.txt"), runTool({"ray", ball, "-", "--json"}, rays).out);
 }
 
