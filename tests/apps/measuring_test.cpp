@@ -176,6 +176,7 @@ TEST(ToolMeasuring, SaysWhatIsWrongInOneLineAndWritesNothing)
         {"# a\n1 2 3 4 5 6 7\n", "line 2: a ray has more than six numbers"},
         {"1 2 3 0 0 0\n", "line 1: the direction has no length"},
         {"1 2 3 x 0 0\n", "line 1: \"x\" is not a finite number"},
+        {std::string(1000, 'x') + "\n", "line 1: \"xxxxxxxxxxxxxxxxxxxxxxxx...\" is not a finite number"},
         {"1 2 inf 1 0 0\n", "line 1: \"inf\" is not a finite number"},
         {"#\n\n", "has no rays"},
         {"", "is empty"},
