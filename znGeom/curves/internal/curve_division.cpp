@@ -4,6 +4,7 @@
 #include <cmath>
 #include <tuple>
 
+#include "znGeom/curves/internal/pace.h"
 #include "znGeom/topology/topo_walks.h"
 
 namespace znGeom::internal {
@@ -127,14 +128,28 @@ CurveDivision::CurveDivision(TopoMesh& mesh, MeshCurveTopology& topology) : m_me
         }
 }
 
+/// First vertices are put at all points on edges, then two arms are joined of the curves that end at a crossing within
+/// a face, then what is left is, run by run.
+bool CurveDivision::divide(znUtil::Progress& progress)
+{
+    znUtil::Progress share;
+    const auto next = [&](double fraction) -> znUtil::Progress& {
+        progress.subPhase(fraction, share);
+        return share;
+    };
+    return divideEdges(next(0.5)) && divideAtCrossings(next(0.1)) && divideAlongRuns(next(0.4));
+}
+
 /// From the far end of each edge to its origin: what is left of it keeps its handle. Points nearer to each other than
 /// the tolerance share a vertex: curves that go the same way there are one cut, without a sliver in between.
-void CurveDivision::divideEdges()
+bool CurveDivision::divideEdges(znUtil::Progress& progress)
 {
     const zn::vector<PointOnEdge> points = collectPointsOnEdges(m_topology.getCurves());
     TopoMeshVertex made;
     double madeAt = 0, length = 0;
+    Pace pace(progress);
     for (int i = points.size() - 1; i >= 0; --i) {
+        if (!pace.goesOn(points.size() - i, points.size())) return false;
         const TopoMeshEdge edge = points[i].edge;
         const double at = points[i].endWeight;
         if (i == points.size() - 1 || points[i + 1].edge != edge) {
@@ -153,16 +168,21 @@ void CurveDivision::divideEdges()
         }
         *points[i].point = TopoMeshPoint(made, edge->face);
     }
+    return !progress.cancelled();
 }
 
-void CurveDivision::divideAtCrossings()
+bool CurveDivision::divideAtCrossings(znUtil::Progress& progress)
 {
+    Pace pace(progress);
+    int numDone = 0;
     for (TopoMeshCurve& curve : m_topology.getCurves()) {
+        if (!pace.goesOn(numDone++, m_topology.getCurves().size())) return false;
         if (curve.empty()) continue;
         for (const PointRef& end : {PointRef(curve.front()), PointRef(curve.back())})
             if (const auto* const crossing = m_topology.getIPoint(end); crossing && end->kind == TopoMeshPoint::InFace)
                 divideAtCrossing(*crossing);
     }
+    return !progress.cancelled();
 }
 
 /// The points of a curve from a crossing to the side of its face; none where it ends before.
@@ -192,13 +212,15 @@ void CurveDivision::divideAtCrossing(const MeshCurveTopology::IPoint& crossing)
     divideAlong(run, crossing.point->coord.face);
 }
 
-void CurveDivision::divideAlongRuns()
+bool CurveDivision::divideAlongRuns(znUtil::Progress& progress)
 {
+    Pace pace(progress);
     int place = 0;
     for (TopoMeshCurve& curve : m_topology.getCurves()) {
         Run run;
         TopoMeshFace face;
         for (Node node = curve.firstNode(); node; node = node.next(), ++place) {
+            if (!pace.goesOn(place, m_faceAfter.size())) return false;
             const bool isVertex = node.value()->kind == TopoMeshPoint::AtVertex;
             if (run.empty() && !isVertex) continue;
             run.append(node);
@@ -212,6 +234,7 @@ void CurveDivision::divideAlongRuns()
         for (const PointRef& end : {curve.front(), curve.back()})
             if (end->kind != TopoMeshPoint::AtVertex) ++m_numSkipped;
     }
+    return !progress.cancelled();
 }
 
 /// Brings a run on edges: its ends are vertices of a face, or of a piece of one, and its other points lie inside.
