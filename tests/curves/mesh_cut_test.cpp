@@ -205,6 +205,9 @@ TEST(MeshCut, PartsTheSurfaceWhereCurvesCross)
         {{{ring, true}}, 2, ringLength},
         {{{ring, true}, {level, false}}, 4, ringLength + 8},
         {{{eight, true}}, 3, 24.3},
+        // Within one triangle, but for a point on its side, or at its corner; the second turns in and out.
+        {{{{{2.5, 2, 0}, {2.7, 2.1, 0}, {2.6, 2.2, 0}}, true}}, 2, 0.59},
+        {{{{{2, 2, 0}, {2.8, 2.1, 0}, {2.4, 2.16, 0}, {2.5, 2.3, 0}, {2.3, 2.12, 0}}, true}}, 2, 2.03},
         {{{hook, false}}, 2, 12.9}, // crosses itself, and its loose end is taken off
         {{{{{1.2, 4.3, 0}, {6.6, 4.3, 0}}, false}}, 0, 0},
     };

@@ -31,6 +31,8 @@ private:
     Run armFrom(const MeshCurveTopology::Use& use, bool forward) const;
     void divideAtCrossing(const MeshCurveTopology::IPoint& crossing);
     void divideAlong(const Run& run, TopoMeshFace whole);
+    void cutThrough(TopoMeshFace piece, const Run& run, int numPoints, TopoMeshVertex to);
+    bool divideAlongLoop(const Run& run, TopoMeshFace piece, TopoMeshFace whole);
     TopoMeshFace pieceOf(TopoMeshFace whole, TopoMeshVertex u, TopoMeshVertex w, const znLinear::Point& inside) const;
     TopoMeshFace wholeOf(TopoMeshFace piece) const;
     void addPiece(TopoMeshFace piece, TopoMeshFace whole);
