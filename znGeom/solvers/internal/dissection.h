@@ -45,6 +45,7 @@ private:
     void findMixed();
     void divide(int node, std::span<const znLinear::Point> points);
     bool divideByKind(int node);
+    void setHalves(int node, int begin, int middle, int separator);
     int splitOff(int begin, int middle, int end);
     int addNode(int begin, int end);
     void findBorder(Node& node);
