@@ -22,18 +22,20 @@ using bench::Soup;
 using znGeom::CompactMesh;
 using znLinear::Point;
 
-/// Vertices, and the middles of triangles.
+/// Corners, and the middles of triangles.
 std::vector<Point> samplesOf(const CompactMesh& mesh)
 {
     std::vector<Point> samples;
-    for (int v = 0; v < mesh.getNumVertices(); ++v) samples.push_back(mesh.getVertices()[v].asPoint());
+    std::vector<bool> isTaken(static_cast<std::size_t>(mesh.getNumVertices()));
     for (int t = 0; t < mesh.getNumTriangles(); ++t) {
-        const auto [a, b, c] = mesh.getTriangles()[t].corners;
-        samples.push_back(
-            ((samples[static_cast<std::size_t>(a)].asVector() + samples[static_cast<std::size_t>(b)].asVector() +
-              samples[static_cast<std::size_t>(c)].asVector()) /
-             3.0)
-                .asPoint());
+        znLinear::Vector sum;
+        for (const int corner : mesh.getTriangles()[t].corners) {
+            const Point at = mesh.getVertices()[corner].asPoint();
+            sum += at.asVector();
+            if (!isTaken[static_cast<std::size_t>(corner)]) samples.push_back(at);
+            isTaken[static_cast<std::size_t>(corner)] = true;
+        }
+        samples.push_back((sum / 3.0).asPoint());
     }
     return samples;
 }
