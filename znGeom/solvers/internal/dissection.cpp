@@ -1,6 +1,7 @@
 #include "znGeom/solvers/internal/dissection.h"
 
 #include <algorithm>
+#include <functional>
 #include <numeric>
 
 namespace znGeom::internal {
@@ -69,6 +70,12 @@ void Dissection::divide(int node, std::span<const Point> points)
         return atA != atB ? atA < atB : a < b;
     });
     const int separator = splitOff(begin, middle, end);
+    setHalves(node, begin, middle, separator);
+}
+
+/// \param separator  where the second half ends, and what stays in the node begins
+void Dissection::setHalves(int node, int begin, int middle, int separator)
+{
     m_nodes[node].begin = separator;
     const int first = addNode(begin, middle);
     m_nodes[node].halves[0] = first;
@@ -77,21 +84,22 @@ void Dissection::divide(int node, std::span<const Point> points)
     m_nodes[node].halves[1] = second;
 }
 
-/// Parts one kind from the others, with nothing between them. \return false where they are joined, or there is but one
+/// Parts one kind from the others, and leaves in the node those of the others that are joined to some kind.
+/// \return false where these are many, or there is one kind only
 bool Dissection::divideByKind(int node)
 {
+    if (m_numKinds == 1) return false;
     const int begin = m_nodes[node].begin, end = m_nodes[node].end;
     int* const order = m_order.begin();
-    if (m_numKinds == 1 || std::any_of(order + begin, order + end, [this](int i) { return m_isMixed[i]; }))
-        return false;
-    const int kind = order[begin] % m_numKinds;
-    const auto isOfKind = [this, kind](int unknown) { return unknown % m_numKinds == kind; };
-    const int middle = static_cast<int>(std::stable_partition(order + begin, order + end, isOfKind) - order);
+    const auto isOfFirstKind = [this, kind = order[begin] % m_numKinds](int i) { return i % m_numKinds == kind; };
+    const auto isBetween = [&](int i) { return m_isMixed[i] && !isOfFirstKind(i); };
+    const std::ptrdiff_t numBetween = std::count_if(order + begin, order + end, isBetween);
+    if (numBetween * numBetween > end - begin) return false; // more than separate halves by position
+    const int middle = static_cast<int>(std::stable_partition(order + begin, order + end, isOfFirstKind) - order);
     if (middle == end) return false;
-    m_nodes[node].begin = end;
-    const int first = addNode(begin, middle), second = addNode(middle, end);
-    m_nodes[node].halves[0] = first;
-    m_nodes[node].halves[1] = second;
+    const int separator =
+        static_cast<int>(std::stable_partition(order + middle, order + end, std::not_fn(isBetween)) - order);
+    setHalves(node, begin, middle, separator);
     return true;
 }
 

@@ -25,8 +25,7 @@ public:
 
     /// \param matrix  symmetric as to which entries are stored
     /// \param points    one for each unknown, all of them finite. Those near one another should be joined by entries
-    /// \param numKinds  unknown i is of kind i % numKinds. Parts in which no unknown is joined to one of another kind
-    /// are
+    /// \param numKinds  unknown i is of kind i % numKinds. Parts in which few unknowns are joined to another kind are
     ///                  divided by kind
     Dissection(const FlatRows& matrix, std::span<const znLinear::Point> points, int numKinds = 1);
 
@@ -45,6 +44,7 @@ private:
     void findMixed();
     void divide(int node, std::span<const znLinear::Point> points);
     bool divideByKind(int node);
+    void setHalves(int node, int begin, int middle, int separator);
     int splitOff(int begin, int middle, int end);
     int addNode(int begin, int end);
     void findBorder(Node& node);
