@@ -78,7 +78,7 @@ def draw_group(parts, y, name, bars, x_of):
 
 def draw_picture(path, title, groups):
     ratios = [ratio for bars in groups.values() for _, ratio in bars]
-    low, high = math.floor(math.log2(min([*ratios, 1]))), math.ceil(math.log2(max([*ratios, 1])))
+    low, high = math.floor(math.log2(min([*ratios, 1]))), max(math.ceil(math.log2(max([*ratios, 1]))), 1)
     left, right = NAMES + LABEL, WIDTH - MARGIN - LABEL
 
     def x_of(ratio):
