@@ -82,7 +82,7 @@ public:
         CLI::Option* to = sub->add_option("--to", m_amount, "How many vertices to keep: below 1 a part of them");
         CLI::Option* tolerance =
             sub->add_option("--tolerance", m_tolerance, "How far the surface may move away from removed vertices");
-        sub->add_option("--method", m_method, "removal (as above, unless given) or collapse")
+        sub->add_option("--method", m_method, "removal, or collapse, as told below [removal]")
             ->check(CLI::IsMember({"removal", "collapse"}))
             ->option_text("NAME");
         to->check(CLI::Validator(problemOfAmount, ""))->option_text("FRACTION|COUNT")->excludes(tolerance);
