@@ -1,5 +1,6 @@
 #include "apps/zngeom/collapse_edges.h"
 
+#include <cmath>
 #include <memory>
 #include <vector>
 
@@ -33,6 +34,21 @@ struct Corners
     Point middle() const { return ((at[0].asVector() + at[1].asVector() + at[2].asVector()) / 3.0).asPoint(); }
 };
 
+/// The power of two that brings the diagonal of a mesh to between 512 and 1024. Borders weigh the more, the longer
+/// their edges are: so the result does not depend on the unit of the file.
+double scaleOf(const CompactMesh& mesh)
+{
+    double min[3], max[3];
+    znGeom::meshBoundingBox(mesh, min, max);
+    const double diagonal = std::hypot(max[0] - min[0], max[1] - min[1], max[2] - min[2]);
+    return std::isfinite(diagonal) && diagonal > 0 ? std::ldexp(1.0, 9 - std::ilogb(diagonal)) : 1;
+}
+
+void scale(znGeom::TopoMesh& mesh, double factor)
+{
+    for (const znGeom::TopoMeshVertex v : verticesOf(mesh)) mesh.setPoint(v, (v.point().asVector() * factor).asPoint());
+}
+
 /// The mesh that is left, as a flat one.
 std::unique_ptr<CompactMesh> collapsed(const CompactMesh& mesh, const znGeom::MeshAdjTris& adjTris, double fraction,
                                        znUtil::Progress& progress)
@@ -45,7 +61,10 @@ std::unique_ptr<CompactMesh> collapsed(const CompactMesh& mesh, const znGeom::Me
     znGeom::MeshConvertRep whole(mesh, triangles, vertices, adjTris);
     znGeom::TopoMesh& topology = whole.extract();
     const EndOnSignal endOnSignal(progress);
+    const double factor = scaleOf(mesh);
+    scale(topology, factor);
     znGeom::meshReduceByEdgeCollapse(topology, fraction, progress);
+    scale(topology, 1 / factor);
     // Vertices come in the order of their numbers.
     std::vector<znGeom::TopoMeshVertex> lost;
     for (const znGeom::TopoMeshVertex v : verticesOf(topology))

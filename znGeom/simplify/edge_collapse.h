@@ -8,7 +8,7 @@ namespace znGeom {
 
 /// Reduces a mesh of triangles to a part of its faces. The cheapest edge collapses first; its two ends become one
 /// vertex, placed where the sum of the squared distances from the planes of their triangles is least. Boundaries are
-/// held by planes upright on them, heavier the longer their edges are. After Garland and Heckbert, "Surface
+/// held by planes upright on them. After Garland and Heckbert, "Surface
 /// Simplification Using Quadric Error Metrics" (1997); where that place is not determined, as on flat ground and along
 /// straight creases, it is the middle or one of the ends.
 ///
@@ -23,6 +23,10 @@ namespace znGeom {
 /// as isolated vertices. Vertices at which fans only touch, and edges whose halves run the same way, are never
 /// collapsed. Triangles may turn over, above all on flat ground, where every place costs the same; nothing guards
 /// against it.
+///
+/// A plane at a boundary weighs as much as the square of its edge's length, one of a triangle 1: boundaries are held well
+/// where edges are longer than a unit, and hardly at all where they are much shorter. Scale such a mesh first, say to a
+/// diagonal of 1000. Without boundaries the unit does not matter.
 ///
 /// It leaves behind, for whoever continues, in slots 0 to 15 of each vertex its quadric, row by row; in slot 0 of each
 /// half-edge the cost of its collapse, the largest `double` where it is not allowed, and in slot 1 true. Listeners are
