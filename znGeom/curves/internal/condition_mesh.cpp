@@ -32,10 +32,10 @@ bool isThinTriangle(const Point& a, const Point& b, const Point& c)
 
 bool isThin(TopoMeshVertex v)
 {
+    const bool isOpen = v.onBoundary();
     for (const TopoMeshEdge e : fanOf(v)) {
         const TopoMeshVertex end = endOf(e);
-        if ((v.onBoundary() || end.onBoundary()) && isThinTriangle(v->point, end->point, e->prev->origin->point))
-            return true;
+        if (isThinTriangle(v->point, end->point, e->prev->origin->point) && (isOpen || end.onBoundary())) return true;
     }
     return false;
 }
