@@ -70,7 +70,8 @@ def draw_group(parts, y, name, bars, x_of):
     for number, (mesh, ratio) in enumerate(bars):
         left, right = sorted((x_of(1), x_of(ratio)))
         top = y + number * (BAR + 2)
-        parts.append(f'<rect class="{MESHES.get(mesh, 'ordered')}" x="{left:.1f}" y="{top}" width="{max(right - left, 1):.1f}" height="{BAR}"/>')
+        style = MESHES.get(mesh, "ordered")
+        parts.append(f'<rect class="{style}" x="{left:.1f}" y="{top}" width="{max(right - left, 1):.1f}" height="{BAR}"/>')
         place = f'x="{right + 4:.1f}"' if ratio >= 1 else f'x="{left - 4:.1f}" text-anchor="end"'
         parts.append(f'<text class="note" {place} y="{top + 9}">{nice(ratio)}</text>')
     return height + GAP
