@@ -50,7 +50,7 @@ inline std::vector<znGeom::TopoMeshFace> addSquares(znGeom::TopoMesh& mesh, int 
     Lattice at(mesh);
     for (int y = 0; y < rows; ++y)
         for (int x = 0; x < columns; ++x)
-            faces.push_back(mesh.allocQuad(at(x, y, 0), at(x + 1, y, 0), at(x + 1, y + 1, 0), at(x, y + 1, 0)));
+            faces.push_back(mesh.allocFace({at(x, y, 0), at(x + 1, y, 0), at(x + 1, y + 1, 0), at(x, y + 1, 0)}));
     meshTwin(mesh);
     return faces;
 }
@@ -71,7 +71,7 @@ inline std::vector<znGeom::TopoMeshFace> addBox(znGeom::TopoMesh& mesh, int n)
                         place[size_t(axis + 2) % 3] = i + (level == 0 ? across : along);
                         return at(place[0], place[1], place[2]);
                     };
-                    const auto face = mesh.allocQuad(corner(0, 0), corner(1, 0), corner(1, 1), corner(0, 1));
+                    const auto face = mesh.allocFace({corner(0, 0), corner(1, 0), corner(1, 1), corner(0, 1)});
                     if (axis == 2 && level == n) top.push_back(face);
                 }
     meshTwin(mesh);
