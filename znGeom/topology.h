@@ -2,6 +2,8 @@
 #pragma once
 
 #include "znGeom/topology/edge_swapper.h"
+#include "znGeom/topology/extrude.h"
+#include "znGeom/topology/subdivide.h"
 #include "znGeom/topology/topo_arena.h"
 #include "znGeom/topology/topo_blind_data.h"
 #include "znGeom/topology/topo_handles.h"

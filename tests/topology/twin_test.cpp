@@ -6,26 +6,12 @@
 #include "tests/support/random.h"
 #include "tests/support/recorder.h"
 #include "tests/support/shapes.h"
+#include "tests/topology/polygon_meshes.h"
 
 using namespace znGeom;
 using namespace znTest;
 
 namespace {
-
-struct Listener : znRTB::SignalClient
-{
-    std::vector<int> types;
-
-    explicit Listener(const TopoMesh& mesh)
-    {
-        mesh.modifiedSignal().addCallback(
-            new znRTB::FunctionArgMember<EntityModification&, Listener>(this, &Listener::take), *this);
-    }
-    void take(EntityModification& modification)
-    {
-        types.push_back(static_cast<TopoMeshModification&>(modification).getType());
-    }
-};
 
 /// Three vertices on an axis and one triangle for each of the given tips, along the axis or against it.
 std::vector<TopoMeshFace> makeBook(TopoMesh& mesh, std::initializer_list<bool> along)
@@ -46,7 +32,7 @@ TEST(Twin, PairsFromTheLeftWhateverTheDirection)
     TopoMesh mesh;
     const auto pages = makeBook(mesh, {true, true, true});
     ASSERT_EQ(countBoundary(mesh), 9);
-    Listener listener(mesh);
+    TopoListener listener(mesh);
     LogRecorder log;
     meshTwin(mesh);
     EXPECT_EQ(pages[0]->edge->twin, pages[1]->edge);

@@ -6,4 +6,5 @@
 #include "znGeom/foundation/machine/huge_pages.h"
 #include "znGeom/foundation/machine/language.h"
 #include "znGeom/foundation/machine/prefetch.h"
+#include "znGeom/foundation/machine/stream.h"
 #include "znGeom/foundation/machine/version.h"

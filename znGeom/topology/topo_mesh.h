@@ -9,7 +9,7 @@ namespace znGeom {
 
 class TopoMesh;
 namespace internal {
-class TriangleBuilder;
+class FreshElements;
 }
 
 /// What was done to a half-edge mesh. An algorithm reports it to the mesh once, at its end, and only if it changed
@@ -170,7 +170,7 @@ public:
     void modified(TopoMeshModification& modification) { sendMessage(modification); }
 
 private:
-    friend class internal::TriangleBuilder;
+    friend class internal::FreshElements;
 
     template <typename Handle>
     struct List

@@ -5,6 +5,7 @@
 
 #include "znGeom/foundation/output/debug_channel.h"
 #include "znGeom/foundation/output/stop_watch.h"
+#include "znGeom/topology/internal/finish_edit.h"
 #include "znGeom/topology/internal/pair_by_ends.h"
 #include "znGeom/topology/topo_walks.h"
 
@@ -63,9 +64,9 @@ bool isBefore(const OpenEdge& a, const OpenEdge& b)
     return placeInFace(a.edge) < placeInFace(b.edge);
 }
 
-void finish(TopoMesh& mesh, bool isPaired, znOS::StopWatch& watch)
+void finish(TopoMesh& mesh, bool isChanged, znOS::StopWatch& watch)
 {
-    if (isPaired) {
+    if (isChanged) {
         TopoMeshModification modification(&mesh, TopoMeshModification::ConnectivityChanged);
         mesh.modified(modification);
     }
@@ -85,9 +86,8 @@ void meshTwin(TopoMesh& mesh)
     finish(mesh, internal::pairByEnds<TopoMeshEdge>(open.empty() ? 0 : mesh.vertexNumbers(), visit, pair), watch);
 }
 
-void meshTwin(TopoMesh& mesh, const zn::vector<TopoMeshFace>& faces)
+bool internal::pairOpenEdges(TopoMesh& mesh, const zn::vector<TopoMeshFace>& faces)
 {
-    znOS::StopWatch watch;
     zn::vector<OpenEdge> open = collectOpenEdges(faces);
     std::sort(open.begin(), open.end(), isBefore);
     bool isPaired = false;
@@ -98,7 +98,20 @@ void meshTwin(TopoMesh& mesh, const zn::vector<TopoMeshFace>& faces)
         isPaired = true;
         ++i;
     }
-    finish(mesh, isPaired, watch);
+    return isPaired;
+}
+
+void meshTwin(TopoMesh& mesh, const zn::vector<TopoMeshFace>& faces)
+{
+    znOS::StopWatch watch;
+    finish(mesh, internal::pairOpenEdges(mesh, faces), watch);
+}
+
+void internal::finishEdit(TopoMesh& mesh, const zn::vector<TopoMeshFace>& faces)
+{
+    znOS::StopWatch watch;
+    pairOpenEdges(mesh, faces);
+    finish(mesh, true, watch);
 }
 
 } // namespace znGeom

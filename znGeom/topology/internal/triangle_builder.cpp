@@ -2,15 +2,15 @@
 
 #include <algorithm>
 #include <array>
-#include <memory>
 #include <new>
 #include <utility>
 
 #include "znGeom/foundation/containers/checked_size.h"
-#include "znGeom/foundation/machine/huge_pages.h"
 #include "znGeom/foundation/machine/prefetch.h"
 #include "znGeom/foundation/output/debug_channel.h"
 #include "znGeom/foundation/output/stop_watch.h"
+#include "znGeom/topology/internal/flat_table.h"
+#include "znGeom/topology/internal/fresh_elements.h"
 #include "znGeom/topology/internal/pair_by_ends.h"
 
 namespace znGeom::internal {
@@ -19,14 +19,6 @@ namespace {
 
 /// The half-edges of triangle t are 3 * t, 3 * t + 1 and 3 * t + 2.
 int nextOf(int edge) { return edge % 3 == 2 ? edge - 2 : edge + 1; }
-
-/// One number for each half-edge. Uninitialised.
-std::unique_ptr<int[]> makeEdgeTable(int numEdges)
-{
-    auto table = std::make_unique_for_overwrite<int[]>(static_cast<size_t>(numEdges));
-    znUtil::adviseHugePages(table.get(), sizeof(int) * static_cast<size_t>(numEdges));
-    return table;
-}
 
 /// The connectivity of triangles, by the numbers that the elements will have; -1 for none.
 class FlatTopology
@@ -43,16 +35,16 @@ public:
 
     FlatTopology(int numVertices, const MeshTriangle* triangles, int numTriangles)
         : m_numEdges(3 * numTriangles), m_origins(reinterpret_cast<const int*>(triangles)), m_vertices(numVertices),
-          m_twins(makeEdgeTable(m_numEdges)), m_outNexts(makeEdgeTable(m_numEdges))
+          m_twins(m_numEdges), m_outNexts(m_numEdges)
     {
-        std::fill_n(m_twins.get(), m_numEdges, -1);
+        std::fill_n(m_twins.begin(), m_numEdges, -1);
     }
 
     const zn::vector<Vertex>& vertices() const { return m_vertices; }
     int origin(int edge) const { return m_origins[edge]; }
     int end(int edge) const { return m_origins[nextOf(edge)]; }
-    int twin(int edge) const { return m_twins[static_cast<size_t>(edge)]; }
-    int outNext(int edge) const { return m_outNexts[static_cast<size_t>(edge)]; }
+    int twin(int edge) const { return m_twins[edge]; }
+    int outNext(int edge) const { return m_outNexts[edge]; }
 
     /// Pairs what `TopoMesh::allocTriangle` pairs.
     void addTriangles()
@@ -89,7 +81,7 @@ private:
         for (int e = edge + toEdge; e < std::min(edge + toEdge + 3, m_numEdges); ++e) {
             const int out = m_vertices[origin(e)].edge;
             if (out < 0) continue;
-            znUtil::prefetch(&m_twins[static_cast<size_t>(out)]);
+            znUtil::prefetch(&m_twins[out]);
             znUtil::prefetch(&m_origins[out]);
         }
     }
@@ -127,14 +119,14 @@ private:
 
     void setTwins(int a, int b)
     {
-        m_twins[static_cast<size_t>(a)] = b;
-        m_twins[static_cast<size_t>(b)] = a;
+        m_twins[a] = b;
+        m_twins[b] = a;
     }
 
     void attach(int edge)
     {
         Vertex& vertex = m_vertices[origin(edge)];
-        m_outNexts[static_cast<size_t>(edge)] = vertex.firstOut;
+        m_outNexts[edge] = vertex.firstOut;
         vertex.firstOut = edge;
         if (vertex.edge < 0) vertex.edge = edge;
         ++vertex.numOutgoing;
@@ -143,39 +135,29 @@ private:
     int m_numEdges;
     const int* m_origins; ///< by half-edge
     zn::vector<Vertex> m_vertices;
-    std::unique_ptr<int[]> m_twins, m_outNexts;
+    Table<int> m_twins, m_outNexts;
 };
-
-} // namespace
 
 /// Writes the records.
 class TriangleBuilder
 {
 public:
     TriangleBuilder(TopoMesh& mesh, int numVertices, int numTriangles)
-        : m_mesh(mesh), m_numVertices(numVertices), m_numFaces(numTriangles), m_numEdges(3 * numTriangles),
-          m_vertices(mesh.m_vertexArena.makeFirst(m_numVertices)), m_edges(mesh.m_edgeArena.makeFirst(m_numEdges)),
-          m_faces(mesh.m_faceArena.makeFirst(m_numFaces))
-    {
-        mesh.m_vertices = {vertexAt(0), vertexAt(m_numVertices - 1), m_numVertices};
-        mesh.m_edges = {edgeAt(0), edgeAt(m_numEdges - 1), m_numEdges};
-        mesh.m_faces = {faceAt(0), faceAt(m_numFaces - 1), m_numFaces};
-    }
+        : m_fresh(mesh, numVertices, 3 * numTriangles, numTriangles)
+    {}
 
     void writeVertices(const zn::vector<FlatTopology::Vertex>& vertices, const MeshVertex* positions,
                        const zn::vector<int>& members) const
     {
-        for (int v = 0; v < m_numVertices; ++v) {
+        for (int v = 0; v < m_fresh.numVertices(); ++v) {
             const FlatTopology::Vertex& from = vertices[v];
-            auto* const record = new (m_vertices[v]) TopoMeshVertexRecord;
-            record->point = positions[members[v]].asPoint();
-            record->edge = edgeAt(from.edge);
-            record->prev = vertexAt(v - 1);
-            record->next = vertexAt(v + 1);
-            record->firstOut = from.firstOut;
-            record->numOutgoing = from.numOutgoing;
-            if (from.fanIsClosed) record->closedAt = m_mesh.m_numOpenings;
-            record->linkedBack = true;
+            TopoMeshVertexRecord& record = m_fresh.makeVertex(v);
+            record.point = positions[members[v]].asPoint();
+            record.edge = m_fresh.edge(from.edge);
+            record.firstOut = from.firstOut;
+            record.numOutgoing = from.numOutgoing;
+            if (from.fanIsClosed) record.closedAt = m_fresh.numOpenings();
+            record.linkedBack = true;
         }
     }
 
@@ -183,21 +165,21 @@ public:
     void writeTriangles(const FlatTopology& topology) const
     {
         constexpr int ahead = 16;
-        zn::vector<int> newer(m_numVertices, -1); // by vertex, the half-edge that was written last
-        Sides sides = sidesOf(m_numFaces - 1), after;
-        for (int t = m_numFaces - 1; t >= 0; --t) {
+        zn::vector<int> newer(m_fresh.numVertices(), -1); // by vertex, the half-edge that was written last
+        Sides sides = sidesOf(m_fresh.numFaces() - 1), after;
+        for (int t = m_fresh.numFaces() - 1; t >= 0; --t) {
             if (t >= ahead)
                 for (int side = 0; side < 3; ++side) znUtil::prefetch(&newer[topology.origin(3 * (t - ahead) + side)]);
             const Sides before = sidesOf(t - 1);
-            const TopoMeshFace face = writeFace(t, sides[0]);
+            const TopoMeshFace face = m_fresh.makeFace(t, sides[0]);
             const TopoMeshEdge row[] = {before[2], sides[0], sides[1], sides[2], after[0]};
             for (int side = 0; side < 3; ++side) {
                 const int e = 3 * t + side;
                 auto* const record = new (sides[side].record()) TopoMeshEdgeRecord;
-                record->origin = vertexAt(topology.origin(e));
+                record->origin = m_fresh.vertex(topology.origin(e));
                 record->next = sides[cornerAfter(side)];
                 record->prev = sides[cornerAfter(cornerAfter(side))];
-                record->twin = edgeAt(topology.twin(e));
+                record->twin = m_fresh.edge(topology.twin(e));
                 record->face = face;
                 record->listPrev = row[side];
                 record->listNext = row[side + 2];
@@ -213,42 +195,17 @@ public:
 private:
     using Sides = std::array<TopoMeshEdge, 3>;
 
-    TopoMeshVertex vertexAt(int number) const
-    {
-        return TopoMeshVertex(isBelow(number, m_numVertices) ? m_vertices[number] : nullptr);
-    }
-    TopoMeshEdge edgeAt(int number) const
-    {
-        return TopoMeshEdge(isBelow(number, m_numEdges) ? m_edges[number] : nullptr);
-    }
-    TopoMeshFace faceAt(int number) const
-    {
-        return TopoMeshFace(isBelow(number, m_numFaces) ? m_faces[number] : nullptr);
-    }
-    static bool isBelow(int number, int count) { return static_cast<unsigned>(number) < static_cast<unsigned>(count); }
-
     /// Null before the first triangle.
     Sides sidesOf(int t) const
     {
         if (t < 0) return {};
-        return {edgeAt(3 * t), edgeAt(3 * t + 1), edgeAt(3 * t + 2)};
+        return {m_fresh.edge(3 * t), m_fresh.edge(3 * t + 1), m_fresh.edge(3 * t + 2)};
     }
 
-    TopoMeshFace writeFace(int t, TopoMeshEdge first) const
-    {
-        auto* const record = new (m_faces[t]) TopoMeshFaceRecord;
-        record->edge = first;
-        record->prev = faceAt(t - 1);
-        record->next = faceAt(t + 1);
-        return TopoMeshFace(record);
-    }
-
-    TopoMesh& m_mesh;
-    int m_numVertices, m_numFaces, m_numEdges;
-    TopoRun<TopoMeshVertexRecord> m_vertices;
-    TopoRun<TopoMeshEdgeRecord> m_edges;
-    TopoRun<TopoMeshFaceRecord> m_faces;
+    FreshElements m_fresh;
 };
+
+} // namespace
 
 void buildTriangles(TopoMesh& mesh, const MeshVertex* positions, const zn::vector<int>& members,
                     const MeshTriangle* triangles, int numTriangles)
