@@ -308,7 +308,7 @@ TEST(EdgeCollapse, EndsOnEveryInput)
 
 TEST(RealEdgeCollapse, KeepsTopologyAndBoundsOnSharedMeshes)
 {
-    const bool found = znTest::forEachSharedMesh(130000, [](const CompactMesh& source) {
+    const bool found = znTest::forEachSharedMesh(60000, [](const CompactMesh& source) {
         TopoMesh mesh;
         build(mesh, source);
         Point low = mesh.firstVertex().point(), high = low;
