@@ -1,0 +1,4 @@
+/// Collars: what stands on the borders of surfaces.
+#pragma once
+
+#include "znGeom/shells/collar.h"
