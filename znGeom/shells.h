@@ -2,3 +2,4 @@
 #pragma once
 
 #include "znGeom/shells/collar.h"
+#include "znGeom/shells/collar_ribbon.h"

@@ -1,11 +1,11 @@
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <memory>
 #include <optional>
 #include <set>
 
 #include "apps/zngeom/change_command.h"
+#include "apps/zngeom/numbered_loops.h"
 #include "apps/zngeom/pacer.h"
 #include "apps/zngeom/part_options.h"
 #include "apps/zngeom/positions_only.h"
@@ -14,7 +14,6 @@
 #include "znGeom/analysis/adjacency.h"
 #include "znGeom/analysis/boundaries.h"
 #include "znGeom/analysis/census.h"
-#include "znGeom/analysis/path_length.h"
 #include "znGeom/repair/hole_fill.h"
 
 namespace tool {
@@ -51,26 +50,11 @@ Fate fateOf(HoleOutcome outcome)
     return {"given_up", "not filled: given up"};
 }
 
-struct Loop
+struct Loop : NumberedLoop
 {
-    int inMesh; ///< its number for the library
-    int numEdges;
-    double length;
     bool isWanted = false;
     Fate fate = {};
 };
-
-/// The longest first, of equally long ones that of the lowest vertex; those that are not finite come last.
-std::vector<Loop> orderLoops(const znGeom::CompactMesh& mesh, const znGeom::MeshBoundaries& boundaries)
-{
-    std::vector<Loop> loops;
-    for (int i = 0; i < boundaries.size(); ++i)
-        loops.push_back({i, boundaries.getLength(i),
-                         znGeom::meshPathLength(mesh, {boundaries.getStart(i), boundaries.getEnd(i)}, true)});
-    const auto key = [](const Loop& loop) { return std::isfinite(loop.length) ? -loop.length : 1; };
-    std::stable_sort(loops.begin(), loops.end(), [&](const Loop& a, const Loop& b) { return key(a) < key(b); });
-    return loops;
-}
 
 /// All loops for programs; those that failed and the longest ones for people.
 void addLoops(const std::vector<Loop>& loops, Report& report)
@@ -211,7 +195,8 @@ private:
         znGeom::meshAdjVertices(mesh, adjTris, adjVertices);
         znGeom::meshComputeBoundary(mesh, adjTris, adjVertices, boundaries);
         checkCancelled(progress);
-        std::vector<Loop> loops = orderLoops(mesh, boundaries);
+        std::vector<Loop> loops;
+        for (const NumberedLoop& loop : numberLoops(mesh, boundaries)) loops.push_back({loop});
         chooseLoops(loops);
         zn::list<int> holes;
         for (const Loop& loop : loops)
@@ -253,13 +238,7 @@ private:
     void chooseLoops(std::vector<Loop>& loops) const
     {
         for (Loop& loop : loops) loop.isWanted = m_wanted.empty();
-        for (const int number : m_wanted) {
-            const auto index = static_cast<std::size_t>(number - 1);
-            if (index >= loops.size())
-                throw Failure(inputName(m_files.input) + ": there is no boundary loop " + std::to_string(number) +
-                              ", the mesh has " + (loops.empty() ? "none" : std::to_string(loops.size())));
-            loops[index].isWanted = true;
-        }
+        for (const int number : m_wanted) loops[loopIndex(number, loops.size(), m_files.input)].isWanted = true;
         for (Loop& loop : loops) {
             if (!loop.isWanted || !m_maxLength || loop.numEdges <= *m_maxLength) continue;
             loop.isWanted = false;

@@ -10,6 +10,7 @@
 #include "tests/support/tangles.h"
 #include "znGeom/analysis/boundaries.h"
 #include "znGeom/analysis/path_length.h"
+#include "znGeom/shells/collar_ribbon.h"
 
 using namespace znGeom;
 using namespace znTest;
@@ -316,6 +317,36 @@ TEST(MeshCollar, CurvesAreFramedToTheirLeftAndTrimmed)
     EXPECT_LE(points.size(), 1);
 }
 
+TEST(MeshCollar, RibbonsContinueTheSurfaceAndTellTurnedQuads)
+{
+    const Bordered shape(makeGrid(5, 4));
+    Points points = shape.points(shape.at(0), shape.at(18), 0, true); // the lower side, the right one, and one edge
+    ASSERT_EQ(points.size(), 9);
+    CompactMesh ribbon;
+    meshCollarRibbon(points, 0.5, false, ribbon);
+    ASSERT_EQ(ribbon.getNumTriangles(), 16);
+    for (int i = 0; i < points.size(); ++i) {
+        EXPECT_EQ(ribbon.getVertices()[2 * i].asPoint(), points[i].position);
+        EXPECT_EQ(ribbon.getVertices()[2 * i + 1].z, -0.5f);
+    }
+    // Against the border's own edges, so that neighbours are wound alike.
+    EXPECT_TRUE(hasDirectedEdge(ribbon.getTriangles()[0], 2, 0));
+    meshCollarRibbon(points, -0.5, true, ribbon);
+    EXPECT_EQ(ribbon.getNumTriangles(), 18);
+    EXPECT_EQ(meshCollarTurnedQuads(points, 100, true), 0);
+    points[3].direction = Vector(2, 0, -1).normalized().asVector(); // leans over its neighbour
+    EXPECT_EQ(meshCollarTurnedQuads(points, 1, true), 0);
+    EXPECT_EQ(meshCollarTurnedQuads(points, 1.2, true), 1);
+    EXPECT_EQ(meshCollarTurnedQuads(points, -1.2, true), 1);
+    points[3].direction = Vector::x; // along its step
+    EXPECT_EQ(meshCollarTurnedQuads(points, 1e-6, true), 2);
+    for (const int count : {0, 1}) {
+        EXPECT_EQ(meshCollarTurnedQuads(Points(count), 1, true), 0);
+        meshCollarRibbon(Points(count), 1, true, ribbon);
+        EXPECT_EQ(ribbon.getNumVertices(), 0);
+    }
+}
+
 TEST(MeshCollar, BothWaysRoundALoopAddUpOnRealMeshes)
 {
     const bool found = forEachSharedMesh(50000, [](const CompactMesh& mesh) {
@@ -336,6 +367,7 @@ TEST(MeshCollar, BothWaysRoundALoopAddUpOnRealMeshes)
             const Points points = shape.points(a, b, loop, true, MeshCollar::Params{true});
             EXPECT_EQ(points.size(), half + 1);
             for (const auto& point : points) EXPECT_TRUE(std::isfinite(point.curvature));
+            EXPECT_EQ(meshCollarTurnedQuads(points, 1e-4 * there / points.size(), false), 0);
         }
         EXPECT_TRUE(sameBits(shape.mesh, mesh));
         EXPECT_TRUE(numWalked > 0 || shape.loops.size() == 0);
