@@ -3,12 +3,12 @@
 #include <filesystem>
 #include <optional>
 
+#include "apps/zngeom/boundary_loops.h"
 #include "apps/zngeom/collar_walk.h"
 #include "apps/zngeom/command.h"
 #include "apps/zngeom/format_option.h"
 #include "apps/zngeom/mesh_files.h"
 #include "apps/zngeom/number_text.h"
-#include "apps/zngeom/numbered_loops.h"
 #include "apps/zngeom/pacer.h"
 #include "apps/zngeom/part_options.h"
 #include "apps/zngeom/picture/png_file.h"
@@ -189,9 +189,9 @@ private:
         znGeom::meshAdjTris(mesh, adjTris);
         znGeom::meshAdjVertices(mesh, adjTris, adjVertices);
         znGeom::meshComputeBoundary(mesh, adjTris, adjVertices, boundaries);
-        const std::vector<NumberedLoop> loops = numberLoops(mesh, boundaries);
-        const std::size_t index = loopIndex(m_loop, loops.size(), m_path);
-        const CollarLoop loop{mesh, adjTris, boundaries, loops[index].inMesh,
+        const std::vector<BoundaryLoop> loops = loopsByLength(mesh, boundaries);
+        checkLoopNumbers({m_loop}, loops.size(), m_path);
+        const CollarLoop loop{mesh, adjTris, boundaries, loops[static_cast<std::size_t>(m_loop - 1)].inMesh,
                               "boundary loop " + std::to_string(m_loop)};
         const int count = m_count ? *m_count : 0;
         try {

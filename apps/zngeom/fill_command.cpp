@@ -1,11 +1,12 @@
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <memory>
 #include <optional>
 #include <set>
 
+#include "apps/zngeom/boundary_loops.h"
 #include "apps/zngeom/change_command.h"
-#include "apps/zngeom/numbered_loops.h"
 #include "apps/zngeom/pacer.h"
 #include "apps/zngeom/part_options.h"
 #include "apps/zngeom/positions_only.h"
@@ -50,7 +51,7 @@ Fate fateOf(HoleOutcome outcome)
     return {"given_up", "not filled: given up"};
 }
 
-struct Loop : NumberedLoop
+struct Loop : BoundaryLoop
 {
     bool isWanted = false;
     Fate fate = {};
@@ -90,11 +91,7 @@ Marking markRims(const znGeom::CompactMesh& mesh, const znGeom::MeshBoundaries& 
     for (const Loop& loop : loops) {
         if (!loop.isWanted) continue;
         ++marking.count;
-        const int *begin = boundaries.getStart(loop.inMesh), *end = boundaries.getEnd(loop.inMesh);
-        for (const int* vertex = begin; vertex != end; ++vertex) {
-            const int next = vertex + 1 == end ? *begin : vertex[1];
-            marking.lines.push_back({mesh.getVertices()[*vertex].asPoint(), mesh.getVertices()[next].asPoint()});
-        }
+        addLines(mesh, boundaries, loop.inMesh, marking);
     }
     return marking;
 }
@@ -143,11 +140,7 @@ public:
         sub->add_option("--max-length", m_maxLength, "Leave loops of more edges than this open")
             ->check(wholeNumberFrom(3))
             ->option_text("N");
-        sub->add_option("--loops", m_wanted, "The numbers of the loops to fill, all by default")
-            ->check(wholeNumberFrom(1))
-            ->delimiter(',')
-            ->allow_extra_args(false)
-            ->option_text("I,J,...");
+        addLoopsOption(*sub, m_wanted, "The numbers of the loops to fill, all by default");
         addLastOptions(*sub);
         return sub;
     }
@@ -196,7 +189,7 @@ private:
         znGeom::meshComputeBoundary(mesh, adjTris, adjVertices, boundaries);
         checkCancelled(progress);
         std::vector<Loop> loops;
-        for (const NumberedLoop& loop : numberLoops(mesh, boundaries)) loops.push_back({loop});
+        for (const BoundaryLoop& loop : loopsByLength(mesh, boundaries)) loops.push_back({loop});
         chooseLoops(loops);
         zn::list<int> holes;
         for (const Loop& loop : loops)
@@ -238,7 +231,8 @@ private:
     void chooseLoops(std::vector<Loop>& loops) const
     {
         for (Loop& loop : loops) loop.isWanted = m_wanted.empty();
-        for (const int number : m_wanted) loops[loopIndex(number, loops.size(), m_files.input)].isWanted = true;
+        checkLoopNumbers(m_wanted, loops.size(), m_files.input);
+        for (const int number : m_wanted) loops[static_cast<std::size_t>(number - 1)].isWanted = true;
         for (Loop& loop : loops) {
             if (!loop.isWanted || !m_maxLength || loop.numEdges <= *m_maxLength) continue;
             loop.isWanted = false;
