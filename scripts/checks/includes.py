@@ -29,7 +29,8 @@ ROWS = (
     ("spatial/trees",),
     ("spatial/queries",),
     ("cache", "scopes"),
-    ("repair", "simplify", "shells", "curves", "parameterize", "primitives"),
+    ("repair", "simplify", "curves", "parameterize", "primitives"),
+    ("shells",),
 )
 ROW_OF = {f"znGeom/{folder}": row for row, folders in enumerate(ROWS) for folder in folders}
 UMBRELLA = "znGeom/znGeom.h"

@@ -1,0 +1,5 @@
+/// Collars: what stands on the borders of surfaces.
+#pragma once
+
+#include "znGeom/shells/collar.h"
+#include "znGeom/shells/collar_ribbon.h"
