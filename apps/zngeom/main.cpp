@@ -76,7 +76,9 @@ Examples:
   zngeom intersect part.obj other.obj lines.obj
   zngeom section part.obj lines.obj --plane 0,0,1,2.5
   zngeom project part.obj sketch.obj lines.obj
-  zngeom cut part.obj apart.obj --along lines.obj)";
+  zngeom cut part.obj apart.obj --along lines.obj
+  zngeom subdivide cage.obj smooth.obj --levels 3
+  zngeom extrude sheet.obj plate.obj --all --distance 2)";
 
 /// Whatever a file or a path holds, a message is one line.
 void printError(const std::string& message) { std::fprintf(stderr, "zngeom: %s\n", withoutControls(message).c_str()); }
@@ -148,10 +150,12 @@ using Commands = std::vector<std::pair<std::unique_ptr<Command>, CLI::App*>>;
 Commands addCommands(CLI::App& app, OutputOptions& options)
 {
     Commands commands;
-    for (auto make : {makeInfoCommand, makeWeldCommand, makeConvertCommand, makeSplitCommand, makeExtractCommand,
-                      makeClosestCommand, makeRayCommand, makeInsideCommand, makeCurvatureCommand, makeDistanceCommand,
-                      makeCheckCommand, makeRepairCommand, makeFillCommand, makeFlattenCommand, makeReduceCommand,
-                      makeIntersectCommand, makeSectionCommand, makeProjectCommand, makeCutCommand}) {
+    for (auto make :
+         {makeInfoCommand,      makeWeldCommand,    makeConvertCommand, makeSplitCommand,     makeExtractCommand,
+          makeClosestCommand,   makeRayCommand,     makeInsideCommand,  makeCurvatureCommand, makeDistanceCommand,
+          makeCheckCommand,     makeRepairCommand,  makeFillCommand,    makeFlattenCommand,   makeReduceCommand,
+          makeIntersectCommand, makeSectionCommand, makeProjectCommand, makeCutCommand,       makeSubdivideCommand,
+          makeExtrudeCommand}) {
         std::unique_ptr<Command> command = make();
         CLI::App* sub = command->addTo(app)->group("Commands");
         sub->add_flag("--json", options.json, "Print the report as JSON");
