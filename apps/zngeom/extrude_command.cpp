@@ -137,7 +137,7 @@ private:
         endOnSignal.reset();
         if (!isDrawn()) return nullptr;
         const Marking caps = markFaces("moved faces", ofCaps, mesh, outcome.newFaces);
-        return draw({&original, {ofFaces}, ""}, {&loaded.mesh, {caps}, ""}, progress, report);
+        return draw({&original, {ofFaces}, "", true}, {&loaded.mesh, {caps}, "", true}, progress, report);
     }
 
     /// Ascending, each once.

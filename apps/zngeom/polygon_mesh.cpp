@@ -30,6 +30,7 @@ Scene sceneOfFaces(const znGeom::CompactMesh& mesh)
 {
     Scene scene;
     scene.mesh = &mesh;
+    scene.showsPolygons = true;
     scene.markings.resize(2);
     scene.markings[0].name = "vertices";
     scene.markings[0].count = static_cast<std::size_t>(mesh.getNumVertices());

@@ -48,15 +48,22 @@ private:
         const EndOnSignal endOnSignal(progress);
         auto mesh = std::make_unique<znGeom::TopoMesh>();
         takePolygons(loaded, "the subdivision", *mesh);
+        checkSize(mesh->numEdges());
         for (int level = 1; level <= m_levels; ++level) {
-            // As many corners as the quads have.
-            if (4 * static_cast<std::size_t>(mesh->numEdges()) > maxElements)
-                throw Failure(inputName(m_files.input) + ": too large for level " + std::to_string(level) +
-                              ", which would have " + std::to_string(mesh->numEdges()) + " quads");
             mesh.reset(znGeom::computeSubdivMesh(*mesh));
             progress.set(static_cast<double>(level) / m_levels);
         }
         putPolygons(*mesh, loaded);
+    }
+
+    /// Each level has a quad for each corner of the one before, and four corners for each quad.
+    void checkSize(int numCorners) const
+    {
+        std::size_t numQuads = static_cast<std::size_t>(numCorners);
+        for (int level = 1; level <= m_levels; ++level, numQuads *= 4)
+            if (4 * numQuads > maxElements)
+                throw Failure(inputName(m_files.input) + ": too large for level " + std::to_string(level) +
+                              ", which would have " + std::to_string(numQuads) + " quads");
     }
 
     int m_levels = 1;

@@ -28,15 +28,16 @@ TEST(ToolConvert, KeepsTheSurfaceThroughEveryFormat)
     }
     // The triangles themselves, and positions to the last digit.
     report({"convert", previous, scratch.path("9.off")});
-    EXPECT_EQ(scratch.read("9.off"), scratch.read("2.off"));
+    report({"convert", scratch.path("3.glb"), scratch.path("10.off")});
+    EXPECT_EQ(scratch.read("9.off"), scratch.read("10.off"));
 }
 
 TEST(ToolConvert, KeepsPolygonsWhereTheFormatHasThem)
 {
     // Texture coordinates per corner and groups follow the polygons, whose fans they are read for.
     const std::string source = "v 0 0 0\nv 1 0 0\nv 2 1 0\nv 1 2 0\nv 0 1 0\nv 3 0 0\n"
-                               "vt 0 0\nvt 1 0\nvt 1 1\nvt 0.5 1\nvt 0 1\nvt 0.25 0.25\n"
-                               "g five\nf 1/1 2/2 3/3 4/4 5/5\ng three\nf 2/6 6/2 3/3\n";
+                               "vt 0 0\nvt 1 0\nvt 1 1\nvt 0.5 1\nvt 0 1\nvt 0.25 0.25\nvt 1 0\n"
+                               "g five\nf 1/1 2/2 3/3 4/4 5/5\ng three\nf 2/6 6/7 3/3\n";
     const Scratch scratch;
     const std::string in = scratch.write("in.obj", source);
     report({"convert", in, scratch.path("out.obj")});

@@ -33,7 +33,7 @@ TEST(ToolSubdivide, RefusesWhatCannotBe)
 {
     const Scratch scratch;
     const std::string in = scratch.write("in.obj", cubeObj()), out = scratch.write("out.obj", "old");
-    expectOneLine(runTool({"subdivide", in, out, "--levels", "17"}), {in, "too large for level 14"}, "levels");
+    expectOneLine(runTool({"subdivide", in, out, "--levels", "17"}), {in, "too large for level 13"}, "levels");
     expectOneLine(runTool({"subdivide", scratch.write("cloud.xyz", "1 2 3\n"), out}), {"has no triangles"}, "cloud");
     EXPECT_EQ(runTool({"subdivide", in, out, "--levels", "0"}).status, 2);
     EXPECT_EQ(scratch.read("out.obj"), "old");
