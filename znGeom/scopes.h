@@ -2,5 +2,6 @@
 #pragma once
 
 #include "znGeom/scopes/array_map.h"
+#include "znGeom/scopes/convert_polygons.h"
 #include "znGeom/scopes/convert_rep.h"
 #include "znGeom/scopes/modify_rep.h"

@@ -3,6 +3,7 @@
 
 #include "znGeom/topology/edge_swapper.h"
 #include "znGeom/topology/extrude.h"
+#include "znGeom/topology/orient_faces.h"
 #include "znGeom/topology/subdivide.h"
 #include "znGeom/topology/topo_arena.h"
 #include "znGeom/topology/topo_blind_data.h"

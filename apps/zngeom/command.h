@@ -42,5 +42,7 @@ std::unique_ptr<Command> makeSectionCommand();
 std::unique_ptr<Command> makeProjectCommand();
 std::unique_ptr<Command> makeCutCommand();
 std::unique_ptr<Command> makeCollarCommand();
+std::unique_ptr<Command> makeSubdivideCommand();
+std::unique_ptr<Command> makeExtrudeCommand();
 
 } // namespace tool

@@ -12,7 +12,9 @@ public:
     CLI::App* addTo(CLI::App& app) override
     {
         CLI::App* sub = app.add_subcommand("convert", "Write a mesh in another file format");
-        sub->footer("Vertices keep their numbers; polygons are written as triangles.");
+        sub->footer(
+            "Vertices keep their numbers, and polygons their corners where the format has polygons: OBJ, PLY, OFF\n"
+            "and plain files.");
         m_files.addFiles(*sub, "The mesh file to write; its extension chooses the format");
         m_files.addFormats(*sub);
         return sub;
@@ -24,12 +26,18 @@ public:
         LoadedMesh loaded;
         progress.subPhase(0.6, phase);
         m_files.load(loaded, phase);
+        loaded.keepsPolygons = true;
         progress.subPhase(0.4, phase);
         const std::int64_t numBytes = m_files.save(loaded, phase);
 
         Report report = m_files.report();
-        report.add("format", formatOf(m_files.output, m_files.formats.ofOutput()).name);
+        const FileFormat& format = formatOf(m_files.output, m_files.formats.ofOutput());
+        report.add("format", format.name);
         report.add("vertices", loaded.mesh.getNumVertices());
+        if (znGeom::hasPolygons(format.format)) {
+            report.add("faces", loaded.numFaces);
+            report.add("polygons", loaded.numPolygons);
+        }
         report.add("triangles", loaded.mesh.getNumTriangles());
         report.add("bytes", numBytes);
         report.addNotes(loaded.notes);

@@ -25,6 +25,7 @@ struct LoadedMesh
     /// Per triangle corner, where those at one vertex differ; otherwise empty.
     zn::vector<znGeom::MeshUV> cornerUVs;
     zn::vector<znGeom::MeshNormal> cornerNormals;
+    bool keepsPolygons = false;     ///< whether they are written as such, where the format has them
     std::vector<std::string> notes; ///< what the file has and the mesh doesn't
 };
 

@@ -77,7 +77,9 @@ Examples:
   zngeom section part.obj lines.obj --plane 0,0,1,2.5
   zngeom project part.obj sketch.obj lines.obj
   zngeom cut part.obj apart.obj --along lines.obj
-  zngeom collar part.obj strip.obj --loop 1 --width 2)";
+  zngeom collar part.obj strip.obj --loop 1 --width 2
+  zngeom subdivide cage.obj smooth.obj --levels 3
+  zngeom extrude sheet.obj plate.obj --all --distance 2)";
 
 /// Whatever a file or a path holds, a message is one line.
 void printError(const std::string& message) { std::fprintf(stderr, "zngeom: %s\n", withoutControls(message).c_str()); }
@@ -153,7 +155,8 @@ Commands addCommands(CLI::App& app, OutputOptions& options)
          {makeInfoCommand,      makeWeldCommand,    makeConvertCommand, makeSplitCommand,     makeExtractCommand,
           makeClosestCommand,   makeRayCommand,     makeInsideCommand,  makeCurvatureCommand, makeDistanceCommand,
           makeCheckCommand,     makeRepairCommand,  makeFillCommand,    makeFlattenCommand,   makeReduceCommand,
-          makeIntersectCommand, makeSectionCommand, makeProjectCommand, makeCutCommand,       makeCollarCommand}) {
+          makeIntersectCommand, makeSectionCommand, makeProjectCommand, makeCutCommand,       makeCollarCommand,
+          makeSubdivideCommand, makeExtrudeCommand}) {
         std::unique_ptr<Command> command = make();
         CLI::App* sub = command->addTo(app)->group("Commands");
         sub->add_flag("--json", options.json, "Print the report as JSON");

@@ -117,7 +117,7 @@ const std::vector<FileFormat>& fileFormats()
          true,
          false,
          false,
-         "counts, then x y z, then 3 i j k from 0"},
+         "counts, then x y z, then the number of corners and their vertices from 0"},
         {"points", {".xyz"}, MeshFormat::Points, true, false, false, "x y z on each line, vertices alone"},
     };
     return formats;
@@ -210,7 +210,7 @@ void noteUnwritten(LoadedMesh& loaded, const std::string& path, const std::strin
     if (!loaded.cornerUVs.empty() && !isObj) loaded.notes.push_back("texture coordinates" + missingPerCorner);
     if (format.format == MeshFormat::Points) {
         if (loaded.numFaces > 0) loaded.notes.push_back("faces" + missing);
-    } else if (loaded.numPolygons > 0) {
+    } else if (loaded.numPolygons > 0 && !(loaded.keepsPolygons && znGeom::hasPolygons(format.format))) {
         loaded.notes.push_back("polygons: " + std::to_string(loaded.numPolygons) + ", written as triangles");
     }
 }
@@ -231,6 +231,7 @@ std::int64_t saveMesh(LoadedMesh& loaded, const std::string& path, znUtil::Progr
 {
     znGeom::MeshSaveOptions options;
     options.groups = &loaded.groups;
+    options.polygons = loaded.keepsPolygons;
     if (!loaded.cornerUVs.empty()) options.cornerUVs = loaded.cornerUVs.data();
     if (!loaded.cornerNormals.empty()) options.cornerNormals = loaded.cornerNormals.data();
     const std::int64_t numBytes = saveMesh(loaded.mesh, path, progress, word, options);

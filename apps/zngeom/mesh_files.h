@@ -51,7 +51,7 @@ void loadMesh(std::string_view bytes, const FileFormat& format, const std::strin
 /// Checks, before any work is done, that there is a writer for this path; fails if not.
 void checkOutputFormat(const std::string& path, const std::string& word = "");
 
-/// Writes the triangles to a new file beside the target, for `putInPlace`. Fails with one line that begins with the
+/// Writes the faces to a new file beside the target, for `putInPlace`. Fails with one line that begins with the
 /// path, and leaves no file; so does a cancel. Not for "-".
 std::unique_ptr<PendingFile> writeAside(const znGeom::CompactMesh& mesh, const std::string& path,
                                         znUtil::Progress& progress, const std::string& word = "",
@@ -63,12 +63,12 @@ void putInPlace(PendingFile& file, const std::string& path);
 /// Adds to the mesh's notes what it has and a file at this path won't.
 void noteUnwritten(LoadedMesh& loaded, const std::string& path, const std::string& word = "");
 
-/// Writes the triangles to a new file, which replaces the old one when it is complete; a failure or a cancel leaves
-/// what was there as it was. Standard output receives them as they come. Returns the number of bytes.
+/// Writes the faces to a new file, which replaces the old one when it is complete; a failure or a cancel leaves what
+/// was there as it was. Standard output receives them as they come. Returns the number of bytes.
 std::int64_t saveMesh(const znGeom::CompactMesh& mesh, const std::string& path, znUtil::Progress& progress,
                       const std::string& word = "", const znGeom::MeshSaveOptions& options = {});
 
-/// The same with the groups of the mesh, and with notes on what isn't written.
+/// The same with the groups of the mesh, with its polygons if it keeps them, and with notes on what isn't written.
 std::int64_t saveMesh(LoadedMesh& loaded, const std::string& path, znUtil::Progress& progress,
                       const std::string& word = "");
 

@@ -1,11 +1,13 @@
 /// Numbers in listings.
 #pragma once
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace tool {
 
@@ -24,6 +26,22 @@ inline std::optional<double> finiteNumber(std::string_view word)
     const auto [parsed, error] = std::from_chars(word.data(), end, value);
     const bool isNumber = !word.empty() && parsed == end && error == std::errc() && std::isfinite(value);
     return isNumber ? std::optional(value) : std::nullopt;
+}
+
+/// As many numbers as are asked for, with commas between them; none for anything else, or where one is not finite.
+inline std::vector<double> finiteNumbers(std::string_view text, std::size_t count)
+{
+    std::vector<double> numbers;
+    for (bool isMore = true; isMore && numbers.size() < count;) {
+        const std::size_t comma = std::min(text.find(','), text.size());
+        const std::optional<double> number = finiteNumber(text.substr(0, comma));
+        if (!number) return {};
+        numbers.push_back(*number);
+        isMore = comma < text.size();
+        text.remove_prefix(isMore ? comma + 1 : comma);
+        if (numbers.size() == count && isMore) return {};
+    }
+    return numbers.size() == count ? numbers : std::vector<double>();
 }
 
 } // namespace tool

@@ -1,10 +1,9 @@
 #include "apps/zngeom/surface_lines.h"
 
 #include <CLI/App.hpp>
-#include <charconv>
-#include <cmath>
 
 #include "apps/zngeom/mesh_files.h"
+#include "apps/zngeom/number_text.h"
 #include "apps/zngeom/pacer.h"
 #include "znGeom/analysis/adjacency.h"
 #include "znGeom/analysis/bounds.h"
@@ -31,15 +30,8 @@ CLI::Option* addPlaneOption(CLI::App& app, std::vector<std::string>& texts, bool
 
 znLinear::Plane planeFrom(const std::string& text)
 {
-    double numbers[4] = {};
-    const char *at = text.data(), *const end = at + text.size();
-    for (int i = 0; i < 4; ++i) {
-        const auto [stop, error] = std::from_chars(at, end, numbers[i]);
-        const bool isLast = i == 3, isEnded = isLast ? stop == end : stop != end && *stop == ',';
-        if (error != std::errc() || !isEnded || !std::isfinite(numbers[i]))
-            throw Failure("--plane " + text + ": expected four numbers with commas between them");
-        at = isLast ? stop : stop + 1;
-    }
+    const std::vector<double> numbers = finiteNumbers(text, 4);
+    if (numbers.empty()) throw Failure("--plane " + text + ": expected four numbers with commas between them");
     const znLinear::Vector normal(numbers[0], numbers[1], numbers[2]);
     const double length = normal.length();
     const znLinear::Normal unit(normal);

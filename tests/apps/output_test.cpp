@@ -15,8 +15,6 @@ TEST(ToolConvert, KeepsTheSurfaceThroughEveryFormat)
     const Scratch scratch;
     std::string previous = scratch.write("0.obj", boxObj());
     const Json first = info(previous);
-    EXPECT_EQ(report({"convert", previous, scratch.path("0.off")})["notes"],
-              Json({"polygons: 5, written as triangles"}));
     for (const char* name : {"1.ply", "2.off", "3.glb", "4.txt", "5.obj", "6.plain", "7.glb", "8.ply"}) {
         const std::string next = scratch.path(name);
         const Json result = report({"convert", previous, next});
@@ -30,7 +28,34 @@ TEST(ToolConvert, KeepsTheSurfaceThroughEveryFormat)
     }
     // The triangles themselves, and positions to the last digit.
     report({"convert", previous, scratch.path("9.off")});
-    EXPECT_EQ(scratch.read("9.off"), scratch.read("2.off"));
+    report({"convert", scratch.path("3.glb"), scratch.path("10.off")});
+    EXPECT_EQ(scratch.read("9.off"), scratch.read("10.off"));
+}
+
+TEST(ToolConvert, KeepsPolygonsWhereTheFormatHasThem)
+{
+    // Texture coordinates per corner and groups follow the polygons, whose fans they are read for.
+    const std::string source = "v 0 0 0\nv 1 0 0\nv 2 1 0\nv 1 2 0\nv 0 1 0\nv 3 0 0\n"
+                               "vt 0 0\nvt 1 0\nvt 1 1\nvt 0.5 1\nvt 0 1\nvt 0.25 0.25\nvt 1 0\n"
+                               "g five\nf 1/1 2/2 3/3 4/4 5/5\ng three\nf 2/6 6/7 3/3\n";
+    const Scratch scratch;
+    const std::string in = scratch.write("in.obj", source);
+    report({"convert", in, scratch.path("out.obj")});
+    EXPECT_EQ(scratch.read("out.obj"), source);
+
+    std::string previous = in;
+    for (const char* name : {"1.off", "2.ply", "3.txt", "4.obj"}) {
+        const std::string next = scratch.path(name);
+        const Json told = report({"convert", previous, next});
+        EXPECT_EQ(told["faces"], 2) << name;
+        EXPECT_EQ(told["polygons"], 1) << name;
+        EXPECT_EQ(info(next)["polygons"], 1) << name;
+        previous = next;
+    }
+    EXPECT_NE(scratch.read("4.obj").find("\nf 1 2 3 4 5\nf 2 6 3\n"), std::string::npos);
+    EXPECT_EQ(report({"convert", previous, scratch.path("5.stl")})["notes"],
+              Json({"polygons: 1, written as triangles"}));
+    EXPECT_EQ(info(scratch.path("5.stl"))["triangles"], 4);
 }
 
 TEST(ToolConvert, KeepsNormalsAndTextureCoordinatesWhereTheFormatHasThem)

@@ -52,4 +52,10 @@ const char* meshFormatName(MeshFormat format)
     }
 }
 
+bool hasPolygons(MeshFormat format)
+{
+    return format == MeshFormat::Obj || format == MeshFormat::Ply || format == MeshFormat::Off ||
+           format == MeshFormat::Plain;
+}
+
 } // namespace znGeom

@@ -26,6 +26,9 @@ ZNGEOM_API MeshFormat meshFormat(const znOS::Filename& file);
 /// "OBJ", "PLY", ...
 ZNGEOM_API const char* meshFormatName(MeshFormat format);
 
+/// Whether files of a format may have faces of more than three corners, and are written with them.
+ZNGEOM_API bool hasPolygons(MeshFormat format);
+
 /// Which faces belong together according to the file itself: the groups and objects of an OBJ file.
 struct MeshGroups
 {

@@ -38,7 +38,7 @@ int countPolygons(const CompactMesh& mesh)
 }
 
 /// What the mesh has and a file of this format doesn't.
-void noteMissing(const CompactMesh& mesh, MeshFormat format, MeshSaveResult& result)
+void noteMissing(const CompactMesh& mesh, MeshFormat format, const SaveSink& sink, MeshSaveResult& result)
 {
     const std::string missing = std::string(": ") + meshFormatName(format) + " files have none, not written";
     const bool hasChannels = format == MeshFormat::Obj || format == MeshFormat::Ply;
@@ -46,11 +46,11 @@ void noteMissing(const CompactMesh& mesh, MeshFormat format, MeshSaveResult& res
     if (!hasChannels && mesh.getUVs()) result.notes.append("texture coordinates" + missing);
     const int numPolygons = countPolygons(mesh);
     if (format == MeshFormat::Points) {
-        if (countFaces(mesh) > 0) result.notes.append("faces" + missing);
+        if (countFaces(mesh, sink) > 0) result.notes.append("faces" + missing);
         return;
     }
-    const bool asTriangles = mesh.getNumTriangles() > 0 || format == MeshFormat::Stl;
-    result.numFaces = countFaces(mesh);
+    const bool asTriangles = !sink.takesPolygons() || format == MeshFormat::Stl;
+    result.numFaces = countFaces(mesh, sink);
     result.numPolygons = asTriangles ? 0 : numPolygons;
     if (asTriangles && numPolygons > 0)
         result.notes.append("polygons: " + std::to_string(numPolygons) + ", written as triangles");
@@ -67,7 +67,10 @@ MeshSaveResult meshSave(const CompactMesh& mesh, MeshFormat format, const MeshBy
         result.message = "no format that can be written has this extension";
         return result;
     }
-    SaveSink sink(write, std::int64_t(mesh.getNumVertices()) + countFaces(mesh), progress);
+    const bool takesPolygons =
+        mesh.getNumTriangles() == 0 || (options.polygons && hasPolygons(format) && mesh.getNumPolys() > 0);
+    const int numFaces = takesPolygons ? mesh.getNumPolys() : mesh.getNumTriangles();
+    SaveSink sink(write, takesPolygons, std::int64_t(mesh.getNumVertices()) + numFaces, progress);
     saveFormat(mesh, format, options, sink);
     sink.flush();
     if (sink.hasStopped()) {
@@ -77,7 +80,7 @@ MeshSaveResult meshSave(const CompactMesh& mesh, MeshFormat format, const MeshBy
     }
     result.numBytes = sink.numBytes();
     result.numVertices = mesh.getNumVertices();
-    noteMissing(mesh, format, result);
+    noteMissing(mesh, format, sink, result);
     progress.set(1);
     return result;
 }

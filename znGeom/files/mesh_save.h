@@ -30,7 +30,7 @@ struct MeshSaveResult
     zn::vector<std::string> notes; ///< what the mesh has and the file doesn't, a line each
     std::int64_t numBytes = 0;     ///< of the file
     int numVertices = 0;           ///< that were written
-    int numFaces = 0;              ///< that were written: triangles, or polygons where the mesh has no triangles
+    int numFaces = 0;              ///< that were written, triangles or polygons
     int numPolygons = 0;           ///< of more than three corners among these
 
     explicit operator bool() const { return status == Status::Saved; }
@@ -43,11 +43,14 @@ struct MeshSaveOptions
     /// One per triangle corner, three in a row per triangle; they replace the channels of the mesh.
     const MeshUV* cornerUVs = nullptr;
     const MeshNormal* cornerNormals = nullptr; ///< likewise
+    /// Writes the polygons of a mesh in place of its triangles, which have to be their fans, in their order, as
+    /// `meshLoad` makes them. Formats that have none but triangles keep to these.
+    bool polygons = false;
 };
 
 /// Writes a mesh in the format of the file's extension: vertices in their order, then the triangles, or the polygons of
-/// a mesh that has no triangles, and nothing else. Whatever was in the file stays until the new one is complete; a
-/// failure or a cancel leaves it as it was, and nothing beside it.
+/// a mesh that has no triangles or where the options say so, and nothing else. Whatever was in the file stays until the
+/// new one is complete; a failure or a cancel leaves it as it was, and nothing beside it.
 ///
 ///  - OBJ: positions, texture coordinates and normals, and what the options name. No blanks at line ends.
 ///  - PLY: binary, lowest byte first, with normals and texture coordinates.

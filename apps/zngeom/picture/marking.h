@@ -30,6 +30,8 @@ struct Scene
     const znGeom::CompactMesh* mesh = nullptr;
     std::vector<Marking> markings;
     std::string remark; ///< for the legend; small letters
+    /// Whether the outlines are those of the polygons, whose fans the triangles are.
+    bool showsPolygons = false;
 };
 
 /// One thing that is marked: its ends, or its corners, with the last one repeated.

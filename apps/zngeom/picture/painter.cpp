@@ -35,15 +35,30 @@ double outlineLight(const SeenTriangle& seen)
     return 1 - (1 - darkest) * std::clamp((height - lowest) / (highest - lowest), 0.0, 1.0);
 }
 
-void paintTriangle(Canvas& canvas, const SeenTriangle& seen, const Colour& colour, double ahead)
+/// Which sides of the triangles run within a polygon.
+std::vector<unsigned char> findDiagonals(const znGeom::CompactMesh& mesh)
+{
+    constexpr unsigned char first = 1, last = 4; // sides 0 and 2
+    std::vector<unsigned char> diagonals;
+    for (int face = 0; face < mesh.getNumPolys(); ++face) {
+        const int numTriangles = mesh.getPolyLengths()[face] - 2;
+        for (int i = 0; i < numTriangles; ++i)
+            diagonals.push_back(static_cast<unsigned char>((i > 0 ? first : 0) | (i + 1 < numTriangles ? last : 0)));
+    }
+    return diagonals;
+}
+
+/// \param diagonals  bits for the sides that get no outline
+void paintTriangle(Canvas& canvas, const SeenTriangle& seen, const Colour& colour, double ahead, unsigned diagonals)
 {
     const auto corner = [&](int i, double by) { return nearer(seen.corners[i], by); };
     canvas.fillTriangle(corner(0, ahead), corner(1, ahead), corner(2, ahead), colour);
     const double light = outlineLight(seen);
     if (light == 1) return;
     for (int i = 0; i < 3; ++i)
-        canvas.drawLine(corner(i, outlineAhead), corner(znGeom::cornerAfter(i), outlineAhead), outlineWidth,
-                        shaded(colour, light));
+        if ((diagonals >> i & 1) == 0)
+            canvas.drawLine(corner(i, outlineAhead), corner(znGeom::cornerAfter(i), outlineAhead), outlineWidth,
+                            shaded(colour, light));
 }
 
 /// Makes a triangle visible that covers next to no pixels.
@@ -76,6 +91,7 @@ Painter::Painter(const Scene& scene)
 {
     for (const Marking& marking : scene.markings)
         for (const int triangle : marking.triangles) m_isMarked[static_cast<std::size_t>(triangle)] = true;
+    if (scene.showsPolygons) m_diagonals = findDiagonals(*scene.mesh);
 }
 
 void Painter::paint(Canvas& canvas, const View& view, const Frame& frame) const
@@ -96,7 +112,8 @@ void Painter::paintSurface(Canvas& canvas, const Projection& projection) const
 {
     projection.forEachTriangle([&](int triangle, const SeenTriangle& seen) {
         if (m_isMarked[static_cast<std::size_t>(triangle)]) return;
-        paintTriangle(canvas, seen, shaded(seen.isFront ? front : back, 0.6 + 0.43 * seen.light), 0);
+        const Colour colour = shaded(seen.isFront ? front : back, 0.6 + 0.43 * seen.light);
+        paintTriangle(canvas, seen, colour, 0, diagonalsOf(triangle));
     });
 }
 
@@ -108,7 +125,7 @@ void Painter::paintMarkedTriangles(Canvas& canvas, const Projection& projection,
     for (const int triangle : marking.triangles) {
         if (!projection.see(triangle, seen)) continue;
         const Colour colour = shaded(marking.colour, 0.78 + 0.26 * seen.light);
-        paintTriangle(canvas, seen, colour, aheadOfSurface);
+        paintTriangle(canvas, seen, colour, aheadOfSurface, diagonalsOf(triangle));
         if (marking.triangles.size() <= mostDots) paintDot(canvas, seen, colour);
     }
 }

@@ -6,8 +6,9 @@
 
 namespace tool {
 
-/// Fronts are grey, backs are brown. Triangles that are large enough get an outline. A lonely small mark gets a ring.
-/// Marked lines and points show faintly through what hides them, as do triangles of a kind that is hidden altogether.
+/// Fronts are grey, backs are brown. Triangles, or polygons, that are large enough get an outline. A lonely small mark
+/// gets a ring. Marked lines and points show faintly through what hides them, as do triangles of a kind that is hidden
+/// altogether.
 class Painter
 {
 public:
@@ -25,7 +26,13 @@ private:
     void paintPoints(Canvas& canvas, const View& view, const Marking& marking) const;
 
     const Scene& m_scene;
-    std::vector<bool> m_isMarked; ///< per triangle
+    unsigned diagonalsOf(int triangle) const
+    {
+        return m_diagonals.empty() ? 0 : m_diagonals[static_cast<std::size_t>(triangle)];
+    }
+
+    std::vector<bool> m_isMarked;           ///< per triangle
+    std::vector<unsigned char> m_diagonals; ///< per triangle, bits for the sides that get no outline; empty for none
 };
 
 /// What the legend shows beside the name of a marking.

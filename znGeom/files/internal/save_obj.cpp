@@ -96,18 +96,24 @@ public:
 
     void save()
     {
-        int face = 0, group = -1;
+        int triangle = 0, group = -1; // the first of the face's fan
         forEachFace(m_mesh, m_sink, [&](const int* corners, int numCorners) {
-            if (m_groups && m_groups->ofTriangle[face] != group)
-                saveGroup(*m_groups, group = m_groups->ofTriangle[face], m_sink);
+            if (m_groups && m_groups->ofTriangle[triangle] != group)
+                saveGroup(*m_groups, group = m_groups->ofTriangle[triangle], m_sink);
             m_sink.text("f");
-            for (int i = 0; i < numCorners; ++i) saveCorner(corners[i], 3 * face + i);
+            for (int i = 0; i < numCorners; ++i) saveCorner(corners[i], inFan(triangle, i));
             m_sink.text("\n");
-            ++face;
+            triangle += numCorners - 2;
         });
     }
 
 private:
+    /// Where a corner of a face is among those of its fan of triangles.
+    static int inFan(int firstTriangle, int corner)
+    {
+        return corner < 3 ? 3 * firstTriangle + corner : 3 * (firstTriangle + corner - 2) + 2;
+    }
+
     /// v, v/vt, v//vn or v/vt/vn.
     void saveCorner(int vertex, int corner)
     {

@@ -8,10 +8,10 @@ namespace znGeom::internal {
 namespace {
 
 /// A face's number of corners takes one byte where it fits.
-bool hasLargePolygons(const CompactMesh& mesh)
+bool hasLargePolygons(const CompactMesh& mesh, const SaveSink& sink)
 {
     const int* lengths = mesh.getPolyLengths();
-    const int numPolys = mesh.getNumTriangles() > 0 ? 0 : mesh.getNumPolys();
+    const int numPolys = sink.takesPolygons() ? mesh.getNumPolys() : 0;
     return std::any_of(lengths, lengths + numPolys, [](int length) { return length > 255; });
 }
 
@@ -23,7 +23,7 @@ void saveHeader(const CompactMesh& mesh, bool large, SaveSink& sink)
     if (mesh.getNormals()) sink.text("property float nx\nproperty float ny\nproperty float nz\n");
     if (mesh.getUVs()) sink.text("property float s\nproperty float t\n");
     sink.text("element face ");
-    sink.decimal(countFaces(mesh));
+    sink.decimal(countFaces(mesh, sink));
     sink.text(large ? "\nproperty list int int vertex_indices\nend_header\n"
                     : "\nproperty list uchar int vertex_indices\nend_header\n");
 }
@@ -32,7 +32,7 @@ void saveHeader(const CompactMesh& mesh, bool large, SaveSink& sink)
 
 void savePly(const CompactMesh& mesh, SaveSink& sink)
 {
-    const bool large = hasLargePolygons(mesh);
+    const bool large = hasLargePolygons(mesh, sink);
     saveHeader(mesh, large, sink);
     forEachVertex(mesh, sink, [&](int vertex) {
         sink.binaries(mesh.getVerticesRaw() + 3 * std::ptrdiff_t(vertex), 3);

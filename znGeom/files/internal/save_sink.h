@@ -17,10 +17,13 @@ namespace znGeom::internal {
 class SaveSink
 {
 public:
-    /// \param numElements  vertices and faces that will be written, for the progress
-    SaveSink(const MeshByteWriter& write, std::int64_t numElements, znUtil::Progress& progress)
-        : m_write(write), m_numElements(numElements), m_progress(progress)
+    /// \param takesPolygons  whether the faces that are written are the polygons of the mesh
+    /// \param numElements    vertices and faces that will be written, for the progress
+    SaveSink(const MeshByteWriter& write, bool takesPolygons, std::int64_t numElements, znUtil::Progress& progress)
+        : m_write(write), m_takesPolygons(takesPolygons), m_numElements(numElements), m_progress(progress)
     {}
+
+    bool takesPolygons() const { return m_takesPolygons; }
 
     void text(std::string_view text)
     {
@@ -67,6 +70,7 @@ private:
     static constexpr size_t pieceSize = 1 << 18;
 
     const MeshByteWriter& m_write;
+    bool m_takesPolygons;
     std::int64_t m_numElements, m_numDone = 0, m_numBytes = 0;
     znUtil::Progress& m_progress;
     std::string m_buffer;
@@ -74,15 +78,17 @@ private:
 };
 
 /// Calls `use` with the corners of each face, from 0, and their number: of the triangles, or of the polygons where the
-/// mesh has no triangles. Ends early when the sink has stopped.
+/// sink takes them. Ends early when the sink has stopped.
 template <typename Use>
 void forEachFace(const CompactMesh& mesh, SaveSink& sink, const Use& use)
 {
-    for (int i = 0; i < mesh.getNumTriangles() && !sink.hasStopped(); ++i, sink.count())
-        use(mesh.getTriangles()[i].corners, 3);
-    const int numPolys = mesh.getNumTriangles() > 0 ? 0 : mesh.getNumPolys();
+    if (!sink.takesPolygons()) {
+        for (int i = 0; i < mesh.getNumTriangles() && !sink.hasStopped(); ++i, sink.count())
+            use(mesh.getTriangles()[i].corners, 3);
+        return;
+    }
     const int* corners = mesh.getPolyPoints();
-    for (int i = 0; i < numPolys && !sink.hasStopped(); ++i, sink.count()) {
+    for (int i = 0; i < mesh.getNumPolys() && !sink.hasStopped(); ++i, sink.count()) {
         use(corners, mesh.getPolyLengths()[i]);
         corners += mesh.getPolyLengths()[i];
     }
@@ -95,9 +101,9 @@ void forEachVertex(const CompactMesh& mesh, SaveSink& sink, const Use& use)
     for (int i = 0; i < mesh.getNumVertices() && !sink.hasStopped(); ++i, sink.count()) use(i);
 }
 
-inline int countFaces(const CompactMesh& mesh)
+inline int countFaces(const CompactMesh& mesh, const SaveSink& sink)
 {
-    return mesh.getNumTriangles() > 0 ? mesh.getNumTriangles() : mesh.getNumPolys();
+    return sink.takesPolygons() ? mesh.getNumPolys() : mesh.getNumTriangles();
 }
 
 void saveObj(const CompactMesh& mesh, const MeshSaveOptions& options, SaveSink& sink);

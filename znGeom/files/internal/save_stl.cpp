@@ -15,9 +15,9 @@ znLinear::Vector triangleNormal(const MeshVertex& a, const MeshVertex& b, const 
     return length > 0 ? normal / length : znLinear::Vector(0, 0, 0);
 }
 
-std::int64_t countTriangles(const CompactMesh& mesh)
+std::int64_t countTriangles(const CompactMesh& mesh, const SaveSink& sink)
 {
-    if (mesh.getNumTriangles() > 0) return mesh.getNumTriangles();
+    if (!sink.takesPolygons()) return mesh.getNumTriangles();
     return std::int64_t(mesh.getNumPolyPoints()) - 2 * std::int64_t(mesh.getNumPolys());
 }
 
@@ -37,7 +37,7 @@ void saveStl(const CompactMesh& mesh, SaveSink& sink)
     std::string header = "binary STL by znGeom"; // must not begin with the word of the text form
     header.resize(80, ' ');
     sink.text(header);
-    sink.binary(static_cast<std::uint32_t>(countTriangles(mesh)));
+    sink.binary(static_cast<std::uint32_t>(countTriangles(mesh, sink)));
     forEachFace(mesh, sink, [&](const int* corners, int numCorners) {
         for (int i = 2; i < numCorners; ++i) saveTriangle(mesh, {corners[0], corners[i - 1], corners[i]}, sink);
     });

@@ -31,7 +31,7 @@ void saveCounts(const CompactMesh& mesh, SaveSink& sink)
 {
     sink.decimal(mesh.getNumVertices());
     sink.text(" ");
-    sink.decimal(countFaces(mesh));
+    sink.decimal(countFaces(mesh, sink));
 }
 
 } // namespace
