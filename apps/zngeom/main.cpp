@@ -148,10 +148,12 @@ using Commands = std::vector<std::pair<std::unique_ptr<Command>, CLI::App*>>;
 Commands addCommands(CLI::App& app, OutputOptions& options)
 {
     Commands commands;
-    for (auto make : {makeInfoCommand, makeWeldCommand, makeConvertCommand, makeSplitCommand, makeExtractCommand,
-                      makeClosestCommand, makeRayCommand, makeInsideCommand, makeCurvatureCommand, makeDistanceCommand,
-                      makeCheckCommand, makeRepairCommand, makeFillCommand, makeFlattenCommand, makeReduceCommand,
-                      makeIntersectCommand, makeSectionCommand, makeProjectCommand, makeCutCommand}) {
+    for (auto make :
+         {makeInfoCommand,    makeWeldCommand,   makeConvertCommand,   makeSplitCommand,     makeExtractCommand,
+          makeClosestCommand, makeRayCommand,    makeInsideCommand,    makeCurvatureCommand, makeDistanceCommand,
+          makeCheckCommand,   makeRepairCommand, makeFillCommand,      makeOffsetCommand,    makeShellCommand,
+          makeFlattenCommand, makeReduceCommand, makeIntersectCommand, makeSectionCommand,   makeProjectCommand,
+          makeCutCommand}) {
         std::unique_ptr<Command> command = make();
         CLI::App* sub = command->addTo(app)->group("Commands");
         sub->add_flag("--json", options.json, "Print the report as JSON");
