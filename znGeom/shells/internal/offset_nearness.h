@@ -8,7 +8,7 @@
 namespace znGeom::internal {
 
 /// \param octree    over the vertices
-/// \param points    neighbours in this order are best neighbours in space
+/// \param points    one for each vertex, best near it
 /// \param distance  of any sign
 /// \return for each point whether a vertex is nearer by more than rounding. False for a point that is not finite
 ///
