@@ -53,8 +53,8 @@ What a file has and the tool doesn't keep (colours, normals of face corners, ...
 An output file is written under another name and put in place when it is complete: a failure
 and Ctrl-C leave what was there.
 
-Exit status: 0 done, 1 failed (one line on standard error), 2 wrong usage (check, repair and
-fill: also a mesh with something wrong), 130 cancelled by Ctrl-C.
+Exit status: 0 done, 1 failed (one line on standard error), 2 wrong usage (check, repair, fill,
+offset and shell: also a mesh with something wrong), 130 cancelled by Ctrl-C.
 
 Examples:
   zngeom info bunny.obj
