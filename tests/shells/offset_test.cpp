@@ -399,6 +399,24 @@ TEST(Offset, IsWholeOnAnyInput)
     EXPECT_EQ(Result(points.offset(1).calculate(true))->getNumTriangles(), 0);
 }
 
+TEST(Offset, FindsTheSameNearVerticesOnAnyNumberOfThreads)
+{
+    // From next to nothing to beyond the mesh: queries share what they look at, or go on their own.
+    const Source source(noisy(torus(60, 30), 0.02, 9));
+    for (const double distance : {1e-4, 0.02, -0.1, 0.4, -3.0}) {
+        Built built(source, distance);
+        zn::vector<Point> points;
+        for (const TopoMeshVertex copy : built.shell.copies) points.append(copy.point());
+        points[7].y = std::nan("");
+        for (const int numThreads : {1, 2, 7}) {
+            znUtil::ThreadPool pool(numThreads);
+            const BitVector near = internal::findTooClose(*source.octree, points, distance, pool);
+            for (int i = 0; i < points.size(); ++i)
+                EXPECT_EQ(near[i], nearest2(source.mesh, points[i]) < distance * distance * (1 - 1e-9)) << i;
+        }
+    }
+}
+
 TEST(Offset, PrintsOneLineForEachQuery)
 {
     const Source source(sphere(1));

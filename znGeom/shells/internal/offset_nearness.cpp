@@ -192,14 +192,14 @@ std::vector<const OctreeNode*> listGroups(const Octree& octree)
 
 } // namespace
 
-BitVector findTooClose(const Octree& octree, const zn::vector<Point>& points, double distance)
+BitVector findTooClose(const Octree& octree, const zn::vector<Point>& points, double distance, znUtil::ThreadPool& pool)
 {
     znOS::StopWatch watch;
     const double bound2 = boundFor(octree, distance);
     zn::vector<bool> isNear(points.size());
     if (bound2 > 0) {
         const std::vector<const OctreeNode*> groups = listGroups(octree);
-        znUtil::parallelFor(znUtil::ThreadPool::get(), static_cast<int>(groups.size()), [&](znUtil::Slice slice, int) {
+        znUtil::parallelFor(pool, static_cast<int>(groups.size()), [&](znUtil::Slice slice, int) {
             NearSearch search(octree, points, bound2);
             for (int i = slice.begin; i < slice.end; ++i) search.run(*groups[static_cast<size_t>(i)], isNear);
         });
