@@ -175,7 +175,7 @@ private:
 /// The largest cells of an octree that hold no more points than a few, and leaves that hold more.
 std::vector<const OctreeNode*> listGroups(const Octree& octree)
 {
-    constexpr int most = 16;
+    constexpr int most = 32;
     std::vector<const OctreeNode*> groups, waiting{octree.getRoot().node};
     while (!waiting.empty()) {
         const OctreeNode* const cell = waiting.back();
