@@ -32,8 +32,10 @@ const std::string aboutPruning =
     "near to the mesh, and those where it turns over, are removed; those that can't be are counted as left. Only\n"
     "distances between vertices count: where edges are longer than the distance the copy may cross the mesh, or\n"
     "itself. The wall is measured from the vertices of each surface to the other; crossings are pairs of triangles\n"
-    "of OUT. Normals, texture coordinates and groups are not kept, polygons become triangles. Ctrl-C ends the\n"
-    "command with OUT as it was. The picture shows the mesh before and after, and what crosses in red.\n"
+    "of OUT, in a shell also those that the mesh had. Normals, texture coordinates and groups are not kept,\n"
+    "polygons become triangles. Ctrl-C ends the command with OUT as it was. The picture shows the mesh before and "
+    "after,\n"
+    "and what crosses in red.\n"
     "Exit status: 0, or 2 when something crosses or is left that should have gone; OUT is written in both cases.";
 
 /// What the two commands have in common.

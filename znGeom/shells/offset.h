@@ -38,7 +38,7 @@ struct MeshOffsetPruning
 /// or itself.
 ///
 /// All arguments are borrowed and must not change. Each call does all the work anew, on the calling thread but for the
-/// normals and distances; it can't be cancelled. The same result on any number of threads. About 2 us a vertex, more
+/// normals and distances; it can't be cancelled. The same result on any number of threads. About 4 us a vertex, more
 /// where much is pruned, and 1.5 kB of memory.
 class ZNGEOM_API MeshOffset
 {
