@@ -35,6 +35,7 @@ peers  header:assimp/Importer.hpp         libassimp-dev         Assimp, to compa
 peers  header:zlib.h                      zlib1g-dev            zlib, which Assimp's package links
 peers  header:minizip/unzip.h             libminizip-dev        minizip, which Assimp's package links
 peers  header:tiny_obj_loader.h           libtinyobjloader-dev  tinyobjloader, to compare with
+peers  header:nanoflann.hpp               libnanoflann-dev      nanoflann, to compare with
 LIST
 }
 

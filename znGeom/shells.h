@@ -3,3 +3,4 @@
 
 #include "znGeom/shells/collar.h"
 #include "znGeom/shells/collar_ribbon.h"
+#include "znGeom/shells/offset.h"

@@ -38,6 +38,8 @@ std::unique_ptr<Command> makeRepairCommand();
 std::unique_ptr<Command> makeReduceCommand();
 std::unique_ptr<Command> makeFillCommand();
 std::unique_ptr<Command> makeFlattenCommand();
+std::unique_ptr<Command> makeOffsetCommand();
+std::unique_ptr<Command> makeShellCommand();
 std::unique_ptr<Command> makeSectionCommand();
 std::unique_ptr<Command> makeProjectCommand();
 std::unique_ptr<Command> makeCutCommand();
