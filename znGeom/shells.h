@@ -1,4 +1,4 @@
-/// Collars: what stands on the borders of surfaces.
+/// Surfaces with a thickness, at a distance, and with borders sewn together or framed.
 #pragma once
 
 #include "znGeom/shells/collar.h"
