@@ -11,6 +11,7 @@
 #include "znGeom/planar.h"
 #include "znGeom/repair.h"
 #include "znGeom/scopes.h"
+#include "znGeom/shells.h"
 #include "znGeom/simplify.h"
 #include "znGeom/solvers.h"
 #include "znGeom/spatial.h"

@@ -1,0 +1,4 @@
+/// Closing and thickening surfaces.
+#pragma once
+
+#include "znGeom/shells/stitch_seam.h"
