@@ -12,6 +12,7 @@
 #include "znGeom/foundation/containers/disjoint_sets.h"
 #include "znGeom/scopes/modify_rep.h"
 #include "znGeom/shells/internal/boundary_sampler.h"
+#include "znGeom/shells/internal/flat_faces.h"
 #include "znGeom/shells/line_topology.h"
 #include "znGeom/shells/stitch_seam.h"
 #include "znGeom/topology/topo_walks.h"
@@ -204,6 +205,7 @@ private:
         }
         MeshModifyRep scope(m_mesh, triangles, vertices, *m_adjacency);
         TopoMesh& mesh = scope.extract();
+        const zn::vector<bool> wereFlat = flatFaces(mesh);
         SeamPoints points(sampler, scope, mesh, topology);
         bool isSewn = false;
         for (MeshLineTopology::EdgeIterator it(topology); it.valid(); it.next()) {
@@ -212,8 +214,10 @@ private:
                 isSewn = sewPair(edge, sampler, scope, mesh, points) || isSewn;
         }
         noteOutcomes(sampler, topology);
-        if (isSewn) scope.merge();
-        return isSewn;
+        if (!isSewn) return false;
+        swapFlatFaces(mesh, wereFlat);
+        scope.merge();
+        return true;
     }
 
     /// \return whether anything changed

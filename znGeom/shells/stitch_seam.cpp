@@ -191,7 +191,7 @@ public:
         isComplete = false;
         zn::vector<TopoMeshEdge> pathA = boundaryPath(a.first, a.last, true);
         zn::vector<TopoMeshEdge> pathB = boundaryPath(b.first, b.last, false);
-        if (pathA.empty() || pathB.empty() || !areDisjoint(pathA, pathB)) return;
+        if (pathA.empty() || pathB.empty() || !areDisjoint(pathA, pathB) || areAcrossFaces(pathA, pathB)) return;
         if (pathB.size() > pathA.size()) {
             // The longer side stays put: the sides change places, and with them the direction of the walk.
             a = {std::exchange(b.last, a.first), std::exchange(b.first, a.last)};
@@ -244,6 +244,17 @@ private:
     {
         return *std::min_element(loop.begin(), loop.end(), [&](TopoMeshEdge a, TopoMeshEdge b) {
             return (a->origin->point - place).length2() < (b->origin->point - place).length2();
+        });
+    }
+
+    /// Whether a face reaches from one path to the other: they are the sides of a ribbon then, and not of a gap.
+    static bool areAcrossFaces(const zn::vector<TopoMeshEdge>& pathA, const zn::vector<TopoMeshEdge>& pathB)
+    {
+        zn::vector<TopoMeshVertex> within;
+        for (int i = 0; i + 1 < pathB.size(); ++i) within.append(pathB[i]->origin);
+        std::sort(within.begin(), within.end());
+        return std::any_of(pathA.begin(), pathA.end(), [&](TopoMeshEdge e) {
+            return std::binary_search(within.begin(), within.end(), e->prev->origin);
         });
     }
 

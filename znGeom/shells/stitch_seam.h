@@ -41,8 +41,8 @@ public:
     /// further in, or stays open there.
     ///
     /// Nothing changes, and nobody is told, when one of the paths doesn't lead along a boundary, has no length in
-    /// steps, or both have a half-edge in common. Otherwise a `TopoMeshModification` is reported. Linear in the steps
-    /// and in the valence of the vertices on the way.
+    /// steps, both have a half-edge in common, or a face at one of them reaches a vertex within the other. Otherwise a
+    /// `TopoMeshModification` is reported. Linear in the steps and in the valence of the vertices on the way.
     void stitch(TopoMeshVertex a0, TopoMeshVertex a1, TopoMeshVertex b0, TopoMeshVertex b1, double tolerance,
                 bool merge);
     /// Stitches the boundary loops through `a` and through `b`, half by half: `a` meets the nearest vertex of the other

@@ -12,6 +12,7 @@ constexpr double mostMoved = 2;     ///< in tolerances, from one sample to the n
 constexpr double mostMovedBack = 1; ///< the other way
 constexpr double longestTip = 6;    ///< in tolerances, round the end of a slit, both sides together
 constexpr double mostCosineOfCorner = 0.8;
+constexpr double mostCosineOfGap = 0.97; ///< where two pairs are brought together on a strip
 constexpr int leastSamples = 3;
 constexpr double leastShare = 0.25, mostExcess = 4;
 
@@ -123,6 +124,24 @@ public:
         }
     }
 
+    /// Brings together what ends and begins on a strip within a tolerance, at the sharpest sample in between: there are
+    /// corners of several surfaces. On a straight stretch, along which two others end, the gap stays.
+    void closeGaps()
+    {
+        zn::vector<LineStretch*> stretches;
+        for (LinePair& pair : m_pairs)
+            for (LineStretch* const stretch : {&pair.own, &pair.twin})
+                if (!stretch->isWhole) stretches.append(stretch);
+        std::sort(stretches.begin(), stretches.end(),
+                  [](const LineStretch* a, const LineStretch* b) { return a->first < b->first; });
+        for (int begin = 0, end = 0; begin < stretches.size(); begin = end) {
+            while (end < stretches.size() &&
+                   m_strips.strip(stretches[end]->first) == m_strips.strip(stretches[begin]->first))
+                ++end;
+            for (int i = begin; i < end; ++i) closeGap(*stretches[i], *stretches[i + 1 < end ? i + 1 : begin]);
+        }
+    }
+
     const zn::vector<LinePair>& pairs() const { return m_pairs; }
 
 private:
@@ -222,6 +241,19 @@ private:
         for (int i = from; i != to + step && run.rungs[i].twin == run.rungs[from].twin; i += step)
             if (lengthOf(run.rungs[i]) < lengthOf(run.rungs[nearest])) nearest = i;
         return nearest;
+    }
+
+    void closeGap(LineStretch& before, LineStretch& after)
+    {
+        const LineStretch gap{before.last, after.first};
+        const int numSteps = m_strips.numBetween(gap.first, gap.last) - 1;
+        if (numSteps == 0 || !(lengthOf(gap) <= m_tolerance)) return;
+        int sharpest = gap.first;
+        for (int i = gap.first;; i = m_strips.next(i)) {
+            if (cosineAt(i) < cosineAt(sharpest)) sharpest = i;
+            if (i == gap.last) break;
+        }
+        if (numSteps == 1 || cosineAt(sharpest) < mostCosineOfGap) before.last = after.first = sharpest;
     }
 
     double lengthOf(const Rung& rung) const { return distance(m_strips.points[rung.own], m_strips.points[rung.twin]); }
@@ -367,6 +399,7 @@ zn::vector<LinePair> pairLineRuns(const LineStrips& strips, const LineMatches& m
 {
     RunPairing pairing(strips, tolerance);
     for (const Run& run : RunFinder(strips, matches, tolerance).find()) pairing.add(run);
+    pairing.closeGaps();
     return pairing.pairs();
 }
 
