@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "znGeom/foundation/containers/disjoint_sets.h"
+
 namespace znGeom::internal {
 
 using namespace znLinear;
@@ -12,6 +14,7 @@ constexpr double mostMoved = 2;     ///< in tolerances, from one sample to the n
 constexpr double mostMovedBack = 1; ///< the other way
 constexpr double longestTip = 6;    ///< in tolerances, round the end of a slit, both sides together
 constexpr double mostCosineOfCorner = 0.8;
+constexpr double longestGap = 2;         ///< in tolerances
 constexpr double mostCosineOfGap = 0.97; ///< where two pairs are brought together on a strip
 constexpr int leastSamples = 3;
 constexpr double leastShare = 0.25, mostExcess = 4;
@@ -124,22 +127,24 @@ public:
         }
     }
 
-    /// Brings together what ends and begins on a strip within a tolerance, at the sharpest sample in between: there are
-    /// corners of several surfaces. On a straight stretch, along which two others end, the gap stays.
+    /// Brings together what ends and begins near each other on a strip, at the sharpest sample in between: there are
+    /// corners of several surfaces. Where just two others end along a straight stretch, the gap stays.
     void closeGaps()
     {
-        zn::vector<LineStretch*> stretches;
-        for (LinePair& pair : m_pairs)
-            for (LineStretch* const stretch : {&pair.own, &pair.twin})
-                if (!stretch->isWhole) stretches.append(stretch);
-        std::sort(stretches.begin(), stretches.end(),
-                  [](const LineStretch* a, const LineStretch* b) { return a->first < b->first; });
-        for (int begin = 0, end = 0; begin < stretches.size(); begin = end) {
-            while (end < stretches.size() &&
-                   m_strips.strip(stretches[end]->first) == m_strips.strip(stretches[begin]->first))
-                ++end;
-            for (int i = begin; i < end; ++i) closeGap(*stretches[i], *stretches[i + 1 < end ? i + 1 : begin]);
+        for (const Gap& gap : gaps())
+            if (isSharp(gap)) close(gap);
+        const zn::vector<Gap> left = gaps();
+        zn::DisjointSets places(m_strips.size());
+        for (const LinePair& pair : m_pairs) {
+            places.unite(pair.own.first, pair.isForward ? pair.twin.first : pair.twin.last);
+            places.unite(pair.own.last, pair.isForward ? pair.twin.last : pair.twin.first);
         }
+        for (const Gap& gap : left) places.unite(gap.before->last, gap.after->first);
+        zn::vector<int> numEnds(m_strips.size(), 0);
+        for (int sample = 0; sample < m_strips.size(); ++sample) numEnds[places.find(sample)] += m_isEnd[sample];
+        constexpr int ofTwoAlongOne = 4;
+        for (const Gap& gap : left)
+            if (numEnds[places.find(gap.before->last)] > ofTwoAlongOne) close(gap);
     }
 
     const zn::vector<LinePair>& pairs() const { return m_pairs; }
@@ -243,18 +248,56 @@ private:
         return nearest;
     }
 
-    void closeGap(LineStretch& before, LineStretch& after)
+    /// A short way on a strip from the end of one stretch to the beginning of the next.
+    struct Gap
     {
-        const LineStretch gap{before.last, after.first};
-        const int numSteps = m_strips.numBetween(gap.first, gap.last) - 1;
-        if (numSteps == 0 || !(lengthOf(gap) <= m_tolerance)) return;
-        int sharpest = gap.first;
-        for (int i = gap.first;; i = m_strips.next(i)) {
-            if (cosineAt(i) < cosineAt(sharpest)) sharpest = i;
-            if (i == gap.last) break;
+        LineStretch* before;
+        LineStretch* after;
+    };
+
+    zn::vector<Gap> gaps()
+    {
+        zn::vector<LineStretch*> stretches;
+        for (LinePair& pair : m_pairs)
+            for (LineStretch* const stretch : {&pair.own, &pair.twin})
+                if (!stretch->isWhole) stretches.append(stretch);
+        std::sort(stretches.begin(), stretches.end(),
+                  [](const LineStretch* a, const LineStretch* b) { return a->first < b->first; });
+        std::fill(m_isEnd.begin(), m_isEnd.end(), false);
+        for (const LineStretch* const stretch : stretches) m_isEnd[stretch->first] = m_isEnd[stretch->last] = true;
+        zn::vector<Gap> found;
+        for (int begin = 0, end = 0; begin < stretches.size(); begin = end) {
+            while (end < stretches.size() &&
+                   m_strips.strip(stretches[end]->first) == m_strips.strip(stretches[begin]->first))
+                ++end;
+            for (int i = begin; i < end; ++i) {
+                const Gap gap{stretches[i], stretches[i + 1 < end ? i + 1 : begin]};
+                if (gap.before->last != gap.after->first && lengthOf(wayOver(gap)) <= longestGap * m_tolerance)
+                    found.append(gap);
+            }
         }
-        if (numSteps == 1 || cosineAt(sharpest) < mostCosineOfGap) before.last = after.first = sharpest;
+        return found;
     }
+
+    static LineStretch wayOver(const Gap& gap) { return {gap.before->last, gap.after->first}; }
+
+    int sharpest(const Gap& gap) const
+    {
+        const LineStretch way = wayOver(gap);
+        int sharpest = way.first;
+        for (int i = way.first; i != way.last; i = m_strips.next(i))
+            if (cosineAt(m_strips.next(i)) < cosineAt(sharpest)) sharpest = m_strips.next(i);
+        return sharpest;
+    }
+
+    bool isSharp(const Gap& gap) const
+    {
+        const LineStretch way = wayOver(gap);
+        return m_strips.next(way.first) == way.last ||
+               (lengthOf(way) <= m_tolerance && cosineAt(sharpest(gap)) < mostCosineOfGap);
+    }
+
+    void close(const Gap& gap) { gap.before->last = gap.after->first = sharpest(gap); }
 
     double lengthOf(const Rung& rung) const { return distance(m_strips.points[rung.own], m_strips.points[rung.twin]); }
 
