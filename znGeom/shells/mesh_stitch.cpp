@@ -11,6 +11,7 @@
 #include "znGeom/editing/select.h"
 #include "znGeom/foundation/containers/disjoint_sets.h"
 #include "znGeom/scopes/modify_rep.h"
+#include "znGeom/shells/internal/boundary_path.h"
 #include "znGeom/shells/internal/boundary_sampler.h"
 #include "znGeom/shells/internal/flat_faces.h"
 #include "znGeom/shells/line_topology.h"
@@ -117,6 +118,31 @@ private:
     std::map<int, bool> m_isSeen;
     zn::DisjointSets m_groups;             ///< of points
     zn::vector<TopoMeshVertex> m_vertices; ///< of the lowest point of each group
+};
+
+/// The two vertices at one end of a seam.
+struct Opening
+{
+    TopoMeshVertex a, b;
+
+    /// Where a third boundary leads straight from one to the other, the seam starts a step further in: brought together
+    /// the two would pinch it. What stays open is a small hole.
+    /// \param isFirst  whether path A begins here, or ends
+    void leaveGap(bool isFirst)
+    {
+        constexpr int mostSteps = 20;
+        const zn::vector<TopoMeshEdge> across = boundaryPath(isFirst ? b : a, isFirst ? a : b, true, mostSteps);
+        if (across.empty()) return;
+        double length = 0;
+        for (const TopoMeshEdge e : across) length += distance(e->origin->point, endOf(e)->point);
+        constexpr double straight = 1.2;
+        if (length > straight * distance(a->point, b->point)) return;
+        const TopoMeshEdge onA = isFirst ? nextOnBoundary(across.back()) : prevOnBoundary(across.front());
+        const TopoMeshEdge onB = isFirst ? prevOnBoundary(across.front()) : nextOnBoundary(across.back());
+        if (!onA || !onB) return;
+        a = isFirst ? endOf(onA) : onA->origin;
+        b = isFirst ? onB->origin : endOf(onB);
+    }
 };
 
 /// One stitch, of at most two attempts: the first may end with shells turned over.
@@ -241,7 +267,10 @@ private:
         if (edge.isCircular()) {
             seam.stitchCircular(points.vertex(a), points.vertex(c), m_seamTolerance, true);
         } else {
-            seam.stitch(points.vertex(a), points.vertex(b), points.vertex(c), points.vertex(d), m_seamTolerance, true);
+            Opening begin{points.vertex(a), points.vertex(c)}, end{points.vertex(b), points.vertex(d)};
+            begin.leaveGap(true);
+            end.leaveGap(false);
+            seam.stitch(begin.a, end.a, begin.b, end.b, m_seamTolerance, true);
             points.unify(a, c);
             points.unify(b, d);
         }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <algorithm>
+#include <limits>
 
 #include "znGeom/foundation/containers/vector.h"
 #include "znGeom/topology/topo_iterators.h"
@@ -41,7 +42,7 @@ inline zn::vector<TopoMeshEdge> boundaryPath(TopoMeshVertex from, TopoMeshVertex
             path.append(e);
             if ((forward ? endOf(e) : e->origin) == to) return path;
             e = forward ? nextOnBoundary(e) : prevOnBoundary(e);
-        } while (e && e != first);
+        } while (e && e != first && path.size() < mostSteps);
     }
     return {};
 }

@@ -361,13 +361,20 @@ private:
         }
     }
 
-    /// The cosine of the turn at a sample, between what lies half a tolerance before it and after it.
+    /// The cosine of the turn at a sample, between what lies half a tolerance before it and after it. Where that makes
+    /// no difference, as along a slit, the segments at the sample itself decide.
     double cosineAt(int sample) const
     {
-        const Point& corner = m_strips.points[sample];
-        const Normal before(corner - m_strips.points[walk(sample, false)]),
-            after(m_strips.points[walk(sample, true)] - corner);
-        return before.isValid() && after.isValid() ? dot(before, after) : 1;
+        constexpr double shareOfSegments = 0.05;
+        return (1 - shareOfSegments) * cosineBetween(walk(sample, false), sample, walk(sample, true)) +
+               shareOfSegments * cosineBetween(m_strips.prev(sample), sample, m_strips.next(sample));
+    }
+
+    double cosineBetween(int before, int sample, int after) const
+    {
+        const Normal into(m_strips.points[sample] - m_strips.points[before]);
+        const Normal out(m_strips.points[after] - m_strips.points[sample]);
+        return into.isValid() && out.isValid() ? dot(into, out) : 1;
     }
 
     int walk(int sample, bool forward) const
