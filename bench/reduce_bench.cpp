@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <set>
 #include <vector>
 
 namespace {
@@ -22,34 +23,78 @@ using bench::Soup;
 using znGeom::CompactMesh;
 using znLinear::Point;
 
-/// Vertices, and the middles of triangles.
+/// Corners, and the middles of triangles.
 std::vector<Point> samplesOf(const CompactMesh& mesh)
 {
     std::vector<Point> samples;
-    for (int v = 0; v < mesh.getNumVertices(); ++v) samples.push_back(mesh.getVertices()[v].asPoint());
+    std::vector<bool> isTaken(static_cast<std::size_t>(mesh.getNumVertices()));
     for (int t = 0; t < mesh.getNumTriangles(); ++t) {
-        const auto [a, b, c] = mesh.getTriangles()[t].corners;
-        samples.push_back(
-            ((samples[static_cast<std::size_t>(a)].asVector() + samples[static_cast<std::size_t>(b)].asVector() +
-              samples[static_cast<std::size_t>(c)].asVector()) /
-             3.0)
-                .asPoint());
+        znLinear::Vector sum;
+        for (const int corner : mesh.getTriangles()[t].corners) {
+            const Point at = mesh.getVertices()[corner].asPoint();
+            sum += at.asVector();
+            if (!isTaken[static_cast<std::size_t>(corner)]) samples.push_back(at);
+            isTaken[static_cast<std::size_t>(corner)] = true;
+        }
+        samples.push_back((sum / 3.0).asPoint());
     }
     return samples;
 }
 
-std::vector<double> distancesTo(const CompactMesh& mesh, const std::vector<Point>& points)
+/// Nearest places on a mesh.
+class Nearest
 {
-    znGeom::BoundingBox box;
-    znGeom::meshBoundingBox(mesh, box);
-    const znGeom::Octree octree(mesh.getNumVertices(), mesh.getVerticesRaw(), box, true, 16);
-    znGeom::OctreeTris triangles;
-    znGeom::computeOctreeTris(mesh, octree, triangles);
-    const znGeom::TriangleTree tree(mesh);
-    znGeom::MeshClosestPoint closest(mesh, octree, triangles, tree);
-    std::vector<double> distances(points.size());
-    closest.compute(points.data(), static_cast<int>(points.size()), nullptr, distances.data());
-    return distances;
+public:
+    explicit Nearest(const CompactMesh& mesh)
+        : m_octree(mesh.getNumVertices(), mesh.getVerticesRaw(), boxOf(mesh), true, 16), m_tree(mesh)
+    {
+        znGeom::computeOctreeTris(mesh, m_octree, m_triangles);
+        m_closest = std::make_unique<znGeom::MeshClosestPoint>(mesh, m_octree, m_triangles, m_tree);
+    }
+
+    std::vector<double> distancesTo(const std::vector<Point>& points, znGeom::MeshCoord* places = nullptr)
+    {
+        std::vector<double> distances(points.size());
+        m_closest->compute(points.data(), static_cast<int>(points.size()), places, distances.data());
+        return distances;
+    }
+
+private:
+    static znGeom::BoundingBox boxOf(const CompactMesh& mesh)
+    {
+        znGeom::BoundingBox box;
+        znGeom::meshBoundingBox(mesh, box);
+        return box;
+    }
+
+    znGeom::Octree m_octree;
+    znGeom::OctreeTris m_triangles;
+    znGeom::TriangleTree m_tree;
+    std::unique_ptr<znGeom::MeshClosestPoint> m_closest;
+};
+
+znLinear::Vector normalOf(const CompactMesh& mesh, int triangle)
+{
+    const auto [a, b, c] = mesh.getTriangles()[triangle].corners;
+    const Point at = mesh.getVertices()[a].asPoint();
+    return cross(mesh.getVertices()[b].asPoint() - at, mesh.getVertices()[c].asPoint() - at);
+}
+
+int countTurned(const CompactMesh& original, Nearest& nearest, const CompactMesh& reduced)
+{
+    std::vector<Point> middles;
+    for (int t = 0; t < reduced.getNumTriangles(); ++t) {
+        znLinear::Vector sum;
+        for (const int corner : reduced.getTriangles()[t].corners)
+            sum += reduced.getVertices()[corner].asPoint().asVector();
+        middles.push_back((sum / 3.0).asPoint());
+    }
+    std::vector<znGeom::MeshCoord> places(middles.size());
+    nearest.distancesTo(middles, places.data());
+    int numTurned = 0;
+    for (int t = 0; t < reduced.getNumTriangles(); ++t)
+        numTurned += dot(normalOf(reduced, t), normalOf(original, places[static_cast<std::size_t>(t)].triangle)) < 0;
+    return numTurned;
 }
 
 template <class Reduce>
@@ -127,9 +172,11 @@ double bench::toleranceFor(const Soup& soup) { return 0.001 * boxOf(soup).diagon
 bench::Deviation bench::deviation(const Soup& original, const Soup& reduced)
 {
     const auto a = toCompact(original), b = toCompact(reduced);
+    Nearest onA(*a), onB(*b);
     Deviation result;
+    result.numTurned = countTurned(*a, onA, *b);
     double sum2 = 0, count = 0;
-    for (const std::vector<double>& distances : {distancesTo(*b, samplesOf(*a)), distancesTo(*a, samplesOf(*b))})
+    for (const std::vector<double>& distances : {onB.distancesTo(samplesOf(*a)), onA.distancesTo(samplesOf(*b))})
         for (const double distance : distances) {
             result.largest = std::max(result.largest, distance);
             sum2 += distance * distance;
@@ -144,7 +191,9 @@ bench::Deviation bench::deviation(const Soup& original, const Soup& reduced)
 void bench::countQuality(benchmark::State& state, const Soup& original, const Soup& reduced)
 {
     const Deviation found = deviation(original, reduced);
-    state.counters["vertices"] = reduced.numVertices();
+    const std::set<int> used(reduced.triangles.begin(), reduced.triangles.end());
+    state.counters["vertices"] = static_cast<double>(used.size());
+    state.counters["turned"] = found.numTurned;
     state.counters["largest_deviation"] = found.largest;
     state.counters["rms_deviation"] = found.rootMeanSquare;
 }

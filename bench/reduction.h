@@ -13,6 +13,7 @@ struct Deviation
 {
     double largest = 0;
     double rootMeanSquare = 0;
+    int numTurned = 0; ///< triangles of the second whose normal points against that at the nearest place of the first
 };
 Deviation deviation(const Soup& original, const Soup& reduced);
 

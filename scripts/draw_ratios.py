@@ -70,7 +70,7 @@ def draw_group(parts, y, name, bars, x_of):
     for number, (mesh, ratio) in enumerate(bars):
         left, right = sorted((x_of(1), x_of(ratio)))
         top = y + number * (BAR + 2)
-        parts.append(f'<rect class="{MESHES[mesh]}" x="{left:.1f}" y="{top}" width="{max(right - left, 1):.1f}" height="{BAR}"/>')
+        parts.append(f'<rect class="{MESHES.get(mesh, 'ordered')}" x="{left:.1f}" y="{top}" width="{max(right - left, 1):.1f}" height="{BAR}"/>')
         place = f'x="{right + 4:.1f}"' if ratio >= 1 else f'x="{left - 4:.1f}" text-anchor="end"'
         parts.append(f'<text class="note" {place} y="{top + 9}">{nice(ratio)}</text>')
     return height + GAP
@@ -78,7 +78,7 @@ def draw_group(parts, y, name, bars, x_of):
 
 def draw_picture(path, title, groups):
     ratios = [ratio for bars in groups.values() for _, ratio in bars]
-    low, high = math.floor(math.log2(min([*ratios, 1]))), math.ceil(math.log2(max([*ratios, 1])))
+    low, high = math.floor(math.log2(min([*ratios, 1]))), max(math.ceil(math.log2(max([*ratios, 1]))), 1)
     left, right = NAMES + LABEL, WIDTH - MARGIN - LABEL
 
     def x_of(ratio):

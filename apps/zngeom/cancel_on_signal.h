@@ -1,4 +1,4 @@
-/// `tool::CancelOnSignal`: Ctrl-C.
+/// `tool::CancelOnSignal` and `tool::EndOnSignal`: Ctrl-C.
 #pragma once
 
 #include <signal.h>
@@ -24,9 +24,20 @@ public:
     static int caught();
 
 private:
-    static constexpr std::array<int, 3> signals{SIGINT, SIGTERM, SIGHUP};
-
     std::array<struct sigaction, 3> m_former{};
+};
+
+/// For work that looks at no progress. While it lives, inside the life of a `CancelOnSignal`, the same requests end the
+/// process at once, as a cancel would in the end: with one line and the status of the signal. To be used where no file
+/// is half written.
+class EndOnSignal
+{
+public:
+    /// \param progress  the root or a part; throws `Cancelled` when it was cancelled already
+    explicit EndOnSignal(const znUtil::Progress& progress);
+    EndOnSignal(const EndOnSignal&) = delete;
+    EndOnSignal& operator=(const EndOnSignal&) = delete;
+    ~EndOnSignal();
 };
 
 } // namespace tool

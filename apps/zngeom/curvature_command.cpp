@@ -67,6 +67,7 @@ public:
     {
         checkValueFormat(m_output);
         if (!m_picture.path.empty()) checkPictureName(m_picture.path);
+        const std::optional<ValueScale> range = rangeFrom(m_range);
         Phases phases(progress);
         LoadedMesh loaded;
         loadMesh(m_path, phases.next(0.4), loaded, m_formats.input);
@@ -74,7 +75,7 @@ public:
         const auto type = static_cast<znGeom::MeshCurvature>(std::find(typeWords.begin(), typeWords.end(), m_type) -
                                                              typeWords.begin());
         const std::vector<float> values = measure(loaded.mesh, type, phases.next(0.3));
-        const ValueScale scale = m_range ? *m_range : scaleOf(values);
+        const ValueScale scale = range ? *range : scaleOf(values);
         if (const std::string note = noteOnSoup(loaded, phases.next(0.1)); !note.empty()) loaded.notes.push_back(note);
         std::unique_ptr<PendingFile> picture;
         znUtil::Progress& phase = phases.next(0.1);
@@ -129,7 +130,7 @@ private:
     }
 
     std::string m_path, m_output, m_type = "mean";
-    std::optional<ValueScale> m_range;
+    std::optional<std::string> m_range;
     PictureOptions m_picture;
     StreamFormats m_formats;
 };

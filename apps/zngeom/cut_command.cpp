@@ -3,6 +3,7 @@
 #include "apps/zngeom/command.h"
 #include "apps/zngeom/mesh_files.h"
 #include "apps/zngeom/mesh_route.h"
+#include "apps/zngeom/number_text.h"
 #include "apps/zngeom/pacer.h"
 #include "apps/zngeom/part_options.h"
 #include "apps/zngeom/point_reader.h"
@@ -29,6 +30,13 @@ std::string placeText(const znLinear::Point& place)
 std::string counted(int count, const std::string& one, const std::string& many)
 {
     return std::to_string(count) + " " + (count == 1 ? one : many);
+}
+
+/// What is wrong with a word for a tolerance; empty for nothing.
+std::string complaintAbout(const std::string& word)
+{
+    const std::optional<double> tolerance = finiteNumber(word);
+    return tolerance && *tolerance > 0 ? "" : "must be a distance above 0";
 }
 
 /// Why a mesh could not be cut.
@@ -86,7 +94,7 @@ public:
             ->option_text("LINES ...");
         addPlaneOption(*sub, m_planes, true);
         sub->add_option("--tolerance", m_tolerance, "In the units of the file; a millionth of the diagonal by default")
-            ->check(CLI::PositiveNumber)
+            ->check(complaintAbout)
             ->option_text("D");
         m_files.addFormats(*sub);
         return sub;
@@ -102,6 +110,9 @@ public:
         znGeom::CompactMesh& mesh = loaded.mesh;
         checkHasTriangles(mesh, m_files.input);
         checkFinite(mesh.getVertices(), mesh.getNumVertices(), inputName(m_files.input));
+        if (m_tolerance >= diagonalOf(mesh))
+            throw Failure(inputName(m_files.input) + ": is no larger than the tolerance of " +
+                          shownNumber(m_tolerance));
         const SurfaceCurves curves = findCurves(mesh, phases.next(0.2));
         Report report = m_files.report();
         addShape(mesh, phases.next(0.05), "_before", report);

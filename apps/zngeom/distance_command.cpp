@@ -115,9 +115,12 @@ private:
         SurfaceSamples samples(from, spacing);
         znGeom::CompactMesh points;
         std::vector<float> atPoints;
+        const double count = samples.count();
+        double numDone = 0;
         while (samples.next(points)) {
             znUtil::Progress piece;
-            progress.subPhase(static_cast<double>(samples.numDone()) / from.getNumTriangles() - progress.get(), piece);
+            numDone += points.getNumVertices();
+            progress.subPhase(numDone / count - progress.get(), piece);
             atPoints.resize(static_cast<std::size_t>(points.getNumVertices()));
             measure(points, index, false, atPoints.data(), piece);
             for (std::size_t i = 0; i < atPoints.size(); ++i)
@@ -156,7 +159,7 @@ public:
             "on the other side from that from which they are wound counter-clockwise.\n"
             "-o writes the mesh A as a .ply file with the distance and a colour at each vertex, or a .txt file with\n"
             "a distance on each line. Colours go from blue to red over the distances from the 2nd to the 98th\n"
-            "percentile, or over --range.");
+            "percentile, or over --range. Vertices that no triangle uses are magenta, and counted.");
         sub->add_option("A", m_paths[0], "A mesh file")->required();
         sub->add_option("B", m_paths[1], "Another one")->required();
         sub->add_flag("--signed", m_signed, "Tell sides apart");
@@ -174,6 +177,7 @@ public:
     {
         if (!m_output.empty()) checkValueFormat(m_output);
         if (!m_picture.path.empty()) checkPictureName(m_picture.path);
+        const std::optional<ValueScale> range = rangeFrom(m_range);
         Phases phases(progress);
         LoadedMesh loaded[2];
         for (int i : {0, 1}) load(i, loaded[i], phases.next(0.15));
@@ -183,8 +187,8 @@ public:
         if (!m_signed)
             for (float& value : there.values) value = std::fabs(value);
         phases.next(0.1).setCaption("writing");
-        save(loaded[0].mesh, there.values);
-        return describe(loaded, there.distances, back.distances);
+        save(loaded[0].mesh, there.values, range ? *range : scaleOf(there.values));
+        return describe(loaded, there, back.distances);
     }
 
 private:
@@ -209,9 +213,8 @@ private:
         }
     }
 
-    void save(const znGeom::CompactMesh& mesh, const std::vector<float>& values) const
+    void save(const znGeom::CompactMesh& mesh, const std::vector<float>& values, const ValueScale& scale) const
     {
-        const ValueScale scale = m_range ? *m_range : scaleOf(values);
         std::unique_ptr<PendingFile> picture;
         if (!m_picture.path.empty())
             picture = writePngAside(drawValues(mesh, values, scale, "distance", m_picture.size), m_picture.path);
@@ -219,9 +222,9 @@ private:
         if (picture) putInPlace(*picture, m_picture.path);
     }
 
-    Report describe(const LoadedMesh* loaded, const Distances& there, const Distances& back) const
+    Report describe(const LoadedMesh* loaded, const OneWay& there, const Distances& back) const
     {
-        Distances both = there;
+        Distances both = there.distances;
         both.add(back);
         const double diagonal = diagonalOf(loaded[0].mesh, loaded[1].mesh);
         Report report;
@@ -230,11 +233,14 @@ private:
         report.add("measured_at", m_spacing > 0 ? "vertices and points at most " + shownNumber(m_spacing) + " apart"
                                                 : std::string("vertices"));
         report.add("diagonal", rounded(diagonal));
-        addWay("a_to_b", "a to b", there, diagonal, report);
+        addWay("a_to_b", "a to b", there.distances, diagonal, report);
         addWay("b_to_a", "b to a", back, diagonal, report);
         addWay("both", "both", both, diagonal, report);
         if (!m_output.empty()) report.add("output", m_output);
         if (!m_picture.path.empty()) report.add("picture", m_picture.path);
+        if (!m_output.empty() || !m_picture.path.empty())
+            report.add("not_finite", std::count_if(there.values.begin(), there.values.end(),
+                                                   [](float value) { return !std::isfinite(value); }));
         for (int i : {0, 1}) report.addNotes(loaded[i].notes);
         report.makeRoomFor(m_output);
         return report;
@@ -266,7 +272,7 @@ private:
     std::string m_paths[2], m_output;
     bool m_signed = false;
     double m_spacing = 0; ///< 0 for none
-    std::optional<ValueScale> m_range;
+    std::optional<std::string> m_range;
     PictureOptions m_picture;
     StreamFormats m_formats;
 };

@@ -195,10 +195,10 @@ private:
         report.add("scale_largest", rounded(distortion.largestScale));
         m_remark = "stretch mean " + shownNumber(distortion.meanStretch) + ", largest " +
                    shownNumber(distortion.largestStretch);
-        if (distortion.numCollapsed > 0)
-            loaded.notes.push_back(
-                "collapsed triangles are so far from the border, as the surface runs, that a texture "
-                "coordinate can't tell their corners apart");
+        if (distortion.numCollapsed == 0) return;
+        loaded.notes.push_back("collapsed triangles are so far from the border, as the surface runs, that a texture "
+                               "coordinate can't tell their corners apart");
+        if (loaded.cornerUVs.empty()) loaded.notes.back() += "; with its holes filled the mesh is cut from end to end";
     }
 
     std::unique_ptr<PendingFile> draw(const znGeom::CompactMesh& chart, znUtil::Progress& progress,

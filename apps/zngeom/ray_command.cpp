@@ -20,15 +20,16 @@ struct Hit
     znGeom::MeshCoord place;
 };
 
-/// The power of two that makes a mesh's diagonal about a thousand: there no triangle is too small to be seen, and no
-/// digit is lost on the way.
-double scaleFor(const znGeom::CompactMesh& mesh)
+/// The exponent of the power of two that makes a mesh's diagonal about 2^15. There a triangle is seen if its sides are
+/// no longer than the last digit of the coordinates, and a ray in the plane of one as large as the mesh is still known
+/// to be that; and no digit is lost on the way.
+int exponentFor(const znGeom::CompactMesh& mesh)
 {
-    constexpr double wanted = 1000;
+    constexpr int wanted = 15;
     double min[3], max[3];
     znGeom::meshBoundingBox(mesh, min, max);
     const double diagonal = std::hypot(max[0] - min[0], max[1] - min[1], max[2] - min[2]);
-    return diagonal > 0 ? std::exp2(std::round(std::log2(wanted / diagonal))) : 1;
+    return diagonal > 0 ? wanted - std::ilogb(diagonal) : 0;
 }
 
 class Caster
@@ -51,10 +52,11 @@ public:
 private:
     static double scaleMesh(znGeom::CompactMesh& mesh)
     {
-        const double scale = scaleFor(mesh);
-        znLinear::AffineMatrix matrix(scale);
-        znGeom::meshTransform(mesh, znLinear::AffineMatrixFlt(matrix));
-        return scale;
+        const int exponent = exponentFor(mesh);
+        // In two steps, since a float has no room for what the smallest of meshes need.
+        for (const int part : {exponent / 2, exponent - exponent / 2})
+            znGeom::meshTransform(mesh, znLinear::AffineMatrixFlt(std::ldexp(1.0f, part)));
+        return std::ldexp(1.0, exponent);
     }
 
     Hit hitOf(znGeom::RayTracer& tracer, const TextRay& ray) const

@@ -14,6 +14,13 @@ namespace {
 
 constexpr int numbersPerRay = 6;
 
+/// As much of a word as fits into a message.
+std::string beginningOf(std::string_view word)
+{
+    constexpr std::size_t most = 24;
+    return std::string(word.substr(0, most)) + (word.size() > most ? "..." : "");
+}
+
 /// The numbers before a comment. Fails for a word that is none, and for too many.
 /// \return how many
 int parseNumbers(std::string_view line, double* numbers)
@@ -25,7 +32,7 @@ int parseNumbers(std::string_view line, double* numbers)
         const std::size_t end = std::min(line.find_first_of(separators, at), line.size());
         const std::string_view word = line.substr(at, end - at);
         const std::optional<double> number = finiteNumber(word);
-        if (!number) throw Failure("\"" + std::string(word) + "\" is not a finite number");
+        if (!number) throw Failure("\"" + beginningOf(word) + "\" is not a finite number");
         if (count == numbersPerRay) throw Failure("a ray has more than six numbers");
         numbers[count++] = *number;
         at = end;

@@ -65,9 +65,11 @@ SurfaceCurves layOn(const znGeom::CompactMesh& mesh, const std::vector<Polyline>
     const double size = diagonalOf(mesh);
     SurfaceCurves curves;
     farthest = 0;
+    Phases phases(progress);
     for (const Polyline& polyline : polylines) {
+        const znGeom::MeshLaidPolyline laid =
+            lay(polyline.points, polyline.closed, phases.next(1.0 / static_cast<double>(polylines.size())));
         checkCancelled(progress);
-        const znGeom::MeshLaidPolyline laid = lay(polyline.points, polyline.closed);
         const std::string name = inputName(path) + ": polyline " + std::to_string(curves.size() + 1) + ", ";
         if (laid.lostPoint >= 0 || laid.farthestDistance > size)
             throw Failure(name + "point " + std::to_string(std::max(laid.lostPoint, laid.farthestPoint) + 1) +
@@ -77,7 +79,6 @@ SurfaceCurves layOn(const znGeom::CompactMesh& mesh, const std::vector<Polyline>
                           ": the way over the surface does not lead to its end; more points in between help");
         farthest = std::max(farthest, laid.farthestDistance);
         curves.push_back(laid.curve);
-        progress.set(static_cast<double>(curves.size()) / static_cast<double>(polylines.size()));
     }
     return curves;
 }

@@ -54,17 +54,19 @@ bool SurfaceSamples::next(znGeom::CompactMesh& points)
     constexpr std::size_t piece = 1 << 18;
     std::vector<znGeom::MeshVertex> positions;
     std::vector<znGeom::MeshNormal> normals;
-    for (; m_next < m_mesh.getNumTriangles() && positions.size() < piece; ++m_next) {
-        const int parts = static_cast<int>(partsOf(m_next));
-        const Corners<znGeom::MeshVertex> places(m_mesh.getVertices(), m_mesh.getTriangles()[m_next]);
-        const Corners<znGeom::MeshNormal> directions(m_mesh.getNormals(), m_mesh.getTriangles()[m_next]);
-        for (int i = 0; i <= parts; ++i)
-            for (int j = 0; i + j <= parts; ++j) {
-                if (i == parts || j == parts || i + j == 0) continue;
-                const double v = i / double(parts), w = j / double(parts);
+    for (; m_triangle < m_mesh.getNumTriangles() && positions.size() < piece; ++m_triangle, m_row = 0) {
+        const int parts = static_cast<int>(partsOf(m_triangle));
+        const Corners<znGeom::MeshVertex> places(m_mesh.getVertices(), m_mesh.getTriangles()[m_triangle]);
+        const Corners<znGeom::MeshNormal> directions(m_mesh.getNormals(), m_mesh.getTriangles()[m_triangle]);
+        for (; m_row < parts && positions.size() < piece; ++m_row) {
+            const bool isFirst = m_row == 0; // which has corners at both ends
+            for (int place = isFirst ? 1 : 0; place < (isFirst ? parts : parts - m_row + 1); ++place) {
+                const double v = m_row / double(parts), w = place / double(parts);
                 positions.push_back(places.at(1 - v - w, v, w));
                 normals.push_back(directions.at(1 - v - w, v, w));
             }
+        }
+        if (m_row < parts) break;
     }
     points.copyVertices(static_cast<int>(positions.size()), positions.data());
     points.allocNormalArray();

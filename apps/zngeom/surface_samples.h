@@ -17,19 +17,16 @@ public:
     /// How many there are, approximately where there are very many. Linear in the triangles.
     double count() const;
 
-    /// Replaces the vertices and normals of `points` by those of the next triangles; false when there are none left.
-    /// A piece has some hundred thousand points, more where a single triangle has.
+    /// Replaces the vertices and normals of `points` by those of the next some hundred thousand points; false when
+    /// there are none left.
     bool next(znGeom::CompactMesh& points);
-
-    /// The triangles done so far.
-    int numDone() const { return m_next; }
 
 private:
     double partsOf(int triangle) const;
 
     const znGeom::CompactMesh& m_mesh;
     double m_spacing;
-    int m_next = 0;
+    int m_triangle = 0, m_row = 0; ///< where the next piece begins
 };
 
 } // namespace tool

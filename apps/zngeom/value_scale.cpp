@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "apps/zngeom/failure.h"
 #include "apps/zngeom/number_text.h"
 
 namespace tool {
@@ -17,11 +18,6 @@ std::optional<ValueScale> parseRange(const std::string& word)
     const std::optional<double> high = finiteNumber(std::string_view(word).substr(std::min(comma + 1, word.size())));
     if (!low || !high || !(*low < *high)) return std::nullopt;
     return ValueScale{*low, *high};
-}
-
-std::string problemOfRange(const std::string& word)
-{
-    return parseRange(word) ? "" : "must be two numbers with a comma between them, the lower one first";
 }
 
 } // namespace
@@ -56,13 +52,17 @@ ValueScale scaleOf(const std::vector<float>& values)
     return {low, percentile(0.98)};
 }
 
-void addRangeOption(CLI::App& app, std::optional<ValueScale>& scale)
+void addRangeOption(CLI::App& app, std::optional<std::string>& text)
 {
-    app.add_option_function<std::string>(
-           "--range", [&scale](const std::string& word) { scale = parseRange(word); },
-           "The values that the first and the last colour stand for")
-        ->check(CLI::Validator(problemOfRange, ""))
-        ->option_text("LO,HI");
+    app.add_option("--range", text, "The values that the first and the last colour stand for")->option_text("LO,HI");
+}
+
+std::optional<ValueScale> rangeFrom(const std::optional<std::string>& text)
+{
+    if (!text) return std::nullopt;
+    const std::optional<ValueScale> scale = parseRange(*text);
+    if (!scale) throw Failure("--range " + *text + ": expected two numbers with a comma between them, the lower first");
+    return scale;
 }
 
 } // namespace tool

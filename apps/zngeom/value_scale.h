@@ -25,6 +25,8 @@ struct ValueScale
 ValueScale scaleOf(const std::vector<float>& values);
 
 /// Adds `--range LO,HI`.
-void addRangeOption(CLI::App& app, std::optional<ValueScale>& scale);
+void addRangeOption(CLI::App& app, std::optional<std::string>& text);
+/// What it says, if it is given. Fails where that is not two numbers, the lower one first.
+std::optional<ValueScale> rangeFrom(const std::optional<std::string>& text);
 
 } // namespace tool

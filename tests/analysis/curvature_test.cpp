@@ -270,6 +270,17 @@ TEST(Curvature, DoesNotDependOnWindingOrOnTheOrderAroundAVertex)
         const std::vector<float> expected = curvature(mesh, type), found = curvature(mixed, type);
         for (size_t v = 0; v < found.size(); ++v) EXPECT_NEAR(found[v], expected[v], 1e-5);
     }
+    // Large enough to be worked on piece by piece; in disorder it is not.
+    CompactMesh large, disordered;
+    znTest::makeTorus(large, 300, 150);
+    disordered = large;
+    znTest::Random random(9);
+    for (int t = large.getNumTriangles() - 1; t > 0; --t)
+        std::swap(disordered.getTriangles()[t], disordered.getTriangles()[random.below(t + 1)]);
+    const std::vector<float> expected = curvature(large, GaussianCurvature, {}, 1);
+    EXPECT_EQ(curvature(large, GaussianCurvature, {}, 3), expected);
+    const std::vector<float> found = curvature(disordered, GaussianCurvature);
+    for (size_t v = 0; v < found.size(); ++v) ASSERT_NEAR(found[v], expected[v], 1e-5);
 }
 
 TEST(Curvature, HasTheSameBitsOnAnyNumberOfThreads)

@@ -97,9 +97,14 @@ TEST(ToolCut, SaysWhatItCannotDo)
              {{"cut", grid, out, "--along", loop}, {"grid.obj", "twice within one triangle", "("}},
              {{"cut", grid, out, "--along", inner}, {"nothing to cut"}},
              {{"cut", grid, out, "--plane", "1,0,0,9"}, {"misses"}},
+             {{"cut", grid, out, "--plane", "1,0,0,1", "--tolerance", "99"}, {"no larger than the tolerance of 99"}},
              {{"cut", bare, out, "--plane", "1,0,0,9"}, {"no triangles"}}})
         expectOneLine(runTool(each.arguments), each.words, each.words.back());
-    EXPECT_EQ(runTool({"cut", grid, out, "--plane", "1,0,0,1", "--tolerance", "-1"}).status, 2);
+    for (const std::string tolerance : {"-1", "0", "nan", "1e999", "wide"}) {
+        const Outcome refused = runTool({"cut", grid, out, "--plane", "1,0,0,1", "--tolerance", tolerance});
+        EXPECT_EQ(refused.status, 2);
+        EXPECT_NE(refused.err.find("must be a distance"), std::string::npos) << refused;
+    }
     EXPECT_EQ(runTool({"section", cube, out}).status, 2);
     EXPECT_EQ(scratch.read("grid.obj"), gridObj(2));
     for (const std::string& name : scratch.names()) EXPECT_NE(name, "out.obj");

@@ -75,6 +75,31 @@ TEST(ToolReduce, SaysWhyItGotLessFar)
     EXPECT_EQ(info(out)["triangles"], 11);
 }
 
+TEST(ToolReduce, CollapsesEdgesToAPartOrACountOfTheTriangles)
+{
+    const Scratch scratch;
+    const std::string in = scratch.write("in.obj", wavesObj(30)), out = scratch.path("out.ply");
+    for (const auto& [amount, triangles] : {std::pair{"0.5", 900}, {"300", 300}, {"1800", 1800}}) {
+        const Json told = report({"reduce", in, out, "--to", amount, "--method", "collapse"});
+        const Json left = info(out);
+        EXPECT_LE(told["triangles"], triangles);
+        EXPECT_GE(told["triangles"], triangles - 1);
+        EXPECT_EQ(told["turned_triangles"], 0);
+        EXPECT_EQ(left["triangles"], told["triangles"]);
+        EXPECT_EQ(left["vertices"], told["vertices"]);
+        EXPECT_EQ(left["unused_vertices"], 0);
+    }
+    EXPECT_NE(report({"reduce", in, out, "--to", "2000", "--method", "collapse"})["notes"].dump().find("all stay"),
+              std::string::npos);
+    EXPECT_NE(
+        report({"reduce", scratch.write("two.obj", tetrahedraObj()), out, "--to", "1", "--method", "collapse"})["notes"]
+            .dump()
+            .find("no more edges"),
+        std::string::npos);
+    EXPECT_EQ(runTool({"reduce", in, out, "--tolerance", "1%", "--method", "collapse"}).status, 2);
+    EXPECT_EQ(runTool({"reduce", in, out, "--to", "1", "--method", "melting"}).status, 2);
+}
+
 /// While it lives, what this thread starts may use one processor.
 class OnOneProcessor
 {
@@ -129,7 +154,7 @@ TEST(ToolReduce, SaysWhatIsNotKept)
 
 TEST(ToolReduce, RefusesWhatIsNoAmount)
 {
-    const std::string amount = "--to: must be a fraction between 0 and 1, or a whole number of vertices from 1\n";
+    const std::string amount = "--to: must be a fraction between 0 and 1, or a whole number from 1\n";
     const std::string distance = "--tolerance: must be a distance above 0, or a percentage such as 0.1%\n";
     const std::vector<std::pair<std::vector<std::string>, std::string>> cases{
         {{"--to=0"}, amount},

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <vector>
 
@@ -134,6 +135,40 @@ TEST(CurveTopology, CurvesMeetAlongEdgesAndAtVertices)
     checkGraph(graph);
 }
 
+TEST(CurveTopology, FindsWhatIsNearWhereverItIs)
+{
+    constexpr double wide = 1e-3;
+    constexpr int count = 60;
+    Sheet joined, repeated;
+    for (int i = 0; i < count; ++i) {
+        const double x = 1 + 0.13 * wide * i, y = 0.05 + 0.02 * i, off = (i % 2 ? 0.9 : -0.9) * wide;
+        joined.draw({{x - 0.5, y}, {x, y}}, wide);
+        joined.draw({{x + off, y - off}, {x + 0.5, y}}, wide);
+        repeated.draw({{x, y}, {x + 0.5, y}}, wide);
+        repeated.draw({{x + 0.5 - off, y}, {x + off, y + off}}, wide);
+    }
+    const MeshCurveTopology ends(joined.mesh, joined.curves, wide), alike(repeated.mesh, repeated.curves, wide);
+    const Degrees all = degrees(ends);
+    EXPECT_EQ(std::count(all.begin(), all.end(), 2), count);
+    EXPECT_EQ(all.size(), 3U * count);
+    EXPECT_EQ(alike.getLosses().numRepeated, count);
+}
+
+TEST(CurveTopology, TrimmingLoosensEarlierCurves)
+{
+    Sheet sheet;
+    sheet.draw({{0, 1}, {1, 1}}); // from the boundary to where the next begins
+    sheet.draw({{1, 1}, {1, 2}});
+    sheet.draw({{0, 3}, {0.5, 3}, {0, 3.4}});
+    MeshCurveTopology graph(sheet.mesh, sheet.curves, tolerance);
+    graph.trimInteriorEndPoints();
+    ASSERT_EQ(sheet.curves.size(), 1);
+    EXPECT_EQ(sheet.curves.front().size(), 3);
+    EXPECT_EQ(graph.getLosses().numTrimmed, 2);
+    EXPECT_NEAR(graph.getLosses().trimmedLength, 2, 1e-12);
+    checkGraph(graph);
+}
+
 TEST(CurveTopology, NoCurveLosesItsWayWherePointsBecomeOne)
 {
     // The crossing lies within the tolerance of a point on the diagonal from which its curve goes on across it.
@@ -167,6 +202,13 @@ TEST(CurveTopology, RunsBecomeCurvesAndEndsReachASide)
     expectAt(*sheet.curves.front().back(), 3, 1, 1);
     expectAt(*sheet.last().front(), 4, 4, 0);
     expectAt(*sheet.last().back(), 2, 2, 1);
+    Sheet meeting;
+    const TopoMeshCurve& one = meeting.draw({{1, 0.5}, {1, 1}});
+    meeting.draw({{1, 1}, {2, 1}});
+    MeshCurveTopology::extend(meeting.curves, tolerance);
+    expectAt(*one.front(), 1, 0, 1);
+    expectAt(*one.back(), 1, 1, 2);
+    expectAt(*meeting.last().front(), 1, 1, 2);
     MeshCurveTopology::convert(sheet.curves, {}, tolerance);
     EXPECT_TRUE(sheet.last().empty());
     MeshCurveTopology graph(sheet.mesh, sheet.curves, tolerance); // and an empty one does no harm

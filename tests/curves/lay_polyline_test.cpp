@@ -109,6 +109,32 @@ TEST(LayPolyline, RunsAlongEdgesAndTellsWhatIsLost)
     EXPECT_TRUE(!lost.curve && lost.lostPiece == 1);
 }
 
+TEST(LayPolyline, CancelsAtEveryReport)
+{
+    const CompactMesh grid = makeGrid(5, 5);
+    const MeshAdjTris adjTris = adjTrisOf(grid);
+    const MeshLayPolyline lay(grid, adjTris);
+    zn::vector<Point> spiral;
+    for (int i = 0; i < 200; ++i)
+        spiral.append({2 + 0.009 * i * std::cos(0.1 * i), 2 + 0.009 * i * std::sin(0.1 * i), 0});
+    bool isLaid = false;
+    int cancelAt = 0;
+    for (; !isLaid; ++cancelAt) {
+        znUtil::Progress progress;
+        int seen = 0;
+        progress.setObserver([&](double, const char*) {
+            if (++seen == cancelAt) progress.cancel();
+        });
+        if (cancelAt == 0) progress.cancel();
+        const MeshLaidPolyline laid = lay(spiral, false, progress);
+        isLaid = static_cast<bool>(laid.curve);
+        EXPECT_EQ(isLaid, !progress.cancelled());
+        EXPECT_TRUE(laid.lostPiece < 0 && laid.lostPoint < 0);
+        EXPECT_EQ(laid.farthestPoint < 0, !isLaid);
+    }
+    EXPECT_GT(cancelAt, 10);
+}
+
 TEST(PlaneSection, FindsWholeCurves)
 {
     CompactMesh torus;

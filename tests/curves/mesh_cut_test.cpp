@@ -205,6 +205,9 @@ TEST(MeshCut, PartsTheSurfaceWhereCurvesCross)
         {{{ring, true}}, 2, ringLength},
         {{{ring, true}, {level, false}}, 4, ringLength + 8},
         {{{eight, true}}, 3, 24.3},
+        // Within one triangle, but for a point on its side, or at its corner; the second turns in and out.
+        {{{{{2.5, 2, 0}, {2.7, 2.1, 0}, {2.6, 2.2, 0}}, true}}, 2, 0.59},
+        {{{{{2, 2, 0}, {2.8, 2.1, 0}, {2.4, 2.16, 0}, {2.5, 2.3, 0}, {2.3, 2.12, 0}}, true}}, 2, 2.03},
         {{{hook, false}}, 2, 12.9}, // crosses itself, and its loose end is taken off
         {{{{{1.2, 4.3, 0}, {6.6, 4.3, 0}}, false}}, 0, 0},
     };
@@ -374,41 +377,52 @@ TEST(MeshCut, CleansUpBesideTheCut)
     EXPECT_EQ(meshComponents(corner.topoMesh), 2);
 }
 
-TEST(MeshCut, CancelsWithoutATrace)
+TEST(MeshCut, CancelsWithoutATraceWherever)
 {
     CompactMesh torus;
-    makeTorus(torus, 24, 16);
+    makeTorus(torus, 40, 25);
     const MeshAdjTris adjTris = adjTrisOf(torus);
     Places places;
-    for (const auto& curve : meshPlaneSection(torus, Plane({0, 0, 0.1}, znLinear::Normal(0, 1, 3))))
-        addCurve(curve, places);
-    int numReports = 0;
-    const auto cutTorus = [&](int cancelAt) {
-        CompactMesh mesh(torus);
-        znUtil::Progress progress;
-        int seen = 0;
-        progress.setObserver([&](double, const char*) {
-            numReports = std::max(numReports, ++seen);
-            if (seen == cancelAt) progress.cancel();
-        });
-        if (cancelAt == 0) progress.cancel();
-        const CompactMeshCutResult result = meshCut(mesh, adjTris, places, 1e-6, progress);
-        EXPECT_TRUE(result || result.getStatus() == CompactMeshCutResult::Cancelled);
-        EXPECT_EQ(haveSameBits(mesh, torus), !result);
-        return static_cast<bool>(result);
+    for (const Vector& normal : {Vector(0, 1, 3), Vector(1, 0, -2), Vector(2, 1, 0)})
+        for (const auto& curve : meshPlaneSection(torus, Plane({0, 0, 0.1}, znLinear::Normal(normal))))
+            addCurve(curve, places);
+    znUtil::Progress progress;
+    int seen = 0, cancelAt = -1;
+    progress.setObserver([&](double, const char*) {
+        if (++seen == cancelAt) progress.cancel();
+    });
+    const auto begin = [&](int at) {
+        progress.reset();
+        seen = 0, cancelAt = at;
+        if (at == 0) progress.cancel();
     };
-    EXPECT_TRUE(cutTorus(-1));
-    for (int cancelAt = 0; cancelAt < numReports; ++cancelAt) EXPECT_FALSE(cutTorus(cancelAt));
-    EXPECT_GT(numReports, 3);
-    for (const double share : {0.3, 0.5}) { // the half-edge mesh stays one of triangles
+    const auto cutFlat = [&] {
+        CompactMesh mesh(torus);
+        const CompactMeshCutResult result = meshCut(mesh, adjTris, places, 1e-6, progress);
+        EXPECT_EQ(haveSameBits(mesh, torus), !result);
+        return result.getStatus();
+    };
+    begin(-1);
+    EXPECT_EQ(cutFlat(), CompactMeshCutResult::Success);
+    const int numReports = seen;
+    EXPECT_GT(numReports, 40);
+    for (int at = 0; at <= numReports; at += at < 5 ? 1 : 3) {
+        begin(at);
+        EXPECT_EQ(cutFlat(), CompactMeshCutResult::Cancelled) << at << " of " << numReports;
+    }
+    // The half-edge mesh stays one of triangles, with the same surface.
+    const double area = Sizes(Cutting(torus, {}, 0).topoMesh).area;
+    TopoMeshCutResult::Status status = TopoMeshCutResult::Cancelled;
+    for (int at = 0; status == TopoMeshCutResult::Cancelled; at += at < 5 ? 1 : 3) {
+        SCOPED_TRACE(at);
         Cutting cutting(torus, places, 1e-6);
         MeshCurveTopology topology(cutting.topoMesh, cutting.curves, 1e-6);
-        znUtil::Progress progress;
-        progress.setObserver([&](double fraction, const char*) {
-            if (fraction > share) progress.cancel();
-        });
-        EXPECT_EQ(meshCut(cutting.topoMesh, topology, nullptr, progress).getStatus(), TopoMeshCutResult::Cancelled);
-        EXPECT_EQ(Sizes(cutting.topoMesh).odd, 0);
+        begin(at);
+        status = meshCut(cutting.topoMesh, topology, nullptr, progress).getStatus();
+        const Sizes after(cutting.topoMesh);
+        EXPECT_EQ(after.odd, 0);
+        EXPECT_NEAR(after.area, area, 1e-6 * area);
         EXPECT_TRUE(checkTopology(cutting.topoMesh));
+        ASSERT_LE(at, numReports);
     }
 }

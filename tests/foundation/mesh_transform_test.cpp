@@ -6,6 +6,7 @@
 #include "tests/support/recorder.h"
 #include "tests/support/shapes.h"
 #include "znGeom/analysis/normals.h"
+#include "znGeom/foundation/linear/tolerance.h"
 
 using namespace znGeom;
 using namespace znLinear;
@@ -38,6 +39,21 @@ TEST(MeshTransform, MovesPositionsAndTurnsNormals)
     ASSERT_EQ(recorder.changes().size(), 1u);
     EXPECT_EQ(recorder.changes()[0].type, Type::GeometryChanged);
     EXPECT_EQ(recorder.changes()[0].modified, (znTest::Change::Channels{Type::Normals, Type::TriangleNormals}));
+
+    // The identity, or nearly, is no change: normals that are not of unit length stay as they are.
+    CompactMesh still = mesh;
+    still.getNormals()[3].x = 0, still.getNormals()[3].y = 0, still.getNormals()[3].z = 2;
+    znTest::ChangeRecorder ofStill(still);
+    AffineMatrixFlt nearly;
+    nearly[3][0] = 0.5f * epsilonTolFlt;
+    meshTransform(still, AffineMatrixFlt());
+    meshTransform(still, nearly);
+    EXPECT_TRUE(ofStill.changes().empty());
+    EXPECT_EQ(still.getNormals()[3].z, 2);
+    nearly[3][0] = 2 * epsilonTolFlt;
+    meshTransform(still, nearly);
+    EXPECT_EQ(ofStill.changes().size(), 1u);
+    EXPECT_EQ(still.getNormals()[3].z, 1);
 
     // Without normals; a singular matrix; nothing at all.
     CompactMesh flat = znTest::makeGrid(3, 3), none;

@@ -84,7 +84,14 @@ TEST(Reparameterize, LaysFlatWhatCanBe)
     }));
     CompactMesh annulus;
     znTest::makeAnnulus(annulus, 40);
-    expectIsometric(annulus); // the hole has no force on its rim
+    expectIsometric(annulus);                    // the hole has no force on its rim
+    CompactMesh comb = znTest::makeGrid(61, 41); // with a hole of many teeth, too long to be bridged
+    int numLeft = 0;
+    for (int t = 0; t < comb.getNumTriangles(); ++t)
+        if (const int x = t / 2 % 60, y = t / 120; x < 2 || x > 57 || y < 2 || y > 37 || (x % 2 == 1 && y > 2))
+            comb.getTriangles()[numLeft++] = comb.getTriangles()[t];
+    comb.resizeTriangleArray(numLeft);
+    expectIsometric(comb);
 }
 
 TEST(Reparameterize, IsTheSameInEveryUnitAndFitsTheSquare)
@@ -155,13 +162,18 @@ TEST(Reparameterize, TellsWhatItDoesToTheLetter)
     OutputRecorder output;
     znUtil::Progress progress;
     Lines captions{""};
-    progress.setObserver([&](double, const char* caption) {
-        if (captions.back() != caption) captions.push_back(caption);
+    std::vector<double> begins;
+    progress.setObserver([&](double fraction, const char* caption) {
+        if (captions.back() == caption) return;
+        captions.push_back(caption);
+        begins.push_back(fraction);
     });
     EXPECT_TRUE(reparameterizeMesh(square).flatten(progress));
     EXPECT_EQ(progress.get(), 1);
     EXPECT_EQ(captions, (Lines{"", "Copying Mesh", "Finding Mesh Boundaries", "Getting Extreme Vertices",
                                "Creating Plane", "Filling Mesh Holes", "Solving", "Applying to Mesh"}));
+    const double shares[] = {0, 0.025, 0.125, 0.15, 0.2, 0.225, 0.975}; // one phase has no caption
+    for (size_t i = 0; i < begins.size(); ++i) EXPECT_NEAR(begins[i], shares[i], 1e-12);
     EXPECT_EQ(output.lines,
               (Lines{"getMeshGenus: numBoundaries 1 \n", "getMeshGenus: numBoundaryEdges 4 \n",
                      "getMeshGenus: numVertices 4 \n", "getMeshGenus: numTriangles 2 \n", "getMeshGenus: numEdges 5 \n",
@@ -179,6 +191,27 @@ TEST(Reparameterize, TellsWhatItDoesToTheLetter)
     EXPECT_TRUE(flatten(sheet));
     EXPECT_TRUE(output.has("Parameterization   5.0% complete\n"));
     EXPECT_EQ(output.lines.back(), "Parameterization: CG finished, code = 1\n");
+}
+
+TEST(Reparameterize, FindsAPlaneWhereTheBorderHasNone)
+{
+    // Two long pyramids on a triangle: they are slit from tip to tip, there and back.
+    const std::string failed = "Parameterization: failed to calculateD planeNormal.  Choosing Z-axis instead.\n";
+    const std::string along = "Parameterization: calculated planeNormal is (anti-)parallel to the vector between the "
+                              "fixed vertices of the 3D-boundary.  Choosing a random orthogonal vector instead.\n";
+    for (const bool isUpright : {false, true}) {
+        CompactMesh mesh = znTest::makeMesh(5, {{0, 1, 2}, {0, 2, 3}, {0, 3, 1}, {4, 2, 1}, {4, 3, 2}, {4, 1, 3}});
+        const float places[][3] = {{-9, 0, 0}, {0, 1, 0}, {0, -0.5f, 1}, {0, -0.5f, -1}, {9, 0, 0}};
+        for (int i = 0; i < 5; ++i)
+            mesh.getVertices()[i].set(places[i][isUpright ? 1 : 0], places[i][isUpright ? 2 : 1],
+                                      places[i][isUpright ? 0 : 2]);
+        OutputRecorder output;
+        ASSERT_TRUE(flatten(mesh));
+        const auto first = std::find(output.lines.begin(), output.lines.end(), failed);
+        ASSERT_NE(first, output.lines.end());
+        EXPECT_EQ(first[1], isUpright ? along : "Parameterization: CG finished, code = 1\n");
+        for (const float value : uvsOf(mesh)) EXPECT_TRUE(value >= 0 && value <= 1);
+    }
 }
 
 TEST(Reparameterize, RefusesWhatIsNoDisk)
@@ -286,6 +319,10 @@ TEST(BoundaryWalk, FindsLoopsAndNamesFaults)
     for (const auto& loop : loops)
         for (int i = 0; i < loop.size(); ++i) EXPECT_EQ(loop[i].end, loop[(i + 1) % loop.size()].start);
 
+    loops.clear();
+    edges = {{0, 1, 0, 0}, {2, 0, 0, 1}, {1, 2, 1, 0}, {2, 5, 1, 1}, {5, 6, 2, 0}, {6, 2, 2, 1}}; // two meet at 2
+    EXPECT_EQ(BoundaryWalk(sheet).orderBoundaries(edges, loops), 2);
+
     const std::vector<std::pair<CompactMesh, std::string>> faults{
         {znTest::makeMesh(6, {{0, 1, 2}, {3, 3, 5}}), "E Found degenerate triangle 1 (3,3,5), mesh not changed. \n"},
         {znTest::makeMesh(5, {{0, 1, 2}, {1, 0, 3}, {0, 1, 4}}), "E Invalid mesh, non-manifold triangle 2 (0,1,4) \n"},
@@ -316,6 +353,16 @@ TEST(UVDistortion, MeasuresCharts)
     EXPECT_DOUBLE_EQ(distortion.largestStretch, 2);
     EXPECT_DOUBLE_EQ(distortion.smallestScale, 1);
     EXPECT_EQ(distortion.seamLength, 0);
+
+    // As narrow as can be, as on the surface and twice as wide.
+    for (const float width : {1.0f, 2.0f}) {
+        CompactMesh narrow = znTest::makeMesh(3, {{0, 1, 2}});
+        narrow.getVertices()[2].set(5, 1e-12f, 0);
+        narrow.allocUVArray();
+        for (int i = 0; i < 3; ++i)
+            narrow.getUVs()[i].set(narrow.getVertices()[i].x, width * narrow.getVertices()[i].y);
+        EXPECT_NEAR(meshUVDistortion(narrow).meanStretch, width, 1e-3);
+    }
 
     // One triangle is larger, one is a point, and the rest is as on the surface.
     zn::vector<MeshUV> corners;

@@ -2,20 +2,23 @@
 
 #include <algorithm>
 #include <cmath>
-#include <memory>
+#include <cstdint>
 #include <numbers>
 #include <vector>
 
+#include "znGeom/analysis/internal/corner_terms.h"
 #include "znGeom/foundation/linear/tolerance.h"
 #include "znGeom/foundation/machine/clones.h"
-#include "znGeom/foundation/machine/huge_pages.h"
 #include "znGeom/foundation/mesh/mesh_transform.h"
 #include "znGeom/foundation/output/debug_channel.h"
 #include "znGeom/foundation/output/stop_watch.h"
+#include "znGeom/foundation/threads/parallel_for.h"
 
 namespace znGeom {
 
 using namespace znLinear;
+using internal::Terms;
+using internal::TriangleBlock;
 using znUtil::Slice;
 using znUtil::ThreadPool;
 
@@ -34,238 +37,140 @@ struct Surface
     bool isInterior(int vertex) const { return adjVertices.numNeighbours(vertex) == adjTris.numTris(vertex); }
 };
 
-/// What a triangle adds to the sums at each of its corners.
-enum Term : int {
-    Angle, ///< at the corner
-    Area,  ///< the part of the triangle that belongs to the corner
-    EdgeX,
-    EdgeY,
-    EdgeZ, ///< the sum of the two edges to the corner, each times the cotangent of the angle opposite
-    numTerms
-};
-
-/// The terms that a quantity is computed from.
-template <Term firstTerm, Term lastTerm>
-struct Terms
-{
-    static constexpr int first = firstTerm, count = lastTerm + 1 - firstTerm;
-    static constexpr bool hasAngles = first == Angle, hasEdges = lastTerm == EdgeZ;
-};
-
-/// Triangles that are processed together, number by number.
-struct TriangleBlock
-{
-    static constexpr int width = 32;
-    float corners[3][3][width];
-    double terms[3][numTerms][width];
-};
-
-/// What all terms of a triangle are made of.
-struct TriangleMeasures
-{
-    double edges[3][3]; ///< from each corner to the next
-    double dots[3];     ///< of the two edges that leave a corner
-    double doubleArea;
-};
-
-inline TriangleMeasures measuresOf(const TriangleBlock& block, int i)
-{
-    TriangleMeasures m;
-    for (int corner = 0; corner < 3; ++corner)
-        for (int axis = 0; axis < 3; ++axis)
-            m.edges[corner][axis] =
-                double(block.corners[(corner + 1) % 3][axis][i]) - double(block.corners[corner][axis][i]);
-    for (int corner = 0; corner < 3; ++corner) {
-        const double *const out = m.edges[corner], *const in = m.edges[(corner + 2) % 3];
-        m.dots[corner] = -(in[0] * out[0] + in[1] * out[1] + in[2] * out[2]);
-    }
-    const double *const u = m.edges[0], *const v = m.edges[1];
-    const double x = u[1] * v[2] - u[2] * v[1], y = u[2] * v[0] - u[0] * v[2], z = u[0] * v[1] - u[1] * v[0];
-    m.doubleArea = std::sqrt(x * x + y * y + z * z);
-    return m;
-}
-
-/// The part of a triangle that is nearest to each corner; where it is obtuse, half of it belongs to the corner there
-/// and a quarter to each of the others.
-inline void setAreas(const TriangleMeasures& m, TriangleBlock& block, int i)
-{
-    const double d0 = m.dots[0], d1 = m.dots[1], d2 = m.dots[2];
-    const double scale = 0.125 / m.doubleArea;
-    const bool isObtuse = (d0 < 0) | (d1 < 0) | (d2 < 0);
-    // The square of an edge is the sum of the dots at its ends; it is weighed with the cotangent of the angle opposite.
-    const double part01 = (d0 + d1) * d2, part12 = (d1 + d2) * d0, part20 = (d2 + d0) * d1;
-    block.terms[0][Area][i] = isObtuse ? m.doubleArea * (d0 < 0 ? 0.25 : 0.125) : (part01 + part20) * scale;
-    block.terms[1][Area][i] = isObtuse ? m.doubleArea * (d1 < 0 ? 0.25 : 0.125) : (part12 + part01) * scale;
-    block.terms[2][Area][i] = isObtuse ? m.doubleArea * (d2 < 0 ? 0.25 : 0.125) : (part20 + part12) * scale;
-}
-
-/// The angle of (x, y) from the x axis where y is not negative, to about the last bit. Unlike `std::atan2` it has no
-/// branches, and gives the same bits everywhere.
-inline double angleOf(double x, double y)
-{
-    const double width = std::fabs(x);
-    const double most = y > width ? y : width, least = y > width ? width : y;
-    // Above half of 45 degrees, measured from there.
-    const bool isSteep = least > 0.41421356237309503 * most;
-    const double tangent = (isSteep ? least - most : least) / (isSteep ? least + most : most);
-    const double s = tangent * tangent;
-    // The best polynomial of its degree for the arctangent where its argument is at most that of half of 45 degrees.
-    double sum = -0.019176885636589053;
-    sum = sum * s + 0.039231657085083686;
-    sum = sum * s - 0.050854496960392584;
-    sum = sum * s + 0.05858148904795124;
-    sum = sum * s - 0.0666451144646022;
-    sum = sum * s + 0.07692183190760651;
-    sum = sum * s - 0.09090904578121085;
-    sum = sum * s + 0.11111111015256292;
-    sum = sum * s - 0.14285714284666542;
-    sum = sum * s + 0.1999999999999552;
-    sum = sum * s - 0.3333333333333333;
-    const double angle = (isSteep ? std::numbers::pi / 4 : 0) + (tangent + tangent * (s * sum));
-    const double upright = y > width ? std::numbers::pi / 2 - angle : angle;
-    return x < 0 ? std::numbers::pi - upright : upright;
-}
-
-inline void setAngles(const TriangleMeasures& m, TriangleBlock& block, int i)
-{
-    const double first = angleOf(m.dots[0], m.doubleArea), second = angleOf(m.dots[1], m.doubleArea);
-    block.terms[0][Angle][i] = first;
-    block.terms[1][Angle][i] = second;
-    block.terms[2][Angle][i] = std::numbers::pi - (first + second);
-}
-
-inline void setEdges(const TriangleMeasures& m, TriangleBlock& block, int i)
-{
-    const double scale = 1 / m.doubleArea;
-    for (int axis = 0; axis < 3; ++axis) {
-        const double from0 = m.edges[0][axis] * (m.dots[2] * scale), from1 = m.edges[1][axis] * (m.dots[0] * scale),
-                     from2 = m.edges[2][axis] * (m.dots[1] * scale);
-        block.terms[0][EdgeX + axis][i] = from2 - from0;
-        block.terms[1][EdgeX + axis][i] = from0 - from1;
-        block.terms[2][EdgeX + axis][i] = from1 - from2;
-    }
-}
-
-ZNGEOM_CLONES void compute(Terms<Angle, Area>, TriangleBlock& block)
-{
-    for (int i = 0; i < TriangleBlock::width; ++i) {
-        const TriangleMeasures m = measuresOf(block, i);
-        setAreas(m, block, i);
-        setAngles(m, block, i);
-    }
-}
-
-ZNGEOM_CLONES void compute(Terms<Area, EdgeZ>, TriangleBlock& block)
-{
-    for (int i = 0; i < TriangleBlock::width; ++i) {
-        const TriangleMeasures m = measuresOf(block, i);
-        setAreas(m, block, i);
-        setEdges(m, block, i);
-    }
-}
-
-ZNGEOM_CLONES void compute(Terms<Angle, EdgeZ>, TriangleBlock& block)
-{
-    for (int i = 0; i < TriangleBlock::width; ++i) {
-        const TriangleMeasures m = measuresOf(block, i);
-        setAreas(m, block, i);
-        setAngles(m, block, i);
-        setEdges(m, block, i);
-    }
-}
-
-/// Sums up at each vertex what its triangles add, in their order. Each thread has a slice of the vertices and looks for
-/// triangles that touch it.
-template <class Terms>
-class SumAtVertices : public znUtil::ThreadedAlg
+/// Runs of triangles, and the vertices that each of them reaches: from them it is seen which runs may touch a window of
+/// vertices.
+class TriangleRuns
 {
 public:
-    SumAtVertices(const Surface& surface, double* sums) : m_surface(surface), m_sums(sums) {}
-
-    void execute(int threadIndex, int numThreads) override
+    TriangleRuns(const CompactMesh& mesh, ThreadPool& pool)
+        : m_numTriangles(mesh.getNumTriangles()), m_reach(static_cast<size_t>((m_numTriangles + length - 1) / length))
     {
-        const Slice slice(m_surface.mesh.getNumVertices(), threadIndex, numThreads);
-        std::fill(m_sums + size_t(slice.begin) * Terms::count, m_sums + size_t(slice.end) * Terms::count, 0.0);
-        const MeshTriangle* const triangles = m_surface.mesh.getTriangles();
-        const int numTriangles = m_surface.mesh.getNumTriangles();
-        TriangleBlock block{};
-        const MeshTriangle* gathered[TriangleBlock::width];
-        int count = 0;
-        for (int t = 0; t < numTriangles; ++t) {
-            if (!touches(slice, triangles[t])) continue;
-            gather(triangles[t], block, count);
-            gathered[count++] = &triangles[t];
-            if (count < TriangleBlock::width) continue;
-            addBlock(slice, gathered, count, block);
-            count = 0;
-        }
-        addBlock(slice, gathered, count, block);
+        const int* const corners = mesh.getTrianglesRaw();
+        znUtil::parallelFor(pool, count(), [&](Slice slice, int) {
+            for (int run = slice.begin; run < slice.end; ++run)
+                m_reach[static_cast<size_t>(run)] = reachOf(corners + 3 * begin(run), 3 * (end(run) - begin(run)));
+        });
+    }
+
+    int count() const { return static_cast<int>(m_reach.size()); }
+    int begin(int run) const { return run * length; }
+    int end(int run) const { return std::min(begin(run) + length, m_numTriangles); }
+    bool mayTouch(int run, Slice window) const
+    {
+        const Reach& reach = m_reach[static_cast<size_t>(run)];
+        return reach.lowest < window.end && reach.highest >= window.begin;
+    }
+    /// Whether runs reach into one or two windows, as they do where the order of triangles follows that of vertices.
+    bool areShort(int windowSize) const
+    {
+        std::int64_t numWindows = 0;
+        for (const Reach& reach : m_reach) numWindows += reach.highest / windowSize - reach.lowest / windowSize + 1;
+        return numWindows <= 2 * static_cast<std::int64_t>(m_reach.size());
     }
 
 private:
-    static bool contains(const Slice& slice, int vertex) { return vertex >= slice.begin && vertex < slice.end; }
+    static constexpr int length = 256;
 
-    static bool touches(const Slice& slice, const MeshTriangle& triangle)
+    struct Reach
     {
-        return contains(slice, triangle[0]) || contains(slice, triangle[1]) || contains(slice, triangle[2]);
-    }
+        int lowest, highest;
+    };
 
-    void gather(const MeshTriangle& triangle, TriangleBlock& block, int at) const
+    ZNGEOM_CLONES static Reach reachOf(const int* corners, int count)
     {
-        for (int corner = 0; corner < 3; ++corner) {
-            const MeshVertex& vertex = m_surface.vertices[triangle[corner]];
-            block.corners[corner][0][at] = vertex.x;
-            block.corners[corner][1][at] = vertex.y;
-            block.corners[corner][2][at] = vertex.z;
+        int lowest = corners[0], highest = corners[0];
+        for (int i = 0; i < count; ++i) {
+            lowest = std::min(lowest, corners[i]);
+            highest = std::max(highest, corners[i]);
         }
+        return {lowest, highest};
     }
 
-    void addBlock(const Slice& slice, const MeshTriangle* const* triangles, int count, TriangleBlock& block)
-    {
-        compute(Terms(), block);
-        for (int i = 0; i < count; ++i)
-            for (int corner = 0; corner < 3; ++corner) {
-                const int vertex = (*triangles[i])[corner];
-                if (!contains(slice, vertex)) continue;
-                double* const sums = m_sums + size_t(vertex) * Terms::count;
-                for (int term = 0; term < Terms::count; ++term)
-                    sums[term] += block.terms[corner][Terms::first + term][i];
-            }
-    }
-
-    const Surface& m_surface;
-    double* m_sums;
+    int m_numTriangles;
+    std::vector<Reach> m_reach;
 };
 
-/// Computes the quantity at interior vertices from their sums; others get 0 and are noted, in a list for each thread.
+constexpr bool contains(Slice window, int vertex) { return vertex >= window.begin && vertex < window.end; }
+
+/// Computes the quantity at interior vertices; others get 0 and are noted, in a list for each thread.
+///
+/// Each thread has a slice of the vertices, and goes through it window by window, so that the sums stay in the cache.
+/// For each window it looks for the triangles that touch it; what they add is summed up in their order.
 template <class Terms>
 class InteriorCurvature : public znUtil::ThreadedAlg
 {
 public:
-    InteriorCurvature(const Surface& surface, const double* sums, MeshCurvature type, float* output,
+    static constexpr int windowSize = 1 << 14;
+
+    InteriorCurvature(const Surface& surface, const TriangleRuns& runs, MeshCurvature type, float* output,
                       std::vector<int>* borders)
-        : m_surface(surface), m_sums(sums), m_type(type), m_output(output), m_borders(borders)
+        : m_surface(surface), m_triangles(surface.mesh.getTriangles()), m_runs(runs),
+          m_windowSize(runs.areShort(windowSize) ? windowSize : surface.mesh.getNumVertices()), m_type(type),
+          m_output(output), m_borders(borders)
     {}
 
     void execute(int threadIndex, int numThreads) override
     {
         const Slice slice(m_surface.mesh.getNumVertices(), threadIndex, numThreads);
-        for (int vertex = slice.begin; vertex < slice.end; ++vertex) {
-            const bool isInterior = m_surface.isInterior(vertex);
-            if (!isInterior) m_borders[threadIndex].push_back(vertex);
-            m_output[vertex] = isInterior && isMeasured(vertex) ? static_cast<float>(measure(vertex)) : 0.0f;
+        const int numWindows = (slice.size() + m_windowSize - 1) / std::max(m_windowSize, 1);
+        std::vector<double> sums;
+        for (int i = 0; i < numWindows; ++i) {
+            Slice window(slice.size(), i, numWindows);
+            window.begin += slice.begin, window.end += slice.begin;
+            sums.assign(static_cast<size_t>(window.size()) * Terms::count, 0.0);
+            sumUp(window, sums.data());
+            measure(window, sums.data(), m_borders[threadIndex]);
         }
     }
 
 private:
+    void sumUp(Slice window, double* sums) const
+    {
+        TriangleBlock block;
+        for (int run = 0; run < m_runs.count(); ++run)
+            if (m_runs.mayTouch(run, window))
+                for (int t = m_runs.begin(run); t < m_runs.end(run); ++t) {
+                    const MeshTriangle& triangle = m_triangles[t];
+                    if (!contains(window, triangle[0]) && !contains(window, triangle[1]) &&
+                        !contains(window, triangle[2]))
+                        continue;
+                    block.append(triangle, m_surface.vertices);
+                    if (block.isFull()) addBlock(window, block, sums);
+                }
+        addBlock(window, block, sums);
+    }
+
+    static void addBlock(Slice window, TriangleBlock& block, double* sums)
+    {
+        internal::compute(Terms(), block);
+        for (int i = 0; i < block.count; ++i)
+            for (int corner = 0; corner < 3; ++corner) {
+                const int vertex = (*block.triangles[i])[corner];
+                if (!contains(window, vertex)) continue;
+                double* const ofVertex = sums + static_cast<std::ptrdiff_t>(vertex - window.begin) * Terms::count;
+                for (int term = 0; term < Terms::count; ++term)
+                    ofVertex[term] += block.terms[corner][Terms::first + term][i];
+            }
+        block.count = 0;
+    }
+
+    void measure(Slice window, const double* sums, std::vector<int>& borders) const
+    {
+        for (int vertex = window.begin; vertex < window.end; ++vertex, sums += Terms::count) {
+            const bool isInterior = m_surface.isInterior(vertex);
+            if (!isInterior) borders.push_back(vertex);
+            m_output[vertex] =
+                isInterior && isMeasured(vertex) ? static_cast<float>(measure(vertex, sums - Terms::first)) : 0.0f;
+        }
+    }
+
     bool isMeasured(int vertex) const
     {
         return m_surface.adjVertices.numNeighbours(vertex) >= 2 && m_type >= MeanCurvature && m_type <= MaxCurvature;
     }
 
-    double measure(int vertex) const
+    double measure(int vertex, const double* terms) const
     {
-        const double* const terms = m_sums + size_t(vertex) * Terms::count - Terms::first;
         if constexpr (!Terms::hasEdges)
             return gaussianOf(terms);
         else if constexpr (!Terms::hasAngles)
@@ -274,16 +179,19 @@ private:
             return principalOf(meanOf(vertex, terms), gaussianOf(terms));
     }
 
-    static double gaussianOf(const double* terms) { return (2 * std::numbers::pi - terms[Angle]) / terms[Area]; }
+    static double gaussianOf(const double* terms)
+    {
+        return (2 * std::numbers::pi - terms[internal::Angle]) / terms[internal::Area];
+    }
 
     double meanOf(int vertex, const double* terms) const
     {
-        const Vector edges(terms[EdgeX], terms[EdgeY], terms[EdgeZ]);
+        const Vector edges(terms[internal::EdgeX], terms[internal::EdgeY], terms[internal::EdgeZ]);
         double length = edges.length();
         // What is shorter has no direction that normals could agree with.
         if (!(epsilonTol > length) && m_surface.normals && dot(edges, m_surface.normals[vertex].asVector()) < 0)
             length = -length;
-        return length / (4 * terms[Area]);
+        return length / (4 * terms[internal::Area]);
     }
 
     double principalOf(double mean, double gaussian) const
@@ -297,7 +205,9 @@ private:
     }
 
     const Surface& m_surface;
-    const double* m_sums;
+    const MeshTriangle* m_triangles;
+    const TriangleRuns& m_runs;
+    int m_windowSize;
     MeshCurvature m_type;
     float* m_output;
     std::vector<int>* m_borders;
@@ -370,14 +280,10 @@ template <class Terms>
 void measureInterior(const Surface& surface, MeshCurvature type, float* output, BorderLists& borders, ThreadPool& pool)
 {
     znOS::StopWatch watch;
-    const size_t numSums = static_cast<size_t>(surface.mesh.getNumVertices()) * Terms::count;
-    const auto sums = std::make_unique_for_overwrite<double[]>(numSums);
-    znUtil::adviseHugePages(sums.get(), numSums * sizeof(double));
-    SumAtVertices<Terms> sumAtVertices(surface, sums.get());
-    pool.run(sumAtVertices);
+    const TriangleRuns runs(surface.mesh, pool);
     debugChannel().print(" cotangents computed in: %f s\n", watch.clear());
     watch.start();
-    InteriorCurvature<Terms> interior(surface, sums.get(), type, output, borders.data());
+    InteriorCurvature<Terms> interior(surface, runs, type, output, borders.data());
     pool.run(interior);
     debugChannel().print("  interior curvature computed: %f s\n", watch.clear());
 }
@@ -396,11 +302,11 @@ void measureCurvature(const Surface& surface, MeshCurvature type, float* output,
 {
     BorderLists borders(static_cast<size_t>(pool.getNumThreads()));
     if (type == MeanCurvature)
-        measureInterior<Terms<Area, EdgeZ>>(surface, type, output, borders, pool);
+        measureInterior<Terms<internal::Area, internal::EdgeZ>>(surface, type, output, borders, pool);
     else if (type == GaussianCurvature)
-        measureInterior<Terms<Angle, Area>>(surface, type, output, borders, pool);
+        measureInterior<Terms<internal::Angle, internal::Area>>(surface, type, output, borders, pool);
     else
-        measureInterior<Terms<Angle, EdgeZ>>(surface, type, output, borders, pool);
+        measureInterior<Terms<internal::Angle, internal::EdgeZ>>(surface, type, output, borders, pool);
     measureBoundary(surface, borders, output, pool);
 }
 

@@ -39,8 +39,9 @@ enum MeshCurvature : int {
 /// Mean curvature by cotangent weights and Gaussian curvature by missing angles, each over a mixed Voronoi area, after
 /// Meyer, Desbrun, Schroder and Barr, "Discrete Differential-Geometry Operators for Triangulated 2-Manifolds" (2003).
 /// All of them are sums over the triangles at a vertex, so that their order and winding do not matter. Linear; on all
-/// threads of the pool, with the same bits for any number of them. Takes 16 bytes a vertex while it runs for Gaussian,
-/// 32 for mean and 40 for the principal curvatures; a matrix other than the identity another 24. Prints four lines.
+/// threads of the pool, with the same bits for any number of them. Takes half a megabyte a thread while it runs, or up
+/// to 40 bytes a vertex where the order of the triangles does not follow that of the vertices at all; a matrix other
+/// than the identity another 24 bytes a vertex. Prints four lines.
 ZNGEOM_API void meshCurvature(const CompactMesh& mesh, const MeshAdjTris& adjTris, const MeshAdjVertices& adjVertices,
                               const znLinear::AffineMatrixFlt& matrix, MeshCurvature type, float* output,
                               znUtil::ThreadPool& pool = znUtil::ThreadPool::get());

@@ -3,7 +3,11 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <set>
+#include <unordered_map>
 
+#include "znGeom/curves/internal/curve_ends.h"
+#include "znGeom/curves/internal/pace.h"
 #include "znGeom/foundation/linear/intersect.h"
 #include "znGeom/foundation/linear/range.h"
 #include "znGeom/foundation/threads/radix_sort.h"
@@ -31,32 +35,6 @@ double lengthOf(const TopoMeshCurve& curve)
     return sum;
 }
 
-/// The first two points of a curve, from one of its ends.
-struct Tip
-{
-    const TopoMeshPoint *end, *next;
-
-    Tip(TopoMeshCurve& curve, bool atStart)
-    {
-        const Node first = atStart ? curve.firstNode() : lastNode(curve);
-        end = first.value().get();
-        next = (atStart ? first.next() : first.prev()).value().get();
-    }
-    bool agrees(const Tip& other, double tolerance) const
-    {
-        return equivalent(end->position, other.end->position, tolerance) &&
-               equivalent(next->position, other.next->position, tolerance);
-    }
-};
-
-bool overlap(TopoMeshCurve& first, TopoMeshCurve& second, double tolerance)
-{
-    if (first.size() < 2 || second.size() < 2) return false;
-    const Tip tips[2] = {{first, true}, {first, false}}, others[2] = {{second, true}, {second, false}};
-    return tips[0].agrees(others[0], tolerance) || tips[0].agrees(others[1], tolerance) ||
-           tips[1].agrees(others[0], tolerance) || tips[1].agrees(others[1], tolerance);
-}
-
 /// Whether a point stands where the one before it in a run does.
 bool repeats(const TopoMeshPoint& before, const TopoMeshPoint& point, double tolerance)
 {
@@ -66,14 +44,6 @@ bool repeats(const TopoMeshPoint& before, const TopoMeshPoint& point, double tol
                             ? point.edge == before.edge || (point.edge->twin && point.edge->twin == before.edge)
                             : point.coord.face == before.coord.face;
     return shares && equivalent(before.position, point.position, tolerance);
-}
-
-bool meetsAnotherEnd(const PointRef& point, TopoMeshCurves& curves)
-{
-    const auto meets = [&](const PointRef& end) { return end.get() != point.get() && end->equivalent(*point); };
-    return std::any_of(curves.begin(), curves.end(), [&](TopoMeshCurve& curve) {
-        return !curve.empty() && (meets(curve.front()) || meets(curve.back()));
-    });
 }
 
 /// Moves `end` along the line from `before` to the side of its face.
@@ -209,20 +179,36 @@ public:
         sortByFaces();
     }
 
+    /// \return false after a cancel
     template <typename Visit>
-    void forEachPair(const Visit& visit) const
+    bool forEachPair(znUtil::Progress& progress, const Visit& visit) const
     {
+        internal::Pace pace(progress);
         for (int i = 0; i < inFaces.size(); ++i)
-            for (int j = i + 1; j < inFaces.size() && inFaces[j].face == inFaces[i].face; ++j)
+            for (int j = i + 1; j < inFaces.size() && inFaces[j].face == inFaces[i].face; ++j) {
+                if (!pace.goesOn(i, inFaces.size())) return false;
                 visit(inFaces[i].segment, inFaces[j].segment, inFaces[i].face);
+            }
+        return !progress.cancelled();
     }
 
+    /// For segments along edges those in the faces on both sides.
+    /// \return false after a cancel
     template <typename Visit>
-    void forEachIn(TopoMeshFace face, const Visit& visit) const
+    bool forEachBeside(znUtil::Progress& progress, const Visit& visit) const
     {
-        auto at = std::lower_bound(inFaces.begin(), inFaces.end(), face,
-                                   [](const InFace& a, TopoMeshFace wanted) { return a.face < wanted; });
-        for (; at != inFaces.end() && at->face == face; ++at) visit(at->segment);
+        internal::Pace pace(progress);
+        for (int i = 0; i < alongEdges.size(); ++i) {
+            const auto& [edge, segment] = alongEdges[i];
+            for (const TopoMeshFace face : {edge->face, edge->twin ? edge->twin->face : TopoMeshFace()}) {
+                if (!pace.goesOn(i, alongEdges.size())) return false;
+                if (!face) continue;
+                auto at = std::lower_bound(inFaces.begin(), inFaces.end(), face,
+                                           [](const InFace& a, TopoMeshFace wanted) { return a.face < wanted; });
+                for (; at != inFaces.end() && at->face == face; ++at) visit(segment, at->segment, face);
+            }
+        }
+        return !progress.cancelled();
     }
 
 private:
@@ -245,13 +231,26 @@ void MeshCurveTopology::IPoint::addCurve(TopoMeshCurve& curve, bool atStart)
     addCurve(curve, atStart ? curve.firstNode() : lastNode(curve));
 }
 
+MeshCurveTopology::MeshCurveTopology(TopoMesh& mesh, TopoMeshCurves& curves, double tolerance,
+                                     znUtil::Progress& progress)
+    : m_mesh(&mesh), m_curves(&curves), m_tolerance(tolerance)
+{
+    build(progress);
+}
+
 MeshCurveTopology::MeshCurveTopology(TopoMesh& mesh, TopoMeshCurves& curves, double tolerance)
     : m_mesh(&mesh), m_curves(&curves), m_tolerance(tolerance)
+{
+    znUtil::Progress progress;
+    build(progress);
+}
+
+void MeshCurveTopology::build(znUtil::Progress& progress)
 {
     validateCurves();
     createIPoints();
     linkCurves();
-    intersect();
+    if (!progress.cancelled()) intersect(progress);
 }
 
 MeshCurveTopology::IPoint* MeshCurveTopology::getIPoint(const PointRef& point)
@@ -263,10 +262,10 @@ MeshCurveTopology::IPoint* MeshCurveTopology::getIPoint(const PointRef& point)
 /// Whether a curve is a repeat depends on those after it alone, so one pass finds what any number would.
 void MeshCurveTopology::validateCurves()
 {
-    for (auto curve = m_curves->firstNode(); curve;) {
-        auto later = curve.next();
-        while (later && !overlap(curve.value(), later.value(), m_tolerance)) later = later.next();
-        if (!later) {
+    const zn::vector<bool> isRepeat = internal::findRepeats(*m_curves, m_tolerance);
+    auto curve = m_curves->firstNode();
+    for (const bool goes : isRepeat) {
+        if (!goes) {
             curve = curve.next();
             continue;
         }
@@ -297,12 +296,28 @@ void MeshCurveTopology::linkCurves()
 {
     for (auto curve = m_curves->firstNode(); curve;)
         curve = closeOnItself(curve.value()) ? curve.next() : m_curves->erase(curve);
+    if (m_tolerance > 0) linkOpenCurves();
+}
+
+/// Each curve is held against those after it; only such are looked at as end near its own ends.
+void MeshCurveTopology::linkOpenCurves()
+{
+    internal::CurveEnds places(*m_curves, m_tolerance);
+    zn::vector<TopoMeshCurve*> curves;
+    for (TopoMeshCurve& curve : *m_curves) curves.append(&curve);
     PointRef ends[4];
-    for (auto first = m_curves->firstNode(); first; first = first.next()) {
-        if (first.value().empty()) continue;
-        ends[0] = first.value().front(), ends[1] = first.value().back();
-        if (ends[0] == ends[1]) continue;
-        for (auto second = first.next(); second; second = second.next()) linkEnds(second.value(), ends);
+    for (int first = 0; first < curves.size(); ++first) {
+        if (curves[first]->empty()) continue;
+        ends[0] = curves[first]->front(), ends[1] = curves[first]->back();
+        for (int second = ends[0] == ends[1] ? -1 : first; second >= 0;) {
+            int nearest = -1;
+            for (const PointRef& end : {ends[0], ends[1]}) {
+                const int candidate = end ? places.firstAfter(second, end->position) : -1;
+                if (nearest < 0 || (candidate >= 0 && candidate < nearest)) nearest = candidate;
+            }
+            second = nearest;
+            if (second >= 0) linkEnds(*curves[second], ends, places);
+        }
     }
 }
 
@@ -320,29 +335,47 @@ bool MeshCurveTopology::closeOnItself(TopoMeshCurve& curve)
 }
 
 /// \param ends  those of the first curve, null once they are joined; the others are filled in here
-void MeshCurveTopology::linkEnds(TopoMeshCurve& second, PointRef (&ends)[4])
+void MeshCurveTopology::linkEnds(TopoMeshCurve& second, PointRef (&ends)[4], internal::CurveEnds& places)
 {
     if (second.empty()) return;
     ends[2] = second.front(), ends[3] = second.back();
     if (ends[2] == ends[3]) return;
     for (const auto& [i, j] : {std::pair{0, 2}, {0, 3}, {1, 2}, {1, 3}}) {
         if (!ends[i] || !ends[j] || !areEquivalent(*ends[i], *ends[j])) continue;
-        merge(ends[i], ends[j]);
+        mergeEnds(ends[i], ends[j], places);
         ends[i] = nullptr, ends[j] = nullptr;
     }
 }
 
-void MeshCurveTopology::intersect()
+/// Merges, and tells where ends of curves are now.
+void MeshCurveTopology::mergeEnds(const PointRef& keep, const PointRef& drop, internal::CurveEnds& places)
+{
+    const IPoint* const dropped = getIPoint(drop);
+    if (keep == drop || !dropped) return;
+    int numMoved = dropped->getDegree();
+    const Point before = keep->position;
+    if (!merge(keep, drop)) return;
+    IPoint& merged = *getIPoint(keep);
+    if (!(keep->position == before)) numMoved = merged.getDegree();
+    auto use = merged.uses.sentinel();
+    for (; numMoved > 0; --numMoved) {
+        use = use.prev();
+        places.add(places.numberOf(*use.value().curve), keep->position);
+    }
+}
+
+void MeshCurveTopology::intersect(znUtil::Progress& progress)
 {
     const Segments segments(*m_curves);
-    segments.forEachPair(
-        [this](const Segment& first, const Segment& second, TopoMeshFace face) { intersect(first, second, face); });
-    for (const auto& [edge, along] : segments.alongEdges) {
-        const Segment& segment = along;
-        for (const TopoMeshFace face : {edge->face, edge->twin ? edge->twin->face : TopoMeshFace()})
-            if (face) segments.forEachIn(face, [&](const Segment& other) { intersect(segment, other, face); });
-    }
-    findVertexIntersections();
+    const auto visit = [this](const Segment& first, const Segment& second, TopoMeshFace face) {
+        intersect(first, second, face);
+    };
+    znUtil::Progress share;
+    progress.subPhase(0.8, share);
+    if (!segments.forEachPair(share, visit)) return;
+    progress.subPhase(0.2, share);
+    if (segments.forEachBeside(share, visit)) findVertexIntersections();
+    progress.set(1);
 }
 
 /// Straight segments cross once at most, however many points have been inserted in them: so each pair is looked at
@@ -432,16 +465,19 @@ bool MeshCurveTopology::merge(const PointRef& kept, const PointRef& dropped)
     return true;
 }
 
-void MeshCurveTopology::removeUse(TopoMeshCurve& curve, Node node)
+/// \return the curve of the one use that is left, or null
+TopoMeshCurve* MeshCurveTopology::removeUse(TopoMeshCurve& curve, Node node)
 {
     IPoint* iPoint = getIPoint(node.value());
-    if (!iPoint) return;
+    if (!iPoint) return nullptr;
     for (auto use = iPoint->uses.firstNode(); use; use = use.next())
         if (use.value().curve == &curve && use.value().node == node) {
             iPoint->uses.erase(use);
             break;
         }
+    if (iPoint->getDegree() == 1) return iPoint->uses.front().curve;
     if (iPoint->uses.empty()) m_iPoints.eraseNodesMatching(node.value());
+    return nullptr;
 }
 
 bool MeshCurveTopology::isLoose(TopoMeshCurve& curve, Node node) const
@@ -450,37 +486,53 @@ bool MeshCurveTopology::isLoose(TopoMeshCurve& curve, Node node) const
     return !curve.empty() && found != m_iPoints.end() && found->second.getDegree() == 1 && !node.value()->onBoundary();
 }
 
+/// Always the first curve that has a loose end is trimmed. Those before it have been looked at, and are again when a
+/// node of theirs is left with one use.
 void MeshCurveTopology::trimInteriorEndPoints()
 {
-    for (auto curve = m_curves->firstNode(); curve;) {
-        TopoMeshCurve& points = curve.value();
+    zn::vector<TopoMeshCurves::Node> curves;
+    std::unordered_map<const TopoMeshCurve*, int> numbers;
+    std::set<int> suspects;
+    for (auto curve = m_curves->firstNode(); curve; curve = curve.next()) {
+        numbers.emplace(&curve.value(), curves.size());
+        suspects.insert(suspects.end(), curves.size());
+        curves.append(curve);
+    }
+    while (!suspects.empty()) {
+        const int number = *suspects.begin();
+        TopoMeshCurve& points = curves[number].value();
         const bool atStart = !points.empty() && isLoose(points, points.firstNode());
         const bool atEnd = !atStart && !points.empty() && isLoose(points, lastNode(points));
         if (!atStart && !atEnd) {
-            curve = curve.next();
+            suspects.erase(suspects.begin());
             continue;
         }
-        trim(points, atStart);
-        if (points.empty()) m_curves->erase(curve);
-        curve = m_curves->firstNode();
+        const auto [atOneEnd, atOther] = trim(points, atStart);
+        for (const TopoMeshCurve* const loosened : {atOneEnd, atOther})
+            if (loosened) suspects.insert(numbers.at(loosened));
+        if (!points.empty()) continue;
+        suspects.erase(number);
+        m_curves->erase(curves[number]);
     }
     dropPassedNodes();
 }
 
 /// Takes points off one end of a curve, up to the next node of the graph.
-void MeshCurveTopology::trim(TopoMeshCurve& curve, bool atStart)
+/// \return the curves at nodes that have one use left at either end of what was taken off, or null
+std::pair<TopoMeshCurve*, TopoMeshCurve*> MeshCurveTopology::trim(TopoMeshCurve& curve, bool atStart)
 {
     const auto endNode = [&] { return atStart ? curve.firstNode() : lastNode(curve); };
     ++m_losses.numTrimmed;
-    removeUse(curve, endNode());
+    TopoMeshCurve* const atOneEnd = removeUse(curve, endNode());
     do {
         const Point gone = endNode().value()->position;
         curve.erase(endNode());
         if (!curve.empty()) m_losses.trimmedLength += distance(gone, endNode().value()->position);
     } while (!curve.empty() && !getIPoint(endNode().value()));
-    if (curve.size() != 1) return;
-    removeUse(curve, curve.firstNode());
+    if (curve.size() != 1) return {atOneEnd, nullptr};
+    TopoMeshCurve* const atOther = removeUse(curve, curve.firstNode());
     curve.eraseFront();
+    return {atOneEnd, atOther};
 }
 
 /// What was a crossing until one of the two curves was taken off is a point like others.
@@ -509,11 +561,12 @@ void MeshCurveTopology::convert(TopoMeshCurves& curves, const std::deque<TopoMes
 
 void MeshCurveTopology::extend(TopoMeshCurves& curves, double tolerance)
 {
+    const internal::EndsInFaces ends(curves);
     for (TopoMeshCurve& curve : curves) {
         if (curve.size() < 2) continue;
         const Node first = curve.firstNode(), last = lastNode(curve);
         for (const auto& [before, end] : {std::pair{first.next(), first}, {last.prev(), last}})
-            if (end.value()->kind == TopoMeshPoint::InFace && !meetsAnotherEnd(end.value(), curves))
+            if (end.value()->kind == TopoMeshPoint::InFace && !ends.meetsAnother(*end.value()))
                 extendSegment(*before.value(), *end.value(), tolerance);
     }
 }

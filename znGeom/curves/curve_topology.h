@@ -2,13 +2,19 @@
 #pragma once
 
 #include <deque>
+#include <utility>
 
 #include "znGeom/foundation/containers/list.h"
 #include "znGeom/foundation/containers/tree.h"
+#include "znGeom/foundation/threads/progress.h"
 #include "znGeom/topology/topo_mesh.h"
 #include "znGeom/topology/topo_point.h"
 
 namespace znGeom {
+
+namespace internal {
+class CurveEnds;
+}
 
 /// The points of a curve in order; neighbours lie on a common face. Points are shared: curves that meet hold the same
 /// point there.
@@ -67,10 +73,13 @@ public:
     /// vertices.
     ///
     /// \param tolerance  a distance in world units
+    /// \param progress   advanced; a cancel leaves a graph, and curves, with which nothing more can be done
     ///
-    /// Of two curves with an end in common, whose next points agree too, the earlier one counts as a repeat. A curve
-    /// end joins one end of each other curve at most. Quadratic in the curves, and in the segments within one face.
+    /// Of two curves with an end in common, whose next points agree too, the earlier one counts as a repeat. An end of
+    /// a curve joins one end at most of those after it. n log n in the points of curves, quadratic in the segments
+    /// within one face.
     MeshCurveTopology(TopoMesh& mesh, TopoMeshCurves& curves, double tolerance);
+    MeshCurveTopology(TopoMesh& mesh, TopoMeshCurves& curves, double tolerance, znUtil::Progress& progress);
 
     TopoMesh& getMesh() const { return *m_mesh; }
     TopoMeshCurves& getCurves() const { return *m_curves; }
@@ -81,7 +90,7 @@ public:
     const MeshCurveLosses& getLosses() const { return m_losses; }
 
     /// Takes off the ends of curves that end alone in the surface, back to the next node; curves without a node go
-    /// altogether. Ends on the boundary stay.
+    /// altogether. Ends on the boundary stay. n log n in the curves.
     void trimInteriorEndPoints();
 
     /// Appends the curves of a run of surface coordinates: a new one begins where two consecutive coordinates have no
@@ -95,21 +104,25 @@ private:
     struct Segment;
     class Segments;
 
+    void build(znUtil::Progress& progress);
     void validateCurves();
     void createIPoints();
     void linkCurves();
     bool closeOnItself(TopoMeshCurve& curve);
-    void linkEnds(TopoMeshCurve& second, zn::Reference<TopoMeshPoint> (&ends)[4]);
+    void linkOpenCurves();
+    void linkEnds(TopoMeshCurve& second, zn::Reference<TopoMeshPoint> (&ends)[4], internal::CurveEnds& places);
+    void mergeEnds(const zn::Reference<TopoMeshPoint>& keep, const zn::Reference<TopoMeshPoint>& drop,
+                   internal::CurveEnds& places);
     bool areEquivalent(const TopoMeshPoint& a, const TopoMeshPoint& b) const;
-    void intersect();
+    void intersect(znUtil::Progress& progress);
     void intersect(const Segment& first, const Segment& second, TopoMeshFace face);
     void split(TopoMeshCurve& curve, TopoMeshCurve::Node before, const zn::Reference<TopoMeshPoint>& crossing);
     void findVertexIntersections();
     void addUse(TopoMeshCurve& curve, TopoMeshCurve::Node node);
     bool merge(const zn::Reference<TopoMeshPoint>& keep, const zn::Reference<TopoMeshPoint>& drop);
-    void removeUse(TopoMeshCurve& curve, TopoMeshCurve::Node node);
+    TopoMeshCurve* removeUse(TopoMeshCurve& curve, TopoMeshCurve::Node node);
     bool isLoose(TopoMeshCurve& curve, TopoMeshCurve::Node node) const;
-    void trim(TopoMeshCurve& curve, bool atStart);
+    std::pair<TopoMeshCurve*, TopoMeshCurve*> trim(TopoMeshCurve& curve, bool atStart);
     void dropPassedNodes();
 
     TopoMesh* m_mesh;

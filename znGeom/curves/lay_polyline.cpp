@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "znGeom/analysis/bounds.h"
+#include "znGeom/curves/internal/pace.h"
 #include "znGeom/curves/internal/plane_walk.h"
 #include "znGeom/spatial/queries/closest_point.h"
 #include "znGeom/spatial/trees/octree.h"
@@ -15,6 +16,7 @@ using namespace znLinear;
 namespace {
 
 constexpr int leafCapacity = 16;
+constexpr int stepsPerLook = 16; ///< a piece may cross thousands of triangles
 
 /// Below this weight a place lies on the side across.
 constexpr double leastWeight = 1e-9;
@@ -46,12 +48,16 @@ public:
         computeOctreeTris(mesh, m_octree, m_octreeTris);
     }
 
-    MeshLaidPolyline lay(const zn::vector<Point>& points, bool closed)
+    MeshLaidPolyline lay(const zn::vector<Point>& points, bool closed, znUtil::Progress& progress)
     {
         MeshLaidPolyline laid;
         zn::vector<MeshCoord> places(points.size(), MeshCoord());
         MeshClosestPoint closest(m_mesh, m_octree, m_octreeTris);
+        znUtil::Progress share;
+        progress.subPhase(0.5, share);
+        internal::Pace pace(share, stepsPerLook);
         for (int i = 0; i < points.size(); ++i) {
+            if (!pace.goesOn(i, points.size())) return {};
             const double distance = closest.compute(points[i], &places[i]);
             if (!places[i].valid()) {
                 laid.lostPoint = i;
@@ -61,7 +67,8 @@ public:
             if (laid.farthestPoint >= 0 && !(distance > laid.farthestDistance)) continue;
             laid.farthestPoint = i, laid.farthestDistance = distance;
         }
-        join(places, closed, laid);
+        progress.subPhase(0.5, share);
+        join(places, closed, share, laid);
         return laid;
     }
 
@@ -72,17 +79,22 @@ private:
         double forward; ///< the cosine between the way to the side and that to the end
     };
 
-    void join(const zn::vector<MeshCoord>& places, bool closed, MeshLaidPolyline& laid) const
+    void join(const zn::vector<MeshCoord>& places, bool closed, znUtil::Progress& progress,
+              MeshLaidPolyline& laid) const
     {
+        internal::Pace pace(progress, stepsPerLook);
         std::deque<MeshCoord> coords;
         const int count = places.size();
         for (int i = 0; i < count; ++i) {
+            if (!pace.goesOn(i, count)) return void(laid = {});
             if (coords.empty() || pointAt(coords.back()) != pointAt(places[i])) coords.push_back(places[i]);
             if (i + 1 == count && (!closed || count < 3)) break;
             if (trace(places[i], places[i + 1 < count ? i + 1 : 0], coords)) continue;
             laid.lostPiece = i;
             return;
         }
+        if (!progress.cancelled()) progress.set(1); // the last chance for an observer to cancel
+        if (progress.cancelled()) return void(laid = {});
         laid.curve = new MeshCurve(coords, closed && count > 2);
     }
 
@@ -183,7 +195,14 @@ MeshLayPolyline::MeshLayPolyline(const CompactMesh& mesh, const MeshAdjTris& adj
 
 MeshLaidPolyline MeshLayPolyline::operator()(const zn::vector<Point>& points, bool closed) const
 {
-    return m_impl->lay(points, closed);
+    znUtil::Progress progress;
+    return m_impl->lay(points, closed, progress);
+}
+
+MeshLaidPolyline MeshLayPolyline::operator()(const zn::vector<Point>& points, bool closed,
+                                             znUtil::Progress& progress) const
+{
+    return m_impl->lay(points, closed, progress);
 }
 
 } // namespace znGeom

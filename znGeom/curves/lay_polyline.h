@@ -4,6 +4,7 @@
 #include "znGeom/curves/surface_curves.h"
 #include "znGeom/foundation/containers/impl_base.h"
 #include "znGeom/foundation/containers/vector.h"
+#include "znGeom/foundation/threads/progress.h"
 
 namespace znGeom {
 
@@ -12,7 +13,7 @@ class MeshLayPolylineImpl;
 /// A polyline as it was laid on a surface.
 struct MeshLaidPolyline
 {
-    zn::Reference<MeshCurve> curve; ///< null where it could not be laid
+    zn::Reference<MeshCurve> curve; ///< null where it could not be laid, and after a cancel
     int lostPoint = -1;             ///< the first point without a nearest place: it is not finite
     int lostPiece = -1;             ///< the first piece that does not arrive: piece i begins at point i
     int farthestPoint = -1;         ///< the point that lay farthest from the surface,
@@ -40,6 +41,9 @@ public:
     /// arrive where its planes lead to the boundary, to an edge of more than two triangles, or back to its beginning,
     /// and where there are none: between two places one above the other. Points that repeat the one before are dropped.
     MeshLaidPolyline operator()(const zn::vector<znLinear::Point>& points, bool closed) const;
+    /// \param progress  advanced; after a cancel there is no curve, and nothing is told as lost
+    MeshLaidPolyline operator()(const zn::vector<znLinear::Point>& points, bool closed,
+                                znUtil::Progress& progress) const;
 
 private:
     zn::ImplPointer<MeshLayPolylineImpl> m_impl;

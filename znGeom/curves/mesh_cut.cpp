@@ -6,6 +6,7 @@
 #include "znGeom/curves/internal/condition_mesh.h"
 #include "znGeom/curves/internal/curve_division.h"
 #include "znGeom/curves/internal/cut_opening.h"
+#include "znGeom/curves/internal/pace.h"
 #include "znGeom/foundation/output/debug_channel.h"
 #include "znGeom/foundation/output/stop_watch.h"
 #include "znGeom/scopes/modify_rep.h"
@@ -76,22 +77,20 @@ private:
         const zn::set<TopoMeshVertex> oldBoundary = boundaryOnCurves();
         internal::CurveDivision division(m_mesh, m_topology);
         if (progress.cancelled()) return m_result.setError(MeshCutStatus::Cancelled);
-        division.divideEdges();
-        division.divideAtCrossings();
-        division.divideAlongRuns();
+        znUtil::Progress share;
+        progress.subPhase(0.4, share);
+        bool goesOn = division.divide(share);
         m_result.account.numSkippedRuns = division.numSkipped();
-        progress.set(0.4);
+        progress.subPhase(0.2, share);
         internal::CutOpening opening(m_mesh, m_topology.getCurves(), m_result.account);
-        if (!progress.cancelled()) opening.open();
+        goesOn = goesOn && opening.open(share);
         for (const TopoMeshFace face : division.touchedFaces()) internal::triangulateFace(m_mesh, face);
-        progress.set(0.7);
-        if (progress.cancelled())
-            m_result.setError(MeshCutStatus::Cancelled);
-        else
-            condition(opening.rim(), numVertices, oldBoundary);
+        progress.subPhase(0.4, share);
+        if (goesOn) condition(opening.rim(), numVertices, oldBoundary, share);
         TopoMeshModification modification(&m_mesh, TopoMeshModification::ConnectivityChanged);
         m_mesh.modified(modification);
-        progress.set(1);
+        if (!progress.cancelled()) progress.set(1); // the last chance for an observer to cancel
+        if (progress.cancelled()) m_result.setError(MeshCutStatus::Cancelled);
     }
 
     /// The vertices on curves that are on the boundary before anything is cut.
@@ -104,7 +103,8 @@ private:
     }
 
     /// \param rim  vertices along what was opened, sorted \param numOld  the numbers of vertices before the cut
-    void condition(zn::vector<TopoMeshVertex> rim, int numOld, const zn::set<TopoMeshVertex>& oldBoundary)
+    void condition(zn::vector<TopoMeshVertex> rim, int numOld, const zn::set<TopoMeshVertex>& oldBoundary,
+                   znUtil::Progress& progress)
     {
         for (const TopoMeshVertex v : verticesOnCurves())
             if (v.number() >= numOld && v.onBoundary()) rim.append(v);
@@ -116,7 +116,7 @@ private:
                 for (const TopoMeshVertex neighbour : {endOf(e), e->prev->origin})
                     if (!neighbour.onBoundary()) candidates.insert(neighbour);
         }
-        internal::ConditionMesh(m_mesh, candidates, m_removedVertex)(m_topology.getTolerance());
+        internal::ConditionMesh(m_mesh, candidates, m_removedVertex)(m_topology.getTolerance(), progress);
     }
 
     zn::vector<TopoMeshVertex> verticesOnCurves() const
@@ -145,11 +145,15 @@ public:
         CompactMeshCutResult result;
         TopoMesh& topoMesh = m_scope.extract();
         progress.set(0.2);
-        TopoMeshCurves curves = convert(places);
+        TopoMeshCurves curves;
+        znUtil::Progress share;
+        progress.subPhase(0.1, share);
+        if (!convert(places, curves, share)) return cancelled();
         MeshCurveTopology::extend(curves, m_tolerance);
-        MeshCurveTopology topology(topoMesh, curves, m_tolerance);
+        progress.subPhase(0.1, share);
+        MeshCurveTopology topology(topoMesh, curves, m_tolerance, share);
+        if (progress.cancelled()) return cancelled();
         topology.trimInteriorEndPoints();
-        progress.set(0.3);
         result.account.curves = topology.getLosses();
         if (topology.getIPoints().empty()) {
             result.setError(MeshCutStatus::NothingToCut);
@@ -157,11 +161,10 @@ public:
         }
         znRTB::SignalArg<TopoMeshVertex> removed;
         removed.addCallback([this](TopoMeshVertex v) { m_scope.removeVertex(v); }, *this);
-        znUtil::Progress share;
         progress.subPhase(0.6, share);
         const TopoMeshCutResult cut = meshCut(topoMesh, topology, &removed, share);
         result.account = cut.account;
-        result.status = progress.cancelled() ? MeshCutStatus::Cancelled : cut.status;
+        result.status = cut.status;
         if (cut.problemPoint.face) result.problemPoint = cut.problemPoint.evaluate();
         if (result) m_scope.merge();
         return result;
@@ -175,15 +178,29 @@ private:
         return all;
     }
 
-    TopoMeshCurves convert(const std::deque<std::deque<MeshCoord>>& places) const
+    static CompactMeshCutResult cancelled()
     {
-        TopoMeshCurves curves;
+        CompactMeshCutResult result;
+        result.setError(MeshCutStatus::Cancelled);
+        return result;
+    }
+
+    /// \return false after a cancel
+    bool convert(const std::deque<std::deque<MeshCoord>>& places, TopoMeshCurves& curves,
+                 znUtil::Progress& progress) const
+    {
+        internal::Pace pace(progress);
+        std::int64_t numDone = 0, numPlaces = 0;
+        for (const std::deque<MeshCoord>& run : places) numPlaces += static_cast<std::int64_t>(run.size());
         for (const std::deque<MeshCoord>& run : places) {
             std::deque<TopoMeshCoord> coords;
-            for (const MeshCoord& place : run) coords.push_back(m_scope.copy(place));
+            for (const MeshCoord& place : run) {
+                coords.push_back(m_scope.copy(place));
+                if (!pace.goesOn(numDone++, numPlaces)) return false;
+            }
             MeshCurveTopology::convert(curves, coords, m_tolerance);
         }
-        return curves;
+        return !progress.cancelled();
     }
 
     MeshModifyRep m_scope;

@@ -81,8 +81,8 @@ public:
 ///
 /// \param topology       the graph of the curves on this mesh; its points are placed anew, at vertices
 /// \param removedVertex  may be null; sent each vertex of the mesh before the clean-up deletes it
-/// \param progress       advanced; a cancel leaves a valid mesh of triangles, in which the cut is not made or made in
-///                       part
+/// \param progress       advanced, and looked at within all long loops; a cancel leaves a valid mesh of triangles, in
+///                       which the cut is not made, made in part, or not cleaned up
 /// \return with a status of 1 to 4 the mesh is as it was
 ///
 /// A cut that ends at a vertex inside the surface opens up to the edge before it. Listeners of the mesh are told once
@@ -99,7 +99,7 @@ ZNGEOM_API TopoMeshCutResult meshCut(TopoMesh& mesh, MeshCurveTopology& topology
 ///                   repeats its first place
 /// \param tolerance  a distance in world units: places nearer to a vertex or an edge count as lying there. A millionth
 ///                   of the diagonal suits most meshes
-/// \param progress   advanced; a cancel leaves every bit of the mesh
+/// \param progress   advanced, up to the merge; a cancel leaves every bit of the mesh
 /// \return with a status other than 0 the mesh is as it was, to the last bit
 ///
 /// Ends inside a triangle go on to its side. Then what ends inside the surface is taken off, back to the last crossing:

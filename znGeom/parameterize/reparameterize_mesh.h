@@ -17,10 +17,10 @@ namespace znGeom {
 ///     znGeom::reparameterizeMesh flattening(mesh);
 ///     if (flattening.flatten()) use(mesh.getUVs());
 ///
-/// The mesh must be one piece, without handles, with a border; holes in it are bridged as if they were filled, and stay
-/// holes. What is no such disk is cut open first, in a copy. The mesh is not: where the copy was cut a vertex has the
-/// coordinates of one side, and triangles on the other side reach across the whole chart. Cut the mesh itself with
-/// `cutSurface::makeDisk` to have coordinates for both sides.
+/// The mesh must be one piece, without handles, with a border; holes in it are bridged as if they were filled, but for
+/// those of more than 1500 edges, and stay holes. What is no such disk is cut open first, in a copy. The mesh is not:
+/// where the copy was cut a vertex has the coordinates of one side, and triangles on the other side reach across the
+/// whole chart. Cut the mesh itself with `cutSurface::makeDisk` to have coordinates for both sides.
 ///
 /// The result does not depend on the mesh's unit or place: scaled by a power of two, it gets the same bits. An object
 /// is for one flattening, since its copy changes. It must not outlive the mesh, and is used by one thread.
@@ -51,7 +51,7 @@ public:
     ///         infinite or NaN; and for one that is no disk and may not be cut, or can't be
     ///
     /// Why, and what was found on the way, goes to `znOS::AppOutput`. The coordinates are those that the solver ended
-    /// with, converged or not. For n vertices elimination takes the time of n^1.5 and n log n memory, 900 MB for a
+    /// with, converged or not. For n vertices elimination takes the time of n^1.5 and n log n memory, 800 MB for a
     /// quarter of a million; beyond a million vertices, and where elimination comes to no solution, conjugate gradients
     /// do all of it, in up to as many steps as there are unknowns. On the calling thread, but for welding and cutting.
     bool flatten();

@@ -48,10 +48,14 @@ struct Mapped
         const Vector2 q = chart.imageAt(corner + 2) - chart.imageAt(corner);
         area = cross(a, b).length();
         imageArea = cross(p, q);
+        // A side goes to p, and the height on it to this.
+        const double side2 = a.length2();
+        const Vector2 height = q - p * (dot(a, b) / side2);
         // The squares of the singular values have this sum, times the area, and the ratio of areas as their product.
-        const double sum = p.length2() * b.length2() - 2 * dot(p, q) * dot(a, b) + q.length2() * a.length2();
-        const double ratio = sum / (2 * area * std::fabs(imageArea)); // (s + 1 / s) / 2 for the stretch s
-        stretch = ratio + std::sqrt(std::max(ratio * ratio - 1, 0.0));
+        const double sum = p.length2() / side2 * area * area + height.length2() * side2;
+        const double ratio =
+            std::max(sum / (2 * area * std::fabs(imageArea)), 1.0); // (s + 1 / s) / 2 for the stretch s
+        stretch = ratio + std::sqrt(ratio * ratio - 1);
     }
     bool hasArea() const { return area > 0 && std::isfinite(area); }
     bool hasImage() const { return imageArea != 0 && std::isfinite(imageArea) && std::isfinite(stretch); }

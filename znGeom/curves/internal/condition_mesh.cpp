@@ -32,10 +32,10 @@ bool isThinTriangle(const Point& a, const Point& b, const Point& c)
 
 bool isThin(TopoMeshVertex v)
 {
+    const bool isOpen = v.onBoundary();
     for (const TopoMeshEdge e : fanOf(v)) {
         const TopoMeshVertex end = endOf(e);
-        if ((v.onBoundary() || end.onBoundary()) && isThinTriangle(v->point, end->point, e->prev->origin->point))
-            return true;
+        if (isThinTriangle(v->point, end->point, e->prev->origin->point) && (isOpen || end.onBoundary())) return true;
     }
     return false;
 }
@@ -74,12 +74,28 @@ bool isLoneFace(TopoMeshVertex v) { return !v->edge->next->twin; }
 
 } // namespace
 
+void PacedSwapper::begin(znUtil::Progress& progress, int numEdges)
+{
+    m_pace.emplace(progress);
+    m_numAsked = 0, m_numEdges = numEdges;
+    m_goesOn = !progress.cancelled();
+}
+
+/// Nobody knows how many passes there will be: each takes half of what is left, nearly.
+bool PacedSwapper::shouldSwap(TopoMeshEdge e)
+{
+    ++m_numAsked;
+    m_goesOn = m_goesOn && m_pace->goesOn(m_numAsked, m_numAsked + m_numEdges);
+    return m_goesOn && MeshEdgeSwapper::shouldSwap(e);
+}
+
 ConditionMesh::ConditionMesh(TopoMesh& mesh, zn::set<TopoMeshVertex>& candidates,
                              znRTB::SignalArg<TopoMeshVertex>* removed)
     : m_mesh(mesh), m_candidates(candidates), m_isCandidate(mesh.vertexNumbers()), m_removed(removed)
 {
     for (const TopoMeshVertex v : candidates) m_isCandidate.setBit(v.number());
-    for (MeshEdgeSwapper* const swapper : {&m_mainSwapper, &m_removalSwapper, &m_lastSwapper})
+    for (MeshEdgeSwapper* const swapper :
+         std::initializer_list<MeshEdgeSwapper*>{&m_mainSwapper, &m_removalSwapper, &m_lastSwapper})
         swapper->getVetoSignal().addCallback([this](TopoMeshEdge e, bool& veto) { vetoFarAway(e, veto); });
     m_mainSwapper.getVetoSignal().addCallback(MeshEdgeSwapper::preserveFeatures);
     m_mainSwapper.getVetoSignal().addCallback(MeshEdgeSwapper::minimizeOppositeAngleSum);
@@ -94,27 +110,39 @@ void ConditionMesh::vetoFarAway(TopoMeshEdge e, bool& veto) const
     if (!hasNearEnd || !(isNear(e->prev->origin) || isNear(e->twin->prev->origin))) veto = true;
 }
 
-void ConditionMesh::operator()(double tolerance)
+void ConditionMesh::operator()(double tolerance, znUtil::Progress& progress)
 {
+    znUtil::Progress share;
     for (int pass = 0; pass < mostPasses; ++pass) {
-        // Others would be vetoed, now and after any swap.
-        zn::vector<TopoMeshEdge> edges;
-        for (const TopoMeshVertex v : m_candidates)
-            for (const TopoMeshEdge e : outgoingOf(v))
-                if (e->twin) edges.append(std::min(e, e->twin));
-        std::sort(edges.begin(), edges.end());
-        meshSwapEdgesRepeatedly(
-            m_mesh, zn::vector<TopoMeshEdge>(edges.begin(), std::unique(edges.begin(), edges.end())), m_mainSwapper);
-        if (removeThin(tolerance) == 0) return;
+        progress.subPhase(0.6 / mostPasses, share);
+        swapRepeatedly(share);
+        progress.subPhase(0.4 / mostPasses, share);
+        if (progress.cancelled() || removeThin(tolerance, share) == 0) return;
     }
 }
 
+void ConditionMesh::swapRepeatedly(znUtil::Progress& progress)
+{
+    // Others would be vetoed, now and after any swap.
+    zn::vector<TopoMeshEdge> edges;
+    for (const TopoMeshVertex v : m_candidates)
+        for (const TopoMeshEdge e : outgoingOf(v))
+            if (e->twin) edges.append(std::min(e, e->twin));
+    std::sort(edges.begin(), edges.end());
+    const zn::vector<TopoMeshEdge> once(edges.begin(), std::unique(edges.begin(), edges.end()));
+    m_mainSwapper.begin(progress, once.size());
+    meshSwapEdgesRepeatedly(m_mesh, once, m_mainSwapper);
+}
+
 /// \return how many vertices were removed
-int ConditionMesh::removeThin(double tolerance)
+int ConditionMesh::removeThin(double tolerance, znUtil::Progress& progress)
 {
     int count = 0;
     zn::set<TopoMeshVertex> touched;
-    for (auto at = m_candidates.firstNode(); at;) {
+    Pace pace(progress);
+    const int numCandidates = m_candidates.size();
+    std::int64_t numSeen = 0;
+    for (auto at = m_candidates.firstNode(); at && pace.goesOn(numSeen++, numCandidates);) {
         const TopoMeshVertex v = at.value();
         const auto node = at;
         at = at.next();

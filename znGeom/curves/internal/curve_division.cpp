@@ -4,6 +4,7 @@
 #include <cmath>
 #include <tuple>
 
+#include "znGeom/curves/internal/pace.h"
 #include "znGeom/topology/topo_walks.h"
 
 namespace znGeom::internal {
@@ -100,19 +101,90 @@ Vector areaOf(TopoMeshFace face)
     return area;
 }
 
-/// Whether a point of the plane of a face is inside it: by crossings of a ray, seen along the axis nearest to `normal`.
-bool contains(TopoMeshFace face, const Vector& normal, const Point& point)
+/// A plane seen along the axis nearest to its normal.
+class Seen
 {
-    const double x = std::fabs(normal.dx), y = std::fabs(normal.dy), z = std::fabs(normal.dz);
-    const int away = x > y && x > z ? 0 : y > z ? 1 : 2, across = (away + 1) % 3, up = (away + 2) % 3;
-    bool isInside = false;
-    for (const TopoMeshEdge side : sidesOf(face)) {
-        const Point &a = side->origin->point, &b = endOf(side)->point;
-        if ((a[up] > point[up]) == (b[up] > point[up])) continue;
-        const double t = (point[up] - a[up]) / (b[up] - a[up]);
-        if (point[across] < a[across] + t * (b[across] - a[across])) isInside = !isInside;
+public:
+    explicit Seen(const Vector& normal)
+    {
+        const double x = std::fabs(normal.dx), y = std::fabs(normal.dy), z = std::fabs(normal.dz);
+        const int away = x > y && x > z ? 0 : y > z ? 1 : 2;
+        m_across = (away + 1) % 3, m_up = (away + 2) % 3;
     }
-    return isInside;
+
+    /// Whether a point is inside a face: by crossings of a ray.
+    bool contains(TopoMeshFace face, const Point& point) const
+    {
+        bool isInside = false;
+        for (const TopoMeshEdge side : sidesOf(face)) {
+            const Point &a = side->origin->point, &b = endOf(side)->point;
+            if ((a[m_up] > point[m_up]) == (b[m_up] > point[m_up])) continue;
+            const double t = (point[m_up] - a[m_up]) / (b[m_up] - a[m_up]);
+            if (point[m_across] < a[m_across] + t * (b[m_across] - a[m_across])) isInside = !isInside;
+        }
+        return isInside;
+    }
+
+    /// Whether two segments have a point in common. True as well for some that lie on one line.
+    bool meet(const Point& a, const Point& b, const Point& c, const Point& d) const
+    {
+        return turn(a, b, c) * turn(a, b, d) <= 0 && turn(c, d, a) * turn(c, d, b) <= 0;
+    }
+
+private:
+    double turn(const Point& a, const Point& b, const Point& c) const
+    {
+        return (b[m_across] - a[m_across]) * (c[m_up] - a[m_up]) - (b[m_up] - a[m_up]) * (c[m_across] - a[m_across]);
+    }
+
+    int m_across, m_up;
+};
+
+/// Whether a closed way is wider than a tolerance.
+bool isWide(const zn::vector<Point>& loop, double tolerance)
+{
+    Vector area;
+    double length = 0;
+    for (int i = 0; i < loop.size(); ++i) {
+        const Point &from = loop[i], &to = loop[(i + 1) % loop.size()];
+        area += cross(from - loop[0], to - loop[0]);
+        length += distance(from, to);
+    }
+    return area.length() > tolerance * length;
+}
+
+/// A straight way from a point of a loop to a corner of the face around it.
+struct Bridge
+{
+    int from = -1;
+    TopoMeshVertex to;
+};
+
+/// The shortest bridge that crosses neither the loop nor the sides of the face. \param loop  begins at a corner
+Bridge shortestBridge(TopoMeshFace face, const zn::vector<Point>& loop)
+{
+    const Seen seen(areaOf(face));
+    const int count = loop.size();
+    const auto isFree = [&](int from, TopoMeshVertex to) {
+        for (int i = 0; i < count; ++i)
+            if (const int next = (i + 1) % count; i != from && next != from)
+                if (seen.meet(loop[i], loop[next], loop[from], to->point)) return false;
+        for (const TopoMeshEdge side : sidesOf(face))
+            if (side->origin != to && endOf(side) != to &&
+                seen.meet(side->origin->point, endOf(side)->point, loop[from], to->point))
+                return false;
+        return true;
+    };
+    Bridge shortest;
+    double length = 0;
+    for (const TopoMeshEdge side : sidesOf(face))
+        for (int from = 1; from < count && side->origin->point != loop[0]; ++from) {
+            const double own = distance(loop[from], side->origin->point);
+            if ((shortest.from >= 0 && own >= length) || !isFree(from, side->origin)) continue;
+            shortest = {from, side->origin};
+            length = own;
+        }
+    return shortest;
 }
 
 } // namespace
@@ -127,14 +199,28 @@ CurveDivision::CurveDivision(TopoMesh& mesh, MeshCurveTopology& topology) : m_me
         }
 }
 
+/// First vertices are put at all points on edges, then two arms are joined of the curves that end at a crossing within
+/// a face, then what is left is, run by run.
+bool CurveDivision::divide(znUtil::Progress& progress)
+{
+    znUtil::Progress share;
+    const auto next = [&](double fraction) -> znUtil::Progress& {
+        progress.subPhase(fraction, share);
+        return share;
+    };
+    return divideEdges(next(0.5)) && divideAtCrossings(next(0.1)) && divideAlongRuns(next(0.4));
+}
+
 /// From the far end of each edge to its origin: what is left of it keeps its handle. Points nearer to each other than
 /// the tolerance share a vertex: curves that go the same way there are one cut, without a sliver in between.
-void CurveDivision::divideEdges()
+bool CurveDivision::divideEdges(znUtil::Progress& progress)
 {
     const zn::vector<PointOnEdge> points = collectPointsOnEdges(m_topology.getCurves());
     TopoMeshVertex made;
     double madeAt = 0, length = 0;
+    Pace pace(progress);
     for (int i = points.size() - 1; i >= 0; --i) {
+        if (!pace.goesOn(points.size() - i, points.size())) return false;
         const TopoMeshEdge edge = points[i].edge;
         const double at = points[i].endWeight;
         if (i == points.size() - 1 || points[i + 1].edge != edge) {
@@ -153,16 +239,21 @@ void CurveDivision::divideEdges()
         }
         *points[i].point = TopoMeshPoint(made, edge->face);
     }
+    return !progress.cancelled();
 }
 
-void CurveDivision::divideAtCrossings()
+bool CurveDivision::divideAtCrossings(znUtil::Progress& progress)
 {
+    Pace pace(progress);
+    int numDone = 0;
     for (TopoMeshCurve& curve : m_topology.getCurves()) {
+        if (!pace.goesOn(numDone++, m_topology.getCurves().size())) return false;
         if (curve.empty()) continue;
         for (const PointRef& end : {PointRef(curve.front()), PointRef(curve.back())})
             if (const auto* const crossing = m_topology.getIPoint(end); crossing && end->kind == TopoMeshPoint::InFace)
                 divideAtCrossing(*crossing);
     }
+    return !progress.cancelled();
 }
 
 /// The points of a curve from a crossing to the side of its face; none where it ends before.
@@ -192,13 +283,15 @@ void CurveDivision::divideAtCrossing(const MeshCurveTopology::IPoint& crossing)
     divideAlong(run, crossing.point->coord.face);
 }
 
-void CurveDivision::divideAlongRuns()
+bool CurveDivision::divideAlongRuns(znUtil::Progress& progress)
 {
+    Pace pace(progress);
     int place = 0;
     for (TopoMeshCurve& curve : m_topology.getCurves()) {
         Run run;
         TopoMeshFace face;
         for (Node node = curve.firstNode(); node; node = node.next(), ++place) {
+            if (!pace.goesOn(place, m_faceAfter.size())) return false;
             const bool isVertex = node.value()->kind == TopoMeshPoint::AtVertex;
             if (run.empty() && !isVertex) continue;
             run.append(node);
@@ -212,6 +305,7 @@ void CurveDivision::divideAlongRuns()
         for (const PointRef& end : {curve.front(), curve.back()})
             if (end->kind != TopoMeshPoint::AtVertex) ++m_numSkipped;
     }
+    return !progress.cancelled();
 }
 
 /// Brings a run on edges: its ends are vertices of a face, or of a piece of one, and its other points lie inside.
@@ -221,23 +315,44 @@ void CurveDivision::divideAlong(const Run& run, TopoMeshFace whole)
     const int numInside = run.size() - 2;
     if (numInside == 0 && (u == w || areJoined(u, w))) return;
     const Point inside = numInside > 0 ? run[1].value()->position : combine(u->point, w->point);
-    const TopoMeshFace piece = whole && u && w && u != w ? pieceOf(whole, u, w, inside) : TopoMeshFace();
-    if (!piece) {
-        ++m_numSkipped;
-        return;
-    }
+    const TopoMeshFace piece = whole && u && w ? pieceOf(whole, u, w, inside) : TopoMeshFace();
+    if (!piece || (u == w && !divideAlongLoop(run, piece, whole))) ++m_numSkipped;
+    if (!piece || u == w) return;
     if (numInside == 0) {
         if (const TopoMeshEdge made = m_mesh.subdivideFace(piece, u, w)) addPiece(made->twin->face, piece);
         return;
     }
+    cutThrough(piece, run, numInside, w);
+}
+
+/// Divides a piece along the first points of a run, from its beginning to a corner.
+void CurveDivision::cutThrough(TopoMeshFace piece, const Run& run, int numPoints, TopoMeshVertex to)
+{
+    const TopoMeshVertex from = run[0].value()->vertex;
     zn::vector<Point> places;
-    for (int i = 1; i <= numInside; ++i) places.append(run[i].value()->position);
-    addPiece(m_mesh.subdivideFace(piece, u, w, places), piece);
-    TopoMeshEdge along = piece.adjacent(u);
-    for (int i = 1; i <= numInside; ++i) {
+    for (int i = 1; i <= numPoints; ++i) places.append(run[i].value()->position);
+    addPiece(m_mesh.subdivideFace(piece, from, to, places), piece);
+    TopoMeshEdge along = piece.adjacent(from);
+    for (int i = 1; i <= numPoints; ++i) {
         along = along->next;
         *run[i].value() = TopoMeshPoint(along->origin, piece);
     }
+}
+
+/// A run that comes back to the vertex where it began: a bridge to another corner makes two runs of it.
+/// \return false for one that is no wider than the tolerance, and where no bridge leads off
+bool CurveDivision::divideAlongLoop(const Run& run, TopoMeshFace piece, TopoMeshFace whole)
+{
+    zn::vector<Point> loop{run[0].value()->vertex->point};
+    for (int i = 1; i + 1 < run.size(); ++i) loop.append(run[i].value()->position);
+    if (!isWide(loop, m_topology.getTolerance())) return false;
+    const Bridge bridge = shortestBridge(piece, loop);
+    if (bridge.from < 0) return false;
+    cutThrough(piece, run, bridge.from, bridge.to);
+    Run rest;
+    for (int i = bridge.from; i < run.size(); ++i) rest.append(run[i]);
+    divideAlong(rest, whole);
+    return true;
 }
 
 /// The piece of a face that holds two vertices; of several the one in which a point lies. Null for none.
@@ -250,8 +365,9 @@ TopoMeshFace CurveDivision::pieceOf(TopoMeshFace whole, TopoMeshVertex u, TopoMe
             pieces.append(spoke->face);
             normal += areaOf(spoke->face);
         }
+    const Seen seen(normal);
     for (const TopoMeshFace piece : pieces)
-        if (pieces.size() > 1 && contains(piece, normal, inside)) return piece;
+        if (pieces.size() > 1 && seen.contains(piece, inside)) return piece;
     return pieces.empty() ? TopoMeshFace() : pieces[0];
 }
 

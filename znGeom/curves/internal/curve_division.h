@@ -8,18 +8,13 @@
 namespace znGeom::internal {
 
 /// Divides edges and faces of a mesh of triangles so that consecutive points of curves are vertices joined by an edge.
-/// The steps are called in their order.
 class CurveDivision
 {
 public:
     CurveDivision(TopoMesh& mesh, MeshCurveTopology& topology);
 
-    /// Puts vertices at all points on edges.
-    void divideEdges();
-    /// Joins two arms of the curves that end at a crossing within a face.
-    void divideAtCrossings();
-    /// Joins what is left, run by run.
-    void divideAlongRuns();
+    /// Once. \return false after a cancel, which leaves some points where they were
+    bool divide(znUtil::Progress& progress);
 
     /// Faces that were divided, or whose sides were, in order.
     zn::vector<TopoMeshFace> touchedFaces() const;
@@ -30,9 +25,14 @@ private:
     using Node = TopoMeshCurve::Node;
     using Run = zn::vector<Node>;
 
+    bool divideEdges(znUtil::Progress& progress);
+    bool divideAtCrossings(znUtil::Progress& progress);
+    bool divideAlongRuns(znUtil::Progress& progress);
     Run armFrom(const MeshCurveTopology::Use& use, bool forward) const;
     void divideAtCrossing(const MeshCurveTopology::IPoint& crossing);
     void divideAlong(const Run& run, TopoMeshFace whole);
+    void cutThrough(TopoMeshFace piece, const Run& run, int numPoints, TopoMeshVertex to);
+    bool divideAlongLoop(const Run& run, TopoMeshFace piece, TopoMeshFace whole);
     TopoMeshFace pieceOf(TopoMeshFace whole, TopoMeshVertex u, TopoMeshVertex w, const znLinear::Point& inside) const;
     TopoMeshFace wholeOf(TopoMeshFace piece) const;
     void addPiece(TopoMeshFace piece, TopoMeshFace whole);

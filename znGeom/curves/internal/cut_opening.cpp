@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "znGeom/curves/internal/pace.h"
 #include "znGeom/planar/internal/polygon_frame.h"
 #include "znGeom/planar/triangulate_polygon.h"
 #include "znGeom/topology/topo_walks.h"
@@ -81,21 +82,11 @@ CutOpening::CutOpening(TopoMesh& mesh, TopoMeshCurves& curves, MeshCutAccount& a
         for (const TopoMeshEdge half : {e, e->twin}) m_isCut.setBit(half.number());
 }
 
-void CutOpening::open()
+bool CutOpening::open(znUtil::Progress& progress)
 {
     zn::vector<TopoMeshEdge> halves;
     for (const TopoMeshEdge e : m_edges) halves.append(e->twin);
-    zn::vector<int> left;
-    for (int i = 0; i < m_edges.size(); ++i) left.append(i);
-    for (bool isSmaller = true; isSmaller;) {
-        zn::vector<int> still;
-        for (const int i : left) {
-            if (m_edges[i]->twin) openEdge(m_edges[i]);
-            if (m_edges[i]->twin) still.append(i);
-        }
-        isSmaller = still.size() < left.size();
-        left.swap(still);
-    }
+    const bool isDone = openInPasses(progress);
     for (int i = 0; i < m_edges.size(); ++i) {
         const bool isOpen = !m_edges[i]->twin;
         ++(isOpen ? m_account.numOpenedEdges : m_account.numUnopenedEdges);
@@ -104,6 +95,28 @@ void CutOpening::open()
         m_opened.append(m_edges[i]);
         m_opened.append(halves[i]);
     }
+    return isDone;
+}
+
+/// An edge that does not open has neighbours in the cut with an end on the boundary, or none. The former open when they
+/// are next met, and then it does: so there are four passes at most.
+bool CutOpening::openInPasses(znUtil::Progress& progress)
+{
+    zn::vector<int> left;
+    for (int i = 0; i < m_edges.size(); ++i) left.append(i);
+    Pace pace(progress);
+    std::int64_t numSeen = 0;
+    for (bool isSmaller = true; isSmaller;) {
+        zn::vector<int> still;
+        for (const int i : left) {
+            if (!pace.goesOn(++numSeen, 2 * std::int64_t{m_edges.size()})) return false;
+            if (m_edges[i]->twin) openEdge(m_edges[i]);
+            if (m_edges[i]->twin) still.append(i);
+        }
+        isSmaller = still.size() < left.size();
+        left.swap(still);
+    }
+    return !progress.cancelled();
 }
 
 void CutOpening::openEdge(TopoMeshEdge e)

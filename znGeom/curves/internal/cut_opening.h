@@ -14,11 +14,13 @@ public:
     /// skipped.
     CutOpening(TopoMesh& mesh, TopoMeshCurves& curves, MeshCutAccount& account);
 
-    void open();
+    /// \return false after a cancel, which leaves some edges closed
+    bool open(znUtil::Progress& progress);
     /// The vertices at both ends of what was opened, on both sides; in order.
     zn::vector<TopoMeshVertex> rim() const;
 
 private:
+    bool openInPasses(znUtil::Progress& progress);
     void openEdge(TopoMeshEdge e);
     TopoMeshEdge partnerAt(TopoMeshVertex v, TopoMeshEdge e) const;
 

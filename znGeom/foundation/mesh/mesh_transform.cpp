@@ -2,6 +2,7 @@
 
 #include <cstddef>
 
+#include "znGeom/foundation/linear/tolerance.h"
 #include "znGeom/foundation/threads/parallel_for.h"
 
 namespace znGeom {
@@ -11,6 +12,19 @@ using znUtil::Slice;
 using znUtil::ThreadPool;
 
 namespace {
+
+/// Whether there is nothing to do.
+bool leavesAlone(const AffineMatrixFlt& matrix, const PointMesh& mesh)
+{
+    return mesh.getNumVertices() == 0 || equivalent(matrix, AffineMatrixFlt::Identity, epsilonTolFlt);
+}
+
+/// Handing out fewer than this would take longer than doing it.
+ThreadPool& poolFor(int count)
+{
+    constexpr int parallelCount = 10000;
+    return count < parallelCount ? ThreadPool::getSingleThreadedPool() : ThreadPool::get();
+}
 
 /// Positions and vertex normals.
 /// \return whether there are normals
@@ -26,7 +40,7 @@ bool transformVertices(PointMesh& mesh, const AffineMatrixFlt& matrix)
 
 void meshTransform(PointMesh& mesh, const AffineMatrixFlt& matrix)
 {
-    if (mesh.getNumVertices() == 0) return;
+    if (leavesAlone(matrix, mesh)) return;
     MeshModification modification(&mesh, MeshModification::GeometryChanged);
     if (transformVertices(mesh, matrix)) modification.normalsModified();
     mesh.modified(modification);
@@ -34,7 +48,7 @@ void meshTransform(PointMesh& mesh, const AffineMatrixFlt& matrix)
 
 void meshTransform(CompactMesh& mesh, const AffineMatrixFlt& matrix)
 {
-    if (mesh.getNumVertices() == 0) return;
+    if (leavesAlone(matrix, mesh)) return;
     MeshModification modification(&mesh, MeshModification::GeometryChanged);
     if (transformVertices(mesh, matrix)) modification.normalsModified();
     if (float* const normals = mesh.getTriangleNormalsRaw())
@@ -47,7 +61,7 @@ void meshTransform(float* points, int count, const AffineMatrixFlt& matrix)
 {
     const AffineMatrix placement(matrix);
     MeshVertex* const vertices = reinterpret_cast<MeshVertex*>(points);
-    znUtil::parallelFor(ThreadPool::get(), count, [=](Slice slice, int) {
+    znUtil::parallelFor(poolFor(count), count, [=](Slice slice, int) {
         for (int i = slice.begin; i < slice.end; ++i) {
             const Point moved = vertices[i].asPoint() * placement;
             vertices[i].set(&moved.x);
@@ -60,7 +74,7 @@ void meshTransformNormals(float* normals, int count, const AffineMatrixFlt& matr
     bool regular;
     const AffineMatrix placement = AffineMatrix(matrix).normalMatrix(regular);
     MeshNormal* const directions = reinterpret_cast<MeshNormal*>(normals);
-    znUtil::parallelFor(ThreadPool::get(), count, [=](Slice slice, int) {
+    znUtil::parallelFor(poolFor(count), count, [=](Slice slice, int) {
         for (int i = slice.begin; i < slice.end; ++i) directions[i] = Normal(directions[i].asVector() * placement);
     });
 }

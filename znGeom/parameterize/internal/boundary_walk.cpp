@@ -1,5 +1,7 @@
 #include "znGeom/parameterize/internal/boundary_walk.h"
 
+#include <algorithm>
+
 namespace znGeom::internal {
 
 BoundaryWalk::BoundaryWalk(const CompactMesh& mesh) : m_mesh(mesh), m_output(znOS::AppOutput::getInstance()) {}
@@ -85,19 +87,16 @@ int BoundaryWalk::orderBoundaries(zn::vector<UnsortedEdge>& edges, zn::vector<zn
     return fault ? -1 : boundaries.size();
 }
 
-/// Goes on, edge by edge, until the boundary is closed or no later edge continues it.
+/// Goes on by the first later edge that continues it, until the boundary is closed or there is none.
 void BoundaryWalk::follow(zn::vector<UnsortedEdge>& edges, int from, int& last, zn::vector<Edge>& boundary)
 {
-    const int first = boundary[0].start;
-    for (bool isFound = true; isFound && last != first;) {
-        isFound = false;
-        for (int i = from + 1; i < edges.size() && last != first; ++i) {
-            UnsortedEdge& edge = edges[i];
-            if (edge.isTaken || edge.start != last) continue;
-            edge.isTaken = isFound = true;
-            boundary.append({edge.start, edge.end});
-            last = edge.end;
-        }
+    const auto continues = [&last](const UnsortedEdge& edge) { return !edge.isTaken && edge.start == last; };
+    while (last != boundary[0].start) {
+        UnsortedEdge* const next = std::find_if(edges.begin() + from + 1, edges.end(), continues);
+        if (next == edges.end()) return;
+        next->isTaken = true;
+        boundary.append({next->start, next->end});
+        last = next->end;
     }
 }
 

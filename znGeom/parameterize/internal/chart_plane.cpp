@@ -43,7 +43,8 @@ struct Extremes
     }
 };
 
-/// Twice the area that a loop encloses, as a vector; against the surface that it borders.
+/// The turns of a loop, added up; where it is convex this is against the surface that it borders. What goes and comes
+/// back has none.
 Vector normalSum(const CompactMesh& mesh, const zn::vector<int>& loop)
 {
     Vector sum;
@@ -79,7 +80,8 @@ znLinear::AffineMatrix chartRotation(const CompactMesh& mesh, const zn::vector<i
     const Normal chord(chordOf(mesh, pins));
     Normal normal;
     if (loop.size() >= 3) normal = Normal(normalSum(mesh, loop));
-    if (!normal.isValid()) {
+    const bool isFound = normal.isValid();
+    if (!isFound) {
         output.info("Parameterization: failed to calculateD planeNormal.  Choosing Z-axis instead.\n");
         normal = Normal::z; // which may be parallel to the chord, as any other
     }
@@ -89,7 +91,7 @@ znLinear::AffineMatrix chartRotation(const CompactMesh& mesh, const zn::vector<i
                     "vertices of the 3D-boundary.  Choosing a random orthogonal vector instead.\n");
         normal = Normal(chord.asVector().orthogonalVector());
     } else {
-        output.info("Parameterization: calculated planeNormal is good.  Using orthogonal component.\n");
+        if (isFound) output.info("Parameterization: calculated planeNormal is good.  Using orthogonal component.\n");
         normal = Normal(normal.asVector() - project(normal.asVector(), chord));
     }
     znLinear::AffineMatrix rotation;

@@ -16,22 +16,11 @@ using znLinear::Point2;
 using znLinear::Vector;
 using znUtil::Progress;
 
-/// Triangulating a longer loop well would take longer than everything else.
-constexpr int longestTriangulated = 1500;
+/// Triangulating a longer loop would take longer than everything else.
+constexpr int longestBridged = 1500;
 
 /// A larger system would take more than four gigabytes.
 constexpr int mostEliminated = 1 << 21;
-
-/// A band of triangles from side to side of a loop, in the form of `triangulatePolygon`.
-void zigzag(int numPoints, zn::vector<int>& triangles)
-{
-    for (int low = 0, high = numPoints - 1; low + 1 < high;) {
-        for (const int corner : {low, low + 1, high}) triangles.append(corner);
-        if (++low + 1 >= high) break;
-        for (const int corner : {low, high - 1, high}) triangles.append(corner);
-        --high;
-    }
-}
 
 /// The two rows of a vertex, and what its triangles add to them.
 class VertexRows
@@ -123,15 +112,12 @@ void ConformalMap::bridgeHoles(const zn::vector<zn::vector<int>>& loops, int out
 
 void ConformalMap::bridge(const zn::vector<int>& loop, Progress& progress)
 {
+    if (loop.size() > longestBridged) return;
     zn::vector<int> triangles;
-    if (loop.size() <= longestTriangulated) {
-        zn::vector<Point> polygon;
-        for (const int vertex : loop)
-            polygon.append((m_mesh.getVertices()[vertex].asPoint().asVector() * m_scale).asPoint());
-        triangulatePolygon(polygon, triangles, nullptr, &progress);
-    } else {
-        zigzag(loop.size(), triangles);
-    }
+    zn::vector<Point> polygon;
+    for (const int vertex : loop)
+        polygon.append((m_mesh.getVertices()[vertex].asPoint().asVector() * m_scale).asPoint());
+    triangulatePolygon(polygon, triangles, nullptr, &progress);
     // A loop runs as its triangles do; what closes it runs against them.
     for (int i = 0; i + 2 < triangles.size(); i += 3)
         m_bridges.append({loop[triangles[i + 2]], loop[triangles[i + 1]], loop[triangles[i]]});
@@ -147,14 +133,18 @@ bool ConformalMap::solve(znOS::AppOutput& output, Progress& progress, zn::vector
     if (!assemble(phase, solver, rightHandSide, start)) return false;
 
     progress.subPhase(0.8, phase);
-    solveAtOnce(solver.A(), rightHandSide, phase, start);
+    Progress part;
+    const double shareAtOnce = size > mostEliminated ? 0.0 : 0.9;
+    phase.subPhase(shareAtOnce, part);
+    if (shareAtOnce > 0) solveAtOnce(solver.A(), rightHandSide, part, start);
     if (progress.cancelled()) return false;
     if (solver.A().isMMatrix())
         solver.initIncompleteCholeskyPreconditioner();
     else
         solver.initDiagonalPreconditioner();
     solver.initialize(rightHandSide, start);
-    iterate(solver, output, phase);
+    phase.subPhase(1 - shareAtOnce, part);
+    iterate(solver, output, part);
     if (progress.cancelled()) return false;
 
     progress.subPhase(0.1, phase);
@@ -176,10 +166,9 @@ bool ConformalMap::assemble(Progress& progress, ConjugateGradient& solver, NVect
 }
 
 /// By elimination. \param solution  stays as it is after a cancel, and where that comes to no solution
-void ConformalMap::solveAtOnce(const SparseMatrix& matrix, const NVector& rightHandSide, const Progress& progress,
+void ConformalMap::solveAtOnce(const SparseMatrix& matrix, const NVector& rightHandSide, Progress& progress,
                                NVector& solution) const
 {
-    if (matrix.size() > mostEliminated) return;
     FlatRows rows;
     for (int i = 0; i < matrix.size(); ++i) {
         for (const SparseElement& element : matrix.row(i))
@@ -189,12 +178,11 @@ void ConformalMap::solveAtOnce(const SparseMatrix& matrix, const NVector& rightH
     zn::vector<Point> places;
     for (int i = 0; i < m_mesh.getNumVertices(); ++i)
         if (m_free[i] >= 0) places.setSize(places.size() + 2, m_mesh.getVertices()[i].asPoint());
-    const Dissection dissection(rows, {places.begin(), places.end()});
+    const Dissection dissection(rows, {places.begin(), places.end()}, 2);
     FrontalCholesky factor(rows, dissection);
     if (!factor.factorize(progress)) return;
-    NVector columns[] = {rightHandSide, NVector(matrix.size()), NVector(matrix.size())};
-    factor.solve(columns);
-    solution = columns[0];
+    solution = rightHandSide;
+    factor.solve({&solution, 1});
 }
 
 void ConformalMap::addRows(int vertex, ConjugateGradient& solver, NVector& rightHandSide) const

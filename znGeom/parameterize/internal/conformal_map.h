@@ -16,7 +16,7 @@ namespace znGeom::internal {
 ///
 /// The energy that is least is that of Lévy, Petitjean, Ray, Maillot (2002), as Dirichlet's energy less the area of the
 /// image (Pinkall, Polthier 1993): cotangents between neighbours, and ones that cancel across an edge of two triangles.
-/// They stay along borders, which is why holes are bridged: there would be a force on their rims otherwise.
+/// They stay along borders, which are free. Holes are bridged, so that their rims move as if they were filled.
 class ConformalMap
 {
 public:
@@ -28,7 +28,7 @@ public:
     /// Numbers the unknowns: two for each vertex that is not pinned.
     void numberFreeVertices();
 
-    /// Closes all loops but one by triangles that only the system has.
+    /// Closes all loops but one by triangles that only the system has. Those of more than 1500 vertices stay open too.
     void bridgeHoles(const zn::vector<zn::vector<int>>& loops, int outerLoop, znUtil::Progress& progress);
 
     /// The number of unknowns.
@@ -50,7 +50,7 @@ public:
 
 private:
     void bridge(const zn::vector<int>& loop, znUtil::Progress& progress);
-    void solveAtOnce(const SparseMatrix& matrix, const NVector& rightHandSide, const znUtil::Progress& progress,
+    void solveAtOnce(const SparseMatrix& matrix, const NVector& rightHandSide, znUtil::Progress& progress,
                      NVector& solution) const;
     void addRows(int vertex, ConjugateGradient& solver, NVector& rightHandSide) const;
     void addTriangle(const MeshTriangle& triangle, int vertex, ConjugateGradient& solver, NVector& rightHandSide) const;

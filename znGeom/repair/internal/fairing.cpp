@@ -34,7 +34,12 @@ public:
     bool solve(Progress& progress)
     {
         if (!m_isFinite || !std::isfinite(sumOfSquares(m_right))) return false;
-        if (!solveAtOnce(progress) && !solveInSteps(progress)) return false;
+        Progress phase;
+        progress.subPhase(0.8, phase);
+        if (!solveAtOnce(phase)) {
+            progress.subPhase(0.2, phase);
+            if (!solveInSteps(phase)) return false;
+        }
         progress.set(1.0);
         return true;
     }
@@ -120,7 +125,7 @@ private:
 
     /// By elimination, which takes a hundredth of the time of the steps on large patches. \return false when that comes
     /// to no solution, as without a vertex that holds the patch
-    bool solveAtOnce(const Progress& progress)
+    bool solveAtOnce(Progress& progress)
     {
         zn::vector<Point> points;
         for (const TopoMeshVertex vertex : m_vertices) points.append(vertex.point());

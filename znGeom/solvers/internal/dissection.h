@@ -24,8 +24,10 @@ public:
     };
 
     /// \param matrix  symmetric as to which entries are stored
-    /// \param points  one for each unknown, all of them finite. Those near one another should be joined by entries
-    Dissection(const FlatRows& matrix, std::span<const znLinear::Point> points);
+    /// \param points    one for each unknown, all of them finite. Those near one another should be joined by entries
+    /// \param numKinds  unknown i is of kind i % numKinds. Parts in which few unknowns are joined to another kind are
+    ///                  divided by kind
+    Dissection(const FlatRows& matrix, std::span<const znLinear::Point> points, int numKinds = 1);
 
     /// From the whole to its parts. To be eliminated from the last to the first.
     const zn::vector<Node>& nodes() const { return m_nodes; }
@@ -39,12 +41,17 @@ public:
     }
 
 private:
+    void findMixed();
     void divide(int node, std::span<const znLinear::Point> points);
+    bool divideByKind(int node);
+    void setHalves(int node, int begin, int middle, int separator);
     int splitOff(int begin, int middle, int end);
     int addNode(int begin, int end);
     void findBorder(Node& node);
 
     const FlatRows& m_matrix;
+    int m_numKinds;
+    zn::vector<bool> m_isMixed; ///< by unknown: joined to one of another kind
     zn::vector<int> m_order, m_places;
     zn::vector<Node> m_nodes;
     zn::vector<int> m_borders;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 #include "znGeom/foundation/machine/clones.h"
 
@@ -80,66 +81,79 @@ bool Columns::eliminate(int begin, int end, const double* least) const
     return true;
 }
 
-/// One column of the factor in a forward substitution.
-ZNGEOM_CLONES void substitute(const double* column, std::ptrdiff_t numRows, double (&value)[3], double* x, double* y,
-                              double* z)
+/// Takes a multiple of one vector off another.
+ZNGEOM_CLONES void subtract(const double* __restrict source, double factor, double* __restrict target,
+                            std::ptrdiff_t count)
 {
-    for (std::ptrdiff_t i = 0; i < numRows; ++i) {
-        x[i] -= column[i] * value[0];
-        y[i] -= column[i] * value[1];
-        z[i] -= column[i] * value[2];
-    }
+    for (std::ptrdiff_t i = 0; i < count; ++i) target[i] -= source[i] * factor;
 }
 
-/// The rows of a part, of three systems.
+/// In four sums, of which none waits for another.
+double dotInFour(const double* a, const double* b, std::ptrdiff_t count)
+{
+    double sums[4] = {};
+    std::ptrdiff_t i = 0;
+    for (; i + 4 <= count; i += 4)
+        for (int k = 0; k < 4; ++k) sums[k] += a[i + k] * b[i + k];
+    for (; i < count; ++i) sums[0] += a[i] * b[i];
+    return (sums[0] + sums[1]) + (sums[2] + sums[3]);
+}
+
+/// The rows of a part, in each of some systems.
 class Part
 {
 public:
-    Part(const Dissection& dissection, const Dissection::Node& node, NVector* values)
-        : m_values(values), m_places(node.numRows()), m_data(3 * node.numRows())
+    Part(const Dissection& dissection, const Dissection::Node& node, std::span<NVector> systems)
+        : m_systems(systems), m_places(node.numRows()), m_rows(node.numRows())
     {
         const std::span<const int> border = dissection.border(node);
         for (int i = 0; i < node.numOwn(); ++i) m_places[i] = node.begin + i;
         std::copy(border.begin(), border.end(), m_places.begin() + node.numOwn());
-        for (int c = 0; c < 3; ++c)
-            for (int i = 0; i < numRows(); ++i) column(c)[i] = values[c][m_places[i]];
     }
-
-    int numRows() const { return m_places.size(); }
-    double* column(int c) { return m_data.begin() + c * numRows(); }
 
     void forward(const double* panel, int numOwn)
     {
-        for (int k = 0; k < numOwn; ++k, panel += numRows()) {
-            double value[3];
-            for (int c = 0; c < 3; ++c) value[c] = column(c)[k] /= panel[k];
-            const int next = k + 1;
-            substitute(panel + next, numRows() - next, value, column(0) + next, column(1) + next, column(2) + next);
+        for (NVector& system : m_systems) {
+            read(system);
+            const double* column = panel;
+            for (int k = 0; k < numOwn; ++k, column += numRows()) {
+                const double value = m_rows[k] /= column[k];
+                subtract(column + k + 1, value, m_rows.begin() + k + 1, numRows() - k - 1);
+            }
+            write(system, numRows());
         }
     }
 
     void backward(const double* panel, int numOwn)
     {
-        panel += std::ptrdiff_t{numRows()} * numOwn;
-        for (int k = numOwn - 1; k >= 0; --k) {
-            panel -= numRows();
-            double sums[3] = {};
-            for (int i = k + 1; i < numRows(); ++i)
-                for (int c = 0; c < 3; ++c) sums[c] += panel[i] * m_data[c * numRows() + i];
-            for (int c = 0; c < 3; ++c) column(c)[k] = (column(c)[k] - sums[c]) / panel[k];
+        for (NVector& system : m_systems) {
+            read(system);
+            const double* column = panel + std::ptrdiff_t{numRows()} * numOwn;
+            for (int k = numOwn - 1; k >= 0; --k) {
+                column -= numRows();
+                const double sum = dotInFour(column + k + 1, m_rows.begin() + k + 1, numRows() - k - 1);
+                m_rows[k] = (m_rows[k] - sum) / column[k];
+            }
+            write(system, numOwn);
         }
     }
 
-    void write(int count)
+private:
+    int numRows() const { return m_places.size(); }
+
+    void read(const NVector& system)
     {
-        for (int c = 0; c < 3; ++c)
-            for (int i = 0; i < count; ++i) m_values[c][m_places[i]] = column(c)[i];
+        for (int i = 0; i < numRows(); ++i) m_rows[i] = system[m_places[i]];
     }
 
-private:
-    NVector* m_values;
+    void write(NVector& system, int count) const
+    {
+        for (int i = 0; i < count; ++i) system[m_places[i]] = m_rows[i];
+    }
+
+    std::span<NVector> m_systems;
     zn::vector<int> m_places;
-    zn::vector<double> m_data;
+    zn::vector<double> m_rows;
 };
 
 } // namespace
@@ -158,14 +172,23 @@ FrontalCholesky::FrontalCholesky(const FlatRows& matrix, const Dissection& disse
     m_front = std::make_unique_for_overwrite<double[]>(static_cast<size_t>(largestFront));
 }
 
-bool FrontalCholesky::factorize(const znUtil::Progress& progress)
+/// In proportion to the operations.
+double FrontalCholesky::workOf(const Node& node)
 {
+    return static_cast<double>(node.numOwn()) * node.numRows() * node.numRows();
+}
+
+bool FrontalCholesky::factorize(znUtil::Progress& progress)
+{
+    double work = 0, done = 0;
+    for (const Node& node : m_dissection.nodes()) work += workOf(node);
     for (int index = m_dissection.nodes().size() - 1; index >= 0; --index) {
         if (progress.cancelled()) return false;
         const Node& node = m_dissection.nodes()[index];
         assemble(node);
         if (!eliminate(node)) return false;
         keep(index);
+        progress.set((done += workOf(node)) / work);
     }
     return true;
 }
@@ -226,26 +249,22 @@ void FrontalCholesky::keep(int index)
                     m_updates[index].get() + j * numBorder + j);
 }
 
-void FrontalCholesky::solve(NVector (&columns)[3]) const
+void FrontalCholesky::solve(std::span<NVector> systems) const
 {
-    const int numNodes = m_dissection.nodes().size(), size = m_matrix.size();
-    NVector inOrder[3] = {NVector(size), NVector(size), NVector(size)};
-    for (int c = 0; c < 3; ++c)
-        for (int place = 0; place < size; ++place) inOrder[c][place] = columns[c][m_dissection.order()[place]];
-    for (int index = numNodes - 1; index >= 0; --index) {
+    const zn::vector<int>& order = m_dissection.order();
+    std::vector<NVector> inOrder(systems.begin(), systems.end());
+    for (size_t c = 0; c < systems.size(); ++c)
+        for (int place = 0; place < order.size(); ++place) inOrder[c][place] = systems[c][order[place]];
+    for (int index = m_dissection.nodes().size() - 1; index >= 0; --index) {
         const Node& node = m_dissection.nodes()[index];
-        Part part(m_dissection, node, inOrder);
-        part.forward(panelOf(index), node.numOwn());
-        part.write(part.numRows());
+        Part(m_dissection, node, inOrder).forward(panelOf(index), node.numOwn());
     }
-    for (int index = 0; index < numNodes; ++index) {
+    for (int index = 0; index < m_dissection.nodes().size(); ++index) {
         const Node& node = m_dissection.nodes()[index];
-        Part part(m_dissection, node, inOrder);
-        part.backward(panelOf(index), node.numOwn());
-        part.write(node.numOwn());
+        Part(m_dissection, node, inOrder).backward(panelOf(index), node.numOwn());
     }
-    for (int c = 0; c < 3; ++c)
-        for (int place = 0; place < size; ++place) columns[c][m_dissection.order()[place]] = inOrder[c][place];
+    for (size_t c = 0; c < systems.size(); ++c)
+        for (int place = 0; place < order.size(); ++place) systems[c][order[place]] = inOrder[c][place];
 }
 
 } // namespace znGeom::internal

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <span>
 
 #include "znGeom/foundation/threads/progress.h"
 #include "znGeom/solvers/internal/dissection.h"
@@ -19,12 +20,14 @@ class FrontalCholesky
 public:
     FrontalCholesky(const FlatRows& matrix, const Dissection& dissection);
 
+    /// \param progress  advanced by the operations done
     /// \return false when a pivot is not above 1e-12 times the diagonal entry that it was made from, so that the matrix
     ///         is not positive definite to the accuracy of numbers, and after a cancel
-    bool factorize(const znUtil::Progress& progress);
+    bool factorize(znUtil::Progress& progress);
 
-    /// Replaces a right-hand side for each unknown by the solution, three systems at a time.
-    void solve(NVector (&columns)[3]) const;
+    /// Replaces right-hand sides, a number for each unknown, by the solutions: of several systems at little more cost
+    /// than of one.
+    void solve(std::span<NVector> systems) const;
 
 private:
     using Node = Dissection::Node;
@@ -34,6 +37,7 @@ private:
     void addUpdate(const Node& node, int half);
     bool eliminate(const Node& node);
     void keep(int index);
+    static double workOf(const Node& node);
     const double* panelOf(int index) const { return m_panels.get() + m_panelBegins[index]; }
 
     const FlatRows& m_matrix;

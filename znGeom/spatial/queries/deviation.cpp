@@ -33,7 +33,7 @@ public:
         m_sourceToTarget = sourceMatrix * m_inverseTargetMatrix;
         bool regular;
         m_normalMatrix = sourceMatrix.normalMatrix(regular);
-        if (!m_tree && isTreeWorthwhile()) {
+        if (!m_tree && !cancelled(0) && isTreeWorthwhile()) {
             m_ownTree = new TriangleTree(m_target, pool);
             m_tree = m_ownTree.get();
         }
@@ -61,7 +61,11 @@ public:
 
 private:
     /// Each query costs a walk some hundred times as much as each triangle costs a tree.
-    bool isTreeWorthwhile() const { return m_source->getNumVertices() > m_target.getNumTriangles() / 50; }
+    bool isTreeWorthwhile() const
+    {
+        const int numMeasured = m_selection ? m_selection->getNumSetBits() : m_source->getNumVertices();
+        return numMeasured > m_target.getNumTriangles() / 50;
+    }
 
     bool isLeftOut(int vertex) const
     {

@@ -13,8 +13,8 @@ namespace znGeom {
 ///
 /// \param hit  untouched when the result is false
 /// \return as `intersectRayTriangle` says of the line's origin and direction: a front side counts behind the origin
-/// too,
-///         a triangle whose area is below 5e-7 does not count at all
+///         too; what is too small for the direction's length does not count at all: triangles below an area of 5e-7 for
+///         a length of 1
 ZNGEOM_API bool meshRayTriIntersect(const CompactMesh& mesh, int triangle, const znLinear::Line& line,
                                     znLinear::PointFlt& hit);
 ZNGEOM_API bool meshRayTriIntersect(const CompactMesh& mesh, int triangle, const znLinear::Line& line,
