@@ -5,6 +5,7 @@
 #include <optional>
 #include <set>
 
+#include "apps/zngeom/boundary_loops.h"
 #include "apps/zngeom/change_command.h"
 #include "apps/zngeom/pacer.h"
 #include "apps/zngeom/part_options.h"
@@ -14,7 +15,6 @@
 #include "znGeom/analysis/adjacency.h"
 #include "znGeom/analysis/boundaries.h"
 #include "znGeom/analysis/census.h"
-#include "znGeom/analysis/path_length.h"
 #include "znGeom/repair/hole_fill.h"
 
 namespace tool {
@@ -51,26 +51,11 @@ Fate fateOf(HoleOutcome outcome)
     return {"given_up", "not filled: given up"};
 }
 
-struct Loop
+struct Loop : BoundaryLoop
 {
-    int inMesh; ///< its number for the library
-    int numEdges;
-    double length;
     bool isWanted = false;
     Fate fate = {};
 };
-
-/// The longest first, of equally long ones that of the lowest vertex; those that are not finite come last.
-std::vector<Loop> orderLoops(const znGeom::CompactMesh& mesh, const znGeom::MeshBoundaries& boundaries)
-{
-    std::vector<Loop> loops;
-    for (int i = 0; i < boundaries.size(); ++i)
-        loops.push_back({i, boundaries.getLength(i),
-                         znGeom::meshPathLength(mesh, {boundaries.getStart(i), boundaries.getEnd(i)}, true)});
-    const auto key = [](const Loop& loop) { return std::isfinite(loop.length) ? -loop.length : 1; };
-    std::stable_sort(loops.begin(), loops.end(), [&](const Loop& a, const Loop& b) { return key(a) < key(b); });
-    return loops;
-}
 
 /// All loops for programs; those that failed and the longest ones for people.
 void addLoops(const std::vector<Loop>& loops, Report& report)
@@ -106,11 +91,7 @@ Marking markRims(const znGeom::CompactMesh& mesh, const znGeom::MeshBoundaries& 
     for (const Loop& loop : loops) {
         if (!loop.isWanted) continue;
         ++marking.count;
-        const int *begin = boundaries.getStart(loop.inMesh), *end = boundaries.getEnd(loop.inMesh);
-        for (const int* vertex = begin; vertex != end; ++vertex) {
-            const int next = vertex + 1 == end ? *begin : vertex[1];
-            marking.lines.push_back({mesh.getVertices()[*vertex].asPoint(), mesh.getVertices()[next].asPoint()});
-        }
+        addLines(mesh, boundaries, loop.inMesh, marking);
     }
     return marking;
 }
@@ -159,11 +140,7 @@ public:
         sub->add_option("--max-length", m_maxLength, "Leave loops of more edges than this open")
             ->check(wholeNumberFrom(3))
             ->option_text("N");
-        sub->add_option("--loops", m_wanted, "The numbers of the loops to fill, all by default")
-            ->check(wholeNumberFrom(1))
-            ->delimiter(',')
-            ->allow_extra_args(false)
-            ->option_text("I,J,...");
+        addLoopsOption(*sub, m_wanted, "The numbers of the loops to fill, all by default");
         addLastOptions(*sub);
         return sub;
     }
@@ -211,7 +188,8 @@ private:
         znGeom::meshAdjVertices(mesh, adjTris, adjVertices);
         znGeom::meshComputeBoundary(mesh, adjTris, adjVertices, boundaries);
         checkCancelled(progress);
-        std::vector<Loop> loops = orderLoops(mesh, boundaries);
+        std::vector<Loop> loops;
+        for (const BoundaryLoop& loop : loopsByLength(mesh, boundaries)) loops.push_back({loop});
         chooseLoops(loops);
         zn::list<int> holes;
         for (const Loop& loop : loops)
@@ -253,13 +231,8 @@ private:
     void chooseLoops(std::vector<Loop>& loops) const
     {
         for (Loop& loop : loops) loop.isWanted = m_wanted.empty();
-        for (const int number : m_wanted) {
-            const auto index = static_cast<std::size_t>(number - 1);
-            if (index >= loops.size())
-                throw Failure(inputName(m_files.input) + ": there is no boundary loop " + std::to_string(number) +
-                              ", the mesh has " + (loops.empty() ? "none" : std::to_string(loops.size())));
-            loops[index].isWanted = true;
-        }
+        checkLoopNumbers(m_wanted, loops.size(), m_files.input);
+        for (const int number : m_wanted) loops[static_cast<std::size_t>(number - 1)].isWanted = true;
         for (Loop& loop : loops) {
             if (!loop.isWanted || !m_maxLength || loop.numEdges <= *m_maxLength) continue;
             loop.isWanted = false;

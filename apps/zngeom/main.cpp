@@ -53,8 +53,8 @@ What a file has and the tool doesn't keep (colours, normals of face corners, ...
 An output file is written under another name and put in place when it is complete: a failure
 and Ctrl-C leave what was there.
 
-Exit status: 0 done, 1 failed (one line on standard error), 2 wrong usage (check, repair and
-fill: also a mesh with something wrong), 130 cancelled by Ctrl-C.
+Exit status: 0 done, 1 failed (one line on standard error), 2 wrong usage (check, repair,
+fill and stitch: also a mesh with something wrong), 130 cancelled by Ctrl-C.
 
 Examples:
   zngeom info bunny.obj
@@ -71,6 +71,7 @@ Examples:
   zngeom check scan.ply --picture defects.png
   zngeom repair scan.ply whole.ply --self-intersections
   zngeom fill scan.ply closed.ply --max-length 100
+  zngeom stitch pieces.obj whole.obj --tolerance 0.1%
   zngeom flatten scan.ply flat.obj --picture chart.png
   zngeom reduce scan.ply small.ply --to 0.1
   zngeom intersect part.obj other.obj lines.obj
@@ -148,10 +149,11 @@ using Commands = std::vector<std::pair<std::unique_ptr<Command>, CLI::App*>>;
 Commands addCommands(CLI::App& app, OutputOptions& options)
 {
     Commands commands;
-    for (auto make : {makeInfoCommand, makeWeldCommand, makeConvertCommand, makeSplitCommand, makeExtractCommand,
-                      makeClosestCommand, makeRayCommand, makeInsideCommand, makeCurvatureCommand, makeDistanceCommand,
-                      makeCheckCommand, makeRepairCommand, makeFillCommand, makeFlattenCommand, makeReduceCommand,
-                      makeIntersectCommand, makeSectionCommand, makeProjectCommand, makeCutCommand}) {
+    for (auto make :
+         {makeInfoCommand,    makeWeldCommand,      makeConvertCommand, makeSplitCommand,     makeExtractCommand,
+          makeClosestCommand, makeRayCommand,       makeInsideCommand,  makeCurvatureCommand, makeDistanceCommand,
+          makeCheckCommand,   makeRepairCommand,    makeFillCommand,    makeStitchCommand,    makeFlattenCommand,
+          makeReduceCommand,  makeIntersectCommand, makeSectionCommand, makeProjectCommand,   makeCutCommand}) {
         std::unique_ptr<Command> command = make();
         CLI::App* sub = command->addTo(app)->group("Commands");
         sub->add_flag("--json", options.json, "Print the report as JSON");

@@ -31,8 +31,9 @@ inline zn::vector<TopoMeshEdge> boundaryAt(TopoMeshVertex vertex, bool forward)
 }
 
 /// The boundary half-edges from one vertex to another, in the order of the walk, whose direction is theirs (`forward`)
-/// or against it. Empty where no walk from the one comes to the other, and where both are the same.
-inline zn::vector<TopoMeshEdge> boundaryPath(TopoMeshVertex from, TopoMeshVertex to, bool forward)
+/// or against it. Empty where no walk from the one comes to the other in so many steps, and where both are the same.
+inline zn::vector<TopoMeshEdge> boundaryPath(TopoMeshVertex from, TopoMeshVertex to, bool forward,
+                                             int mostSteps = std::numeric_limits<int>::max())
 {
     if (from == to) return {};
     for (const TopoMeshEdge first : boundaryAt(from, forward)) {
