@@ -12,7 +12,7 @@ namespace {
 
 bool isFlat(const Point& a, const Point& b, const Point& c)
 {
-    constexpr double leastHeight = 2e-6; // by the longest side
+    constexpr double leastHeight = 1e-5; // by the longest side
     const double longest2 = std::max({(b - a).length2(), (c - b).length2(), (a - c).length2()});
     return !(cross(b - a, c - a).length() > leastHeight * longest2);
 }

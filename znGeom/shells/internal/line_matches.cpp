@@ -93,22 +93,31 @@ public:
         sort.place(visit, [this](int place, int chord) { m_chords[place] = chord; });
     }
 
-    /// Visits every chord that comes within the tolerance of a place, and others; some more than once.
-    template <typename Visit>
-    void visitNear(const Point& place, const Visit& visit) const
+    using Cell = std::array<std::int64_t, 3>;
+
+    Cell cellOf(const Point& place) const
     {
-        const Cell centre = cellOf(place);
+        const double furthest = 1e18;
+        const auto along = [this, furthest](double x) {
+            return static_cast<std::int64_t>(std::clamp(std::floor(x / m_cell), -furthest, furthest));
+        };
+        return {along(place.x), along(place.y), along(place.z)};
+    }
+
+    /// Every chord that comes within the tolerance of a place in a cell, and others; each once.
+    void gatherAround(const Cell& cell, zn::vector<int>& chords) const
+    {
+        chords.clear();
         for (int i = 0; i < 27; ++i) {
-            const std::uint32_t bucket =
-                bucketOf({centre[0] + i % 3 - 1, centre[1] + i / 3 % 3 - 1, centre[2] + i / 9 - 1});
+            const std::uint32_t bucket = bucketOf({cell[0] + i % 3 - 1, cell[1] + i / 3 % 3 - 1, cell[2] + i / 9 - 1});
             const int end = m_firsts[static_cast<int>(bucket) + 1];
-            for (int at = m_firsts[static_cast<int>(bucket)]; at < end; ++at) visit(m_chords[at]);
+            for (int at = m_firsts[static_cast<int>(bucket)]; at < end; ++at) chords.append(m_chords[at]);
         }
+        std::sort(chords.begin(), chords.end());
+        chords.erase(std::unique(chords.begin(), chords.end()), chords.end());
     }
 
 private:
-    using Cell = std::array<std::int64_t, 3>;
-
     template <typename Take>
     void forEachPiece(const Chords& chords, const Take& take) const
     {
@@ -118,15 +127,6 @@ private:
             for (int i = 0; i < count; ++i)
                 take(static_cast<int>(bucketOf(cellOf(line.eval((i + 0.5) / count)))), chord);
         }
-    }
-
-    Cell cellOf(const Point& place) const
-    {
-        const double furthest = 1e18;
-        const auto along = [this, furthest](double x) {
-            return static_cast<std::int64_t>(std::clamp(std::floor(x / m_cell), -furthest, furthest));
-        };
-        return {along(place.x), along(place.y), along(place.z)};
     }
 
     std::uint32_t bucketOf(const Cell& cell) const
@@ -156,7 +156,11 @@ public:
         m_sample = sample;
         m_before = m_chords.before(sample);
         m_after = m_chords.after(sample);
-        m_grid.visitNear(m_strips.points[sample], [this](int chord) { consider(chord); });
+        const ChordGrid::Cell cell = m_grid.cellOf(m_strips.points[sample]);
+        if (cell != m_cell || !m_isAtCell) m_grid.gatherAround(cell, m_near);
+        m_cell = cell;
+        m_isAtCell = true;
+        for (const int chord : m_near) consider(chord);
         std::sort(m_found.begin(), m_found.end(), [](const LineMatch& a, const LineMatch& b) {
             return a.strip != b.strip ? a.strip < b.strip : a.isForward < b.isForward;
         });
@@ -216,6 +220,9 @@ private:
     int m_sample = 0;
     Normal m_before, m_after;
     zn::vector<LineMatch> m_found;
+    ChordGrid::Cell m_cell = {}; ///< of the last sample
+    bool m_isAtCell = false;
+    zn::vector<int> m_near; ///< the chords around it
 };
 
 bool holdsBothWays(const LineStrips& strips, const LineMatches& matches, double tolerance, int sample,
