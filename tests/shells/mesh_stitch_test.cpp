@@ -38,8 +38,8 @@ CompactMesh sheet(double x0, double y0, double x1, double y1, int columns, int r
     CompactMesh mesh = makeGrid(columns + 1, rows + 1);
     for (int v = 0; v < mesh.getNumVertices(); ++v) {
         MeshVertex& vertex = mesh.getVertices()[v];
-        vertex.set(static_cast<float>(x0 + (x1 - x0) * double{vertex.x} / columns),
-                   static_cast<float>(y0 + (y1 - y0) * double{vertex.y} / rows), 0);
+        vertex.set(static_cast<float>(x0 + (x1 - x0) * static_cast<double>(vertex.x) / columns),
+                   static_cast<float>(y0 + (y1 - y0) * static_cast<double>(vertex.y) / rows), 0);
     }
     for (int t = 0; isTurned && t < mesh.getNumTriangles(); ++t)
         std::swap(mesh.getTriangles()[t].corners[0], mesh.getTriangles()[t].corners[1]);

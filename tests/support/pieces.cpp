@@ -191,7 +191,6 @@ Figures figuresOf(const CompactMesh& mesh)
     MeshAdjTris adjTris;
     MeshEdgeSides sides;
     MeshBorderLoops borders;
-    MeshEdgeCensus edges;
     znUtil::Progress progress;
     meshAdjTris(mesh, adjTris);
     figures.components = meshComponents(mesh, adjTris, nullptr);

@@ -86,7 +86,7 @@ private:
         std::sort(places.begin(), places.end(), [](const Place& a, const Place& b) { return a.t > b.t; });
         double before = 1;
         for (const Place& place : places) {
-            const double t = double{place.t};
+            const double t = static_cast<double>(place.t);
             if (place.t != 1.0F) edge = divide(edge, t / before);
             m_vertices[place.point] = edge->origin;
             before = t;
