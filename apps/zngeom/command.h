@@ -37,6 +37,7 @@ std::unique_ptr<Command> makeCheckCommand();
 std::unique_ptr<Command> makeRepairCommand();
 std::unique_ptr<Command> makeReduceCommand();
 std::unique_ptr<Command> makeFillCommand();
+std::unique_ptr<Command> makeStitchCommand();
 std::unique_ptr<Command> makeFlattenCommand();
 std::unique_ptr<Command> makeOffsetCommand();
 std::unique_ptr<Command> makeShellCommand();

@@ -53,8 +53,7 @@ What a file has and the tool doesn't keep (colours, normals of face corners, ...
 An output file is written under another name and put in place when it is complete: a failure
 and Ctrl-C leave what was there.
 
-Exit status: 0 done, 1 failed (one line on standard error), 2 wrong usage (check, repair, fill,
-offset and shell: also a mesh with something wrong), 130 cancelled by Ctrl-C.
+         {}) {
 
 Examples:
   zngeom info bunny.obj
@@ -71,6 +70,7 @@ Examples:
   zngeom check scan.ply --picture defects.png
   zngeom repair scan.ply whole.ply --self-intersections
   zngeom fill scan.ply closed.ply --max-length 100
+  zngeom stitch pieces.obj whole.obj --tolerance 0.1%
   zngeom flatten scan.ply flat.obj --picture chart.png
   zngeom reduce scan.ply small.ply --to 0.1
   zngeom intersect part.obj other.obj lines.obj
@@ -156,7 +156,7 @@ Commands addCommands(CLI::App& app, OutputOptions& options)
           makeClosestCommand,   makeRayCommand,     makeInsideCommand,  makeCurvatureCommand, makeDistanceCommand,
           makeCheckCommand,     makeRepairCommand,  makeFillCommand,    makeFlattenCommand,   makeReduceCommand,
           makeIntersectCommand, makeSectionCommand, makeProjectCommand, makeCutCommand,       makeCollarCommand,
-          makeSubdivideCommand, makeExtrudeCommand, makeOffsetCommand,  makeShellCommand}) {
+          makeSubdivideCommand, makeExtrudeCommand, makeOffsetCommand,  makeShellCommand,     makeStitchCommand}) {
         std::unique_ptr<Command> command = make();
         CLI::App* sub = command->addTo(app)->group("Commands");
         sub->add_flag("--json", options.json, "Print the report as JSON");

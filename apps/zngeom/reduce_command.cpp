@@ -4,11 +4,10 @@
 
 #include "apps/zngeom/change_command.h"
 #include "apps/zngeom/collapse_edges.h"
-#include "apps/zngeom/number_text.h"
 #include "apps/zngeom/pacer.h"
 #include "apps/zngeom/part_options.h"
 #include "apps/zngeom/positions_only.h"
-#include "znGeom/analysis/bounds.h"
+#include "apps/zngeom/tolerance_option.h"
 #include "znGeom/analysis/census.h"
 #include "znGeom/simplify/reduce.h"
 
@@ -16,36 +15,11 @@ namespace tool {
 
 namespace {
 
-std::optional<double> positiveNumber(std::string_view word)
-{
-    const std::optional<double> number = finiteNumber(word);
-    return number && *number > 0 ? number : std::nullopt;
-}
-
 std::string problemOfAmount(const std::string& word)
 {
     const std::optional<double> amount = positiveNumber(word);
     const bool isGood = amount && (*amount < 1 || *amount == std::floor(*amount));
     return isGood ? "" : "must be a fraction between 0 and 1, or a whole number from 1";
-}
-
-/// A distance, or how many hundredths of the diagonal of the bounding box.
-struct Tolerance
-{
-    explicit Tolerance(std::string_view word)
-    {
-        isPercentage = word.ends_with('%');
-        if (isPercentage) word.remove_suffix(1);
-        number = positiveNumber(word);
-    }
-
-    bool isPercentage;
-    std::optional<double> number;
-};
-
-std::string problemOfTolerance(const std::string& word)
-{
-    return Tolerance(word).number ? "" : "must be a distance above 0, or a percentage such as 0.1%";
 }
 
 Scene sceneOf(const znGeom::CompactMesh& mesh)
@@ -81,12 +55,11 @@ public:
         m_files.addFiles(*sub);
         CLI::Option* to = sub->add_option("--to", m_amount, "How many vertices to keep: below 1 a part of them");
         CLI::Option* tolerance =
-            sub->add_option("--tolerance", m_tolerance, "How far the surface may move away from removed vertices");
+            addToleranceOption(*sub, m_tolerance, "How far the surface may move away from removed vertices");
         sub->add_option("--method", m_method, "removal, or collapse, as told below [removal]")
             ->check(CLI::IsMember({"removal", "collapse"}))
             ->option_text("NAME");
         to->check(CLI::Validator(problemOfAmount, ""))->option_text("FRACTION|COUNT")->excludes(tolerance);
-        tolerance->check(CLI::Validator(problemOfTolerance, ""))->option_text("DISTANCE|PERCENT%");
         sub->callback([this, to, tolerance] {
             if (to->count() + tolerance->count() == 0) throw CLI::RequiredError("--to or --tolerance");
             if (isCollapse() && tolerance->count() > 0)
@@ -176,23 +149,11 @@ private:
 
     void reduceWithTolerance(znGeom::CompactMesh& mesh, znUtil::Progress& progress, Report& report) const
     {
-        const double tolerance = toleranceFor(mesh);
+        const double tolerance = toleranceFor(m_tolerance, mesh, m_files.input);
         zn::vector<znLinear::Point> removed;
         const double deviation = znGeom::meshReduceWithTolerance(mesh, tolerance, progress, removed);
         report.add("tolerance", rounded(tolerance), shownNumber(tolerance));
         report.add("largest_deviation", rounded(deviation), shownNumber(deviation));
-    }
-
-    double toleranceFor(const znGeom::CompactMesh& mesh) const
-    {
-        const Tolerance tolerance(m_tolerance);
-        if (!tolerance.isPercentage) return *tolerance.number;
-        double min[3], max[3];
-        znGeom::meshBoundingBox(mesh, min, max);
-        const double diagonal = std::hypot(max[0] - min[0], max[1] - min[1], max[2] - min[2]);
-        if (!std::isfinite(diagonal))
-            throw Failure(inputName(m_files.input) + ": the bounding box is not finite, --tolerance needs a distance");
-        return diagonal * *tolerance.number / 100;
     }
 
     std::string m_amount, m_tolerance; ///< one is empty

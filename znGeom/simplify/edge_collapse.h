@@ -24,9 +24,9 @@ namespace znGeom {
 /// collapsed. Triangles may turn over, above all on flat ground, where every place costs the same; nothing guards
 /// against it.
 ///
-/// A plane at a boundary weighs as much as the square of its edge's length, one of a triangle 1: boundaries are held well
-/// where edges are longer than a unit, and hardly at all where they are much shorter. Scale such a mesh first, say to a
-/// diagonal of 1000. Without boundaries the unit does not matter.
+/// A plane at a boundary weighs as much as the square of its edge's length, one of a triangle 1: boundaries are held
+/// well where edges are longer than a unit, and hardly at all where they are much shorter. Scale such a mesh first, say
+/// to a diagonal of 1000. Without boundaries the unit does not matter.
 ///
 /// It leaves behind, for whoever continues, in slots 0 to 15 of each vertex its quadric, row by row; in slot 0 of each
 /// half-edge the cost of its collapse, the largest `double` where it is not allowed, and in slot 1 true. Listeners are

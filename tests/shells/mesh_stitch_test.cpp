@@ -1,0 +1,255 @@
+#include "znGeom/shells/mesh_stitch.h"
+
+#include <cmath>
+#include <limits>
+
+#include <gtest/gtest.h>
+
+#include "tests/support/check_topology.h"
+#include "tests/support/pieces.h"
+#include "tests/support/recorder.h"
+#include "tests/support/same_bits.h"
+#include "tests/support/shapes.h"
+#include "znGeom/cache/mesh_cache.h"
+#include "znGeom/scopes/convert_rep.h"
+
+using namespace znGeom;
+using namespace znTest;
+using znLinear::Point;
+using znLinear::Vector;
+
+namespace {
+
+/// Puts the triangles of one mesh behind those of another.
+void append(CompactMesh& mesh, const CompactMesh& other)
+{
+    const int numVertices = mesh.getNumVertices(), numTriangles = mesh.getNumTriangles();
+    mesh.resizeVertexArray(numVertices + other.getNumVertices());
+    mesh.resizeTriangleArray(numTriangles + other.getNumTriangles());
+    std::copy_n(other.getVertices(), other.getNumVertices(), mesh.getVertices() + numVertices);
+    for (int t = 0; t < other.getNumTriangles(); ++t)
+        for (int i = 0; i < 3; ++i)
+            mesh.getTriangles()[numTriangles + t].corners[i] = other.getTriangles()[t].corners[i] + numVertices;
+}
+
+/// A sheet of cells between two corners; \param isTurned  facing down
+CompactMesh sheet(double x0, double y0, double x1, double y1, int columns, int rows, bool isTurned = false)
+{
+    CompactMesh mesh = makeGrid(columns + 1, rows + 1);
+    for (int v = 0; v < mesh.getNumVertices(); ++v) {
+        MeshVertex& vertex = mesh.getVertices()[v];
+        vertex.set(static_cast<float>(x0 + (x1 - x0) * static_cast<double>(vertex.x) / columns),
+                   static_cast<float>(y0 + (y1 - y0) * static_cast<double>(vertex.y) / rows), 0);
+    }
+    for (int t = 0; isTurned && t < mesh.getNumTriangles(); ++t)
+        std::swap(mesh.getTriangles()[t].corners[0], mesh.getTriangles()[t].corners[1]);
+    return mesh;
+}
+
+CompactMesh tube(int around, double z0, double z1)
+{
+    CompactMesh mesh = sheet(0, z0, 1, z1, around, 4);
+    for (int v = 0; v < mesh.getNumVertices(); ++v) {
+        MeshVertex& vertex = mesh.getVertices()[v];
+        const double angle = 2 * 3.14159265358979 * (v % (around + 1)) / around;
+        vertex.set(static_cast<float>(std::cos(angle)), static_cast<float>(std::sin(angle)), vertex.y);
+    }
+    for (int t = 0; t < mesh.getNumTriangles(); ++t)
+        for (int& corner : mesh.getTriangles()[t].corners)
+            if (corner % (around + 1) == around) corner -= around;
+    return mesh;
+}
+
+bool stitch(CompactMesh& mesh, double tolerance, MeshStitchAccount* account = nullptr,
+            const zn::vector<int>* chosen = nullptr)
+{
+    SimpleMeshCache cache;
+    const zn::Reference<MeshBoundaries> boundaries = cache.getBoundaries(mesh);
+    zn::vector<int> all;
+    for (int i = 0; i < boundaries->size(); ++i) all.append(i);
+    return meshStitch(mesh, cache.getAdjTris(mesh), boundaries, chosen ? *chosen : all, tolerance, 0.05, account);
+}
+
+void expectWhole(const CompactMesh& mesh)
+{
+    SimpleMeshCache cache;
+    MeshConvertRep scope(
+        mesh,
+        [&] {
+            BitVector all(mesh.getNumTriangles());
+            all.setAllBits();
+            return all;
+        }(),
+        [&] {
+            BitVector all(mesh.getNumVertices());
+            all.setAllBits();
+            return all;
+        }(),
+        *cache.getAdjTris(mesh));
+    EXPECT_TRUE(checkTopology(scope.extract()));
+}
+
+} // namespace
+
+TEST(MeshStitch, SewsTwoTubesAllTheWayRound)
+{
+    CompactMesh mesh = tube(40, 0, 1);
+    append(mesh, tube(40, 1.02, 2));
+    MeshStitchAccount account;
+    ASSERT_TRUE(stitch(mesh, 0.1, &account));
+    const Figures figures = figuresOf(mesh);
+    EXPECT_EQ(figures.components, 1);
+    EXPECT_EQ(figures.borders, 2);
+    EXPECT_EQ(figures.euler, 0);
+    EXPECT_EQ(mesh.getNumVertices(), 2 * 5 * 41 - 40);
+    ASSERT_EQ(account.pairs.size(), 1);
+    EXPECT_TRUE(account.pairs[0].isCircular && account.pairs[0].isSewn);
+    EXPECT_NEAR(account.pairs[0].length, 2 * 3.1416, 0.01);
+    EXPECT_EQ(account.outcomes, (zn::vector<StitchOutcome>{StitchOutcome::NothingBeside, StitchOutcome::Sewn,
+                                                           StitchOutcome::Sewn, StitchOutcome::NothingBeside}));
+    expectWhole(mesh);
+}
+
+TEST(MeshStitch, ClosesASlitALInALAndLeavesOneSmallHoleInAT)
+{
+    // The middle row of a sheet is cut along ten edges: its inner vertices are doubled.
+    CompactMesh slit = sheet(0, 0, 3, 1, 30, 10);
+    const int first = slit.getNumVertices();
+    slit.resizeVertexArray(first + 9);
+    for (int i = 0; i < 9; ++i) slit.getVertices()[first + i] = slit.getVertices()[5 * 31 + 11 + i];
+    for (int t = 0; t < slit.getNumTriangles(); ++t) {
+        if (t / 2 / 30 < 5) continue;
+        for (int& corner : slit.getTriangles()[t].corners)
+            if (corner >= 5 * 31 + 11 && corner < 5 * 31 + 20) corner += first - 5 * 31 - 11;
+    }
+    ASSERT_EQ(figuresOf(slit).borders, 2);
+    ASSERT_TRUE(stitch(slit, 0.1));
+    EXPECT_EQ(figuresOf(slit).borders, 1);
+    EXPECT_EQ(figuresOf(slit).euler, 1);
+    EXPECT_EQ(slit.getNumVertices(), 31 * 11);
+    expectWhole(slit);
+
+    // A square set in the corner of an L.
+    CompactMesh corner = sheet(0, 0, 2, 1, 20, 10);
+    append(corner, sheet(0, 1, 1, 2, 10, 10));
+    ASSERT_TRUE(stitch(corner, 0.05));
+    append(corner, sheet(1.02, 1.02, 2, 2, 13, 7));
+    ASSERT_TRUE(stitch(corner, 0.1));
+    EXPECT_EQ(figuresOf(corner).components, 1);
+    EXPECT_EQ(figuresOf(corner).borders, 1);
+    EXPECT_EQ(figuresOf(corner).euler, 1);
+    EXPECT_EQ(figuresOf(corner).flatTriangles, 0);
+    expectWhole(corner);
+
+    CompactMesh three = sheet(0, 0, 2, 1, 20, 10);
+    append(three, sheet(0, 1.02, 0.98, 2, 10, 10));
+    append(three, sheet(1.02, 1.02, 2, 2, 10, 10));
+    MeshStitchAccount account;
+    ASSERT_TRUE(stitch(three, 0.1, &account));
+    EXPECT_EQ(account.pairs.size(), 3);
+    EXPECT_EQ(figuresOf(three).components, 1);
+    EXPECT_EQ(figuresOf(three).borders, 2);
+    EXPECT_EQ(figuresOf(three).euler, 0);
+    EXPECT_EQ(figuresOf(three).flatTriangles, 0);
+    expectWhole(three);
+}
+
+TEST(MeshStitch, TurnsShellsOverOnceAndKeepsSelections)
+{
+    CompactMesh mesh = sheet(0, 0, 1, 1, 10, 10);
+    append(mesh, sheet(1.01, 0, 2, 1, 12, 12, true));
+    append(mesh, sheet(2.01, 0, 3, 1, 9, 9));
+    append(mesh, sheet(5, 0, 6, 1, 10, 10)); // alone
+    mesh.getSelectedTriangles().resize(mesh.getNumTriangles());
+    mesh.getSelectedTriangles().setBit(110);
+    mesh.getSelectedTriangles().setBit(200 + 288 + 162 + 110);
+    MeshStitchAccount account;
+    CompactMesh far = mesh;
+    ASSERT_TRUE(stitch(mesh, 0.05, &account));
+    ASSERT_EQ(account.turned.size(), 1);
+    EXPECT_TRUE(account.turned[0] >= 200 && account.turned[0] < 488);
+    EXPECT_EQ(mesh.getSelectedTriangles().getNumSetBits(), 2);
+    EXPECT_EQ(figuresOf(mesh).components, 2);
+    EXPECT_EQ(figuresOf(mesh).borders, 2);
+    EXPECT_TRUE(figuresOf(mesh).isOriented);
+    expectWhole(mesh);
+
+    // A strip closed with half a twist can't be put right: no seam, nothing turned.
+    CompactMesh twisted;
+    makeMobiusBand(twisted, 60);
+    append(twisted, sheet(50, 0, 60, 1, 20, 2));
+    const CompactMesh before = twisted;
+    EXPECT_FALSE(stitch(twisted, 1e-3));
+    EXPECT_TRUE(sameBits(twisted, before));
+}
+
+TEST(MeshStitch, ChangesNothingWithoutAPair)
+{
+    CompactMesh mesh = sheet(0, 0, 1, 1, 10, 10);
+    append(mesh, sheet(1.01, 0, 2, 1, 10, 10));
+    mesh.getSelectedTriangles().resize(mesh.getNumTriangles());
+    mesh.getSelectedTriangles().setBit(3);
+    const CompactMesh before = mesh;
+    ChangeRecorder recorder(mesh);
+    constexpr double infinite = std::numeric_limits<double>::infinity();
+    for (const double tolerance : {0.0, -1.0, infinite, std::nan(""), 1e-30, 1e-9, 5e-3, 10.0, 1e30}) {
+        EXPECT_FALSE(stitch(mesh, tolerance)) << tolerance;
+        EXPECT_TRUE(sameBits(mesh, before));
+    }
+    for (const zn::vector<int>& chosen : {zn::vector<int>{}, zn::vector<int>{0}, zn::vector<int>{0, 0, -3, 7}}) {
+        EXPECT_FALSE(stitch(mesh, 0.05, nullptr, &chosen));
+        EXPECT_TRUE(sameBits(mesh, before));
+    }
+    EXPECT_TRUE(recorder.changes().empty());
+    const zn::vector<int> both{1, 0};
+    EXPECT_TRUE(stitch(mesh, 0.05, nullptr, &both));
+    EXPECT_EQ(recorder.changes().size(), 1u);
+    CompactMesh empty;
+    EXPECT_FALSE(stitch(empty, 1));
+}
+
+TEST(MeshStitch, BringsBackWhatPlanesHaveCut)
+{
+    for (int round = 0; round < 24; ++round) {
+        SCOPED_TRACE(round);
+        CompactMesh whole;
+        if (round % 2 == 0)
+            makeTorus(whole, 48, 24);
+        else
+            makeSphere(whole, 4);
+        const double scale = std::vector{1.0, 1e-3, 1e3}[static_cast<std::size_t>(round % 3)];
+        for (int v = 0; v < whole.getNumVertices(); ++v) {
+            const Point p = (whole.getVertices()[v].asPoint().asVector() * scale).asPoint();
+            whole.getVertices()[v].set(&p.x);
+        }
+        const Figures expected = figuresOf(whole);
+        Random random(static_cast<std::uint64_t>(round));
+        PieceOptions options;
+        const Vector axes[] = {Vector(1, 0.1, 0.2), Vector(0.2, 1, -0.1), Vector(-0.3, 0.1, 1)};
+        for (int i = 0; i <= round % 3; ++i)
+            options.planes.emplace_back(random.point(0.1 * scale), znLinear::Normal(axes[i] + random.vector(0.1)));
+        const bool isExact = round % 4 == 0;
+        const double tolerance = 0.02 * scale;
+        if (!isExact) {
+            options.mostSteps = 4;
+            options.shift = 0.45 * tolerance;
+            options.turnsOver = true;
+        }
+        CompactMesh mesh = cutIntoPieces(whole, options, random);
+        const Figures ofPieces = figuresOf(mesh);
+        ASSERT_GT(ofPieces.components, 1);
+        CompactMesh again = mesh;
+        ASSERT_TRUE(stitch(mesh, tolerance));
+        const Figures figures = figuresOf(mesh);
+        EXPECT_EQ(figures.components, 1);
+        EXPECT_EQ(figures.borders, 0);
+        EXPECT_EQ(figures.euler, expected.euler);
+        EXPECT_TRUE(figures.isOriented);
+        EXPECT_LE(figures.flatTriangles, ofPieces.flatTriangles);
+        EXPECT_NEAR(std::fabs(figures.volume), expected.volume,
+                    isExact ? 1e-6 * expected.volume : expected.area * tolerance);
+        expectWhole(mesh);
+        ASSERT_TRUE(stitch(again, tolerance));
+        EXPECT_TRUE(sameBits(mesh, again));
+    }
+}

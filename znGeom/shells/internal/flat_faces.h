@@ -1,0 +1,16 @@
+/// Triangles without area in a half-edge mesh.
+#pragma once
+
+#include "znGeom/foundation/containers/vector.h"
+#include "znGeom/topology/topo_mesh.h"
+
+namespace znGeom::internal {
+
+/// Which triangles have no area to speak of, by face numbers.
+zn::vector<bool> flatFaces(const TopoMesh& mesh);
+
+/// Swaps the longest sides of such triangles, so that both get a share of the neighbour's area.
+/// \param wereFlat  those to be left as they are, by the numbers of an earlier `flatFaces`; later faces are not there
+void swapFlatFaces(TopoMesh& mesh, const zn::vector<bool>& wereFlat);
+
+} // namespace znGeom::internal
