@@ -304,10 +304,27 @@ private:
     bool joinPair(TopoMeshEdge e, TopoMeshEdge f)
     {
         if (isInTheWay(e->origin, endOf(f)) || isInTheWay(endOf(e), f->origin)) return false;
+        if (doublesEdge(e->origin, endOf(f)) || doublesEdge(endOf(e), f->origin)) return false;
         if (e->origin != endOf(f)) m_owner->emit(endOf(f));
         if (endOf(e) != f->origin) m_owner->emit(f->origin);
         m_mesh->mergeVertices(e, f);
         return true;
+    }
+
+    /// Whether two edges would run between the same vertices if two vertices became one, other than along a seam.
+    static bool doublesEdge(TopoMeshVertex kept, TopoMeshVertex dying)
+    {
+        if (kept == dying) return false;
+        const auto isOpen = [](TopoMeshVertex a, TopoMeshVertex b) {
+            const TopoMeshEdge there = TopoMesh::findEdge(a, b), back = TopoMesh::findEdge(b, a);
+            return (there && !there->twin) || (back && !back->twin);
+        };
+        const auto isDoubled = [&](TopoMeshVertex v) {
+            return v != kept && areJoined(v, kept) && !(isOpen(v, kept) && isOpen(v, dying));
+        };
+        for (const TopoMeshEdge spoke : outgoingOf(dying))
+            if (isDoubled(endOf(spoke)) || isDoubled(spoke->prev->origin)) return true;
+        return false;
     }
 
     /// Whether an edge would end where it begins if two vertices became one.

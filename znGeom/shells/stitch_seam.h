@@ -37,7 +37,8 @@ public:
     ///
     /// Where the two sides turn away from each other by more than 85 degrees, an edge of the side that is ahead is
     /// contracted, unless that would change the topology of the surface. No edge gets length zero by this. Two vertices
-    /// that an edge joins are not merged, since that edge would end where it begins: the seam begins or ends one step
+    /// that an edge joins are not merged, since that edge would end where it begins, nor two that have a neighbour in
+    /// common off the seam, since there would be two edges in one place: the seam begins or ends one step
     /// further in, or stays open there.
     ///
     /// Nothing changes, and nobody is told, when one of the paths doesn't lead along a boundary, has no length in
