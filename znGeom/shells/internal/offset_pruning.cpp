@@ -2,27 +2,13 @@
 
 #include "znGeom/foundation/mesh/bit_runs.h"
 #include "znGeom/topology/edge_swapper.h"
+#include "znGeom/topology/internal/plain_fan.h"
 #include "znGeom/topology/topo_iterators.h"
 #include "znGeom/topology/topo_walks.h"
 
 namespace znGeom::internal {
 
 using znLinear::Vector;
-
-namespace {
-
-bool isPlainFan(TopoMeshVertex vertex)
-{
-    int size = 0;
-    for (TopoMeshEdge spoke = vertex->edge; spoke; ++size) {
-        if (endOf(spoke) == vertex) return false;
-        spoke = nextAround(spoke);
-        if (spoke == vertex->edge) return size + 1 == vertex.valence();
-    }
-    return false;
-}
-
-} // namespace
 
 OffsetRemoval::OffsetRemoval(TopoMesh& mesh, BitVector& changed)
     : m_mesh(mesh), m_changed(changed), m_isSwapped(mesh.edgeNumbers())

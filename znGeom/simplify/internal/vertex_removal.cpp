@@ -4,6 +4,7 @@
 
 #include "znGeom/topology/edge_swapper.h"
 #include "znGeom/topology/internal/fold_over.h"
+#include "znGeom/topology/internal/plain_fan.h"
 #include "znGeom/topology/topo_iterators.h"
 #include "znGeom/topology/topo_walks.h"
 
@@ -12,18 +13,6 @@ namespace znGeom::internal {
 using znLinear::Point;
 
 namespace {
-
-/// Whether the triangles of a vertex make one closed fan, and none of them repeats it.
-bool isPlainFan(TopoMeshVertex vertex)
-{
-    int size = 0;
-    for (TopoMeshEdge spoke = vertex->edge; spoke; ++size) {
-        if (endOf(spoke) == vertex) return false;
-        spoke = nextAround(spoke);
-        if (spoke == vertex->edge) return size + 1 == vertex.valence();
-    }
-    return false;
-}
 
 /// Whether three neighbours are the corners of a triangle already: without the vertex there would be two, as at the tip
 /// of a tetrahedron.
