@@ -100,11 +100,15 @@ TEST(ToolCancel, InterruptedAnywhereItLeavesTheOldFilesOrTheWholeNewOnes)
                                            {"split", {"--parts", "20"}},
                                            {"repair", {"--self-intersections"}},
                                            {"reduce", {"--to", "0.5"}},
+                                           {"reduce", {"--to", "0.5", "--method", "collapse"}},
+                                           {"subdivide", {}},
+                                           {"extrude", {"--all", "--distance", "2"}},
                                            {"fill", {"--quality", "0"}},
                                            {"curvature", {"--type", "max"}}}) {
         const Scratch scratch;
-        const bool splits = !std::strcmp(command, "split"), fills = !std::strcmp(command, "fill");
-        const std::string in = scratch.write("in.obj", gridObj(150) + (fills ? "" : "f 1 2 3\nf 1 1 2\n"));
+        const bool splits = !std::strcmp(command, "split"),
+                   needsSurface = !std::strcmp(command, "fill") || !std::strcmp(command, "extrude");
+        const std::string in = scratch.write("in.obj", gridObj(150) + (needsSurface ? "" : "f 1 2 3\nf 1 1 2\n"));
         Words arguments{command, in, scratch.path("out.ply")};
         arguments.insert(arguments.end(), options.begin(), options.end());
         const auto started = std::chrono::steady_clock::now();
