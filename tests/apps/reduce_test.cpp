@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <sched.h>
 
 #include <cmath>
 
@@ -9,18 +8,6 @@
 namespace toolTest {
 
 namespace {
-
-/// A square of `side` times `side` squares with waves of height 1; side * 4 of its vertices are on its boundary.
-std::string wavesObj(int side)
-{
-    const std::string flat = gridObj(side);
-    std::string text;
-    for (int y = 0; y <= side; ++y)
-        for (int x = 0; x <= side; ++x)
-            text += "v " + std::to_string(x) + " " + std::to_string(y) + " " +
-                    std::to_string(std::sin(x / 4.0) * std::cos(y / 5.0)) + "\n";
-    return text + flat.substr(flat.find("f "));
-}
 
 TEST(ToolReduce, KeepsAFractionOrACountOfTheVertices)
 {
@@ -98,43 +85,6 @@ TEST(ToolReduce, CollapsesEdgesToAPartOrACountOfTheTriangles)
         std::string::npos);
     EXPECT_EQ(runTool({"reduce", in, out, "--tolerance", "1%", "--method", "collapse"}).status, 2);
     EXPECT_EQ(runTool({"reduce", in, out, "--to", "1", "--method", "melting"}).status, 2);
-}
-
-/// While it lives, what this thread starts may use one processor.
-class OnOneProcessor
-{
-public:
-    OnOneProcessor()
-    {
-        sched_getaffinity(0, sizeof m_before, &m_before);
-        cpu_set_t one;
-        CPU_ZERO(&one);
-        for (int i = 0; i < CPU_SETSIZE && CPU_COUNT(&one) == 0; ++i)
-            if (CPU_ISSET(i, &m_before)) CPU_SET(i, &one);
-        sched_setaffinity(0, sizeof one, &one);
-    }
-    OnOneProcessor(const OnOneProcessor&) = delete;
-    OnOneProcessor& operator=(const OnOneProcessor&) = delete;
-    ~OnOneProcessor() { sched_setaffinity(0, sizeof m_before, &m_before); }
-
-private:
-    cpu_set_t m_before;
-};
-
-TEST(ToolReduce, WritesTheSameBytesOnAnyNumberOfProcessors)
-{
-    const Scratch scratch;
-    const std::string in = scratch.write("in.obj", wavesObj(120));
-    for (const std::vector<std::string>& amount :
-         {std::vector<std::string>{"--to", "0.3"}, {"--tolerance", "0.2%"}, {"--to", "0.1"}}) {
-        const auto reduceInto = [&](const std::string& name) {
-            report({"reduce", in, scratch.path(name), amount[0], amount[1]});
-            return scratch.read(name);
-        };
-        const std::string onAll = reduceInto("all.ply");
-        const OnOneProcessor one;
-        EXPECT_TRUE(reduceInto("one.ply") == onAll) << amount[1];
-    }
 }
 
 TEST(ToolReduce, SaysWhatIsNotKept)

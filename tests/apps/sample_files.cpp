@@ -1,5 +1,6 @@
 #include "tests/apps/sample_files.h"
 
+#include <cmath>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -174,6 +175,17 @@ std::string gridObj(int side)
             text += "\n";
         }
     return text;
+}
+
+std::string wavesObj(int side)
+{
+    const std::string flat = gridObj(side);
+    std::string text;
+    for (int y = 0; y <= side; ++y)
+        for (int x = 0; x <= side; ++x)
+            text += "v " + std::to_string(x) + " " + std::to_string(y) + " " +
+                    std::to_string(std::sin(x / 4.0) * std::cos(y / 5.0)) + "\n";
+    return text + flat.substr(flat.find("f "));
 }
 
 } // namespace toolTest

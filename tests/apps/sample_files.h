@@ -31,5 +31,7 @@ std::string cubeObj(const std::string& first = "-1", const std::string& second =
 std::string tetrahedraObj();
 /// A flat square of `side` times `side` unit squares.
 std::string gridObj(int side);
+/// A square of `side` times `side` squares with waves of height 1; side * 4 of its vertices are on its boundary.
+std::string wavesObj(int side);
 
 } // namespace toolTest
