@@ -13,18 +13,9 @@ double ClosestEngine::compute(const Point& point, MeshCoord* coord)
 {
     MeshCoord found;
     double distance2;
-    if (!m_search || !m_search->find(point, distanceToLastPlace(point), m_leaves, found, distance2))
-        return walk(point, coord);
-    m_last = found;
+    if (!m_search || !m_search->find(point, m_leaves, found, distance2)) return walk(point, coord);
     if (coord) *coord = found;
     return std::sqrt(distance2);
-}
-
-/// Consecutive points are often neighbours: then this is a good bound to begin with.
-double ClosestEngine::distanceToLastPlace(const Point& point) const
-{
-    if (m_last.triangle < 0) return std::numeric_limits<double>::infinity();
-    return distance(point, m_last.evaluate(m_index.mesh.getVertices(), m_index.mesh.getTriangles()));
 }
 
 /// Leaf by leaf, in order of increasing distance.

@@ -44,13 +44,11 @@ public:
 
 private:
     double walk(const znLinear::Point& point, MeshCoord* coord);
-    double distanceToLastPlace(const znLinear::Point& point) const;
 
     ClosestIndex m_index;
     std::optional<TreeSearch> m_search;
     std::optional<zn::StampTable> m_seenTriangles;
     OctreeClosestIt m_leaves;
-    MeshCoord m_last; ///< what the tree found last
     double m_walked = 0;
 };
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace znGeom::internal {
 
@@ -38,10 +39,11 @@ TreeSearch::TreeSearch(const PackedTriangles& tree, const Octree& octree, const 
     m_isUsable = tree.numTriangles > 0 && tree.isExact && isFinite(root) && root.contains(tree.box);
 }
 
-bool TreeSearch::find(const Point& query, double known, OctreeClosestIt& walk, MeshCoord& coord, double& distance2)
+bool TreeSearch::find(const Point& query, OctreeClosestIt& walk, MeshCoord& coord, double& distance2)
 {
     const FrameQuery frameQuery(m_tree.frame, query);
     if (!m_isUsable || !frameQuery.isInside) return false;
+    const double known = m_hasLast ? distance(query, m_lastPlace) : std::numeric_limits<double>::infinity();
     m_candidates.search(m_tree, frameQuery, known * m_tree.frame.scale);
     const int count = measureCandidates(m_tree, m_candidates, query, m_measured);
     if (count == 0) return false;
@@ -55,7 +57,20 @@ bool TreeSearch::find(const Point& query, double known, OctreeClosestIt& walk, M
     std::copy_n(found.weights, 3, coord.weights);
     coord.triangle = m_tree.triangleAt(found.place);
     distance2 = found.distance2;
+    remember(found);
     return true;
+}
+
+/// From the corners in the tree, which have just been read.
+void TreeSearch::remember(const MeasuredTriangle& found)
+{
+    for (int axis = 0; axis < 3; ++axis) {
+        double sum = 0;
+        for (int corner = 0; corner < 3; ++corner)
+            sum += found.weights[corner] * double(m_tree.cornerAt(found.place, 3 * corner + axis));
+        m_lastPlace[axis] = sum;
+    }
+    m_hasLast = true;
 }
 
 /// Brings the triangles at exactly the least distance to the front.
