@@ -7,9 +7,18 @@
 #include "apps/zngeom/failure.h"
 #include "apps/zngeom/mesh_files.h"
 #include "apps/zngeom/usage.h"
+#include "znGeom/analysis/adjacency.h"
+#include "znGeom/analysis/boundaries.h"
 #include "znGeom/analysis/path_length.h"
 
 namespace tool {
+
+MeshBorders::MeshBorders(const znGeom::CompactMesh& mesh)
+{
+    znGeom::meshAdjTris(mesh, adjTris);
+    znGeom::meshAdjVertices(mesh, adjTris, adjVertices);
+    znGeom::meshComputeBoundary(mesh, adjTris, adjVertices, boundaries);
+}
 
 std::vector<BoundaryLoop> loopsByLength(const znGeom::CompactMesh& mesh, const znGeom::MeshBoundaries& boundaries)
 {

@@ -7,12 +7,23 @@
 #include "apps/zngeom/picture/marking.h"
 #include "znGeom/analysis/mesh_sequence.h"
 #include "znGeom/foundation/mesh/compact_mesh.h"
+#include "znGeom/foundation/mesh/mesh_adjacency.h"
 
 namespace CLI {
 class App;
 } // namespace CLI
 
 namespace tool {
+
+/// The boundaries of a mesh, with the adjacency that they are found by.
+struct MeshBorders
+{
+    znGeom::MeshAdjTris adjTris;
+    znGeom::MeshAdjVertices adjVertices;
+    znGeom::MeshBoundaries boundaries;
+
+    explicit MeshBorders(const znGeom::CompactMesh& mesh);
+};
 
 struct BoundaryLoop
 {

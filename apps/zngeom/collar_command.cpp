@@ -18,7 +18,6 @@
 #include "apps/zngeom/usage.h"
 #include "apps/zngeom/write_file.h"
 #include "znGeom/analysis/adjacency.h"
-#include "znGeom/analysis/boundaries.h"
 #include "znGeom/shells/collar_ribbon.h"
 
 namespace tool {
@@ -183,15 +182,11 @@ private:
 
     CollarWalk walkBorder(const znGeom::CompactMesh& mesh) const
     {
-        znGeom::MeshAdjTris adjTris;
-        znGeom::MeshAdjVertices adjVertices;
-        znGeom::MeshBoundaries boundaries;
-        znGeom::meshAdjTris(mesh, adjTris);
-        znGeom::meshAdjVertices(mesh, adjTris, adjVertices);
-        znGeom::meshComputeBoundary(mesh, adjTris, adjVertices, boundaries);
-        const std::vector<BoundaryLoop> loops = loopsByLength(mesh, boundaries);
+        const MeshBorders borders(mesh);
+        const std::vector<BoundaryLoop> loops = loopsByLength(mesh, borders.boundaries);
         checkLoopNumbers({m_loop}, loops.size(), m_path);
-        const CollarLoop loop{mesh, adjTris, boundaries, loops[static_cast<std::size_t>(m_loop - 1)].inMesh,
+        const CollarLoop loop{mesh, borders.adjTris, borders.boundaries,
+                              loops[static_cast<std::size_t>(m_loop - 1)].inMesh,
                               "boundary loop " + std::to_string(m_loop)};
         const int count = m_count ? *m_count : 0;
         try {

@@ -1,5 +1,6 @@
 #include <cmath>
 
+#include "apps/zngeom/boundary_loops.h"
 #include "apps/zngeom/command.h"
 #include "apps/zngeom/mesh_files.h"
 #include "apps/zngeom/mesh_route.h"
@@ -11,7 +12,6 @@
 #include "apps/zngeom/read_file.h"
 #include "apps/zngeom/surface_lines.h"
 #include "znGeom/analysis/adjacency.h"
-#include "znGeom/analysis/boundaries.h"
 #include "znGeom/curves/mesh_cut.h"
 
 namespace tool {
@@ -63,16 +63,11 @@ void addShape(const znGeom::CompactMesh& mesh, znUtil::Progress& progress, const
     znGeom::meshEdgeSides(mesh, phases.next(0.4), sides);
     const int numPieces = findComponents(mesh, sides, "edges", phases.next(0.3)).count();
     checkCancelled(progress);
-    znGeom::MeshAdjTris adjTris;
-    znGeom::MeshAdjVertices adjVertices;
-    znGeom::MeshBoundaries boundaries;
-    znGeom::meshAdjTris(mesh, adjTris);
-    znGeom::meshAdjVertices(mesh, adjTris, adjVertices);
-    znGeom::meshComputeBoundary(mesh, adjTris, adjVertices, boundaries);
+    const MeshBorders borders(mesh);
     report.add(("vertices" + suffix).c_str(), mesh.getNumVertices());
     report.add(("triangles" + suffix).c_str(), mesh.getNumTriangles());
     report.add(("pieces" + suffix).c_str(), numPieces);
-    report.add(("borders" + suffix).c_str(), boundaries.size());
+    report.add(("borders" + suffix).c_str(), borders.boundaries.size());
 }
 
 class CutCommand : public Command

@@ -13,7 +13,6 @@
 #include "apps/zngeom/usage.h"
 #include "apps/zngeom/write_file.h"
 #include "znGeom/analysis/adjacency.h"
-#include "znGeom/analysis/boundaries.h"
 #include "znGeom/analysis/census.h"
 #include "znGeom/repair/hole_fill.h"
 
@@ -181,15 +180,10 @@ private:
     std::unique_ptr<PendingFile> fill(LoadedMesh& loaded, znUtil::Progress& progress, Report& report) const
     {
         znGeom::CompactMesh& mesh = loaded.mesh;
-        znGeom::MeshAdjTris adjTris;
-        znGeom::MeshAdjVertices adjVertices;
-        znGeom::MeshBoundaries boundaries;
-        znGeom::meshAdjTris(mesh, adjTris);
-        znGeom::meshAdjVertices(mesh, adjTris, adjVertices);
-        znGeom::meshComputeBoundary(mesh, adjTris, adjVertices, boundaries);
+        const MeshBorders borders(mesh);
         checkCancelled(progress);
         std::vector<Loop> loops;
-        for (const BoundaryLoop& loop : loopsByLength(mesh, boundaries)) loops.push_back({loop});
+        for (const BoundaryLoop& loop : loopsByLength(mesh, borders.boundaries)) loops.push_back({loop});
         chooseLoops(loops);
         zn::list<int> holes;
         for (const Loop& loop : loops)
@@ -200,14 +194,14 @@ private:
         zn::vector<HoleOutcome> outcomes;
         if (holes.size() > 0) {
             keepPositionsOnly(loaded, "the filling");
-            znGeom::meshHoleFill(mesh, adjTris, adjVertices, boundaries, holes,
+            znGeom::meshHoleFill(mesh, borders.adjTris, borders.adjVertices, borders.boundaries, holes,
                                  static_cast<znGeom::HoleQuality>(m_quality), progress, &outcomes);
             checkCancelled(progress);
         }
         tellOutcomes(outcomes, loops, loaded, report);
         if (!isDrawn()) return nullptr;
-        return draw({&original, {markRims(original, boundaries, loops)}, ""}, {&mesh, {markNew(original, mesh)}, ""},
-                    progress, report);
+        return draw({&original, {markRims(original, borders.boundaries, loops)}, ""},
+                    {&mesh, {markNew(original, mesh)}, ""}, progress, report);
     }
 
     static void tellOutcomes(const zn::vector<HoleOutcome>& outcomes, std::vector<Loop>& loops, LoadedMesh& loaded,

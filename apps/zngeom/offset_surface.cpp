@@ -1,4 +1,5 @@
 #include "apps/zngeom/offset_surface.h"
+#include "apps/zngeom/boundary_loops.h"
 
 #include <algorithm>
 #include <cmath>
@@ -10,7 +11,6 @@
 #include "apps/zngeom/mesh_index.h"
 #include "apps/zngeom/pacer.h"
 #include "znGeom/analysis/adjacency.h"
-#include "znGeom/analysis/boundaries.h"
 #include "znGeom/analysis/bounds.h"
 #include "znGeom/editing/extract.h"
 #include "znGeom/editing/reverse_winding.h"
@@ -41,16 +41,11 @@ CompactMesh extracted(CompactMesh& mesh, const IsWanted& isWanted)
 /// The shell; the mesh comes first in it.
 std::unique_ptr<CompactMesh> shellOf(const CompactMesh& mesh, double outward, bool isShell, OffsetFindings& findings)
 {
-    znGeom::MeshAdjTris adjTris;
-    znGeom::MeshAdjVertices adjVertices;
-    znGeom::MeshBoundaries boundaries;
-    znGeom::meshAdjTris(mesh, adjTris);
-    znGeom::meshAdjVertices(mesh, adjTris, adjVertices);
-    znGeom::meshComputeBoundary(mesh, adjTris, adjVertices, boundaries);
+    const MeshBorders borders(mesh);
     znGeom::BoundingBox box;
     znGeom::meshBoundingBox(mesh, box);
     const znGeom::Octree octree(mesh.getNumVertices(), mesh.getVerticesRaw(), box, true, 16);
-    znGeom::MeshOffset offset(mesh, octree, boundaries, adjTris, -outward);
+    znGeom::MeshOffset offset(mesh, octree, borders.boundaries, borders.adjTris, -outward);
     std::unique_ptr<CompactMesh> result(offset.calculate(isShell));
     findings.pruning = offset.pruning();
     return result;

@@ -1,6 +1,7 @@
 // CGAL's search for triangles that cross, within a mesh and between two. It takes what touches for a crossing, and
 // looks at triangles that share a vertex as well: where its list has more, the rest must be of these kinds.
 #include "bench/crossings.h"
+#include "bench/peers/cgal_mesh.h"
 #include "bench/suite.h"
 
 #include <CGAL/Exact_predicates_exact_constructions_kernel.h>
@@ -33,16 +34,8 @@ using Exact = CGAL::Exact_predicates_exact_constructions_kernel;
 template <class Kernel>
 std::unique_ptr<Mesh<Kernel>> build(const Soup& soup)
 {
-    using VertexIndex = typename Mesh<Kernel>::Vertex_index;
-    using Index = typename Mesh<Kernel>::size_type;
     auto mesh = std::make_unique<Mesh<Kernel>>();
-    for (std::size_t i = 0; i < soup.positions.size(); i += 3)
-        mesh->add_vertex({static_cast<double>(soup.positions[i]), static_cast<double>(soup.positions[i + 1]),
-                          static_cast<double>(soup.positions[i + 2])});
-    for (std::size_t i = 0; i < soup.triangles.size(); i += 3)
-        mesh->add_face(VertexIndex(static_cast<Index>(soup.triangles[i])),
-                       VertexIndex(static_cast<Index>(soup.triangles[i + 1])),
-                       VertexIndex(static_cast<Index>(soup.triangles[i + 2])));
+    bench::addSoup(soup, *mesh);
     return mesh;
 }
 

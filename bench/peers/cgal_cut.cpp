@@ -1,6 +1,7 @@
 // CGAL cuts its half-edge mesh by a plane.
 #include "bench/checks.h"
 #include "bench/cut.h"
+#include "bench/peers/cgal_mesh.h"
 #include "bench/suite.h"
 
 #include <CGAL/Exact_predicates_inexact_constructions_kernel.h>
@@ -21,14 +22,7 @@ using Mesh = CGAL::Surface_mesh<Kernel::Point_3>;
 std::unique_ptr<Mesh> build(const bench::Soup& soup)
 {
     auto mesh = std::make_unique<Mesh>();
-    for (std::size_t i = 0; i < soup.positions.size(); i += 3)
-        mesh->add_vertex({static_cast<double>(soup.positions[i]), static_cast<double>(soup.positions[i + 1]),
-                          static_cast<double>(soup.positions[i + 2])});
-    const auto vertexAt = [&](std::size_t corner) {
-        return Mesh::Vertex_index(static_cast<Mesh::size_type>(soup.triangles[corner]));
-    };
-    for (std::size_t i = 0; i < soup.triangles.size(); i += 3)
-        mesh->add_face(vertexAt(i), vertexAt(i + 1), vertexAt(i + 2));
+    bench::addSoup(soup, *mesh);
     return mesh;
 }
 

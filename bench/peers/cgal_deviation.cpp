@@ -1,5 +1,6 @@
 // CGAL's largest distance of points from a mesh, on all threads; makes its tree each time.
 #include "bench/deviation.h"
+#include "bench/peers/cgal_mesh.h"
 
 #include <CGAL/Polygon_mesh_processing/distance.h>
 #include <CGAL/Simple_cartesian.h>
@@ -18,13 +19,8 @@ Kernel::Point_3 pointAt(const float* p) { return {double(p[0]), double(p[1]), do
 
 Mesh meshOf(const bench::Soup& soup)
 {
-    using Vertex = Mesh::Vertex_index;
     Mesh mesh;
-    for (std::size_t i = 0; i < soup.positions.size(); i += 3) mesh.add_vertex(pointAt(&soup.positions[i]));
-    for (std::size_t i = 0; i < soup.triangles.size(); i += 3)
-        mesh.add_face(Vertex(static_cast<unsigned>(soup.triangles[i])),
-                      Vertex(static_cast<unsigned>(soup.triangles[i + 1])),
-                      Vertex(static_cast<unsigned>(soup.triangles[i + 2])));
+    bench::addSoup(soup, mesh);
     return mesh;
 }
 

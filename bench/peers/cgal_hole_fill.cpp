@@ -1,6 +1,7 @@
 // CGAL fills all holes of a surface, which it first makes a half-edge mesh of. It leaves out faces at edges with more
 // than two sides.
 #include "bench/hole_fill.h"
+#include "bench/peers/cgal_mesh.h"
 
 #include <CGAL/Polygon_mesh_processing/border.h>
 #include <CGAL/Polygon_mesh_processing/triangulate_hole.h>
@@ -21,32 +22,12 @@ class FillingBase
 public:
     explicit FillingBase(const bench::Soup& soup) : m_soup(soup) {}
 
-    bench::Soup result() const
-    {
-        bench::Soup soup;
-        for (const auto vertex : m_mesh.vertices())
-            for (int axis = 0; axis < 3; ++axis)
-                soup.positions.push_back(static_cast<float>(m_mesh.point(vertex)[axis]));
-        for (const auto face : m_mesh.faces())
-            for (const auto vertex : m_mesh.vertices_around_face(m_mesh.halfedge(face)))
-                soup.triangles.push_back(static_cast<int>(vertex.idx()));
-        return soup;
-    }
+    bench::Soup result() const { return bench::toSoup(m_mesh); }
 
 protected:
     std::vector<Mesh::Halfedge_index> build()
     {
-        const auto numFaces = static_cast<Mesh::size_type>(m_soup.numTriangles());
-        m_mesh.reserve(static_cast<Mesh::size_type>(m_soup.numVertices()), numFaces + numFaces / 2, numFaces);
-        for (std::size_t i = 0; i < m_soup.positions.size(); i += 3)
-            m_mesh.add_vertex(Point(static_cast<double>(m_soup.positions[i]),
-                                    static_cast<double>(m_soup.positions[i + 1]),
-                                    static_cast<double>(m_soup.positions[i + 2])));
-        const auto corner = [this](std::size_t i) {
-            return Mesh::Vertex_index(static_cast<Mesh::size_type>(m_soup.triangles[i]));
-        };
-        for (std::size_t i = 0; i < m_soup.triangles.size(); i += 3)
-            m_mesh.add_face(corner(i), corner(i + 1), corner(i + 2));
+        bench::addSoup(m_soup, m_mesh);
         std::vector<Mesh::Halfedge_index> holes;
         processing::extract_boundary_cycles(m_mesh, std::back_inserter(holes));
         return holes;

@@ -1,5 +1,6 @@
 // CGAL's least squares conformal map with its default solver, a sparse direct one, on a half-edge mesh that is there.
 #include "bench/flatten.h"
+#include "bench/peers/cgal_mesh.h"
 
 #include <CGAL/Polygon_mesh_processing/measure.h>
 #include <CGAL/Simple_cartesian.h>
@@ -20,14 +21,7 @@ class Flattening
 public:
     explicit Flattening(const bench::Soup& soup)
     {
-        for (std::size_t i = 0; i < soup.positions.size(); i += 3)
-            m_mesh.add_vertex({static_cast<double>(soup.positions[i]), static_cast<double>(soup.positions[i + 1]),
-                               static_cast<double>(soup.positions[i + 2])});
-        const auto corner = [&soup](std::size_t i) {
-            return Mesh::Vertex_index(static_cast<Mesh::size_type>(soup.triangles[i]));
-        };
-        for (std::size_t i = 0; i < soup.triangles.size(); i += 3)
-            m_mesh.add_face(corner(i), corner(i + 1), corner(i + 2));
+        bench::addSoup(soup, m_mesh);
         m_uvs = m_mesh.add_property_map<Mesh::Vertex_index, Kernel::Point_2>("v:uv").first;
     }
 

@@ -1,5 +1,6 @@
 // CGAL builds its half-edge mesh from arrays, and finds its components.
 #include "bench/checks.h"
+#include "bench/peers/cgal_mesh.h"
 #include "bench/suite.h"
 
 #include <CGAL/Polygon_mesh_processing/connected_components.h>
@@ -16,27 +17,11 @@ using Point = CGAL::Simple_cartesian<double>::Point_3;
 using Mesh = CGAL::Surface_mesh<Point>;
 using VertexIndex = Mesh::Vertex_index;
 
-void addVertices(const bench::Soup& soup, Mesh& mesh)
-{
-    const auto numFaces = static_cast<Mesh::size_type>(soup.numTriangles());
-    mesh.reserve(static_cast<Mesh::size_type>(soup.numVertices()), numFaces + numFaces / 2, numFaces);
-    for (std::size_t i = 0; i < soup.positions.size(); i += 3)
-        mesh.add_vertex(Point(static_cast<double>(soup.positions[i]), static_cast<double>(soup.positions[i + 1]),
-                              static_cast<double>(soup.positions[i + 2])));
-}
-
-VertexIndex vertexAt(const bench::Soup& soup, std::size_t corner)
-{
-    return VertexIndex(static_cast<Mesh::size_type>(soup.triangles[corner]));
-}
-
 /// Room reserved, then vertex by vertex and face by face, as its manual shows.
 std::unique_ptr<Mesh> build(const bench::Soup& soup)
 {
     auto mesh = std::make_unique<Mesh>();
-    addVertices(soup, *mesh);
-    for (std::size_t i = 0; i < soup.triangles.size(); i += 3)
-        mesh->add_face(vertexAt(soup, i), vertexAt(soup, i + 1), vertexAt(soup, i + 2));
+    bench::addSoup(soup, *mesh);
     return mesh;
 }
 
@@ -49,7 +34,7 @@ std::unique_ptr<Mesh> buildAtOnce(const bench::Soup& soup)
     std::vector<std::array<VertexIndex, 3>> faces;
     faces.reserve(soup.triangles.size() / 3);
     for (std::size_t i = 0; i < soup.triangles.size(); i += 3)
-        faces.push_back({vertexAt(soup, i), vertexAt(soup, i + 1), vertexAt(soup, i + 2)});
+        faces.push_back({vertexAt(soup, *mesh, i), vertexAt(soup, *mesh, i + 1), vertexAt(soup, *mesh, i + 2)});
     CGAL::Euler::add_faces(faces, *mesh);
     return mesh;
 }
