@@ -1,6 +1,12 @@
-/// Geometry of the plane: fits and polygons.
+/// Geometry of the plane: fits, polygons, strokes and curves through samples.
 #pragma once
 
+#include "znGeom/planar/flt_interpolate_2d.h"
+#include "znGeom/planar/interpolate_2d.h"
+#include "znGeom/planar/interpolate_alg.h"
 #include "znGeom/planar/plane_fit.h"
 #include "znGeom/planar/polygon.h"
+#include "znGeom/planar/smooth_1d.h"
+#include "znGeom/planar/smooth_2d.h"
+#include "znGeom/planar/smooth_interpolate_2d.h"
 #include "znGeom/planar/triangulate_polygon.h"
