@@ -8,8 +8,8 @@ namespace znGeom {
 /// A mass that is drawn towards each value, with drag. It moves in several sub-steps for each value, and its
 /// acceleration changes at a constant rate over them, so that no sub-step shows a kink. All in `float`.
 ///
-/// Values that stay the same are reached, and quietly, where numSteps * (1 - drag) / mass is about a half. Near 1 the mass
-/// overshoots, and somewhat above that it swings ever further: more sub-steps ask for more drag or a greater mass.
+/// Values that stay the same are reached, and quietly, where numSteps * (1 - drag) / mass is about a half. Near 1 the
+/// mass overshoots, and somewhat above that it swings ever further: more sub-steps ask for more drag or a greater mass.
 class ZNGEOM_API Smooth1D
 {
 public:
