@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <cmath>
 #include <map>
 #include <string_view>
 
 #include "apps/zngeom/files/line_files.h"
 #include "apps/zngeom/files/mesh_files.h"
 #include "apps/zngeom/files/read_file.h"
+#include "apps/zngeom/files/text_lines.h"
 #include "apps/zngeom/files/write_file.h"
 #include "apps/zngeom/frame/failure.h"
 
@@ -20,79 +20,39 @@ namespace {
 using znGeom::MeshFormat;
 using znLinear::Point;
 
-/// The lines of a text, word by word.
-class Words
+long whole(const TextLines& lines, std::string_view word)
 {
-public:
-    explicit Words(std::string_view text) : m_text(text) {}
+    long value = 0;
+    const std::string_view digits = word.substr(0, word.find('/'));
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
+    if (error != std::errc() || end != digits.data() + digits.size())
+        lines.fail(quoted(word) + " is not a whole number");
+    return value;
+}
 
-    /// \return false at the end of the text. A comment that begins with # is left out
-    bool nextLine(std::vector<std::string_view>& words)
-    {
-        words.clear();
-        if (m_at >= m_text.size()) return false;
-        ++m_line;
-        const std::size_t end = std::min(m_text.find('\n', m_at), m_text.size());
-        std::string_view line = m_text.substr(m_at, end - m_at);
-        m_at = end + 1;
-        line = line.substr(0, line.find('#'));
-        constexpr std::string_view blanks = " \t\r,";
-        for (std::size_t begin = line.find_first_not_of(blanks); begin != line.npos;
-             begin = line.find_first_not_of(blanks, begin)) {
-            const std::size_t stop = std::min(line.find_first_of(blanks, begin), line.size());
-            words.push_back(line.substr(begin, stop - begin));
-            begin = stop;
-        }
-        return true;
-    }
-
-    double real(std::string_view word) const
-    {
-        double value = 0;
-        const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), value);
-        if (error != std::errc() || end != word.data() + word.size() || !std::isfinite(value)) fail("a number", word);
-        return value;
-    }
-    long whole(std::string_view word) const
-    {
-        long value = 0;
-        word = word.substr(0, word.find('/'));
-        const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), value);
-        if (error != std::errc() || end != word.data() + word.size()) fail("a whole number", word);
-        return value;
-    }
-    Point point(const std::vector<std::string_view>& words, std::size_t first) const
-    {
-        if (words.size() < first + 3) fail("three coordinates", words.empty() ? "" : words[0]);
-        return {real(words[first]), real(words[first + 1]), real(words[first + 2])};
-    }
-    [[noreturn]] void fail(const std::string& expected, std::string_view word) const
-    {
-        throw Failure("line " + std::to_string(m_line) + ": expected " + expected + ", found " + std::string(word));
-    }
-
-private:
-    std::string_view m_text;
-    std::size_t m_at = 0;
-    int m_line = 0;
-};
+Point pointOf(const TextLines& lines, const std::vector<std::string_view>& words, std::size_t first)
+{
+    if (words.size() < first + 3) lines.fail("a point has fewer than three coordinates");
+    return {lines.number(words[first]), lines.number(words[first + 1]), lines.number(words[first + 2])};
+}
 
 using Runs = std::vector<zn::vector<Point>>;
 using Line = std::vector<std::string_view>;
 
-Runs readObj(Words words)
+Runs readObj(TextLines lines)
 {
     Runs runs;
     std::vector<Point> points;
-    for (Line line; words.nextLine(line);) {
+    while (lines.next()) {
+        const Line& line = lines.words();
         if (line.empty()) continue;
-        if (line[0] == "v") points.push_back(words.point(line, 1));
+        if (line[0] == "v") points.push_back(pointOf(lines, line, 1));
         if (line[0] != "l") continue;
         runs.emplace_back();
         for (std::size_t i = 1; i < line.size(); ++i) {
-            const long number = words.whole(line[i]), count = static_cast<long>(points.size());
+            const long number = whole(lines, line[i]), count = static_cast<long>(points.size());
             const long index = number < 0 ? count + number : number - 1;
-            if (index < 0 || index >= count) words.fail("the number of a vertex above", line[i]);
+            if (index < 0 || index >= count) lines.fail(quoted(line[i]) + " is not the number of a vertex above");
             runs.back().append(points[static_cast<std::size_t>(index)]);
         }
     }
@@ -114,47 +74,50 @@ struct PlyElement
     }
 };
 
-std::vector<PlyElement> readPlyHeader(Words& words)
+std::vector<PlyElement> readPlyHeader(TextLines& lines)
 {
     std::vector<PlyElement> elements;
-    for (Line line; words.nextLine(line);) {
+    while (lines.next()) {
+        const Line& line = lines.words();
         if (line.empty()) continue;
         if (line[0] == "end_header") return elements;
         if (line[0] == "format" && line.size() > 1 && line[1] != "ascii")
             throw Failure("polylines are read from PLY files as text, and this one is binary");
         if (line[0] == "element" && line.size() > 2)
-            elements.push_back({std::string(line[1]), words.whole(line[2]), {}});
+            elements.push_back({std::string(line[1]), whole(lines, line[2]), {}});
         if (line[0] == "property" && line.size() > 2 && !elements.empty())
             elements.back().properties.emplace_back(line.back());
     }
     throw Failure("the PLY header has no end");
 }
 
-Runs readPly(Words words)
+Runs readPly(TextLines lines)
 {
     Runs runs;
     std::vector<Point> points;
-    for (const PlyElement& element : readPlyHeader(words)) {
+    for (const PlyElement& element : readPlyHeader(lines)) {
         const bool isVertex = element.name == "vertex", isEdge = element.name == "edge";
         std::vector<std::size_t> places;
         if (isVertex) places = {element.placeOf("x"), element.placeOf("y"), element.placeOf("z")};
         if (isEdge) places = {element.placeOf("vertex1"), element.placeOf("vertex2")};
-        Line line, wanted;
+        Line wanted;
         for (long i = 0; i < element.count; ++i) {
             do
-                if (!words.nextLine(line)) words.fail("element " + element.name, "the end");
-            while (line.empty());
+                if (!lines.next()) lines.fail("the file ends within element " + element.name);
+            while (lines.words().empty());
+            const Line& line = lines.words();
             wanted.clear();
             for (const std::size_t place : places) {
-                if (place >= line.size()) words.fail("more values", line.back());
+                if (place >= line.size()) lines.fail("element " + element.name + " has more values");
                 wanted.push_back(line[place]);
             }
-            if (isVertex) points.push_back(words.point(wanted, 0));
+            if (isVertex) points.push_back(pointOf(lines, wanted, 0));
             if (!isEdge) continue;
             runs.emplace_back();
             for (const std::string_view word : wanted) {
-                const long index = words.whole(word);
-                if (index < 0 || index >= static_cast<long>(points.size())) words.fail("the number of a vertex", word);
+                const long index = whole(lines, word);
+                if (index < 0 || index >= static_cast<long>(points.size()))
+                    lines.fail(quoted(word) + " is not the number of a vertex");
                 runs.back().append(points[static_cast<std::size_t>(index)]);
             }
         }
@@ -162,12 +125,13 @@ Runs readPly(Words words)
     return runs;
 }
 
-Runs readText(Words words)
+Runs readText(TextLines lines)
 {
     Runs runs(1);
-    for (Line line; words.nextLine(line);) {
+    while (lines.next()) {
+        const Line& line = lines.words();
         if (!line.empty())
-            runs.back().append(words.point(line, 0));
+            runs.back().append(pointOf(lines, line, 0));
         else if (!runs.back().empty())
             runs.emplace_back();
     }
@@ -236,9 +200,9 @@ std::vector<Polyline> asPolylines(const Runs& runs)
 
 Runs readRuns(const std::string& text, const FileFormat* format)
 {
-    if (!format || format->format == MeshFormat::Plain) return readText(Words(text));
-    if (format->format == MeshFormat::Obj) return readObj(Words(text));
-    if (format->format == MeshFormat::Ply) return readPly(Words(text));
+    if (!format || format->format == MeshFormat::Plain) return readText(TextLines(text));
+    if (format->format == MeshFormat::Obj) return readObj(TextLines(text));
+    if (format->format == MeshFormat::Ply) return readPly(TextLines(text));
     throw Failure(std::string(format->name) + " files have no polylines; .obj, .ply and texts do");
 }
 
