@@ -1,6 +1,9 @@
-/// Geometry of the plane: fits and polygons.
+/// Geometry of the plane: fits, polygons and polylines.
 #pragma once
 
 #include "znGeom/planar/plane_fit.h"
 #include "znGeom/planar/polygon.h"
+#include "znGeom/planar/polyline.h"
+#include "znGeom/planar/polyline_2d.h"
+#include "znGeom/planar/segment.h"
 #include "znGeom/planar/triangulate_polygon.h"
