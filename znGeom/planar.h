@@ -5,6 +5,7 @@
 #include "znGeom/planar/flt_interpolate_2d.h"
 #include "znGeom/planar/interpolate_2d.h"
 #include "znGeom/planar/interpolate_alg.h"
+#include "znGeom/planar/pack.h"
 #include "znGeom/planar/plane_fit.h"
 #include "znGeom/planar/polygon.h"
 #include "znGeom/planar/polyline.h"
