@@ -1,6 +1,8 @@
-/// Geometry of the plane: fits and polygons.
+/// Geometry of the plane: fits, hulls, smallest rectangles and polygons.
 #pragma once
 
+#include "znGeom/planar/convex_hull.h"
+#include "znGeom/planar/min_area_bound.h"
 #include "znGeom/planar/plane_fit.h"
 #include "znGeom/planar/polygon.h"
 #include "znGeom/planar/triangulate_polygon.h"
