@@ -1,15 +1,17 @@
 #include "znGeom/planar/convex_hull.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <numbers>
 #include <numeric>
 
 #include "znGeom/foundation/linear/range.h"
 #include "znGeom/foundation/machine/clones.h"
+#include "znGeom/foundation/machine/prefetch.h"
 #include "znGeom/foundation/threads/bounded_sort.h"
 #include "znGeom/foundation/threads/radix_sort.h"
 #include "znGeom/planar/internal/orientation.h"
@@ -26,105 +28,145 @@ using Indices = zn::vector<int>;
 
 bool isFinite(const Point2& p) { return std::isfinite(p.x) && std::isfinite(p.y); }
 
-/// A closed polygon of input points that are extreme, or nearly so, in eight directions, and a test that shows points
-/// to lie inside of it.
-class Octagon
+/// A polygon of input points that are extreme, or nearly so, in directions all round, and a test that shows points to
+/// lie inside of it.
+class InnerPolygon
 {
 public:
-    explicit Octagon(const Points& points)
+    /// \param pointAt  gives point i of `count`
+    template <typename PointAt>
+    InnerPolygon(int numSides, int count, const PointAt& pointAt) : m_numSides(numSides)
     {
         // So many points, drawn evenly, know the shape of the rest well enough.
         constexpr int numDrawn = 4096;
-        const int size = points.size();
-        const auto draw = [size](int i) {
+        const auto draw = [count](int i) {
             const std::uint64_t fraction = static_cast<std::uint32_t>(i) * std::uint64_t(0x9E3779B9) & 0xFFFFFFFF;
-            return static_cast<int>(fraction * static_cast<std::uint64_t>(size) >> 32);
+            return static_cast<int>(fraction * static_cast<std::uint64_t>(count) >> 32);
         };
-        for (int i = 0; i < std::min(size, numDrawn); ++i) include(points[size <= numDrawn ? i : draw(i)]);
+        for (int i = 0; i < numSides; ++i) {
+            const double angle = 2 * std::numbers::pi / numSides * i;
+            m_directions[i] = Vector2(std::cos(angle), std::sin(angle));
+            m_heights[i] = -std::numeric_limits<double>::infinity();
+        }
+        for (int i = 0; i < std::min(count, numDrawn); ++i) include(pointAt(count <= numDrawn ? i : draw(i)));
         setSides();
     }
 
-    /// The indices of all finite points that are not shown to be inside, ascending.
-    Indices pointsOutside(const Points& points) const
+    /// Which of the points 0 to count - 1 are not shown to be inside, ascending.
+    template <typename PointAt>
+    Indices findOutside(int count, const PointAt& pointAt) const
     {
         Indices outside;
-        outside.reserve(points.size());
-        std::array<std::uint8_t, blockSize> inside{};
-        for (int begin = 0; begin < points.size(); begin += blockSize) {
-            const int count = std::min(blockSize, points.size() - begin);
-            if (m_hasArea) findInside(points.begin() + begin, count, m_sides, inside.data());
-            for (int i = 0; i < count; ++i)
-                if (inside[static_cast<size_t>(i)] == 0 && isFinite(points[begin + i])) outside.append(begin + i);
+        outside.reserve(count);
+        Block block;
+        for (int begin = 0; begin < count; begin += blockSize) {
+            const int length = std::min(blockSize, count - begin);
+            for (int i = 0; i < length; ++i) {
+                const Point2& p = pointAt(begin + i);
+                block.x[i] = p.x - m_centre.x, block.y[i] = p.y - m_centre.y;
+            }
+            measure(block, length);
+            int found[blockSize], numFound = 0;
+            for (int i = 0; i < length; ++i) {
+                found[numFound] = begin + i;
+                numFound += block.inside[i] > 0 ? 0 : 1;
+            }
+            for (int i = 0; i < numFound; ++i) outside.append(found[i]);
         }
         return outside;
     }
 
 private:
-    static constexpr int numSides = 8, blockSize = 512;
+    static constexpr int mostSides = 32, blockSize = 256;
 
-    /// What a point (x, y) inside satisfies: it is closer to the centre than `reach` in x and y, and for each side
-    /// across.dx * (x - centre.x) + across.dy * (y - centre.y) is above `least`.
-    struct Sides
+    struct Block
     {
-        Point2 centre;
-        double reach = 0;
-        double dx[numSides], dy[numSides], least[numSides];
+        double x[blockSize], y[blockSize]; ///< from the centre
+        double inside[blockSize];          ///< above 0 where a point is inside, unless it is not finite
     };
 
     void include(const Point2& p)
     {
         if (!isFinite(p)) return;
-        const double heights[numSides] = {-p.y, p.x - p.y, p.x, p.x + p.y, p.y, p.y - p.x, -p.x, -p.x - p.y};
-        for (int i = 0; i < numSides; ++i) {
-            if (!(heights[i] > m_heights[i])) continue;
-            m_heights[i] = heights[i];
+        for (int i = 0; i < m_numSides; ++i) {
+            const double height = m_directions[i].dx * p.x + m_directions[i].dy * p.y;
+            if (!(height > m_heights[i])) continue;
+            m_heights[i] = height;
             m_corners[i] = p;
         }
     }
 
-    /// A polygon that runs once round counter-clockwise holds what is to the left of all its sides, even if rounding
-    /// has left it a dent. A side must be passed by more than the test's own rounding.
+    /// Any closed polygon holds what is to the left of all its sides, even if rounding has left it a dent. A side must
+    /// be passed by more than the test itself rounds, for points that are closer to the centre than `m_reach`.
     void setSides()
     {
-        const Point2 low(m_corners[6].x, m_corners[0].y), high(m_corners[2].x, m_corners[4].y);
-        m_sides.centre = Point2(0.5 * low.x + 0.5 * high.x, 0.5 * low.y + 0.5 * high.y);
-        m_sides.reach = std::max(high.x - low.x, high.y - low.y);
-        // Beyond these, squares may leave the range of numbers.
-        m_hasArea = m_sides.reach > 0x1p-400 && m_sides.reach < 0x1p400;
-        int numLeft = 0;
-        for (int i = 0; i < numSides; ++i) {
-            const Point2 &start = m_corners[i], &end = m_corners[(i + 1) % numSides];
-            numLeft += start == end ? 0 : 1;
-            const Vector2 along = end - start, fromCentre = start - m_sides.centre;
+        Range2d box;
+        for (int i = 0; i < m_numSides; ++i) box.include(m_corners[i]);
+        m_centre = box.mid();
+        m_reach = std::max(box.x.size(), box.y.size());
+        // Beyond these, products may leave the range of numbers.
+        if (!(m_reach > 0x1p-400 && m_reach < 0x1p400)) m_reach = 0;
+        for (int i = 0; i < m_numSides; ++i) {
+            const Point2 &start = m_corners[i], &end = m_corners[(i + 1) % m_numSides];
+            const Vector2 along = end - start, fromCentre = start - m_centre;
             constexpr double relativeError = 32 * 0x1p-53, smallest = 0x1p-1000;
-            m_sides.dx[i] = -along.dy, m_sides.dy[i] = along.dx;
-            m_sides.least[i] = along.dx * fromCentre.dy - along.dy * fromCentre.dx +
-                               relativeError * (std::fabs(along.dx) + std::fabs(along.dy)) * m_sides.reach + smallest;
-            if (start == end) m_sides.least[i] = -1;
+            m_across[i] = Vector2(-along.dy, along.dx);
+            m_least[i] = dot(m_across[i], fromCentre) +
+                         relativeError * (std::fabs(along.dx) + std::fabs(along.dy)) * m_reach + smallest;
+            if (start == end) m_least[i] = -1; // passed by all
         }
-        m_hasArea = m_hasArea && numLeft > 2;
     }
 
-    ZNGEOM_CLONES static void findInside(const Point2* points, int count, const Sides& sides, std::uint8_t* inside)
+    void measure(Block& block, int count) const
+    {
+        for (int i = 0; i < count; ++i)
+            block.inside[i] = m_reach - std::max(std::fabs(block.x[i]), std::fabs(block.y[i]));
+        for (int side = 0; side < m_numSides; ++side)
+            includeSide(block.x, block.y, m_across[side], m_least[side], block.inside, count);
+    }
+
+    ZNGEOM_CLONES static void includeSide(const double* __restrict x, const double* __restrict y, const Vector2& across,
+                                          double least, double* __restrict inside, int count)
     {
         for (int i = 0; i < count; ++i) {
-            const double x = points[i].x - sides.centre.x, y = points[i].y - sides.centre.y;
-            const auto passes = [&sides, x, y](int side) {
-                return static_cast<int>(sides.dx[side] * x + sides.dy[side] * y > sides.least[side]);
-            };
-            inside[i] = static_cast<std::uint8_t>(
-                passes(0) & passes(1) & passes(2) & passes(3) & passes(4) & passes(5) & passes(6) & passes(7) &
-                static_cast<int>(std::fabs(x) < sides.reach) & static_cast<int>(std::fabs(y) < sides.reach));
+            const double passed = across.dx * x[i] + across.dy * y[i] - least;
+            inside[i] = passed < inside[i] ? passed : inside[i];
         }
     }
 
-    std::array<Point2, numSides> m_corners;
-    double m_heights[numSides] = {-inf, -inf, -inf, -inf, -inf, -inf, -inf, -inf};
-    Sides m_sides;
-    bool m_hasArea = false;
-
-    static constexpr double inf = std::numeric_limits<double>::infinity();
+    int m_numSides;
+    Vector2 m_directions[mostSides];
+    double m_heights[mostSides];
+    Point2 m_corners[mostSides];
+    Point2 m_centre;
+    double m_reach = 0;
+    Vector2 m_across[mostSides]; ///< of each side, to the left
+    double m_least[mostSides];   ///< what a point inside has more of than that along `m_across`
 };
+
+/// The indices of finite points, ascending, without most of those that are well inside the hull.
+Indices findOuter(const Points& points)
+{
+    constexpr int fewPoints = 100, manyPoints = 10000;
+    Indices outer;
+    if (points.size() < fewPoints) {
+        outer.setSize(points.size());
+        std::iota(outer.begin(), outer.end(), 0);
+    } else {
+        const auto pointAt = [&points](int i) -> const Point2& { return points[i]; };
+        outer = InnerPolygon(8, points.size(), pointAt).findOutside(points.size(), pointAt);
+    }
+    // Where that was worth it, a polygon with more sides is as well.
+    if (outer.size() > manyPoints && outer.size() < points.size() / 2) {
+        const auto pointAt = [&](int i) -> const Point2& { return points[outer[i]]; };
+        Indices places = InnerPolygon(32, outer.size(), pointAt).findOutside(outer.size(), pointAt);
+        for (int& place : places) place = outer[place];
+        outer.swap(places);
+    }
+    int* const end = std::remove_if(outer.begin(), outer.end(), [&points](int i) { return !isFinite(points[i]); });
+    outer.setSize(static_cast<int>(end - outer.begin()));
+    return outer;
+}
 
 /// Puts points in the order in which the scan meets them, upwards and then to the left, one for each place.
 class UpwardOrder
@@ -136,6 +178,7 @@ public:
     void sort(Indices& indices)
     {
         const int count = indices.size();
+        if (count == 0) return;
         m_order = indices.data();
         Range1d heights;
         for (int index : indices) heights.include(m_points[index].y);
@@ -175,6 +218,9 @@ private:
     void appendRun(int* begin, int* end)
     {
         const Point2* const points = m_points.data();
+        const double height = points[*begin].y;
+        if (end - begin > 2 && std::all_of(begin, end, [=](int i) { return points[i].y == height; }))
+            return appendRow(begin, end);
         znUtil::boundedSort(begin, end, [points](int i, int j) {
             const Point2 &a = points[i], &b = points[j];
             return a.y != b.y ? a.y < b.y : a.x != b.x ? a.x > b.x : i < j;
@@ -185,6 +231,20 @@ private:
             m_order[m_count] = m_count == 0 ? lowest : *begin;
             ++m_count, ++begin;
         }
+    }
+
+    /// The same for points of one height, of which only those at the two ends can be vertices.
+    void appendRow(const int* begin, const int* end)
+    {
+        int right = *begin, left = *begin;
+        for (const int* next = begin; next != end; ++next) {
+            const double x = m_points[*next].x;
+            const bool winsTie = m_count == 0 ? *next < right : *next > right;
+            if (x > m_points[right].x || (x == m_points[right].x && winsTie)) right = *next;
+            if (x < m_points[left].x || (x == m_points[left].x && *next > left)) left = *next;
+        }
+        m_order[m_count++] = right;
+        if (!(m_points[left] == m_points[right])) m_order[m_count++] = left;
     }
 
     const Points& m_points;
@@ -224,9 +284,11 @@ private:
 Indices scan(const Points& points, const Indices& order)
 {
     if (order.size() < 2) return order;
+    constexpr std::ptrdiff_t prefetchDistance = 16;
     const int lowest = order.front(), highest = order.back();
     Chain right(points, lowest, 1), left(points, lowest, -1);
     for (const int *next = order.begin() + 1, *end = order.end() - 1; next != end; ++next) {
+        znUtil::prefetch(points.data() + *(end - next > prefetchDistance ? next + prefetchDistance : next));
         const int side = internal::orientation(points[lowest], points[highest], points[*next]);
         if (side < 0) right.append(*next);
         if (side > 0) left.append(*next);
@@ -247,7 +309,7 @@ bool convexHull2d(const Points& points, Indices& hull)
         std::iota(hull.begin(), hull.end(), 0);
         return true;
     }
-    Indices order = Octagon(points).pointsOutside(points);
+    Indices order = findOuter(points);
     UpwardOrder(points).sort(order);
     hull = scan(points, order);
     return hull.size() > 1;

@@ -1,10 +1,8 @@
 #include "znGeom/planar/min_area_bound.h"
 
-#include <array>
 #include <cmath>
 #include <limits>
 
-#include "znGeom/foundation/linear/line.h"
 #include "znGeom/planar/convex_hull.h"
 
 namespace znGeom {
@@ -16,35 +14,36 @@ namespace {
 /// The extent of a hull along a line.
 struct Axis
 {
-    Line line;
+    Vector2 direction; ///< of unit length
     double min = std::numeric_limits<double>::max(), max = std::numeric_limits<double>::lowest();
     int minIndex = 0, maxIndex = 0;
-
-    Vector extent() const { return line.eval(max) - line.eval(min); }
 };
 
 /// The rectangle around a hull that has a side along one of its edges.
 struct Frame
 {
+    Point2 origin;
     Axis along, across;
 
-    double area() const { return cross(along.extent(), across.extent()).length(); }
+    Point2 eval(const Axis& axis, double t) const { return origin + axis.direction * t; }
+    Vector2 extent(const Axis& axis) const { return eval(axis, axis.max) - eval(axis, axis.min); }
+    double area() const { return std::fabs(cross(extent(along), extent(across))); }
 };
 
 /// Turns a frame once round a hull of three or more vertices.
 class Calipers
 {
 public:
-    explicit Calipers(const zn::vector<Point>& hull) : m_hull(hull)
+    explicit Calipers(const zn::vector<Point2>& hull) : m_hull(hull.data()), m_size(hull.size())
     {
         setLines(0);
-        for (int i = 0; i < m_hull.size(); ++i) {
+        for (int i = 0; i < m_size; ++i) {
             include(m_current.along, i);
             include(m_current.across, i);
         }
         m_smallest = m_current;
         m_smallestArea = m_largestArea = m_current.area();
-        for (int edge = 1; edge < m_hull.size(); ++edge) {
+        for (int edge = 1; edge < m_size; ++edge) {
             setLines(edge);
             advance(m_current.along);
             advance(m_current.across);
@@ -56,18 +55,17 @@ public:
     float ratio() const { return static_cast<float>(m_largestArea / m_smallestArea); }
 
 private:
-    int after(int vertex) const { return vertex + 1 < m_hull.size() ? vertex + 1 : 0; }
-    double param(const Axis& axis, int vertex) const { return projectParam(m_hull[vertex], axis.line); }
+    int after(int vertex) const { return vertex + 1 < m_size ? vertex + 1 : 0; }
+    double param(const Axis& axis, int vertex) const { return dot(m_hull[vertex] - m_current.origin, axis.direction); }
 
     /// An edge too short or too long to have a direction keeps the lines of the one before.
     void setLines(int edge)
     {
-        Vector along = m_hull[after(edge)] - m_hull[edge];
-        Vector across(-along.dy, along.dx, along.dz);
-        if (!along.normalize() || !across.normalize()) return;
-        m_current.along.line.point = m_current.across.line.point = m_hull[edge];
-        m_current.along.line.direction = along;
-        m_current.across.line.direction = across;
+        Vector2 along = m_hull[after(edge)] - m_hull[edge];
+        if (!along.normalize()) return;
+        m_current.origin = m_hull[edge];
+        m_current.along.direction = along;
+        m_current.across.direction = Vector2(-along.dy, along.dx);
     }
 
     void include(Axis& axis, int vertex) const
@@ -80,32 +78,32 @@ private:
     /// Moves the ends of an axis on to where the hull reaches furthest, from where it did along the edge before.
     void advance(Axis& axis) const
     {
-        axis.min = advanced(axis.line, -1, axis.minIndex);
-        axis.max = advanced(axis.line, 1, axis.maxIndex);
+        axis.min = advanced(axis, -1, axis.minIndex);
+        axis.max = advanced(axis, 1, axis.maxIndex);
     }
 
-    /// Moves a vertex on while that leads further along a line, forwards (1) or backwards (-1); its parameter.
-    double advanced(const Line& line, int sense, int& vertex) const
+    /// Moves a vertex on while that leads further along an axis, forwards (1) or backwards (-1); its parameter.
+    double advanced(const Axis& axis, int sense, int& vertex) const
     {
-        double t = projectParam(m_hull[vertex], line);
-        // No more than once round, even where coordinates are not numbers.
-        for (int left = m_hull.size(); left > 0; --left) {
+        double t = param(axis, vertex);
+        // No more than once round, even where differences of coordinates are beyond the range of numbers.
+        for (int left = m_size; left > 0; --left) {
             const int next = after(vertex);
-            const double tNext = projectParam(m_hull[next], line);
-            if (!(sense * tNext > sense * t) && !leads(line, sense, vertex, next)) break;
+            const double tNext = param(axis, next);
+            if (!(sense * tNext > sense * t) && !leads(axis, sense, vertex, next)) break;
             vertex = next;
             t = tNext;
         }
         return t;
     }
 
-    /// Whether an edge leads clearly along a line. One that is too short to change the parameter by a digit does so as
-    /// well, and must not hold the vertex up: there may be longer ones behind it.
-    bool leads(const Line& line, int sense, int vertex, int next) const
+    /// Whether an edge leads clearly along an axis. One that is too short to change the parameter by a digit does so
+    /// as well, and must not hold the vertex up: there may be longer ones behind it.
+    bool leads(const Axis& axis, int sense, int vertex, int next) const
     {
         constexpr double smallestSlope = 8 * std::numeric_limits<double>::epsilon();
-        const Vector edge = m_hull[next] - m_hull[vertex];
-        return sense * dot(edge, line.direction) > smallestSlope * (std::fabs(edge.dx) + std::fabs(edge.dy));
+        const Vector2 edge = m_hull[next] - m_hull[vertex];
+        return sense * dot(edge, axis.direction) > smallestSlope * (std::fabs(edge.dx) + std::fabs(edge.dy));
     }
 
     /// Equal areas leave the earlier frame in its place.
@@ -120,40 +118,40 @@ private:
         }
     }
 
-    const zn::vector<Point>& m_hull;
+    const Point2* m_hull;
+    int m_size;
     Frame m_current, m_smallest;
     double m_smallestArea = 0, m_largestArea = 0;
 };
 
 /// The index of the corner that becomes c0. Corners run clockwise, from each along a side to the next.
-int startingCorner(const std::array<Point, 4>& corners)
+int startingCorner(const Point2* corners)
 {
     int leftmost = 0, lowest = 0;
     for (int i = 1; i < 4; ++i) {
         if (corners[i].x < corners[leftmost].x) leftmost = i;
         if (corners[i].y < corners[lowest].y) lowest = i;
     }
-    const auto slope = [&corners](int i) { return dot(Normal(corners[(i + 3) % 4] - corners[i]), Normal::x); };
+    const auto slope = [corners](int i) {
+        Vector2 side = corners[(i + 3) % 4] - corners[i];
+        return side.normalize() ? side.dx : 0.0;
+    };
     return slope(leftmost) > slope(lowest) ? leftmost : lowest;
 }
 
 Rect2 rectOf(const Frame& frame)
 {
-    const Point first = frame.along.line.eval(frame.along.min), last = frame.along.line.eval(frame.along.max);
-    const Vector up = frame.across.extent();
-    const std::array<Point, 4> corners{first, first + up, last + up, last};
+    const Point2 first = frame.eval(frame.along, frame.along.min), last = frame.eval(frame.along, frame.along.max);
+    const Vector2 up = frame.extent(frame.across);
+    const Point2 corners[] = {first, first + up, last + up, last};
     const int start = startingCorner(corners);
-    const auto corner = [&](int i) {
-        const Point& p = corners[(start + i) % 4];
-        return Point2(p.x, p.y);
-    };
+    const auto corner = [&](int i) { return corners[(start + i) % 4]; };
     return {corner(0), corner(3), corner(1), corner(2)};
 }
 
 /// The smallest rectangle around a hull that has a vertex, and the ratio of the largest to it.
-Rect2 boundHull(const zn::vector<Point>& hull, float& ratio)
+Rect2 boundHull(const zn::vector<Point2>& hull, float& ratio)
 {
-    const Point2 first(hull.front().x, hull.front().y), last(hull.back().x, hull.back().y);
     if (hull.size() > 2) {
         const Calipers calipers(hull);
         ratio = calipers.ratio();
@@ -161,8 +159,8 @@ Rect2 boundHull(const zn::vector<Point>& hull, float& ratio)
     }
     ratio = hull.size() == 1 ? 1.0f : std::numeric_limits<float>::max();
     // A height beside an abscissa: of the two ends this makes one the base, as callers have come to know it.
-    const bool startsAtFirst = last.y > first.x;
-    const Point2 &from = startsAtFirst ? first : last, &to = startsAtFirst ? last : first;
+    const bool startsAtFirst = hull.back().y > hull.front().x;
+    const Point2 &from = startsAtFirst ? hull.front() : hull.back(), &to = startsAtFirst ? hull.back() : hull.front();
     return {from, to, from, to};
 }
 
@@ -172,12 +170,11 @@ bool minAreaRect2d(const zn::vector<Point2>& points, Rect2& rect, float* ratio)
 {
     zn::vector<int> vertices;
     convexHull2d(points, vertices);
-    zn::vector<Point> hull;
+    zn::vector<Point2> hull;
     hull.reserve(vertices.size());
     for (int vertex : vertices) {
         const Point2& p = points[vertex];
-        const bool isNew = hull.empty() || !(Point(p) == hull.back());
-        if (std::isfinite(p.x) && std::isfinite(p.y) && isNew) hull.append(Point(p));
+        if (std::isfinite(p.x) && std::isfinite(p.y) && (hull.empty() || !(p == hull.back()))) hull.append(p);
     }
     float found = 0;
     if (!hull.empty()) rect = boundHull(hull, found);
