@@ -14,6 +14,7 @@
 #include "znGeom/foundation/machine/prefetch.h"
 #include "znGeom/foundation/threads/bounded_sort.h"
 #include "znGeom/foundation/threads/radix_sort.h"
+#include "znGeom/planar/internal/line_vertices.h"
 #include "znGeom/planar/internal/orientation.h"
 
 namespace znGeom {
@@ -300,6 +301,17 @@ Indices scan(const Points& points, const Indices& order)
     return hull;
 }
 
+template <typename Line>
+bool hullOfLines(const zn::vector<const Line*>& polylines, zn::vector<Point>& hull)
+{
+    Points corners;
+    if (!convexHull2d(internal::lineVertices(polylines), corners)) return false;
+    hull.clear();
+    hull.reserve(corners.size());
+    for (const Point2& corner : corners) hull.append(Point(corner));
+    return true;
+}
+
 } // namespace
 
 bool convexHull2d(const Points& points, Indices& hull)
@@ -323,6 +335,16 @@ bool convexHull2d(const Points& points, Points& hull)
     for (int i = 0; i < vertices.size(); ++i) corners[i] = points[vertices[i]];
     hull.swap(corners);
     return true;
+}
+
+bool convexHull2d(const zn::vector<const Polyline*>& polylines, zn::vector<Point>& hull)
+{
+    return hullOfLines(polylines, hull);
+}
+
+bool convexHull2d(const zn::vector<const Polyline2d*>& polylines, zn::vector<Point>& hull)
+{
+    return hullOfLines(polylines, hull);
 }
 
 } // namespace znGeom

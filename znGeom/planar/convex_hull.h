@@ -7,6 +7,8 @@
 #include "znGeom/foundation/containers/vector.h"
 #include "znGeom/foundation/linear/point.h"
 #include "znGeom/foundation/machine/export.h"
+#include "znGeom/planar/polyline.h"
+#include "znGeom/planar/polyline_2d.h"
 
 namespace znGeom {
 
@@ -26,5 +28,10 @@ ZNGEOM_API bool convexHull2d(const zn::vector<znLinear::Point2>& points, zn::vec
 
 /// The same, as points. When the answer is false, `hull` is left as it was. It may be `points` itself.
 ZNGEOM_API bool convexHull2d(const zn::vector<znLinear::Point2>& points, zn::vector<znLinear::Point2>& hull);
+
+/// The same for the vertices of lines, none of them null, as if they were one array of points. Of lines in space only
+/// x and y are read; the hull lies in the plane z = 0.
+ZNGEOM_API bool convexHull2d(const zn::vector<const Polyline*>& polylines, zn::vector<znLinear::Point>& hull);
+ZNGEOM_API bool convexHull2d(const zn::vector<const Polyline2d*>& polylines, zn::vector<znLinear::Point>& hull);
 
 } // namespace znGeom

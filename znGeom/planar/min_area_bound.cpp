@@ -3,7 +3,10 @@
 #include <cmath>
 #include <limits>
 
+#include "znGeom/foundation/linear/affine_matrix.h"
+#include "znGeom/foundation/linear/tolerance.h"
 #include "znGeom/planar/convex_hull.h"
+#include "znGeom/planar/internal/line_vertices.h"
 
 namespace znGeom {
 
@@ -164,6 +167,70 @@ Rect2 boundHull(const zn::vector<Point2>& hull, float& ratio)
     return {from, to, from, to};
 }
 
+/// A square is grown by half a side at each corner, along the axes.
+void growSquare(Rect2& rect)
+{
+    constexpr double tolerance = 1e-6;
+    const double sides[] = {distance(rect.c0, rect.c1), distance(rect.c1, rect.c3), distance(rect.c3, rect.c2),
+                            distance(rect.c2, rect.c0)};
+    const double mean = (sides[0] + sides[1] + sides[2] + sides[3]) / 4;
+    for (const double side : sides)
+        if (std::fabs(side - mean) > tolerance) return;
+    const double half = mean / 2;
+    rect.c0 += Vector2(-half, -half);
+    rect.c1 += Vector2(half, -half);
+    rect.c2 += Vector2(-half, half);
+    rect.c3 += Vector2(half, half);
+}
+
+Vector2 unit(Vector2 v)
+{
+    v.normalize();
+    return v;
+}
+
+/// The frame of a rectangle: its base, or what is at right angles to its side where there is no base.
+AffineMatrix2 frameOf(const Rect2& rect)
+{
+    Vector2 base, up;
+    if (!equivalent(rect.c0, rect.c1, epsilonTol)) {
+        base = unit(rect.c1 - rect.c0);
+        up = Vector2(-base.dy, base.dx);
+    } else {
+        up = unit(rect.c2 - rect.c0);
+        base = Vector2(up.dy, -up.dx);
+    }
+    AffineMatrix2 frame;
+    frame.setFrame(rect.c0, base, up);
+    return frame;
+}
+
+/// Moves the sides of a rectangle outwards.
+void grow(Rect2& rect, double margin)
+{
+    if (margin == 0) return;
+    const bool isPoint = equivalent(rect.c0, rect.c1, epsilonTol) && equivalent(rect.c2, rect.c0, epsilonTol);
+    const AffineMatrix2 frame = isPoint ? AffineMatrix2() : frameOf(rect), inverse = frame.inverse();
+    const auto move = [&](Point2& corner, double dx, double dy) {
+        corner = isPoint ? corner + Vector2(dx, dy) : (corner * inverse + Vector2(dx, dy)) * frame;
+    };
+    move(rect.c0, -margin, -margin);
+    move(rect.c1, margin, -margin);
+    move(rect.c3, margin, margin);
+    move(rect.c2, -margin, margin);
+}
+
+template <typename Line>
+void boundLines(const zn::vector<const Line*>& polylines, double margin, Rect2& rect, float& ratio)
+{
+    zn::vector<Point2> hull;
+    ratio = 0;
+    if (!convexHull2d(internal::lineVertices(polylines), hull) || hull.empty()) return;
+    rect = boundHull(hull, ratio);
+    growSquare(rect);
+    grow(rect, margin);
+}
+
 } // namespace
 
 bool minAreaRect2d(const zn::vector<Point2>& points, Rect2& rect, float* ratio)
@@ -180,6 +247,16 @@ bool minAreaRect2d(const zn::vector<Point2>& points, Rect2& rect, float* ratio)
     if (!hull.empty()) rect = boundHull(hull, found);
     if (ratio) *ratio = found;
     return !hull.empty();
+}
+
+void minAreaBound(const zn::vector<const Polyline*>& polylines, double margin, Rect2& rect, float& ratio)
+{
+    boundLines(polylines, margin, rect, ratio);
+}
+
+void minAreaBound(const zn::vector<const Polyline2d*>& polylines, double margin, Rect2& rect, float& ratio)
+{
+    boundLines(polylines, margin, rect, ratio);
 }
 
 } // namespace znGeom

@@ -4,6 +4,8 @@
 #include "znGeom/foundation/containers/vector.h"
 #include "znGeom/foundation/linear/point.h"
 #include "znGeom/foundation/machine/export.h"
+#include "znGeom/planar/polyline.h"
+#include "znGeom/planar/polyline_2d.h"
 
 namespace znGeom {
 
@@ -28,5 +30,20 @@ struct Rect2
 /// rotating calipers", 1983). Of rectangles of the same area the first along the hull is taken. Holds all points up to
 /// rounding. Runs on the calling thread.
 ZNGEOM_API bool minAreaRect2d(const zn::vector<znLinear::Point2>& points, Rect2& rect, float* ratio = nullptr);
+
+/// Finds a rectangle around the vertices of lines, none of them null, that leaves room for what is drawn along them:
+/// the smallest one, made wider by a margin, and by much more where it is a square.
+///
+/// \param margin  how far each side moves outwards, or inwards below 0, whatever way the rectangle lies. A rectangle
+///                whose base and height are both below `epsilonTol` becomes a square along the axes
+/// \param rect    as `minAreaRect2d` gives it, but for squares: where no side differs by more than 1e-6 from their
+///                mean, each corner first moves by half a side in x and in y, c0 down to the left, c1 to the right, c2
+///                to the left and c3 to the right upwards, even if the square is turned. Unchanged when `ratio` is 0
+/// \param ratio   as `minAreaRect2d` gives it; 0 when there is no vertex, or three or more that all lie in one place.
+///                One or two vertices are taken as they are, even where they coincide or are not finite
+///
+/// Of lines in space only x and y are read.
+ZNGEOM_API void minAreaBound(const zn::vector<const Polyline*>& polylines, double margin, Rect2& rect, float& ratio);
+ZNGEOM_API void minAreaBound(const zn::vector<const Polyline2d*>& polylines, double margin, Rect2& rect, float& ratio);
 
 } // namespace znGeom
