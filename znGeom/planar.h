@@ -2,9 +2,11 @@
 /// samples.
 #pragma once
 
+#include "znGeom/planar/convex_hull.h"
 #include "znGeom/planar/flt_interpolate_2d.h"
 #include "znGeom/planar/interpolate_2d.h"
 #include "znGeom/planar/interpolate_alg.h"
+#include "znGeom/planar/min_area_bound.h"
 #include "znGeom/planar/pack.h"
 #include "znGeom/planar/plane_fit.h"
 #include "znGeom/planar/polygon.h"
