@@ -12,12 +12,12 @@
 #include <utility>
 #include <vector>
 
-#include "apps/zngeom/cancel_on_signal.h"
-#include "apps/zngeom/command.h"
-#include "apps/zngeom/failure.h"
-#include "apps/zngeom/mesh_files.h"
-#include "apps/zngeom/progress_bar.h"
-#include "apps/zngeom/usage.h"
+#include "apps/zngeom/command/command.h"
+#include "apps/zngeom/files/mesh_files.h"
+#include "apps/zngeom/frame/cancel_on_signal.h"
+#include "apps/zngeom/frame/failure.h"
+#include "apps/zngeom/frame/progress_bar.h"
+#include "apps/zngeom/frame/usage.h"
 #include "znGeom/foundation/output/app_output.h"
 #include "znGeom/foundation/output/debug_channel.h"
 #include "znGeom/version.h"

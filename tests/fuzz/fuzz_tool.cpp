@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
-#include "apps/zngeom/failure.h"
-#include "apps/zngeom/mesh_files.h"
+#include "apps/zngeom/files/mesh_files.h"
+#include "apps/zngeom/frame/failure.h"
 #include "tests/fuzz/parse_both_ways.h"
 #include "znGeom/files/internal/loaders.h"
 #include "znGeom/files/mesh_load.h"

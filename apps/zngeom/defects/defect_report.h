@@ -2,7 +2,7 @@
 #pragma once
 
 #include "apps/zngeom/defects/mesh_defects.h"
-#include "apps/zngeom/report.h"
+#include "apps/zngeom/frame/report.h"
 
 namespace tool {
 

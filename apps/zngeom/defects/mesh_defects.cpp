@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <deque>
 
-#include "apps/zngeom/pacer.h"
-#include "apps/zngeom/part_options.h"
+#include "apps/zngeom/command/part_options.h"
+#include "apps/zngeom/frame/pacer.h"
 #include "znGeom/analysis/adjacency.h"
 #include "znGeom/analysis/edges.h"
 #include "znGeom/repair/manifold.h"

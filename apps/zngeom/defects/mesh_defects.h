@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "apps/zngeom/defects/flipped_triangles.h"
-#include "apps/zngeom/line_files.h"
+#include "apps/zngeom/files/line_files.h"
 #include "znGeom/editing/duplicate_triangles.h"
 #include "znGeom/foundation/threads/progress.h"
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "apps/zngeom/defects/flipped_triangles.h"
-#include "apps/zngeom/pacer.h"
+#include "apps/zngeom/frame/pacer.h"
 #include "znGeom/editing/delete_non_finite.h"
 #include "znGeom/editing/reverse_winding.h"
 #include "znGeom/repair/mesh_repair.h"

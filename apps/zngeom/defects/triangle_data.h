@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "apps/zngeom/loaded_mesh.h"
+#include "apps/zngeom/files/loaded_mesh.h"
 #include "znGeom/foundation/mesh/mesh_modification.h"
 #include "znGeom/foundation/signals/signal.h"
 

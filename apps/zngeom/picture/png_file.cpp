@@ -4,7 +4,7 @@
 
 #include <cstring>
 
-#include "apps/zngeom/failure.h"
+#include "apps/zngeom/frame/failure.h"
 
 namespace tool {
 

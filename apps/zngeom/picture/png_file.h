@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "apps/zngeom/mesh_files.h"
+#include "apps/zngeom/files/mesh_files.h"
 #include "apps/zngeom/picture/canvas.h"
 
 namespace tool {

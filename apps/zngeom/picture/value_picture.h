@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "apps/zngeom/picture/mesh_picture.h"
-#include "apps/zngeom/value_scale.h"
+#include "apps/zngeom/picture/value_scale.h"
 
 namespace tool {
 
