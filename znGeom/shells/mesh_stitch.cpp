@@ -241,7 +241,7 @@ private:
         }
         noteOutcomes(sampler, topology);
         if (!isSewn) return false;
-        swapFlatFaces(mesh, wereFlat);
+        mendFlatFaces(mesh, wereFlat, [&](TopoMeshVertex vertex) { scope.removeVertex(vertex); });
         scope.merge();
         return true;
     }

@@ -23,13 +23,21 @@ bool isFlat(TopoMeshFace face)
     return isFlat(e->origin->point, endOf(e)->point, e->prev->origin->point);
 }
 
-TopoMeshEdge longestSide(TopoMeshFace face)
+double length2(TopoMeshEdge e) { return (endOf(e)->point - e->origin->point).length2(); }
+
+struct Sides
 {
-    const auto length2 = [](TopoMeshEdge e) { return (endOf(e)->point - e->origin->point).length2(); };
-    TopoMeshEdge longest = face->edge;
-    for (const TopoMeshEdge side : sidesOf(face))
-        if (length2(side) > length2(longest)) longest = side;
-    return longest;
+    TopoMeshEdge shortest, longest;
+};
+
+Sides sidesByLength(TopoMeshFace face)
+{
+    Sides found{face->edge, face->edge};
+    for (const TopoMeshEdge side : sidesOf(face)) {
+        if (length2(side) < length2(found.shortest)) found.shortest = side;
+        if (length2(side) > length2(found.longest)) found.longest = side;
+    }
+    return found;
 }
 
 /// Whether the two triangles at an edge both have area once it is swapped.
@@ -38,6 +46,36 @@ bool helps(TopoMeshEdge e)
     const Point &a = e->origin->point, &b = endOf(e)->point;
     const Point &c = e->prev->origin->point, &d = e->twin->prev->origin->point;
     return !isFlat(c, a, d) && !isFlat(d, b, c);
+}
+
+/// Whether the faces around the origin of an edge keep their area and their sense when it moves to the end.
+bool collapsesWell(TopoMeshEdge e)
+{
+    const Point& place = endOf(e)->point;
+    if (e->origin.onBoundary() || !TopoMesh::canCollapse(e)) return false;
+    for (const TopoMeshEdge spoke : outgoingOf(e->origin)) {
+        const TopoMeshVertex b = endOf(spoke), c = spoke->prev->origin;
+        if (b == endOf(e) || c == endOf(e)) continue;
+        const Vector before = cross(b->point - spoke->origin->point, c->point - spoke->origin->point);
+        const bool isTurned = dot(before, cross(b->point - place, c->point - place)) < 0;
+        if (isTurned || (isFlat(place, b->point, c->point) && !isFlat(spoke->face))) return false;
+    }
+    return true;
+}
+
+/// Contracts a side that is next to nothing beside the others. \return whether it did
+bool collapse(const Sides& sides, const std::function<void(TopoMeshVertex)>& goes, TopoMesh& mesh)
+{
+    constexpr double mostShare = 1e-3;
+    if (!(length2(sides.shortest) < mostShare * mostShare * length2(sides.longest)) || !sides.shortest->twin)
+        return false;
+    for (const TopoMeshEdge e : {sides.shortest, sides.shortest->twin}) {
+        if (!collapsesWell(e)) continue;
+        goes(e->origin);
+        mesh.collapseEdge(e);
+        return true;
+    }
+    return false;
 }
 
 } // namespace
@@ -49,16 +87,23 @@ zn::vector<bool> flatFaces(const TopoMesh& mesh)
     return areFlat;
 }
 
-void swapFlatFaces(TopoMesh& mesh, const zn::vector<bool>& wereFlat)
+void mendFlatFaces(TopoMesh& mesh, const zn::vector<bool>& wereFlat, const std::function<void(TopoMeshVertex)>& goes)
 {
     constexpr int mostPasses = 4; // several vertices may have come to lie on one side
-    bool hasSwapped = true;
-    for (int pass = 0; pass < mostPasses && hasSwapped; ++pass) {
-        hasSwapped = false;
+    zn::vector<TopoMeshFace> flat;
+    bool hasChanged = true;
+    for (int pass = 0; pass < mostPasses && hasChanged; ++pass) {
+        hasChanged = false;
+        flat.clear();
         for (const TopoMeshFace face : facesOf(mesh)) {
-            if ((face.number() < wereFlat.size() && wereFlat[face.number()]) || !isFlat(face)) continue;
-            const TopoMeshEdge longest = longestSide(face);
-            if (longest->twin && helps(longest)) hasSwapped = mesh.swapEdge(longest) || hasSwapped;
+            const bool wasFlat = face.number() < wereFlat.size() && wereFlat[face.number()];
+            if (!wasFlat && isFlat(face)) flat.append(face);
+        }
+        for (const TopoMeshFace face : flat) {
+            if (!face.isAlive() || !isFlat(face)) continue;
+            const Sides sides = sidesByLength(face);
+            const bool isSwapped = sides.longest->twin && helps(sides.longest) && mesh.swapEdge(sides.longest);
+            hasChanged = isSwapped || collapse(sides, goes, mesh) || hasChanged;
         }
     }
 }

@@ -161,6 +161,7 @@ public:
         m_cell = cell;
         m_isAtCell = true;
         for (const int chord : m_near) consider(chord);
+        leaveCoincident();
         std::sort(m_found.begin(), m_found.end(), [](const LineMatch& a, const LineMatch& b) {
             return a.strip != b.strip ? a.strip < b.strip : a.isForward < b.isForward;
         });
@@ -211,6 +212,16 @@ private:
             return;
         }
         m_found.append(match);
+    }
+
+    /// Where something coincides with the sample, what is merely near plays no part: a thin piece is in between.
+    void leaveCoincident()
+    {
+        const auto coincides = [this](const LineMatch& match) { return match.coincides(m_tolerance); };
+        if (std::none_of(m_found.begin(), m_found.end(), coincides)) return;
+        constexpr double leastApart = 4;
+        const auto isApart = [this](const LineMatch& match) { return !match.coincides(leastApart * m_tolerance); };
+        m_found.erase(std::remove_if(m_found.begin(), m_found.end(), isApart), m_found.end());
     }
 
     const LineStrips& m_strips;
