@@ -1,6 +1,8 @@
 #include "znGeom/shells/internal/flat_faces.h"
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 
 #include "znGeom/topology/topo_walks.h"
 
@@ -10,18 +12,30 @@ using namespace znLinear;
 
 namespace {
 
-bool isFlat(const Point& a, const Point& b, const Point& c)
+constexpr double leastHeight = 1e-5;
+
+/// How far a place may move when its coordinates are narrowed.
+double grainAt(const Point& p)
 {
-    constexpr double leastHeight = 1e-5; // by the longest side
-    const double longest2 = std::max({(b - a).length2(), (c - b).length2(), (a - c).length2()});
-    return !(cross(b - a, c - a).length() > leastHeight * longest2);
+    return 2 * static_cast<double>(std::numeric_limits<float>::epsilon()) *
+           std::max({std::fabs(p.x), std::fabs(p.y), std::fabs(p.z)});
 }
 
-bool isFlat(TopoMeshFace face)
+/// Of a triangle, as a share of its longest side, less where that is not much beside the grain; 0 for a point.
+double height(const Point& a, const Point& b, const Point& c)
+{
+    const double longest = std::sqrt(std::max({(b - a).length2(), (c - b).length2(), (a - c).length2()}));
+    return longest > 0 ? cross(b - a, c - a).length() / (longest * (longest + grainAt(a) / leastHeight)) : 0;
+}
+
+double height(TopoMeshFace face)
 {
     const TopoMeshEdge e = face->edge;
-    return isFlat(e->origin->point, endOf(e)->point, e->prev->origin->point);
+    return height(e->origin->point, endOf(e)->point, e->prev->origin->point);
 }
+
+bool isFlat(const Point& a, const Point& b, const Point& c) { return !(height(a, b, c) > leastHeight); }
+bool isFlat(TopoMeshFace face) { return !(height(face) > leastHeight); }
 
 double length2(TopoMeshEdge e) { return (endOf(e)->point - e->origin->point).length2(); }
 
@@ -66,9 +80,10 @@ bool collapsesWell(TopoMeshEdge e)
 /// Contracts a side that is next to nothing beside the others. \return whether it did
 bool collapse(const Sides& sides, const std::function<void(TopoMeshVertex)>& goes, TopoMesh& mesh)
 {
-    constexpr double mostShare = 1e-3;
-    if (!(length2(sides.shortest) < mostShare * mostShare * length2(sides.longest)) || !sides.shortest->twin)
-        return false;
+    constexpr double mostShare = 1e-3, mostGrains = 2;
+    const double most =
+        std::max(mostShare * std::sqrt(length2(sides.longest)), mostGrains * grainAt(sides.shortest->origin->point));
+    if (!(length2(sides.shortest) < most * most) || !sides.shortest->twin) return false;
     for (const TopoMeshEdge e : {sides.shortest, sides.shortest->twin}) {
         if (!collapsesWell(e)) continue;
         goes(e->origin);
@@ -80,14 +95,14 @@ bool collapse(const Sides& sides, const std::function<void(TopoMeshVertex)>& goe
 
 } // namespace
 
-zn::vector<bool> flatFaces(const TopoMesh& mesh)
+zn::vector<double> faceHeights(const TopoMesh& mesh)
 {
-    zn::vector<bool> areFlat(mesh.faceNumbers(), false);
-    for (const TopoMeshFace face : facesOf(mesh)) areFlat[face.number()] = isFlat(face);
-    return areFlat;
+    zn::vector<double> heights(mesh.faceNumbers(), 0);
+    for (const TopoMeshFace face : facesOf(mesh)) heights[face.number()] = height(face);
+    return heights;
 }
 
-void mendFlatFaces(TopoMesh& mesh, const zn::vector<bool>& wereFlat, const std::function<void(TopoMeshVertex)>& goes)
+void mendFlatFaces(TopoMesh& mesh, const zn::vector<double>& heights, const std::function<void(TopoMeshVertex)>& goes)
 {
     constexpr int mostPasses = 4; // several vertices may have come to lie on one side
     zn::vector<TopoMeshFace> flat;
@@ -96,8 +111,10 @@ void mendFlatFaces(TopoMesh& mesh, const zn::vector<bool>& wereFlat, const std::
         hasChanged = false;
         flat.clear();
         for (const TopoMeshFace face : facesOf(mesh)) {
-            const bool wasFlat = face.number() < wereFlat.size() && wereFlat[face.number()];
-            if (!wasFlat && isFlat(face)) flat.append(face);
+            constexpr double lower = 0.99;
+            const double now = height(face);
+            const bool isLower = face.number() >= heights.size() || !(now >= lower * heights[face.number()]);
+            if (isLower && !(now > leastHeight)) flat.append(face);
         }
         for (const TopoMeshFace face : flat) {
             if (!face.isAlive() || !isFlat(face)) continue;

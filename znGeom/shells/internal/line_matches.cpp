@@ -3,6 +3,7 @@
 #include <array>
 #include <bit>
 #include <cstdint>
+#include <limits>
 
 #include "znGeom/foundation/linear/line.h"
 #include "znGeom/foundation/threads/counting_sort.h"
@@ -177,17 +178,51 @@ private:
         const double t = std::clamp(projectParam(place, line), 0.0, 1.0);
         const double distance2 = (line.eval(t) - place).length2();
         if (!(distance2 < m_tolerance * m_tolerance)) return;
-        const LineMatch match = placeAt(chord, t, distance2);
+        const Normal direction(line.direction);
+        const double before = dot(direction, m_before), after = dot(direction, m_after);
+        const bool isForward = std::max(before, after) >= leastCosine && canBeNearest(chord, true, distance2);
+        const bool isBackward = std::min(before, after) <= -leastCosine && canBeNearest(chord, false, distance2);
+        if (!isForward && !isBackward) return;
+        LineMatch match = placeAt(chord, t, distance2);
+        lookAtSegments(chord, match);
         if (strip == m_strips.strip(m_sample) &&
             m_strips.wayBetween(strip, m_strips.arc(m_sample), match.arc) < leastWayOnOwnStrip * m_tolerance)
             return;
-        const Normal direction(line.direction);
-        const double before = dot(direction, m_before), after = dot(direction, m_after);
-        if (std::max(before, after) >= leastCosine) keepNearest(match);
-        if (std::min(before, after) <= -leastCosine) {
-            LineMatch backward = match;
-            backward.isForward = false;
-            keepNearest(backward);
+        if (isForward) keepNearest(match);
+        match.isForward = false;
+        if (isBackward) keepNearest(match);
+    }
+
+    /// Whether a place of a chord may be nearer than what is found: its segments lie up to half their length off it.
+    bool canBeNearest(int chord, bool isForward, double distance2) const
+    {
+        const int begin = m_chords.begin(chord), end = m_chords.end(chord);
+        const int strip = m_strips.strip(begin);
+        const bool isOne = m_strips.next(begin) == end;
+        const double off = isOne ? 0 : m_strips.wayForward(strip, m_strips.arc(begin), m_strips.arc(end)) / 2;
+        for (const LineMatch& other : m_found)
+            if (other.strip == strip && other.isForward == isForward)
+                return std::sqrt(distance2) - off <= std::sqrt(other.distance2);
+        return true;
+    }
+
+    /// Moves a match to the nearest place on the segments of its chord, unless these are very many.
+    void lookAtSegments(int chord, LineMatch& match) const
+    {
+        constexpr int mostSegments = 64;
+        const Point& place = m_strips.points[m_sample];
+        const int begin = m_chords.begin(chord), end = m_chords.end(chord);
+        const int count = begin == end ? m_strips.count(match.strip) : m_strips.numBetween(begin, end) - 1;
+        if (count == 1 || count > mostSegments) return;
+        match.distance2 = std::numeric_limits<double>::max();
+        for (int i = 0, segment = begin; i < count; ++i, segment = m_strips.next(segment)) {
+            const ParamLine line(m_strips.points[segment], m_strips.points[m_strips.next(segment)]);
+            const double t = std::clamp(projectParam(place, line), 0.0, 1.0);
+            const double distance2 = (line.eval(t) - place).length2();
+            if (!(distance2 < match.distance2)) continue;
+            match.distance2 = distance2;
+            match.arc = m_strips.arc(segment) + t * m_strips.segmentLength(segment);
+            match.nearest = 2 * t < 1 ? segment : m_strips.next(segment);
         }
     }
 

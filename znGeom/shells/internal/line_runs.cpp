@@ -14,7 +14,7 @@ constexpr double mostMoved = 2;     ///< in tolerances, from one sample to the n
 constexpr double mostMovedBack = 1; ///< the other way
 constexpr double longestTip = 6;    ///< in tolerances, round the end of a slit, both sides together
 constexpr double mostCosineOfCorner = 0.8;
-constexpr double longestDrift = 2;   ///< in tolerances, beyond the end of what coincides
+constexpr double longestDrift = 2;       ///< in tolerances, beyond the end of what coincides
 constexpr double longestGap = 2;         ///< in tolerances
 constexpr double mostCosineOfGap = 0.97; ///< where two pairs are brought together on a strip
 constexpr int leastSamples = 3;
@@ -205,7 +205,7 @@ private:
             moved += run.isForward ? signedWay : -signedWay;
         }
         const bool goesRoundOnce = std::fabs(moved - m_strips.length(twin)) < m_strips.length(twin) / 2;
-        if (!goesRoundOnce || !isBalanced(m_strips.length(own), m_strips.length(twin)) ||
+        if (!goesRoundOnce || !isBalanced(m_strips.length(own), m_strips.length(twin), m_tolerance) ||
             std::min(m_strips.count(own), m_strips.count(twin)) < leastSamples)
             return false;
         takeStrip(own);
@@ -214,10 +214,9 @@ private:
         return true;
     }
 
-    bool isBalanced(double own, double twin) const
+    bool isBalanced(double own, double twin, double least) const
     {
-        return own >= m_tolerance && twin >= m_tolerance && twin >= leastShare * own &&
-               twin <= own + mostExcess * m_tolerance;
+        return own >= least && twin >= least && twin >= leastShare * own && twin <= own + mostExcess * m_tolerance;
     }
 
     void addPiece(const Run& run, int begin, int end)
@@ -237,7 +236,8 @@ private:
     {
         const Rung &first = run.rungs[begin], &last = run.rungs[end];
         const LineStretch own{last.own, first.own};
-        const LineStretch twin = run.isForward ? LineStretch{last.twin, first.twin} : LineStretch{first.twin, last.twin};
+        const LineStretch twin =
+            run.isForward ? LineStretch{last.twin, first.twin} : LineStretch{first.twin, last.twin};
         return std::min(lengthOf(own), lengthOf(twin)) <= longestGap * m_tolerance;
     }
 
@@ -456,7 +456,8 @@ private:
         const double length = lengthOf(own);
         const bool isLong = m_strips.numBetween(own.first, own.last) >= leastSamples &&
                             m_strips.numBetween(twin.first, twin.last) >= leastSamples;
-        if (!isLong || !isBalanced(length, lengthOf(twin)) || !isFree(own.first, own.last)) return false;
+        const double least = first.isCoincident && last.isCoincident ? 0 : m_tolerance;
+        if (!isLong || !isBalanced(length, lengthOf(twin), least) || !isFree(own.first, own.last)) return false;
         take(own.first, own.last);
         if (!isFree(twin.first, twin.last)) {
             release(own.first, own.last);
