@@ -53,7 +53,7 @@ std::string drawPlaces(const RectangleLayout& layout, const std::vector<std::str
         const Range2d& place = layout.places[i];
         drawing.rectangle(place, filled(colourOf(i), 0.5));
         const double length = letterWidth * static_cast<double>(names[i].size());
-        if (length > 0 && length < place.x.size() && place.y.size() > letter / 800)
+        if (length > 0 && length < place.x.size() && place.y.size() > 1.5 * letter / 800)
             drawing.label(place.mid(), names[i], letter);
     }
     return drawing.text();
@@ -217,6 +217,7 @@ private:
         addLayout(layout, report);
         report.add("covered", rounded(islands.area()));
         draw(m_drawing.empty() ? "" : atlas.text(), report);
+        if (layout.density == 0) report.addNote("no island has an area");
         report.addNotes(loaded.notes);
         return report;
     }
