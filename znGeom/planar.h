@@ -6,6 +6,7 @@
 #include "znGeom/planar/flt_interpolate_2d.h"
 #include "znGeom/planar/interpolate_2d.h"
 #include "znGeom/planar/interpolate_alg.h"
+#include "znGeom/planar/merge_segments.h"
 #include "znGeom/planar/min_area_bound.h"
 #include "znGeom/planar/pack.h"
 #include "znGeom/planar/plane_fit.h"

@@ -1,6 +1,9 @@
 /// `FltInterpolate2D`: points at a fixed spacing along a polyline that grows.
 #pragma once
 
+#include <algorithm>
+#include <cmath>
+
 #include "znGeom/planar/interpolate_2d.h"
 
 namespace znGeom {
@@ -16,6 +19,8 @@ namespace znGeom {
 /// 0, which gives no points. After several samples in a row, without any point taken in between, only the last segment
 /// is walked; what was left of the one before it is then handed over in one piece, as the first step, or backwards from
 /// the corner where that is the first answer of all, whose `t` is then below 0.
+///
+/// Used under its own type, a walk compiles to a loop without calls that keeps its numbers in registers.
 class ZNGEOM_API FltInterpolate2D : public Interpolate2D
 {
 public:
@@ -39,7 +44,8 @@ public:
     void current(znLinear::Point2Flt& out) override;
 
 private:
-    void measureSegment();
+    static float rounded(float product);
+    static float lengthOf(const znLinear::Vector2Flt& way);
 
     int m_numPoints = 0;
     znLinear::Point2Flt m_start, m_end; ///< of the newest segment
@@ -52,5 +58,76 @@ private:
     bool m_atStart = true;
     bool m_carry;
 };
+
+/// A product as it is rounded. A compiler that may join products and sums, as GCC does for processors that can, does
+/// not see through this function: points are the same bits however the program is compiled that includes this.
+inline float FltInterpolate2D::rounded(float product)
+{
+#if defined(__GNUC__) && !defined(__clang__)
+#if defined(__x86_64__)
+    __asm__("" : "+x"(product));
+#else
+    __asm__("" : "+m"(product));
+#endif
+#endif
+    return product;
+}
+
+inline float FltInterpolate2D::lengthOf(const znLinear::Vector2Flt& way)
+{
+    // The same bits as of a root in double, narrowed.
+    return std::sqrt(rounded(way.dx * way.dx) + rounded(way.dy * way.dy));
+}
+
+inline void FltInterpolate2D::add_point(const znLinear::Point2Flt& point)
+{
+    ++m_numPoints;
+    if (m_numPoints == 1) {
+        m_end = m_position = point;
+        return;
+    }
+    if (m_carry) {
+        m_leftover = m_remaining;
+        m_position = m_end;
+    }
+    m_start = m_position;
+    m_end = point;
+    m_length = lengthOf(m_end - m_start);
+    if (m_length > 0) {
+        m_invLength = 1 / m_length;
+        m_direction = (m_end - m_start) * m_invLength;
+    } else {
+        m_length = m_invLength = 0;
+        m_direction = znLinear::Vector2Flt::zero;
+    }
+    m_remaining = m_length;
+    if (m_carry) {
+        m_position.x -= rounded(m_leftover * m_direction.dx);
+        m_position.y -= rounded(m_leftover * m_direction.dy);
+        m_remaining += m_leftover;
+    }
+}
+
+inline bool FltInterpolate2D::interpolate(float step, znLinear::Point2Flt& out, float* t)
+{
+    // In registers throughout: a point read right after its coordinates were written one by one is a long wait.
+    float x = m_position.x, y = m_position.y, remaining = m_remaining;
+    if (!m_atStart) [[likely]] {
+        if (!(remaining >= step)) return false;
+        // What was left over is more than a step only where the step has become shorter.
+        const float walked = std::max(m_leftover, step);
+        m_leftover = 0;
+        m_position.x = x += rounded(walked * m_direction.dx);
+        m_position.y = y += rounded(walked * m_direction.dy);
+        m_remaining = remaining -= walked;
+    } else {
+        if (m_numPoints < 2) return false;
+        m_atStart = false;
+    }
+    const float reached = m_length == 0 ? 0.0f : 1 - rounded(m_invLength * remaining);
+    out.set(x, y);
+    if (t) *t = reached;
+    return true;
+}
 
 } // namespace znGeom

@@ -44,6 +44,9 @@ public:
             include(m_current.along, i);
             include(m_current.across, i);
         }
+        // Past edges that make no difference here, but would be in the way from now on.
+        advance(m_current.along);
+        advance(m_current.across);
         m_smallest = m_current;
         m_smallestArea = m_largestArea = m_current.area();
         for (int edge = 1; edge < m_size; ++edge) {
@@ -100,13 +103,14 @@ private:
         return t;
     }
 
-    /// Whether an edge leads clearly along an axis. One that is too short to change the parameter by a digit does so
-    /// as well, and must not hold the vertex up: there may be longer ones behind it.
+    /// Whether an edge leads along an axis, or stands at right angles to it but with edges behind it that lead along.
+    /// One that is too short to change the parameter by a digit must not hold the vertex up.
     bool leads(const Axis& axis, int sense, int vertex, int next) const
     {
-        constexpr double smallestSlope = 8 * std::numeric_limits<double>::epsilon();
         const Vector2 edge = m_hull[next] - m_hull[vertex];
-        return sense * dot(edge, axis.direction) > smallestSlope * (std::fabs(edge.dx) + std::fabs(edge.dy));
+        const double slope = sense * dot(edge, axis.direction), side = sense * cross(axis.direction, edge);
+        const double rounding = 8 * std::numeric_limits<double>::epsilon() * (std::fabs(edge.dx) + std::fabs(edge.dy));
+        return slope > rounding || (slope >= -rounding && side < 0);
     }
 
     /// Equal areas leave the earlier frame in its place.
