@@ -22,8 +22,9 @@ struct Rect2
 ///               base leads further to the right. Points on a line give a rectangle without width, points in one place
 ///               four times that place. Unchanged when there is no point
 /// \param ratio  null, or what becomes the area of the largest rectangle along a side of the hull over that of the
-///               smallest: at least 1, and 1 where no choice mattered. The largest `float` for points on a line, 1 for
-///               points in one place; 0 when there is no point
+///               smallest: at least 1, and 1 where no choice mattered; infinite or not a number where rounding leaves
+///               the smallest no area. The largest `float` for points on a line, 1 for points in one place; 0 when
+///               there is no point
 /// \return whether there is a point; those with a coordinate that is not finite do not count
 ///
 /// Costs a convex hull, and one way round it with four fingers (Toussaint, "Solving geometric problems with the
