@@ -1,9 +1,16 @@
-/// Geometry of the plane: fits, polygons and polylines.
+/// Geometry of the plane: fits, polygons, polylines, hulls and smallest rectangles, packing, strokes and curves through
+/// samples.
 #pragma once
 
+#include "znGeom/planar/convex_hull.h"
 #include "znGeom/planar/decimate.h"
+#include "znGeom/planar/flt_interpolate_2d.h"
+#include "znGeom/planar/interpolate_2d.h"
+#include "znGeom/planar/interpolate_alg.h"
 #include "znGeom/planar/merge_segments.h"
+#include "znGeom/planar/min_area_bound.h"
 #include "znGeom/planar/overlap.h"
+#include "znGeom/planar/pack.h"
 #include "znGeom/planar/plane_fit.h"
 #include "znGeom/planar/polygon.h"
 #include "znGeom/planar/polyline.h"
@@ -13,4 +20,7 @@
 #include "znGeom/planar/polyline_project.h"
 #include "znGeom/planar/polyline_transform.h"
 #include "znGeom/planar/segment.h"
+#include "znGeom/planar/smooth_1d.h"
+#include "znGeom/planar/smooth_2d.h"
+#include "znGeom/planar/smooth_interpolate_2d.h"
 #include "znGeom/planar/triangulate_polygon.h"

@@ -89,6 +89,8 @@ TEST(ToolCollar, TellsWhatCannotBeDone)
           {Words{in, out, "--loop", "1", "--count", "2"}, "at least 3 for a whole loop"},
           {Words{in, out, "--loop", "1", "--width", "0"}, "--width: must be a number other than 0"},
           {Words{in, out, "--loop", "1", "--width", "nan"}, "--width: must be a number other than 0"},
+          {Words{in, out, "--loop", "1", "--width", "1e39"}, "larger than numbers in files are"},
+          {Words{in, out, "--loop", "1", "--count", "2000000000"}, "--count: must be at most"},
           {Words{in, in, "--loop", "1"}, "is read, and not overwritten"},
           {Words{in, scratch.path("out.xyzzy"), "--loop", "1"}, "no mesh format"},
           {Words{touching, out, "--loop", "2"}, "does not close"}}) {

@@ -103,11 +103,13 @@ TEST(ToolCancel, InterruptedAnywhereItLeavesTheOldFilesOrTheWholeNewOnes)
                                            {"reduce", {"--to", "0.5", "--method", "collapse"}},
                                            {"subdivide", {}},
                                            {"extrude", {"--all", "--distance", "2"}},
+                                           {"collar", {"--loop", "1", "--count", "20000"}},
                                            {"fill", {"--quality", "0"}},
                                            {"curvature", {"--type", "max"}}}) {
         const Scratch scratch;
-        const bool splits = !std::strcmp(command, "split"),
-                   needsSurface = !std::strcmp(command, "fill") || !std::strcmp(command, "extrude");
+        const bool splits = !std::strcmp(command, "split"), needsSurface = !std::strcmp(command, "fill") ||
+                                                                           !std::strcmp(command, "extrude") ||
+                                                                           !std::strcmp(command, "collar");
         const std::string in = scratch.write("in.obj", gridObj(150) + (needsSurface ? "" : "f 1 2 3\nf 1 1 2\n"));
         Words arguments{command, in, scratch.path("out.ply")};
         arguments.insert(arguments.end(), options.begin(), options.end());

@@ -26,15 +26,17 @@ MeshLoadResult loadText(CompactMesh& mesh, const std::string& text, MeshFormat f
     return meshLoad(mesh, text.data(), text.size(), format);
 }
 
-std::string saved(const CompactMesh& mesh, MeshFormat format)
+std::string saved(const CompactMesh& mesh, MeshFormat format, const MeshUV* cornerUVs = nullptr)
 {
+    MeshSaveOptions options;
+    options.cornerUVs = cornerUVs;
     std::string bytes;
     const auto write = [&bytes](const void* more, size_t count) {
         bytes.append(static_cast<const char*>(more), count);
         return true;
     };
     znUtil::Progress progress;
-    EXPECT_TRUE(meshSave(mesh, format, write, {}, progress));
+    EXPECT_TRUE(meshSave(mesh, format, write, options, progress));
     return bytes;
 }
 
@@ -124,6 +126,44 @@ TEST(MeshLoad, LeavesTheMeshAndItsListenersAloneOnFailureAndCancel)
     EXPECT_EQ(mesh.getNumVertices(), 60000);
 }
 
+TEST(MeshLoad, TakesTextureCoordinatesOfCornersFromPly)
+{
+    const auto load = [](CompactMesh& mesh, const std::string& vertexUVs, const std::string& faces) {
+        std::string text = "ply\nformat ascii 1.0\nelement vertex 4\nproperty float x\nproperty float y\n"
+                           "property float z\n";
+        if (!vertexUVs.empty()) text += "property float s\nproperty float t\n";
+        text += "element face 2\nproperty list uchar float texcoord\nproperty list uchar int vertex_indices\n"
+                "property list uchar int flags\nend_header\n";
+        for (int i = 0; i < 4; ++i) text += "0 0 0" + vertexUVs + "\n";
+        return loadText(mesh, text + faces, MeshFormat::Ply);
+    };
+    CompactMesh mesh;
+    const std::string first = "6 0 0 1 0 1 1 3 0 1 2 1 7\n";
+    MeshLoadResult result = load(mesh, "", first + "6 0 0 1 1 0 0.5 3 0 2 3 0\n");
+    EXPECT_EQ(result.cornerUVs.size(), 0); // they agree
+    ASSERT_NE(mesh.getUVs(), nullptr);
+    EXPECT_EQ(mesh.getUVs()[2].u, 1);
+    EXPECT_EQ(mesh.getUVs()[3].v, 0.5f);
+
+    result = load(mesh, " 9 9", first + "6 0 0 0.25 1 0 0.5 3 0 2 3 0\n");
+    EXPECT_EQ(mesh.getUVs(), nullptr);
+    ASSERT_EQ(result.cornerUVs.size(), 6);
+    EXPECT_EQ(result.cornerUVs[2].u, 1);
+    EXPECT_EQ(result.cornerUVs[4].u, 0.25f);
+    EXPECT_EQ(result.notes.size(), 3); // of the flags, of the vertices' own, of the corners
+
+    for (const char* second : {"0 3 0 2 3 0\n", "5 0 0 1 1 0 3 0 2 3 0\n", "7 0 0 1 1 0 0 1 3 0 2 3 0\n"}) {
+        result = load(mesh, " 9 9", first + second);
+        EXPECT_TRUE(result) << result.message;
+        EXPECT_EQ(result.cornerUVs.size(), 0) << second;
+        ASSERT_NE(mesh.getUVs(), nullptr);
+        EXPECT_EQ(mesh.getUVs()[2].u, 9);
+    }
+    EXPECT_EQ(load(mesh, "", first + "6 0 0 0 0 0 0 3 0 -1 3 0\n").status, Status::Malformed);
+    EXPECT_EQ(load(mesh, "", first + "6 0 0 0 0 0 0 3 0 4 3 0\n").status, Status::Malformed);
+    EXPECT_EQ(load(mesh, "", first + "-1 3 0 1 3 0\n").status, Status::Malformed);
+}
+
 TEST(MeshLoad, EveryTruncatedPrefixFailsOrGivesAWholeMesh)
 {
     CompactMesh mesh = znTest::makeGrid(2, 2);
@@ -132,11 +172,17 @@ TEST(MeshLoad, EveryTruncatedPrefixFailsOrGivesAWholeMesh)
     const std::string textPly = "ply\r\nformat ascii 1.0\r\ncomment x\r\nelement vertex 3\r\nproperty double x\r\n"
                                 "property float y\r\nproperty float z\r\nelement face 1\r\nproperty list uchar int "
                                 "vertex_indices\r\nend_header\r\n0 0 0\r\n1 0 0\r\n0 1 0\r\n3 0 1 2\r\n";
+    const MeshUV uvs[] = {{0, 0}, {1, 0}, {1, 1}, {0.5f, 0}, {1, 1}, {0, 1}};
+    const std::string cornersPly = saved(mesh, MeshFormat::Ply, uvs);
     // How many bytes at the end can be lost without harm: line ends, digits of a last number, a name.
     const std::vector<std::tuple<MeshFormat, std::string, size_t>> files{
-        {MeshFormat::Ply, saved(mesh, MeshFormat::Ply), 0}, {MeshFormat::Ply, textPly, 2},
-        {MeshFormat::Stl, saved(mesh, MeshFormat::Stl), 0}, {MeshFormat::Stl, textStl, 9},
-        {MeshFormat::Off, saved(mesh, MeshFormat::Off), 1}, {MeshFormat::Plain, saved(mesh, MeshFormat::Plain), 1},
+        {MeshFormat::Ply, saved(mesh, MeshFormat::Ply), 0},
+        {MeshFormat::Ply, textPly, 2},
+        {MeshFormat::Ply, cornersPly, 0},
+        {MeshFormat::Stl, saved(mesh, MeshFormat::Stl), 0},
+        {MeshFormat::Stl, textStl, 9},
+        {MeshFormat::Off, saved(mesh, MeshFormat::Off), 1},
+        {MeshFormat::Plain, saved(mesh, MeshFormat::Plain), 1},
     };
     for (const auto& [format, whole, spare] : files) {
         for (size_t size = 0; size <= whole.size(); ++size) {

@@ -115,6 +115,46 @@ TEST(MeshSave, WritesGroupsAndCornerChannelsToObj)
                            "g right\nf 1/1 2/2 3/3\ng\nf 1/1 3/3 4/4\ng left_wall\nf 1/5 2/2 4/4\n");
 }
 
+TEST(MeshSave, WritesTextureCoordinatesOfCornersToPly)
+{
+    // Fans of faces of 3, 4 and 130 corners: lists of one byte are too short for the last.
+    for (const int largest : {127, 130}) {
+        CompactMesh mesh;
+        mesh.resizeVertexArray(largest);
+        mesh.allocUVArray();
+        mesh.resizePolyArrays(7 + largest, 3);
+        zn::vector<int> corners;
+        zn::vector<MeshUV> uvs;
+        int* point = mesh.getPolyPoints();
+        for (int face = 0; face < 3; ++face) {
+            const int length = mesh.getPolyLengths()[face] = face < 2 ? 3 + face : largest;
+            const auto put = [&](int corner) {
+                corners.append(corner);
+                uvs.append({float(face) + 0.25f, float(corner)});
+            };
+            for (int i = 0; i < length; ++i) *point++ = i;
+            for (int i = 2; i < length; ++i) put(0), put(i - 1), put(i);
+        }
+        mesh.copyTriangles(corners.size() / 3, corners.data());
+        MeshSaveOptions options;
+        options.cornerUVs = uvs.data();
+        for (const bool polygons : {false, true}) {
+            options.polygons = polygons;
+            znUtil::Progress progress;
+            const TemporaryFile file("a.ply");
+            const MeshSaveResult result = meshSave(mesh, file.name(), options, progress);
+            EXPECT_EQ(result.notes.size(), polygons ? 0 : 1);
+            CompactMesh back;
+            const MeshLoadResult loaded = meshLoad(back, file.name());
+            EXPECT_EQ(loaded.message, "");
+            EXPECT_EQ(loaded.numPolygons, polygons ? 2 : 0);
+            EXPECT_EQ(back.getUVs(), nullptr);
+            ASSERT_EQ(loaded.cornerUVs.size(), uvs.size());
+            EXPECT_TRUE(sameBits(&loaded.cornerUVs[0].u, &uvs[0].u, 2 * uvs.size()));
+        }
+    }
+}
+
 TEST(MeshSave, KeepsTheOldFileUntilTheNewOneIsComplete)
 {
     const TemporaryFile file;

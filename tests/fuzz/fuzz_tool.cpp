@@ -26,6 +26,7 @@ void requireSound(const tool::LoadedMesh& loaded)
     znFuzz::require(std::all_of(mesh.getTrianglesRaw(), mesh.getTrianglesRaw() + 3 * mesh.getNumTriangles(), isVertex));
     znFuzz::require(std::all_of(mesh.getPolyPoints(), mesh.getPolyPoints() + mesh.getNumPolyPoints(), isVertex));
     znFuzz::require(loaded.groups.ofTriangle.empty() || loaded.groups.ofTriangle.size() == mesh.getNumTriangles());
+    znFuzz::require(loaded.cornerUVs.empty() || loaded.cornerUVs.size() == 3 * mesh.getNumTriangles());
     znFuzz::require(std::all_of(loaded.notes.begin(), loaded.notes.end(), isPrintable));
 }
 

@@ -1,181 +1,182 @@
 #include "znGeom/planar/merge_segments.h"
 
-#include <array>
+#include <gtest/gtest.h>
+
 #include <cmath>
 #include <limits>
 
-#include <gtest/gtest.h>
-
 #include "tests/support/random.h"
+#include "znGeom/spatial/trees/kd_tree.h"
 
 using znGeom::MergeSegments;
 using znGeom::Polyline;
 using znGeom::Segment;
 using znLinear::Point;
-using znLinear::PointFlt;
-using Lines = zn::vector<zn::Reference<Polyline>>;
-using Segments = std::deque<Segment>;
+using znTest::Random;
 
 namespace {
 
-Lines merged(const Segments& segments, float tolerance)
+using Lines = std::vector<std::vector<Point>>;
+
+Segment segment(const Point& from, const Point& to)
 {
-    Lines lines;
-    lines.append(new Polyline); // what it held is dropped
-    MergeSegments()(lines, segments, tolerance);
-    return lines;
+    const double start[] = {from.x, from.y, from.z}, end[] = {to.x, to.y, to.z};
+    return {start, end};
 }
 
-Segment segment(const PointFlt& from, const PointFlt& to) { return Segment(&from.x, &to.x); }
+Point startOf(const Segment& s) { return {s.start[0], s.start[1], s.start[2]}; }
+Point endOf(const Segment& s) { return {s.end[0], s.end[1], s.end[2]}; }
 
-/// The x of all vertices, line by line.
-std::vector<std::vector<double>> placesOf(const Lines& lines)
+Lines merged(const std::deque<Segment>& segments, float tolerance)
 {
-    std::vector<std::vector<double>> places;
+    zn::vector<zn::Reference<Polyline>> lines(1);
+    MergeSegments()(lines, segments, tolerance);
+    Lines points;
     for (const auto& line : lines) {
-        places.emplace_back();
+        points.emplace_back();
         for (int i = 0; i < line->getNumVertices(); ++i) {
             EXPECT_EQ(line->getVertex(i).parameter, i);
-            places.back().push_back(line->getVertex(i).point.x);
+            points.back().push_back(line->getVertex(i).point);
         }
     }
-    return places;
+    return points;
 }
 
-/// Asks all ends at every step.
+/// The rules as they read, with points in a deque and a tree of all ends.
 class PlainMerge
 {
 public:
-    PlainMerge(const Segments& segments, float tolerance)
-        : m_segments(segments), m_isUsed(segments.size()), m_tolerance(tolerance)
+    PlainMerge(const std::deque<Segment>& segments, float tolerance)
+        : m_segments(segments), m_tolerance(tolerance), m_tree(0), m_visited(segments.size(), false)
     {
-        for (std::size_t i = 0; i < segments.size(); ++i)
-            if (!m_isUsed[i]) {
-                m_isUsed[i] = true;
-                std::deque<Point> line = {end(2 * i), end(2 * i + 1)};
-                while (const int next = extension(line[0], line[1])) line.push_front(use(next));
-                while (const int next = extension(line.back(), line[line.size() - 2])) line.push_back(use(next));
-                lines.push_back(line);
-            }
+        for (const Segment& s : segments)
+            for (const float* end : {s.start, s.end}) m_ends.insert(m_ends.end(), end, end + 3);
+        for (int i = 0; i < 2 * static_cast<int>(segments.size()); ++i) m_tree.insert(m_ends.data(), i);
     }
 
-    std::vector<std::deque<Point>> lines;
+    Lines run()
+    {
+        Lines lines;
+        for (std::size_t s = 0; s < m_segments.size(); ++s) {
+            if (m_visited[s]) continue;
+            m_visited[s] = true;
+            std::deque<Point> line{startOf(m_segments[s]), endOf(m_segments[s])};
+            for (int end; (end = extension(line[0], line[1])) >= 0;) line.push_front(take(end));
+            for (int end; (end = extension(line.back(), line[line.size() - 2])) >= 0;) line.push_back(take(end));
+            lines.emplace_back(line.begin(), line.end());
+        }
+        return lines;
+    }
 
 private:
-    Point end(std::size_t number) const
+    Point at(int end) const
     {
-        const Segment& segment = m_segments[number / 2];
-        return PointFlt(number % 2 == 0 ? segment.start : segment.end);
+        const float* p = &m_ends[3 * static_cast<std::size_t>(end)];
+        return {p[0], p[1], p[2]};
     }
-    Point use(int next)
+    Point take(int end)
     {
-        m_isUsed[static_cast<std::size_t>(next - 1) / 2] = true;
-        return end(static_cast<std::size_t>(next - 1) ^ 1);
+        m_visited[static_cast<std::size_t>(end) / 2] = true;
+        return at(end ^ 1);
     }
-
-    /// 1 + the number of the end, or 0.
     int extension(const Point& tail, const Point& prior)
     {
-        double best = 2 * static_cast<double>(m_tolerance);
-        std::size_t answer = 0;
-        const PointFlt place(tail);
-        for (std::size_t hit = 0; hit < 2 * m_segments.size(); ++hit) {
-            const PointFlt other(end(hit));
-            bool isInBox = !m_isUsed[hit / 2];
-            for (int axis = 0; axis < 3; ++axis)
-                isInBox &= other[axis] >= place[axis] - m_tolerance && other[axis] <= place[axis] + m_tolerance;
-            if (!isInBox) continue;
-            const std::size_t near = distance2(tail, end(hit ^ 1)) < distance2(tail, end(hit)) ? hit ^ 1 : hit;
-            const Point nearEnd = end(near), farEnd = end(near ^ 1);
-            const double e = 0.01 * std::min(distance(tail, prior), distance(nearEnd, farEnd));
-            const bool isBack = dot(tail - prior, farEnd - nearEnd) < 0;
-            if (isBack && equivalent(nearEnd, tail, e) && equivalent(farEnd, prior, e)) {
-                m_isUsed[hit / 2] = true;
+        float box[6];
+        for (int axis = 0; axis < 3; ++axis) {
+            box[axis] = static_cast<float>(tail[axis]) - m_tolerance;
+            box[axis + 3] = static_cast<float>(tail[axis]) + m_tolerance;
+        }
+        std::vector<int> hits;
+        m_tree.searchAll(m_ends.data(), box, hits);
+        int answer = -1;
+        double best = 2.0 * static_cast<double>(m_tolerance);
+        for (const int hit : hits) {
+            if (m_visited[static_cast<std::size_t>(hit) / 2]) continue;
+            const bool isNear = distance2(at(hit), tail) <= distance2(at(hit ^ 1), tail);
+            const Point near = at(isNear ? hit : hit ^ 1), far = at(isNear ? hit ^ 1 : hit);
+            znLinear::Vector along = tail - prior, away = far - near;
+            const double e = 0.01 * std::min(along.length(), away.length());
+            if (along.normalize() && away.normalize() && dot(along, away) < 0 && equivalent(near, tail, e) &&
+                equivalent(far, prior, e)) {
+                m_visited[static_cast<std::size_t>(hit) / 2] = true;
                 continue;
             }
-            if (!(best > distance2(tail, nearEnd))) continue;
-            best = distance2(tail, nearEnd);
-            answer = near + 1;
+            if (best > distance2(tail, near)) {
+                best = distance2(tail, near);
+                answer = isNear ? hit : hit ^ 1;
+            }
         }
-        return static_cast<int>(answer);
+        return answer;
     }
 
-    const Segments& m_segments;
-    std::vector<bool> m_isUsed;
+    const std::deque<Segment>& m_segments;
     float m_tolerance;
+    std::vector<float> m_ends;
+    znGeom::KDTree m_tree;
+    std::vector<bool> m_visited;
 };
 
 } // namespace
 
-TEST(MergeSegments, JoinsWhatAPlainSearchJoins)
+TEST(MergeSegments, JoinsEndsWithinTheToleranceAndKeepsTheLinesOwnPoints)
 {
-    znTest::Random random(1);
+    const Point a(0, 0, 0), b(1, 0, 0), c(1, 1, 0), d(0, 1, 0), e(2, 0, 0), nearB(1.0625, 0, 0);
+    // A square in no order and of any direction comes back to its first point; it grows at its start.
+    EXPECT_EQ(merged({segment(a, b), segment(c, d), segment(c, b), segment(a, d)}, 0.01f), (Lines{{b, c, d, a, b}}));
+    // The nearest end goes on, of equally near ones the first; the joint is the line's own point.
+    EXPECT_EQ(merged({segment(a, b), segment(nearB, c), segment(b, e)}, 0.125f), (Lines{{a, b, e}, {nearB, c}}));
+    EXPECT_EQ(merged({segment(a, b), segment(e, b), segment(b, c)}, 0.125f), (Lines{{a, b, e}, {b, c}}));
+    EXPECT_EQ(merged({segment(a, b), segment(nearB, c)}, 0.125f), (Lines{{a, b, c}}));
+    EXPECT_EQ(merged({segment(a, b), segment(nearB, c)}, 0.0625f), (Lines{{a, b, c}})); // on the border of the box
+    EXPECT_EQ(merged({segment(a, b), segment(nearB, c)}, 0.03125f), (Lines{{a, b}, {nearB, c}}));
+    // Twice there, the other way round: laid once. The same way round it is found at the other end.
+    EXPECT_EQ(merged({segment(a, b), segment(b, a)}, 0.01f), (Lines{{a, b}}));
+    EXPECT_EQ(merged({segment(a, b), segment(b, c), segment(b, a), segment(a, b)}, 0.01f), (Lines{{a, b, c}}));
+    // The bound is twice the tolerance for the square of the distance: 3 is too far for a tolerance of 4, 2.5 is not.
+    const Point far(10, 0, 0), three(13, 0, 0), lessThanThree(12.5, 0, 0), end(99, 0, 0);
+    EXPECT_EQ(merged({segment(a, far), segment(three, end)}, 4), (Lines{{a, far}, {three, end}}));
+    EXPECT_EQ(merged({segment(a, far), segment(lessThanThree, end)}, 4), (Lines{{a, far, end}}));
+}
+
+TEST(MergeSegments, EndsOnEveryInput)
+{
+    const double nan = std::numeric_limits<double>::quiet_NaN(), inf = std::numeric_limits<double>::infinity();
+    const Point a(0, 0, 0), b(1, 0, 0), c(2, 0, 0), lost(nan, 0, 0), beyond(inf, 0, 0);
+    EXPECT_TRUE(merged({}, 1).empty());
+    for (const double tolerance : {0.0, -1.0, nan})
+        EXPECT_EQ(merged({segment(a, b), segment(b, c)}, static_cast<float>(tolerance)), (Lines{{a, b}, {b, c}}));
+    EXPECT_EQ(merged({segment(a, b), segment(b, c)}, static_cast<float>(inf)), (Lines{{c, a, b}}));
+    EXPECT_EQ(merged({segment(a, beyond), segment(beyond, c), segment(b, a)}, 0.1f),
+              (Lines{{b, a, beyond}, {beyond, c}}));
+    EXPECT_EQ(merged({segment(a, lost), segment(lost, b)}, 0.1f).size(), 2u);
+    EXPECT_EQ(merged({segment(a, a), segment(a, a), segment(a, b)}, 0.1f), (Lines{{b, a, a, a}}));
+    // Far out, numbers step by more than the tolerance.
+    const Point p(1e30, 1, 1), q(-1e30, 1, 1), r(3e30, 1, 1);
+    EXPECT_EQ(merged({segment(q, p), segment(p, r)}, 0.01f), merged({segment(q, p), segment(p, r)}, 0.1f));
+    EXPECT_EQ(merged({segment(q, p), segment(p, r)}, 0.01f).size(), 1u);
+}
+
+TEST(MergeSegments, GivesWhatThePlainRulesGive)
+{
+    Random random(5);
     for (int round = 0; round < 300; ++round) {
-        // Ends on a coarse lattice with some jitter: branches, copies, loops, and segments without length.
-        Segments segments;
-        const int size = 2 + random.below(5), count = 1 + random.below(60);
-        const double jitter = round % 3 == 0 ? 0 : 0.02, scale = std::pow(10, random.below(7) - 3);
-        const auto place = [&] {
-            znLinear::PointFlt p;
-            for (int axis = 0; axis < 3; ++axis)
-                p[axis] = static_cast<float>(scale * (random.below(axis == 2 ? 2 : size) + random.real(0, jitter)));
-            return p;
-        };
-        for (int i = 0; i < count; ++i) segments.push_back(segment(place(), place()));
-        const float tolerance = static_cast<float>(scale * std::array{0.03, 1e-20, 1.5}[random.below(3)]);
-        const Lines lines = merged(segments, tolerance);
-        const PlainMerge plain(segments, tolerance);
-        ASSERT_EQ(static_cast<std::size_t>(lines.size()), plain.lines.size());
-        for (int i = 0; i < lines.size(); ++i) {
-            const std::deque<Point>& expected = plain.lines[static_cast<std::size_t>(i)];
-            ASSERT_EQ(static_cast<std::size_t>(lines[i]->getNumVertices()), expected.size());
-            for (int j = 0; j < lines[i]->getNumVertices(); ++j)
-                ASSERT_EQ(lines[i]->getVertex(j).point, expected[static_cast<std::size_t>(j)]);
+        // Paths over a lattice, shaken, with doubled segments and branches, in any order.
+        const double scale = std::pow(10.0, random.real(-3, 3)), shake = random.oneIn(2) ? 0 : random.real(0, 0.2);
+        const auto place = [&](const Point& p) { return (p + random.vector(shake)).asVector() * scale; };
+        std::deque<Segment> segments;
+        Point at = random.point(2);
+        for (int i = random.below(80); i >= 0; --i) {
+            if (random.oneIn(8)) at = Point(random.below(4), random.below(4), random.below(2));
+            Point next = at;
+            next[random.below(3)] += random.oneIn(2) ? 1 : -1;
+            const Segment laid = segment(place(at).asPoint(), place(next).asPoint());
+            segments.push_back(random.oneIn(2) ? laid : segment(endOf(laid), startOf(laid)));
+            if (random.oneIn(6)) segments.push_back(segments[random.below(static_cast<int>(segments.size()))]);
+            at = next;
         }
+        for (int i = static_cast<int>(segments.size()) - 1; i > 0; --i)
+            std::swap(segments[static_cast<std::size_t>(i)], segments[static_cast<std::size_t>(random.below(i + 1))]);
+        const float tolerance = static_cast<float>(scale * random.real(0.001, random.oneIn(3) ? 3 : 0.4));
+        EXPECT_EQ(merged(segments, tolerance), PlainMerge(segments, tolerance).run()) << round;
     }
-}
-
-TEST(MergeSegments, GrowsInFrontFirstAndDropsCopies)
-{
-    const PointFlt a(0, 0, 0), b(1, 0, 0), c(2, 0, 0), d(3, 0.5f, 0), e(3, -1, 0), nearB(1.001f, 0, 0);
-    using Places = std::vector<std::vector<double>>;
-    EXPECT_EQ(placesOf(merged({segment(b, c), segment(d, c), segment(b, a)}, 0.01f)), (Places{{0, 1, 2, 3}}));
-    EXPECT_EQ(placesOf(merged({segment(a, b), segment(b, a), segment(a, b), segment(c, b)}, 0.01f)),
-              (Places{{0, 1, 2}}));
-    EXPECT_EQ(placesOf(merged({segment(b, c), segment(c, d), segment(c, e)}, 0.01f)), (Places{{1, 2, 3}, {2, 3}}))
-        << "a branch is a line of its own";
-    EXPECT_EQ(placesOf(merged({segment(a, b), segment(nearB, c)}, 0.01f)), (Places{{0, 1, 2}}))
-        << "the joint is that of the line";
-    EXPECT_EQ(placesOf(merged({segment(a, b), segment(b, c)}, 0)), (Places{{0, 1}, {1, 2}}));
-    EXPECT_EQ(merged({}, 0.01f).size(), 0);
-
-    // Squared distances are held to twice the tolerance: 2.25 is below 2 * 2, 6.25 above 2 * 2.6.
-    const PointFlt apart(2.5f, 0, 0), farther(3.5f, 0, 0), far(9, 0, 0);
-    EXPECT_EQ(merged({segment(a, b), segment(apart, far)}, 2).size(), 1);
-    EXPECT_EQ(merged({segment(a, b), segment(farther, far)}, 2.6f).size(), 2);
-}
-
-TEST(MergeSegments, ClosesRingsAndEndsOnAnyNumbers)
-{
-    Segments ring;
-    for (int i = 0; i < 100; ++i) {
-        const auto at = [](int k) {
-            const double angle = k % 100 * 0.0628318530717958648;
-            return PointFlt(static_cast<float>(std::cos(angle)), static_cast<float>(std::sin(angle)), 0);
-        };
-        const int k = i * 37 % 100;
-        ring.push_back(i % 2 == 0 ? segment(at(k), at(k + 1)) : segment(at(k + 1), at(k)));
-    }
-    const Lines lines = merged(ring, 1e-6f);
-    ASSERT_EQ(lines.size(), 1);
-    EXPECT_EQ(lines[0]->getNumVertices(), 101);
-    EXPECT_TRUE(lines[0]->getClosed());
-
-    constexpr float huge = std::numeric_limits<float>::max(), inf = std::numeric_limits<float>::infinity();
-    const float numbers[] = {0, -0.0f, huge, -huge, inf, -inf, std::numeric_limits<float>::quiet_NaN(), 1e-45f};
-    Segments segments;
-    for (const float from : numbers)
-        for (const float to : numbers) segments.push_back(segment({from, to, 1}, {to, from, from}));
-    for (const float tolerance : {1e-45f, 1.0f, huge, inf, -1.0f, std::numeric_limits<float>::quiet_NaN()})
-        EXPECT_GT(merged(segments, tolerance).size(), 0);
 }

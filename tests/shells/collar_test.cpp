@@ -340,6 +340,11 @@ TEST(MeshCollar, RibbonsContinueTheSurfaceAndTellTurnedQuads)
     EXPECT_EQ(meshCollarTurnedQuads(points, -1.2, true), 1);
     points[3].direction = Vector::x; // along its step
     EXPECT_EQ(meshCollarTurnedQuads(points, 1e-6, true), 2);
+    Points twisted(2); // which fold over their own diagonal, while each triangle by itself has turned by less
+    twisted[1].position = {1, 0, 0};
+    twisted[0].direction = {0.906, 0, -0.423}, twisted[1].direction = {-0.517, 0.763, -0.388};
+    EXPECT_EQ(meshCollarTurnedQuads(twisted, 0.4, false), 0);
+    EXPECT_EQ(meshCollarTurnedQuads(twisted, 0.817, false), 1);
     for (const int count : {0, 1}) {
         EXPECT_EQ(meshCollarTurnedQuads(Points(count), 1, true), 0);
         meshCollarRibbon(Points(count), 1, true, ribbon);

@@ -306,6 +306,20 @@ TEST(EdgeCollapse, EndsOnEveryInput)
     EXPECT_FALSE(grid.firstVertex()->metadata.isWritten());
 }
 
+TEST(EdgeCollapse, KeepsCornersApartThatTwoEdgesJoin)
+{
+    const std::vector<std::array<int, 3>> doubled[] = {{{1, 4, 5}, {1, 5, 0}, {6, 0, 2}, {5, 1, 0}},
+                                                       {{3, 0, 1}, {3, 2, 1}, {2, 3, 1}},
+                                                       {{0, 3, 2}, {3, 1, 2}, {1, 3, 2}}};
+    for (const auto& triangles : doubled) {
+        TopoMesh mesh;
+        build(mesh, znTest::makeMesh(7, triangles));
+        reduce(mesh, 0);
+        EXPECT_TRUE(checkTopology(mesh, false));
+        EXPECT_FALSE(repeatsVertex(mesh));
+    }
+}
+
 TEST(RealEdgeCollapse, KeepsTopologyAndBoundsOnSharedMeshes)
 {
     const bool found = znTest::forEachSharedMesh(60000, [](const CompactMesh& source) {

@@ -36,8 +36,9 @@ struct MeshLoadResult
     int numFaces = 0;              ///< of three corners or more, as they stand in the file
     int numPolygons = 0;           ///< of more than three corners
     MeshGroups groups;             ///< where the format has them
-    /// Texture coordinates and normals of an OBJ file that differ between the corners at a vertex, and so are not a
-    /// channel of the mesh: three in a row per triangle, otherwise empty. `MeshSaveOptions` takes them.
+    /// Texture coordinates of an OBJ or PLY file, and normals of an OBJ file, that differ between the corners at a
+    /// vertex, and so are not a channel of the mesh: three in a row per triangle, otherwise empty. `MeshSaveOptions`
+    /// takes them.
     zn::vector<MeshUV> cornerUVs;
     zn::vector<MeshNormal> cornerNormals;
 
@@ -50,11 +51,12 @@ struct MeshLoadResult
 /// Vertices keep their numbers and faces their order. Where a face has more than three corners, all faces are in the
 /// polygon description as well, and the triangles are their fans. Faces of one or two corners are left out, with a
 /// note. Normals and texture coordinates become channels, normals count as supplied; where the format has them per face
-/// corner (OBJ), the corners at each vertex have to agree for this; otherwise they are in the result, with a note.
+/// corner (OBJ, PLY), the corners at each vertex have to agree for this; otherwise they are in the result, with a note.
 /// Coordinates may be infinite or NaN: `nan` and `inf` are read, and a number too large for a `float` is infinite.
 ///
 ///  - OBJ: relative indices, all forms of corners, lines continued by a backslash, comments anywhere; groups.
-///  - PLY: text and both binary forms, faces and triangle strips, any further elements and properties skipped.
+///  - PLY: text and both binary forms, faces and triangle strips, any further elements and properties skipped; the
+///    texture coordinates of face corners are a list `texcoord`, and come before those of vertices.
 ///  - STL: text and binary; each triangle has three vertices of its own; the normals, which follow from them, are
 ///    dropped.
 ///  - OFF: text, with or without normals. Plain: faces of any size. Points: vertices alone.

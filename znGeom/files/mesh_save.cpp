@@ -18,7 +18,7 @@ void saveFormat(const CompactMesh& mesh, MeshFormat format, const MeshSaveOption
     case MeshFormat::Obj:
         return saveObj(mesh, options, sink);
     case MeshFormat::Ply:
-        return savePly(mesh, sink);
+        return savePly(mesh, options, sink);
     case MeshFormat::Stl:
         return saveStl(mesh, sink);
     case MeshFormat::Off:
@@ -38,12 +38,15 @@ int countPolygons(const CompactMesh& mesh)
 }
 
 /// What the mesh has and a file of this format doesn't.
-void noteMissing(const CompactMesh& mesh, MeshFormat format, const SaveSink& sink, MeshSaveResult& result)
+void noteMissing(const CompactMesh& mesh, MeshFormat format, const MeshSaveOptions& options, const SaveSink& sink,
+                 MeshSaveResult& result)
 {
     const std::string missing = std::string(": ") + meshFormatName(format) + " files have none, not written";
     const bool hasChannels = format == MeshFormat::Obj || format == MeshFormat::Ply;
     if (!hasChannels && mesh.getNormals()) result.notes.append("normals" + missing);
     if (!hasChannels && mesh.getUVs()) result.notes.append("texture coordinates" + missing);
+    if (format != MeshFormat::Obj && options.cornerNormals) result.notes.append("normals per face corner" + missing);
+    if (!hasChannels && options.cornerUVs) result.notes.append("texture coordinates per face corner" + missing);
     const int numPolygons = countPolygons(mesh);
     if (format == MeshFormat::Points) {
         if (countFaces(mesh, sink) > 0) result.notes.append("faces" + missing);
@@ -80,7 +83,7 @@ MeshSaveResult meshSave(const CompactMesh& mesh, MeshFormat format, const MeshBy
     }
     result.numBytes = sink.numBytes();
     result.numVertices = mesh.getNumVertices();
-    noteMissing(mesh, format, sink, result);
+    noteMissing(mesh, format, options, sink, result);
     progress.set(1);
     return result;
 }

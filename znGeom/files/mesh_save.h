@@ -36,13 +36,13 @@ struct MeshSaveResult
     explicit operator bool() const { return status == Status::Saved; }
 };
 
-/// What the OBJ format has room for and a mesh doesn't hold. Nothing is owned; null means none.
+/// What OBJ files have room for and a mesh doesn't hold, and PLY files in part. Nothing is owned; null means none.
 struct MeshSaveOptions
 {
-    const MeshGroups* groups = nullptr; ///< with one entry per triangle, or nothing
-    /// One per triangle corner, three in a row per triangle; they replace the channels of the mesh.
+    const MeshGroups* groups = nullptr; ///< with one entry per triangle, or nothing; OBJ alone
+    /// One per triangle corner, three in a row per triangle; they replace the channel of the mesh. OBJ and PLY.
     const MeshUV* cornerUVs = nullptr;
-    const MeshNormal* cornerNormals = nullptr; ///< likewise
+    const MeshNormal* cornerNormals = nullptr; ///< likewise; OBJ alone
     /// Writes the polygons of a mesh in place of its triangles, which have to be their fans, in their order, as
     /// `meshLoad` makes them. Formats that have none but triangles keep to these.
     bool polygons = false;
@@ -53,7 +53,7 @@ struct MeshSaveOptions
 /// new one is complete; a failure or a cancel leaves it as it was, and nothing beside it.
 ///
 ///  - OBJ: positions, texture coordinates and normals, and what the options name. No blanks at line ends.
-///  - PLY: binary, lowest byte first, with normals and texture coordinates.
+///  - PLY: binary, lowest byte first, with normals and texture coordinates, these per vertex or per face corner.
 ///  - STL: binary, with the normals of the triangles; polygons as their fans.
 ///  - OFF, plain, points: text; positions, and faces except in points.
 ///

@@ -2,119 +2,126 @@
 
 #include <algorithm>
 
+#include "znGeom/foundation/linear/vector.h"
+#include "znGeom/foundation/mesh/bit_vector.h"
 #include "znGeom/planar/internal/end_grid.h"
 
 namespace znGeom {
 
+using namespace znLinear;
+
 namespace {
 
-using znLinear::Point;
-using znLinear::PointFlt;
-using znLinear::Vector;
+/// Both ends of all segments: 2 s is where segment s starts, 2 s + 1 where it ends.
+zn::vector<PointFlt> endsOf(const std::deque<Segment>& segments)
+{
+    zn::vector<PointFlt> ends;
+    ends.reserve(2 * static_cast<int>(segments.size()));
+    for (const Segment& segment : segments) {
+        ends.append({segment.start[0], segment.start[1], segment.start[2]});
+        ends.append({segment.end[0], segment.end[1], segment.end[2]});
+    }
+    return ends;
+}
 
-class Merging
+int otherEnd(int end) { return end ^ 1; }
+
+class SegmentJoiner
 {
 public:
-    Merging(const std::deque<Segment>& segments, float tolerance)
-        : m_ends(allEnds(segments)), m_grid(m_ends, tolerance), m_isUsed(static_cast<int>(segments.size()), false),
-          m_tolerance(tolerance)
+    SegmentJoiner(const std::deque<Segment>& segments, float tolerance)
+        : m_ends(endsOf(segments)), m_grid(m_ends, tolerance), m_tolerance(tolerance),
+          m_isLaid(static_cast<int>(segments.size()))
     {}
 
-    void appendTo(zn::vector<zn::Reference<Polyline>>& lines)
+    bool isLaid(int segment) const { return m_isLaid.isSet(segment); }
+
+    /// The line through a segment, as far as it goes on both ways.
+    zn::Reference<Polyline> lineFrom(int segment)
     {
-        for (int segment = 0; segment < m_isUsed.size(); ++segment)
-            if (!m_isUsed[segment]) lines.append(new Polyline(lineFrom(segment)));
+        m_isLaid.setBit(segment);
+        m_front.clear();
+        m_back.clear();
+        const int start = 2 * segment, end = otherEnd(start);
+        grow(start, end, m_front);
+        grow(end, start, m_back);
+        return assemble(start, end);
     }
 
 private:
-    /// The start of segment s is number 2 * s, its end the next one.
-    static zn::vector<PointFlt> allEnds(const std::deque<Segment>& segments)
+    /// Follows a line beyond its last point; what it passes is appended.
+    /// \param prior  the point before the last
+    void grow(int tail, int prior, zn::vector<int>& passed)
     {
-        zn::vector<PointFlt> ends;
-        ends.reserve(2 * static_cast<int>(segments.size()));
-        for (const Segment& segment : segments) {
-            ends.append(PointFlt(segment.start));
-            ends.append(PointFlt(segment.end));
-        }
-        return ends;
-    }
-
-    Polyline lineFrom(int segment)
-    {
-        m_isUsed[segment] = true;
-        zn::vector<PointFlt> front = {m_ends[2 * segment]}, back = {m_ends[2 * segment + 1]};
-        grow(front, back.front());
-        grow(back, front.front());
-        std::reverse(front.begin(), front.end());
-        front.append(back);
-        zn::vector<Polyline::vertex> vertices;
-        vertices.reserve(front.size());
-        for (const PointFlt& point : front) vertices.append({point, static_cast<double>(vertices.size())});
-        return Polyline(vertices.size(), vertices.data());
-    }
-
-    /// \param before  the place before the first of the run
-    void grow(zn::vector<PointFlt>& run, const PointFlt& before)
-    {
-        for (PointFlt prior = before;;) {
-            const PointFlt tail = run.back();
-            const int next = extension(tail, prior);
-            if (next < 0) return;
-            m_isUsed[next / 2] = true;
-            run.append(m_ends[otherEnd(next)]);
+        for (int near = extension(tail, prior); near >= 0; near = extension(tail, prior)) {
+            m_isLaid.setBit(near / 2);
             prior = tail;
+            tail = otherEnd(near);
+            passed.append(tail);
         }
     }
 
-    /// The end at which an unused segment goes on from the end of a line, or -1. Copies of the line's last segment
-    /// become used.
-    int extension(const Point& tail, const Point& prior)
+    /// The near end of the segment with which a line goes on, or -1. Segments that lie on the line's last one are laid.
+    int extension(int tail, int prior)
     {
-        double best = 2 * m_tolerance;
+        const Point last(m_ends[tail]), before(m_ends[prior]);
+        double leastDistance = 2 * m_tolerance; // meant for the square: from 2/3 on, this reaches less far than the box
         int answer = -1;
-        m_grid.findNear(PointFlt(tail), m_found);
-        for (const int hit : m_found) {
-            if (m_isUsed[hit / 2]) continue;
-            const bool isOtherNearer = distance2(tail, at(otherEnd(hit))) < distance2(tail, at(hit));
-            const int near = isOtherNearer ? otherEnd(hit) : hit;
-            if (isCopy(tail, prior, at(near), at(otherEnd(near)))) {
-                m_isUsed[hit / 2] = true;
+        for (const int hit : m_grid.findNear(m_ends[tail])) {
+            if (isLaid(hit / 2)) continue;
+            const int near = squaredDistance(last, otherEnd(hit)) < squaredDistance(last, hit) ? otherEnd(hit) : hit;
+            if (doublesBack(last, before, near)) {
+                m_isLaid.setBit(hit / 2);
                 continue;
             }
-            const double apart2 = distance2(tail, at(near));
-            if (!(best > apart2)) continue;
-            best = apart2;
+            const double distance = squaredDistance(last, near);
+            if (!(leastDistance > distance)) continue;
+            leastDistance = distance;
             answer = near;
         }
         return answer;
     }
 
-    /// Whether a segment leads back along the last one of the line.
-    static bool isCopy(const Point& tail, const Point& prior, const Point& near, const Point& far)
+    double squaredDistance(const Point& point, int end) const { return (Point(m_ends[end]) - point).length2(); }
+
+    /// Whether a segment lies on the last one of a line, the other way round.
+    bool doublesBack(const Point& last, const Point& before, int near) const
     {
-        Vector last = tail - prior, segment = far - near;
-        const double close = 0.01 * std::min(last.length(), segment.length());
-        if (!last.normalize() || !segment.normalize() || !(dot(last, segment) < 0)) return false;
-        return equivalent(near, tail, close) && equivalent(far, prior, close);
+        const Point from(m_ends[near]), to(m_ends[otherEnd(near)]);
+        const Vector along = last - before, away = to - from;
+        if (!(dot(along, away) < 0)) return false;
+        const double tolerance = 0.01 * std::min(along.length(), away.length());
+        return equivalent(from, last, tolerance) && equivalent(to, before, tolerance);
     }
 
-    static int otherEnd(int end) { return end ^ 1; }
-    Point at(int end) const { return m_ends[end]; }
+    zn::Reference<Polyline> assemble(int start, int end) const
+    {
+        zn::vector<Polyline::vertex> vertices;
+        vertices.reserve(m_front.size() + m_back.size() + 2);
+        const auto append = [&](int at) { vertices.append({Point(m_ends[at]), static_cast<double>(vertices.size())}); };
+        for (int i = m_front.size(); i-- > 0;) append(m_front[i]);
+        append(start);
+        append(end);
+        for (const int at : m_back) append(at);
+        return new Polyline(vertices.size(), vertices.data());
+    }
 
     zn::vector<PointFlt> m_ends;
     internal::EndGrid m_grid;
-    zn::vector<bool> m_isUsed;
-    std::vector<int> m_found;
     double m_tolerance;
+    BitVector m_isLaid;
+    zn::vector<int> m_front, m_back; ///< ends that the line has passed, outwards
 };
 
 } // namespace
 
 void MergeSegments::operator()(zn::vector<zn::Reference<Polyline>>& lines, const std::deque<Segment>& segments,
-                               float tolerance) const
+                               float tolerance)
 {
     lines.clear();
-    Merging(segments, tolerance).appendTo(lines);
+    SegmentJoiner joiner(segments, tolerance);
+    for (int segment = 0; segment < static_cast<int>(segments.size()); ++segment)
+        if (!joiner.isLaid(segment)) lines.append(joiner.lineFrom(segment));
 }
 
 } // namespace znGeom

@@ -1,4 +1,4 @@
-/// `znGeom::MergeSegments`: polylines from loose segments.
+/// `znGeom::MergeSegments`: loose segments joined into polylines.
 #pragma once
 
 #include <deque>
@@ -10,30 +10,29 @@
 
 namespace znGeom {
 
-/// Joins segments in any order and direction to polylines where their ends are near.
+/// Joins segments that come in no order, such as the cuts of a plane through triangles, where their ends are near each
+/// other. Keeps no state.
 ///
-///     zn::vector<zn::Reference<Polyline>> lines;
-///     MergeSegments()(lines, segments, 1e-4f);
+///     zn::vector<zn::Reference<Polyline>> outlines;
+///     MergeSegments()(outlines, cuts, 1e-5f);
 class ZNGEOM_API MergeSegments
 {
 public:
-    /// \param lines      receives the polylines, each begun with the first segment not used before; their parameters
-    ///                   count the vertices. What it held is dropped
-    /// \param tolerance  in world units; above 0, or nothing is joined
+    MergeSegments() = default;
+
+    /// \param lines      what was in it goes. Each line begins as the first segment that is in none yet, which grows at
+    ///                   its start as long as it can, then at its end; its parameters are 0, 1, 2, ... A line that
+    ///                   comes back to where it began ends in a copy of its first vertex, or a point near it
+    /// \param segments   of any direction; one on which a line lies already, the other way round, is left out
+    /// \param tolerance  world units. A line goes on with a segment that has an end no farther than this along each
+    ///                   axis, and one whose squared distance is below twice the tolerance: of several, the one with
+    ///                   the nearest end, the first of equally near ones. The line keeps its own point at the joint.
+    ///                   With 0 or less, or not a number, nothing is joined
     ///
-    /// A line grows at the front until nothing goes on there, then at the back. It goes on with the segment that has an
-    /// end nearest to its own among those in the box of half the size `tolerance` round it, the first one of equals;
-    /// that end is dropped, and the line keeps its own. Their squared distance has to be below twice the tolerance,
-    /// which bounds a tolerance of more than 2/3.
-    ///
-    /// A segment that leads back along the line's last one, both ends to within a hundredth of the shorter of the two,
-    /// is a copy: it is dropped. So every segment is in one line, or a copy of one that is. A closed line ends with the
-    /// place where it began, or what is within the tolerance of it. Ends that are not finite are never joined.
-    ///
-    /// Linear in the segments as long as few ends are within the tolerance of one another. Results do not depend on
-    /// hashing. Runs on the calling thread.
-    void operator()(zn::vector<zn::Reference<Polyline>>& lines, const std::deque<Segment>& segments,
-                    float tolerance) const;
+    /// Segments with a coordinate that is not finite are kept, but not joined there. Practically linear in the segments
+    /// and in what lies within the tolerance of their ends: a tolerance above their length is slow. Runs on the calling
+    /// thread.
+    void operator()(zn::vector<zn::Reference<Polyline>>& lines, const std::deque<Segment>& segments, float tolerance);
 };
 
 } // namespace znGeom

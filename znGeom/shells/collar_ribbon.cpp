@@ -8,14 +8,16 @@ namespace {
 
 int countQuads(int numPlaces, bool closed) { return numPlaces < 2 ? 0 : closed ? numPlaces : numPlaces - 1; }
 
-/// Whether a triangle of a quad faces against what it faces in a narrow strip. The first one, which has the near side,
-/// faces one way at any width.
+/// Whether a quad is folded over at a width. Its first triangle, which has the near side, faces one way at any width;
+/// the other one, with the far side, comes to face against what it does in a narrow strip, or against the first.
 bool isTurned(const MeshCollar::Point& place, const MeshCollar::Point& next, double width)
 {
     const Vector step = next.position - place.position;
     const Vector farStep = step + (next.direction - place.direction) * width;
-    return !(cross(step, place.direction).length2() > 0) ||
-           !(dot(cross(step, next.direction), cross(farStep, next.direction)) > 0);
+    const Vector near = cross(step, place.direction);
+    const Vector farWhenNarrow = cross(step, next.direction), far = cross(farStep, next.direction);
+    if (!(near.length2() > 0) || !(dot(farWhenNarrow, far) > 0) || !(dot(step, farStep) > 0)) return true;
+    return dot(near, farWhenNarrow) > 0 && !(dot(near, far) > 0);
 }
 
 } // namespace

@@ -15,8 +15,9 @@ namespace znGeom {
 ZNGEOM_API void meshCollarRibbon(const zn::vector<MeshCollar::Point>& points, double width, bool closed,
                                  CompactMesh& result);
 
-/// The number of quads of such a strip that are turned over: those with a triangle that faces against what it faces in
-/// a narrow strip. One that is narrow enough has none but where a direction runs along its step.
+/// The number of quads of such a strip that are turned over: the far side runs against the near one, or the triangle
+/// at the far side faces against what it does in a narrow strip, or against the other one where it doesn't do so there.
+/// A strip that is narrow enough has none but where a direction runs along its step.
 ZNGEOM_API int meshCollarTurnedQuads(const zn::vector<MeshCollar::Point>& points, double width, bool closed);
 
 } // namespace znGeom

@@ -231,7 +231,7 @@ private:
         }
         MeshModifyRep scope(m_mesh, triangles, vertices, *m_adjacency);
         TopoMesh& mesh = scope.extract();
-        const zn::vector<bool> wereFlat = flatFaces(mesh);
+        const zn::vector<double> heights = faceHeights(mesh);
         SeamPoints points(sampler, scope, mesh, topology);
         bool isSewn = false;
         for (MeshLineTopology::EdgeIterator it(topology); it.valid(); it.next()) {
@@ -241,7 +241,7 @@ private:
         }
         noteOutcomes(sampler, topology);
         if (!isSewn) return false;
-        swapFlatFaces(mesh, wereFlat);
+        mendFlatFaces(mesh, heights, [&](TopoMeshVertex vertex) { scope.removeVertex(vertex); });
         scope.merge();
         return true;
     }

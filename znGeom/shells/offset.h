@@ -18,7 +18,7 @@ struct MeshOffsetPruning
     int turned = 0;   ///< removed for a triangle that had turned over
     // What is left, as removing it failed. A vertex may count in both.
     int tooCloseLeft = 0;
-    int turnedLeft = 0; ///< with a triangle that is turned over now
+    int turnedLeft = 0; ///< with a triangle that is turned over now; not tried where nothing was too close
 };
 
 /// Moves a copy of a surface by a distance, and joins the two to a closed shell.

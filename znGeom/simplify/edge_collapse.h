@@ -8,9 +8,8 @@ namespace znGeom {
 
 /// Reduces a mesh of triangles to a part of its faces. The cheapest edge collapses first; its two ends become one
 /// vertex, placed where the sum of the squared distances from the planes of their triangles is least. Boundaries are
-/// held by planes upright on them. After Garland and Heckbert, "Surface
-/// Simplification Using Quadric Error Metrics" (1997); where that place is not determined, as on flat ground and along
-/// straight creases, it is the middle or one of the ends.
+/// held by planes upright on them. Where that place is not determined, as on flat ground and along straight creases, it
+/// is the middle or one of the ends. (Garland, Heckbert, "Surface Simplification Using Quadric Error Metrics", 1997.)
 ///
 /// \param mesh      nothing is done when a face is not a triangle
 /// \param fraction  of the faces, rounded down, at least one. Nothing is done when it is not a number. The mesh may end
@@ -19,10 +18,10 @@ namespace znGeom {
 ///                  reduction of `simplify/reduce.h`
 ///
 /// The surface keeps its topology where every edge has two triangles at the most: boundary loops stay loops, and a
-/// closed piece ends as a tetrahedron at the smallest; an open piece may vanish. Corners that lose their last face stay
-/// as isolated vertices. Vertices at which fans only touch, and edges whose halves run the same way, are never
-/// collapsed. Triangles may turn over, above all on flat ground, where every place costs the same; nothing guards
-/// against it.
+/// closed piece ends as two triangles back to back at the smallest; an open piece may vanish. Corners that lose their
+/// last face stay as isolated vertices. Vertices at which fans only touch, edges whose halves run the same way, and
+/// edges of which two join the same vertices are never collapsed. Triangles may turn over, above all on flat ground,
+/// where every place costs the same; nothing guards against it.
 ///
 /// A plane at a boundary weighs as much as the square of its edge's length, one of a triangle 1: boundaries are held
 /// well where edges are longer than a unit, and hardly at all where they are much shorter. Scale such a mesh first, say

@@ -74,7 +74,9 @@ bool TopoMesh::canCollapse(TopoMeshEdge e)
 
     const auto isFurther = [&](TopoMeshVertex v) { return v != a && v != b && v != end && areJoined(v, end); };
     for (const TopoMeshEdge spoke : outgoingOf(origin)) {
-        if (isFurther(endOf(spoke)) || isFurther(spoke->prev->origin)) return false;
+        const TopoMeshEdge before = spoke->prev;
+        if ((endOf(spoke) == end && spoke != e) || (before->origin == end && before != t)) return false;
+        if (isFurther(endOf(spoke)) || isFurther(before->origin)) return false;
         const bool ownFace = spoke->face == e->face || (t && spoke->face == t->face);
         if (!ownFace && !isTriangle(spoke) && spoke->face.adjacent(end)) return false;
     }

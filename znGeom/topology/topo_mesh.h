@@ -129,10 +129,10 @@ public:
     TopoMeshVertex contractEdge(TopoMeshEdge e) { return collapseEdge(e); }
     /// Whether collapsing an edge of triangles preserves the topology of the surface: the link test of Dey,
     /// Edelsbrunner, Guha and Nekhayev, "Topology preserving edge contraction" (1999). False when the ends have a
-    /// neighbour in common other than the third corners of the edge's faces, when these corners are one vertex, when an
-    /// edge inside the mesh joins two boundary vertices (except at the tip of an ear), and for an edge that ends where
-    /// it begins, lies twice in one face, or has halves that run the same way. Looks at the neighbours of the origin,
-    /// and for each around the vertex of smaller valence.
+    /// neighbour in common other than the third corners of the edge's faces, when these corners are one vertex, when a
+    /// further edge joins the two ends, when an edge inside the mesh joins two boundary vertices (except at the tip of
+    /// an ear), and for an edge that ends where it begins, lies twice in one face, or has halves that run the same way.
+    /// Looks at the neighbours of the origin, and for each around the vertex of smaller valence.
     static bool canCollapse(TopoMeshEdge e);
 
     // Deleting

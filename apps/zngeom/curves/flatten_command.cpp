@@ -74,11 +74,12 @@ public:
             "Angles change as little as possible; sizes change more the farther a place is from the border. What is\n"
             "closed, or has handles, is cut open first, along short paths. The cut is a seam: positions stay shared,\n"
             "and the corners of triangles have texture coordinates of their own on either side. Holes stay holes.\n"
-            "OUT is an OBJ file, with the triangles, groups and normals of IN. Coordinates lie between 0 and 1.\n"
+            "OUT is an OBJ, PLY or glTF file, with the triangles and normals of IN; OBJ files keep groups, and glTF\n"
+            "files have the vertices of a seam several times. Coordinates lie between 0 and 1.\n"
             "stretch is how many times longer a triangle has become in one direction than across, scale how large\n"
             "triangles are beside one another, as a length: both are 1 where the surface could be laid flat.\n"
             "The picture shows the mesh under a checkerboard, and the chart.");
-        m_files.addFiles(*sub, "The OBJ file to write; may be the same");
+        m_files.addFiles(*sub, "The mesh file to write: .obj, .ply or .glb; may be the same");
         sub->add_flag("--no-cut", m_isKeptWhole, "Refuse a surface that is no disk, instead of cutting it");
         addPictureOptions(*sub, m_picture, "Draw the mesh under a checkerboard, and its chart: a PNG file");
         m_files.addFormats(*sub);
@@ -118,9 +119,7 @@ private:
     void checkOutput() const
     {
         if (!m_picture.path.empty()) checkPictureName(m_picture.path);
-        checkOutputFormat(m_files.output, m_files.formats.ofOutput());
-        if (formatOf(m_files.output, m_files.formats.ofOutput()).format != znGeom::MeshFormat::Obj)
-            throw Failure(m_files.output + ": only OBJ files have texture coordinates per corner; write .obj");
+        checkWritesUVs(m_files.output, m_files.formats.ofOutput());
     }
 
     [[noreturn]] void refuse(const std::string& reason) const

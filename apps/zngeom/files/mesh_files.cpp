@@ -6,6 +6,7 @@
 #include <cstring>
 #include <filesystem>
 
+#include "apps/zngeom/files/corner_split.h"
 #include "apps/zngeom/files/gltf_reader.h"
 #include "apps/zngeom/files/gltf_writer.h"
 #include "apps/zngeom/files/read_file.h"
@@ -81,7 +82,13 @@ std::int64_t writeMesh(const znGeom::CompactMesh& mesh, const FileFormat& format
                        const znGeom::MeshSaveOptions& options, znUtil::Progress& progress)
 {
     progress.setCaption("writing");
-    if (format.format == MeshFormat::Unknown) return static_cast<std::int64_t>(writeGlb(mesh, write, progress));
+    if (format.format == MeshFormat::Unknown) {
+        if (options.cornerUVs || options.cornerNormals) {
+            const znGeom::CompactMesh split = splitCorners(mesh, options.cornerUVs, options.cornerNormals);
+            return static_cast<std::int64_t>(writeGlb(split, write, progress));
+        }
+        return static_cast<std::int64_t>(writeGlb(mesh, write, progress));
+    }
     const znGeom::MeshSaveResult result = znGeom::meshSave(mesh, format.format, write, options, progress);
     if (result.status == znGeom::MeshSaveResult::Status::Cancelled) throw Cancelled();
     return result.numBytes;
@@ -172,6 +179,14 @@ void checkOutputFormat(const std::string& path, const std::string& word)
     if (!format.isWritten) throw Failure(path + ": " + format.name + " is read and not written; write .glb instead");
 }
 
+void checkWritesUVs(const std::string& path, const std::string& word)
+{
+    checkOutputFormat(path, word);
+    const FileFormat& format = formatOf(path, word);
+    if (!format.writesUVs)
+        throw Failure(path + ": " + format.name + " files have no texture coordinates; write .obj, .ply or .glb");
+}
+
 std::unique_ptr<PendingFile> writeAside(const znGeom::CompactMesh& mesh, const std::string& path,
                                         znUtil::Progress& progress, const std::string& word,
                                         const znGeom::MeshSaveOptions& options)
@@ -204,10 +219,13 @@ void noteUnwritten(LoadedMesh& loaded, const std::string& path, const std::strin
     const std::string missing = std::string(": ") + format.name + " files have none, not written";
     if (loaded.mesh.getNormals() && !format.writesNormals) loaded.notes.push_back("normals" + missing);
     if (loaded.mesh.getUVs() && !format.writesUVs) loaded.notes.push_back("texture coordinates" + missing);
-    const std::string missingPerCorner = std::string(" per face corner") + missing;
-    const bool isObj = format.format == MeshFormat::Obj;
-    if (!loaded.cornerNormals.empty() && !isObj) loaded.notes.push_back("normals" + missingPerCorner);
-    if (!loaded.cornerUVs.empty() && !isObj) loaded.notes.push_back("texture coordinates" + missingPerCorner);
+    const bool isObj = format.format == MeshFormat::Obj, isGltf = format.format == MeshFormat::Unknown;
+    const auto noteCorners = [&](const std::string& what, bool isWritten) {
+        if (!isWritten) loaded.notes.push_back(what + " per face corner" + missing);
+        if (isGltf) loaded.notes.push_back(what + ": vertices with several are written several times");
+    };
+    if (!loaded.cornerNormals.empty()) noteCorners("normals", isObj || isGltf);
+    if (!loaded.cornerUVs.empty()) noteCorners("texture coordinates", format.writesUVs);
     if (format.format == MeshFormat::Points) {
         if (loaded.numFaces > 0) loaded.notes.push_back("faces" + missing);
     } else if (loaded.numPolygons > 0 && !(loaded.keepsPolygons && znGeom::hasPolygons(format.format))) {

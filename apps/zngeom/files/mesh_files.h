@@ -51,6 +51,9 @@ void loadMesh(std::string_view bytes, const FileFormat& format, const std::strin
 /// Checks, before any work is done, that there is a writer for this path; fails if not.
 void checkOutputFormat(const std::string& path, const std::string& word = "");
 
+/// The same for a mesh whose texture coordinates are what matters.
+void checkWritesUVs(const std::string& path, const std::string& word = "");
+
 /// Writes the faces to a new file beside the target, for `putInPlace`. Fails with one line that begins with the
 /// path, and leaves no file; so does a cancel. Not for "-".
 std::unique_ptr<PendingFile> writeAside(const znGeom::CompactMesh& mesh, const std::string& path,

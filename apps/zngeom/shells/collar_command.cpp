@@ -12,6 +12,7 @@
 #include "apps/zngeom/files/point_reader.h"
 #include "apps/zngeom/files/read_file.h"
 #include "apps/zngeom/files/write_file.h"
+#include "apps/zngeom/frame/cancel_on_signal.h"
 #include "apps/zngeom/frame/pacer.h"
 #include "apps/zngeom/frame/usage.h"
 #include "apps/zngeom/measuring/boundary_loops.h"
@@ -138,25 +139,29 @@ public:
         loadMesh(m_path, phases.next(0.6), loaded, m_formats.input);
         checkHasTriangles(loaded.mesh, m_path);
         checkFinite(loaded.mesh.getVertices(), loaded.mesh.getNumVertices(), inputName(m_path));
-        phases.next(0.2).setCaption("walking");
-        const CollarWalk walk = walkBorder(loaded.mesh);
-        const double width = m_width ? *m_width : narrowEnough(walk);
-        znGeom::CompactMesh ribbon;
-        znGeom::meshCollarRibbon(walk.points, width, walk.closed, ribbon);
+        const Strip strip = makeStrip(loaded.mesh, phases.next(0.2));
         std::unique_ptr<PendingFile> picture;
         znUtil::Progress& drawing = phases.next(0.1);
         if (!m_picture.path.empty()) {
             drawing.setCaption("drawing");
-            picture = writePngAside(drawRibbon(loaded.mesh, ribbon, m_picture.size), m_picture.path);
+            picture = writePngAside(drawRibbon(loaded.mesh, strip.ribbon, m_picture.size), m_picture.path);
         }
-        save(walk, ribbon, phases.next(0.1));
+        save(strip, phases.next(0.1));
         if (picture) putInPlace(*picture, m_picture.path);
-        Report report = describe(walk, width);
+        Report report = describe(strip);
         report.addNotes(loaded.notes);
         return report;
     }
 
 private:
+    struct Strip
+    {
+        CollarWalk walk;
+        double width;
+        znGeom::CompactMesh ribbon;
+        std::string table; ///< empty where OUT is a mesh
+    };
+
     /// That of the table, unless OUT is a mesh.
     Table table() const
     {
@@ -178,6 +183,9 @@ private:
         if (m_from && *m_from == *m_to)
             throw Failure("--from and --to are the same vertex; the whole loop is walked without them");
         if (!m_from && m_count && *m_count < 3) throw Failure("--count: must be at least 3 for a whole loop");
+        constexpr std::size_t mostSteps = maxElements / 2;
+        if (m_count && static_cast<std::size_t>(*m_count) > mostSteps)
+            throw Failure("--count: must be at most " + std::to_string(mostSteps));
     }
 
     CollarWalk walkBorder(const znGeom::CompactMesh& mesh) const
@@ -196,17 +204,35 @@ private:
         }
     }
 
-    void save(const CollarWalk& walk, const znGeom::CompactMesh& ribbon, znUtil::Progress& progress) const
+    /// All that sees no progress: Ctrl-C ends the process there.
+    Strip makeStrip(const znGeom::CompactMesh& mesh, znUtil::Progress& progress) const
+    {
+        progress.setCaption("walking");
+        const EndOnSignal endOnSignal(progress);
+        Strip strip{walkBorder(mesh), m_width.value_or(0), {}, {}};
+        const CollarWalk& walk = strip.walk;
+        if (!m_width) strip.width = narrowEnough(walk);
+        znGeom::meshCollarRibbon(walk.points, strip.width, walk.closed, strip.ribbon);
+        const float* const numbers = strip.ribbon.getVerticesRaw();
+        if (!std::all_of(numbers, numbers + 3 * static_cast<std::ptrdiff_t>(strip.ribbon.getNumVertices()),
+                         [](float number) { return std::isfinite(number); }))
+            throw Failure("--width: the strip would be larger than numbers in files are");
+        if (table() != Table::None) strip.table = tableOf(walk.points, m_curvature, table());
+        return strip;
+    }
+
+    void save(const Strip& strip, znUtil::Progress& progress) const
     {
         progress.setCaption("writing");
         if (table() == Table::None)
-            saveMesh(ribbon, m_output, progress, m_formats.ofOutput());
+            saveMesh(strip.ribbon, m_output, progress, m_formats.ofOutput());
         else
-            writeFile(tableOf(walk.points, m_curvature, table()), m_output);
+            writeFile(strip.table, m_output);
     }
 
-    Report describe(const CollarWalk& walk, double width) const
+    Report describe(const Strip& strip) const
     {
+        const CollarWalk& walk = strip.walk;
         Report report;
         report.add("input", m_path);
         report.add("output", m_output);
@@ -215,8 +241,8 @@ private:
         report.add("length", rounded(walk.length));
         report.add("places", walk.points.size());
         report.add("quads", numStepsOf(walk));
-        report.add("turned_quads", znGeom::meshCollarTurnedQuads(walk.points, width, walk.closed));
-        report.add("width", rounded(width));
+        report.add("turned_quads", znGeom::meshCollarTurnedQuads(walk.points, strip.width, walk.closed));
+        report.add("width", rounded(strip.width));
         if (m_curvature) {
             const auto [least, most] =
                 std::minmax_element(walk.points.begin(), walk.points.end(),

@@ -3,10 +3,10 @@
 #include <string>
 #include <string_view>
 
+#include "znGeom/files/internal/corner_channel.h"
 #include "znGeom/files/internal/decimal.h"
 #include "znGeom/files/internal/loaders.h"
 #include "znGeom/files/internal/number_reader.h"
-#include "znGeom/files/internal/obj_channel.h"
 #include "znGeom/files/internal/obj_groups.h"
 
 namespace znGeom::internal {
@@ -75,7 +75,7 @@ private:
     bool readLine(const char* begin, const char* end);
     void readOther(std::string_view keyword, ObjLine line);
     bool readVertex(ObjLine line);
-    bool readEntry(ObjLine line, ObjChannel& channel);
+    bool readEntry(ObjLine line, CornerChannel& channel);
     bool readFace(ObjLine line);
     bool readCorner(ObjLine& line, int (&indices)[3]);
     bool fail(const std::string& what);
@@ -84,7 +84,7 @@ private:
 
     LoadContext& m_context;
     MeshParts m_parts;
-    ObjChannel m_normals, m_uvs;
+    CornerChannel m_normals, m_uvs;
     ObjGroups m_groups;
     zn::vector<int> m_corners; ///< vertex, uv and normal of each corner of one face
     std::string m_continued;   ///< the beginning of a line that continues in the next one
@@ -181,7 +181,7 @@ bool ObjLoader::readVertex(ObjLine line)
 }
 
 /// Missing numbers are 0.
-bool ObjLoader::readEntry(ObjLine line, ObjChannel& channel)
+bool ObjLoader::readEntry(ObjLine line, CornerChannel& channel)
 {
     float values[3] = {};
     for (int i = 0; i < channel.width() && line.hasWord(); ++i)

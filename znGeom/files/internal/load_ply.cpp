@@ -4,7 +4,9 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <utility>
 
+#include "znGeom/files/internal/corner_channel.h"
 #include "znGeom/files/internal/loaders.h"
 #include "znGeom/files/internal/ply_header.h"
 
@@ -102,11 +104,26 @@ public:
     bool read(const PlyHeader& header)
     {
         for (const PlyElement& element : header.elements)
+            for (const PlyProperty& property : element.properties) m_hasCornerUVs |= property.isCornerUVs;
+        for (const PlyElement& element : header.elements)
             for (int i = 0; i < element.count && !element.properties.empty(); ++i)
                 if (!(element.name == "vertex" ? readVertex(element) : readOther(element))) return addPlace(element, i);
         const bool atEnd = m_numbers.atEnd();
         if (!atEnd) m_context.note("bytes behind the last element: left out");
         return !m_context.hasFailed();
+    }
+
+    /// Those of the corners come before those of the vertices.
+    void publishUVs()
+    {
+        if (m_cornerUVs.isComplete() && m_parts.uvs.size() > 0) {
+            m_context.note("texture coordinates: of vertices and of face corners, those of the corners kept");
+            m_parts.uvs.clear();
+        }
+        GrowingArray<float> channel;
+        m_cornerUVs.publish(m_context, m_parts.numVertices(), channel);
+        if (channel.size() > 0) m_parts.uvs = std::move(channel);
+        if (m_cornerUVs.isPerCorner()) m_context.result().cornerUVs = m_cornerUVs.cornerValues<MeshUV>(m_parts.faces);
     }
 
 private:
@@ -137,10 +154,31 @@ private:
 
     bool readOther(const PlyElement& element)
     {
+        const bool isFace = element.name == "face";
+        m_corners.clear();
+        m_uvs.clear();
         for (const PlyProperty& property : element.properties) {
             float unused;
-            if (property.isList ? !readList(property) : !m_numbers.read(property.type, unused)) return false;
-            if (property.isCorners && !addCorners(element.name == "face")) return false;
+            if (property.isCornerUVs ? !readReals(property)
+                : property.isList    ? !readList(property)
+                                     : !m_numbers.read(property.type, unused))
+                return false;
+            if (property.isCorners && !addCorners(isFace)) return false;
+        }
+        return !m_hasCornerUVs || addCornerUVs();
+    }
+
+    /// Leaves the list in `m_uvs`.
+    bool readReals(const PlyProperty& property)
+    {
+        int count = 0;
+        if (!m_numbers.read(property.countType, count)) return false;
+        if (count < 0) return m_context.malformed("a list has a negative length");
+        m_uvs.clear();
+        for (int i = 0; i < count; ++i) {
+            float entry;
+            if (!m_numbers.read(property.type, entry)) return false;
+            m_uvs.append(entry);
         }
         return true;
     }
@@ -165,6 +203,7 @@ private:
     /// Strips follow one another in one list, separated by -1. Every second triangle of a strip is wound the other way.
     bool addCorners(bool isFace)
     {
+        if (m_hasCornerUVs) m_corners.append(m_list);
         if (isFace) return m_parts.addFace(m_list.data(), m_list.size());
         int begin = 0;
         for (int i = 0; i < m_list.size(); ++i) {
@@ -176,11 +215,36 @@ private:
         return true;
     }
 
+    /// Of the face or the strip that was read.
+    bool addCornerUVs()
+    {
+        if (m_corners.size() < 3) return true;
+        const bool isComplete = m_uvs.size() / 2 == m_corners.size() && m_uvs.size() % 2 == 0;
+        for (int i = 0; i < m_corners.size(); ++i) {
+            if (isComplete && !m_cornerUVs.add(m_uvs.data() + 2 * std::ptrdiff_t(i))) return m_context.tooLarge();
+            m_cornerUVs.use(m_corners[i], isComplete ? m_cornerUVs.count() - 1 : -1, m_parts.numVertices());
+        }
+        return true;
+    }
+
     LoadContext& m_context;
     Numbers m_numbers;
     MeshParts& m_parts;
     zn::vector<int> m_list;
+    bool m_hasCornerUVs = false;
+    CornerChannel m_cornerUVs{"texture coordinates", 2};
+    zn::vector<int> m_corners; ///< of the face that is being read, where faces have texture coordinates
+    zn::vector<float> m_uvs;   ///< likewise
 };
+
+template <typename Numbers>
+bool readBody(LoadContext& context, Numbers numbers, const PlyHeader& header, MeshParts& parts)
+{
+    BodyReader reader(context, numbers, parts);
+    if (!reader.read(header)) return false;
+    reader.publishUVs();
+    return true;
+}
 
 } // namespace
 
@@ -190,10 +254,9 @@ bool loadPly(LoadContext& context, CompactMesh& mesh)
     PlyHeader header;
     if (!readPlyHeader(context, scanner, header)) return false;
     MeshParts parts(context);
-    const bool hasBody =
-        header.encoding == PlyEncoding::Text
-            ? BodyReader(context, TextNumbers(scanner), parts).read(header)
-            : BodyReader(context, BinaryNumbers(context, scanner.at(), header.encoding), parts).read(header);
+    const bool hasBody = header.encoding == PlyEncoding::Text
+                             ? readBody(context, TextNumbers(scanner), header, parts)
+                             : readBody(context, BinaryNumbers(context, scanner.at(), header.encoding), header, parts);
     return hasBody && parts.publish(mesh);
 }
 

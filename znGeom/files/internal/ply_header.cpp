@@ -62,6 +62,7 @@ bool readProperty(TextScanner& scanner, PlyElement& element)
     if (element.name == "vertex" && !property.isList) property.slot = vertexSlot(word);
     property.isCorners = property.isList && (element.name == "face" || element.name == "tristrips") &&
                          (word == "vertex_indices" || word == "vertex_index");
+    property.isCornerUVs = property.isList && element.name == "face" && word == "texcoord";
     element.properties.append(property);
     return true;
 }
@@ -105,7 +106,8 @@ void noteLost(LoadContext& context, const PlyHeader& header)
     for (const PlyElement& element : header.elements) {
         std::string names;
         for (const PlyProperty& property : element.properties)
-            if (property.slot < 0 && !property.isCorners) names += (names.empty() ? "" : ", ") + property.name;
+            if (property.slot < 0 && !property.isCorners && !property.isCornerUVs)
+                names += (names.empty() ? "" : ", ") + property.name;
         if (!names.empty()) context.note(printable(element.name + " properties: " + names + ", not kept"));
     }
 }

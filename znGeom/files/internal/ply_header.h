@@ -19,7 +19,8 @@ struct PlyProperty
     PlyType countType{}; ///< of lists
     /// What a number of a vertex is: 0 to 2 position, 3 to 5 normal, 6 and 7 texture coordinates, -1 not kept.
     int slot = -1;
-    bool isCorners = false; ///< a list of the corners of a face or a strip
+    bool isCorners = false;   ///< a list of the corners of a face or a strip
+    bool isCornerUVs = false; ///< a list of two texture coordinates for each corner of a face
 };
 
 struct PlyElement

@@ -101,19 +101,13 @@ public:
             if (m_groups && m_groups->ofTriangle[triangle] != group)
                 saveGroup(*m_groups, group = m_groups->ofTriangle[triangle], m_sink);
             m_sink.text("f");
-            for (int i = 0; i < numCorners; ++i) saveCorner(corners[i], inFan(triangle, i));
+            for (int i = 0; i < numCorners; ++i) saveCorner(corners[i], cornerInFan(triangle, i));
             m_sink.text("\n");
             triangle += numCorners - 2;
         });
     }
 
 private:
-    /// Where a corner of a face is among those of its fan of triangles.
-    static int inFan(int firstTriangle, int corner)
-    {
-        return corner < 3 ? 3 * firstTriangle + corner : 3 * (firstTriangle + corner - 2) + 2;
-    }
-
     /// v, v/vt, v//vn or v/vt/vn.
     void saveCorner(int vertex, int corner)
     {

@@ -101,13 +101,20 @@ void forEachVertex(const CompactMesh& mesh, SaveSink& sink, const Use& use)
     for (int i = 0; i < mesh.getNumVertices() && !sink.hasStopped(); ++i, sink.count()) use(i);
 }
 
+/// Where a corner of a face is among the corners of its fan of triangles.
+/// \param firstTriangle  of the fan
+inline int cornerInFan(int firstTriangle, int corner)
+{
+    return corner < 3 ? 3 * firstTriangle + corner : 3 * (firstTriangle + corner - 2) + 2;
+}
+
 inline int countFaces(const CompactMesh& mesh, const SaveSink& sink)
 {
     return sink.takesPolygons() ? mesh.getNumPolys() : mesh.getNumTriangles();
 }
 
 void saveObj(const CompactMesh& mesh, const MeshSaveOptions& options, SaveSink& sink);
-void savePly(const CompactMesh& mesh, SaveSink& sink);
+void savePly(const CompactMesh& mesh, const MeshSaveOptions& options, SaveSink& sink);
 void saveStl(const CompactMesh& mesh, SaveSink& sink);
 void saveOff(const CompactMesh& mesh, SaveSink& sink);
 void savePlain(const CompactMesh& mesh, SaveSink& sink);

@@ -1,24 +1,23 @@
-/// `znGeom::internal::EndGrid`: the ends of segments by place.
+/// The ends of segments, found by a box around one of them.
 #pragma once
-
-#include <cmath>
-#include <cstdint>
-#include <vector>
 
 #include "znGeom/foundation/containers/vector.h"
 #include "znGeom/foundation/linear/point.h"
 
 namespace znGeom::internal {
 
-/// A hash grid over points that finds those in small boxes. Points that are not finite are not in it.
+/// A hashed grid of points whose cells are some times as wide as the boxes that it is asked for, so that a box lies in
+/// one or two of them, and what lies in these is near the box.
 class EndGrid
 {
 public:
-    /// \param reach  half the size of the boxes that will be asked for
-    EndGrid(const zn::vector<znLinear::PointFlt>& points, float reach);
+    /// \param ends       must outlive this; those with a coordinate that is not finite are never found
+    /// \param tolerance  half the width of a box
+    EndGrid(const zn::vector<znLinear::PointFlt>& ends, float tolerance);
 
-    /// Replaces `found` by the indices of the points in the box round a place, inclusive, in ascending order.
-    void findNear(const znLinear::PointFlt& place, std::vector<int>& found) const;
+    /// The indices of the ends in the box around one of them, itself included, ascending: good until the next call.
+    /// What is on the border of the box counts.
+    const zn::vector<int>& findNear(const znLinear::PointFlt& centre);
 
 private:
     struct Entry
@@ -27,18 +26,16 @@ private:
         int index;
     };
 
-    std::int64_t cellOf(double coordinate) const { return static_cast<std::int64_t>(std::floor(coordinate / m_cell)); }
-    std::uint32_t bucketOf(std::int64_t x, std::int64_t y, std::int64_t z) const;
-    std::uint32_t bucketOf(const znLinear::PointFlt& p) const
-    {
-        return bucketOf(cellOf(p.x), cellOf(p.y), cellOf(p.z));
-    }
+    double cellAlong(double coordinate) const;
+    int bucketOf(double x, double y, double z) const;
+    void addFrom(int bucket, const float* low, const float* high);
 
-    float m_reach;
-    double m_cell = 1;
-    int m_shift = 0;
-    zn::vector<int> m_starts; ///< of the entries of each bucket, and their number at the end
-    zn::vector<Entry> m_entries;
+    float m_tolerance;
+    double m_cellsPerUnit;
+    unsigned m_mask = 0;
+    zn::vector<int> m_firsts;    ///< per bucket, and the end of the last one
+    zn::vector<Entry> m_entries; ///< ascending within a bucket
+    zn::vector<int> m_found;
 };
 
 } // namespace znGeom::internal

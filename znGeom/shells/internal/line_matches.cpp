@@ -3,6 +3,7 @@
 #include <array>
 #include <bit>
 #include <cstdint>
+#include <limits>
 
 #include "znGeom/foundation/linear/line.h"
 #include "znGeom/foundation/threads/counting_sort.h"
@@ -161,6 +162,7 @@ public:
         m_cell = cell;
         m_isAtCell = true;
         for (const int chord : m_near) consider(chord);
+        leaveCoincident();
         std::sort(m_found.begin(), m_found.end(), [](const LineMatch& a, const LineMatch& b) {
             return a.strip != b.strip ? a.strip < b.strip : a.isForward < b.isForward;
         });
@@ -176,17 +178,51 @@ private:
         const double t = std::clamp(projectParam(place, line), 0.0, 1.0);
         const double distance2 = (line.eval(t) - place).length2();
         if (!(distance2 < m_tolerance * m_tolerance)) return;
-        const LineMatch match = placeAt(chord, t, distance2);
+        const Normal direction(line.direction);
+        const double before = dot(direction, m_before), after = dot(direction, m_after);
+        const bool isForward = std::max(before, after) >= leastCosine && canBeNearest(chord, true, distance2);
+        const bool isBackward = std::min(before, after) <= -leastCosine && canBeNearest(chord, false, distance2);
+        if (!isForward && !isBackward) return;
+        LineMatch match = placeAt(chord, t, distance2);
+        lookAtSegments(chord, match);
         if (strip == m_strips.strip(m_sample) &&
             m_strips.wayBetween(strip, m_strips.arc(m_sample), match.arc) < leastWayOnOwnStrip * m_tolerance)
             return;
-        const Normal direction(line.direction);
-        const double before = dot(direction, m_before), after = dot(direction, m_after);
-        if (std::max(before, after) >= leastCosine) keepNearest(match);
-        if (std::min(before, after) <= -leastCosine) {
-            LineMatch backward = match;
-            backward.isForward = false;
-            keepNearest(backward);
+        if (isForward) keepNearest(match);
+        match.isForward = false;
+        if (isBackward) keepNearest(match);
+    }
+
+    /// Whether a place of a chord may be nearer than what is found: its segments lie up to half their length off it.
+    bool canBeNearest(int chord, bool isForward, double distance2) const
+    {
+        const int begin = m_chords.begin(chord), end = m_chords.end(chord);
+        const int strip = m_strips.strip(begin);
+        const bool isOne = m_strips.next(begin) == end;
+        const double off = isOne ? 0 : m_strips.wayForward(strip, m_strips.arc(begin), m_strips.arc(end)) / 2;
+        for (const LineMatch& other : m_found)
+            if (other.strip == strip && other.isForward == isForward)
+                return std::sqrt(distance2) - off <= std::sqrt(other.distance2);
+        return true;
+    }
+
+    /// Moves a match to the nearest place on the segments of its chord, unless these are very many.
+    void lookAtSegments(int chord, LineMatch& match) const
+    {
+        constexpr int mostSegments = 64;
+        const Point& place = m_strips.points[m_sample];
+        const int begin = m_chords.begin(chord), end = m_chords.end(chord);
+        const int count = begin == end ? m_strips.count(match.strip) : m_strips.numBetween(begin, end) - 1;
+        if (count == 1 || count > mostSegments) return;
+        match.distance2 = std::numeric_limits<double>::max();
+        for (int i = 0, segment = begin; i < count; ++i, segment = m_strips.next(segment)) {
+            const ParamLine line(m_strips.points[segment], m_strips.points[m_strips.next(segment)]);
+            const double t = std::clamp(projectParam(place, line), 0.0, 1.0);
+            const double distance2 = (line.eval(t) - place).length2();
+            if (!(distance2 < match.distance2)) continue;
+            match.distance2 = distance2;
+            match.arc = m_strips.arc(segment) + t * m_strips.segmentLength(segment);
+            match.nearest = 2 * t < 1 ? segment : m_strips.next(segment);
         }
     }
 
@@ -211,6 +247,16 @@ private:
             return;
         }
         m_found.append(match);
+    }
+
+    /// Where something coincides with the sample, what is merely near plays no part: a thin piece is in between.
+    void leaveCoincident()
+    {
+        const auto coincides = [this](const LineMatch& match) { return match.coincides(m_tolerance); };
+        if (std::none_of(m_found.begin(), m_found.end(), coincides)) return;
+        constexpr double leastApart = 4;
+        const auto isApart = [this](const LineMatch& match) { return !match.coincides(leastApart * m_tolerance); };
+        m_found.erase(std::remove_if(m_found.begin(), m_found.end(), isApart), m_found.end());
     }
 
     const LineStrips& m_strips;

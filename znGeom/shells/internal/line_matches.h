@@ -17,6 +17,8 @@ struct LineMatch
     double arc;       ///< where the place is, as a length along the strip
     double distance2; ///< squared, from the sample
 
+    /// As far as rounding lets it.
+    bool coincides(double tolerance) const { return distance2 <= 1e-6 * tolerance * tolerance; }
     bool isAlong(const LineMatch& other) const { return strip == other.strip && isForward == other.isForward; }
 };
 

@@ -14,6 +14,7 @@ constexpr double mostMoved = 2;     ///< in tolerances, from one sample to the n
 constexpr double mostMovedBack = 1; ///< the other way
 constexpr double longestTip = 6;    ///< in tolerances, round the end of a slit, both sides together
 constexpr double mostCosineOfCorner = 0.8;
+constexpr double longestDrift = 2;       ///< in tolerances, beyond the end of what coincides
 constexpr double longestGap = 2;         ///< in tolerances
 constexpr double mostCosineOfGap = 0.97; ///< where two pairs are brought together on a strip
 constexpr int leastSamples = 3;
@@ -23,6 +24,7 @@ constexpr double leastShare = 0.25, mostExcess = 4;
 struct Rung
 {
     int own, twin;
+    bool isCoincident = false;
 };
 
 /// Consecutive samples with those beside them.
@@ -92,7 +94,7 @@ private:
             isDone[match] = true;
             const int sample = m_sampleOf[match];
             if (isWhole || m_next[match] >= 0) run.length += m_strips.segmentLength(sample);
-            run.rungs.append({sample, m_matches[match].nearest});
+            run.rungs.append({sample, m_matches[match].nearest, m_matches[match].coincides(m_tolerance)});
             apart += std::sqrt(m_matches[match].distance2);
         }
         run.nearLength = run.length * (1 - apart / run.rungs.size() / m_tolerance / 2);
@@ -203,7 +205,7 @@ private:
             moved += run.isForward ? signedWay : -signedWay;
         }
         const bool goesRoundOnce = std::fabs(moved - m_strips.length(twin)) < m_strips.length(twin) / 2;
-        if (!goesRoundOnce || !isBalanced(m_strips.length(own), m_strips.length(twin)) ||
+        if (!goesRoundOnce || !isBalanced(m_strips.length(own), m_strips.length(twin), m_tolerance) ||
             std::min(m_strips.count(own), m_strips.count(twin)) < leastSamples)
             return false;
         takeStrip(own);
@@ -212,16 +214,35 @@ private:
         return true;
     }
 
-    bool isBalanced(double own, double twin) const
+    bool isBalanced(double own, double twin, double least) const
     {
-        return own >= m_tolerance && twin >= m_tolerance && twin >= leastShare * own &&
-               twin <= own + mostExcess * m_tolerance;
+        return own >= least && twin >= least && twin >= leastShare * own && twin <= own + mostExcess * m_tolerance;
     }
 
     void addPiece(const Run& run, int begin, int end)
     {
-        begin = nearestOfSame(run, begin, end, 1);
-        end = nearestOfSame(run, end, begin, -1);
+        begin = innerEnd(run, begin, end, 1);
+        end = innerEnd(run, end, begin, -1);
+        if (comesRound(run, begin, end)) {
+            // Both ends would be one point, between which and itself there is no path.
+            addInner(run, begin, (begin + end) / 2);
+            begin = (begin + end) / 2;
+        }
+        addInner(run, begin, end);
+    }
+
+    /// Whether the way on from the end of a piece to its beginning is no more than a gap, on one side or the other.
+    bool comesRound(const Run& run, int begin, int end) const
+    {
+        const Rung &first = run.rungs[begin], &last = run.rungs[end];
+        const LineStretch own{last.own, first.own};
+        const LineStretch twin =
+            run.isForward ? LineStretch{last.twin, first.twin} : LineStretch{first.twin, last.twin};
+        return std::min(lengthOf(own), lengthOf(twin)) <= longestGap * m_tolerance;
+    }
+
+    void addInner(const Run& run, int begin, int end)
+    {
         if (begin >= end) return;
         const Rung first = run.rungs[begin], last = run.rungs[end];
         const Rung movedFirst = movedEnd(run, first, first.twin, first.own);
@@ -236,7 +257,23 @@ private:
     {
         if (m_strips.strip(end.own) == m_strips.strip(end.twin) && !run.isForward)
             if (const int tip = tipBetween(from, to); tip >= 0) return {tip, tip};
-        return atCorners(end);
+        return end.isCoincident ? end : atCorners(end);
+    }
+
+    /// From an end of a run inward: where the two sides begin to coincide, or else the nearest of the same.
+    int innerEnd(const Run& run, int from, int to, int step) const
+    {
+        constexpr int leastCoincident = 3;
+        int numCoincident = 0;
+        const double arc = m_strips.arc(run.rungs[from].own);
+        for (int i = from; i != to + step; i += step) {
+            const Rung& rung = run.rungs[i];
+            const double way = m_strips.wayBetween(m_strips.strip(rung.own), arc, m_strips.arc(rung.own));
+            if (numCoincident == 0 && way > longestDrift * m_tolerance) break;
+            numCoincident = rung.isCoincident ? numCoincident + 1 : 0;
+            if (numCoincident == leastCoincident) return i - (leastCoincident - 1) * step;
+        }
+        return nearestOfSame(run, from, to, step);
     }
 
     /// From an end of a run inward: of the rungs that share a sample of the other side the shortest.
@@ -419,7 +456,8 @@ private:
         const double length = lengthOf(own);
         const bool isLong = m_strips.numBetween(own.first, own.last) >= leastSamples &&
                             m_strips.numBetween(twin.first, twin.last) >= leastSamples;
-        if (!isLong || !isBalanced(length, lengthOf(twin)) || !isFree(own.first, own.last)) return false;
+        const double least = first.isCoincident && last.isCoincident ? 0 : m_tolerance;
+        if (!isLong || !isBalanced(length, lengthOf(twin), least) || !isFree(own.first, own.last)) return false;
         take(own.first, own.last);
         if (!isFree(twin.first, twin.last)) {
             release(own.first, own.last);

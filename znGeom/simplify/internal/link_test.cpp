@@ -30,8 +30,9 @@ void LinkTest::setCentre(TopoMeshVertex centre)
     const TopoMeshEdge begin = fanBegin(centre->edge);
     for (const TopoMeshEdge spoke : TopoFanRange(begin)) m_ring.push_back(endOf(spoke));
     if (m_fans.isOpen(centre)) m_ring.push_back(begin->prev->origin);
-    const std::uint32_t stamp = m_marks.next();
-    for (const TopoMeshVertex v : m_ring) m_marks.mark(v.number(), stamp);
+    const std::uint32_t once = m_marks.next(), twice = m_doubled.next();
+    for (const TopoMeshVertex v : m_ring)
+        if (!m_marks.mark(v.number(), once)) m_doubled.mark(v.number(), twice);
 }
 
 bool LinkTest::allows(TopoMeshEdge e) const
@@ -40,6 +41,7 @@ bool LinkTest::allows(TopoMeshEdge e) const
     const TopoMeshEdge t = e->twin;
     if (origin == end || !m_fans.isSingle(origin) || !m_fans.isSingle(end)) return false;
     if (t && (t->face == e->face || t->origin != end)) return false;
+    if (m_doubled.isMarked((origin == m_centre ? end : origin).number())) return false;
     const TopoMeshVertex a = e->prev->origin, b = t ? t->prev->origin : TopoMeshVertex();
     if (a == b) return false;
     if (t && a.valence() > 1 && b.valence() > 1 && m_fans.isOpen(origin) && m_fans.isOpen(end)) return false;

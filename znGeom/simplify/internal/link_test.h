@@ -36,7 +36,9 @@ private:
 class LinkTest
 {
 public:
-    LinkTest(const TopoMesh& mesh, const VertexFans& fans) : m_fans(fans), m_marks(mesh.vertexNumbers()) {}
+    LinkTest(const TopoMesh& mesh, const VertexFans& fans)
+        : m_fans(fans), m_marks(mesh.vertexNumbers()), m_doubled(mesh.vertexNumbers())
+    {}
 
     /// Chooses the vertex whose edges are tested next. Linear in its valence.
     void setCentre(TopoMeshVertex centre);
@@ -48,7 +50,7 @@ private:
     bool sharesFurther(TopoMeshEdge e, TopoMeshVertex a, TopoMeshVertex b) const;
 
     const VertexFans& m_fans;
-    zn::StampTable m_marks;
+    zn::StampTable m_marks, m_doubled; ///< the ring, and those in it to which two edges run
     TopoMeshVertex m_centre;
     std::vector<TopoMeshVertex> m_ring;
 };

@@ -1,4 +1,4 @@
-/// `znGeom::internal::ObjChannel`: the normals or the texture coordinates of an OBJ file.
+/// `znGeom::internal::CornerChannel`: normals or texture coordinates that a file has per face corner.
 #pragma once
 
 #include "znGeom/files/internal/face_list.h"
@@ -9,21 +9,23 @@ namespace znGeom::internal {
 
 /// A list of entries that face corners point to. It becomes a channel when all corners agree at each vertex, and values
 /// per corner otherwise. That is found out as the faces arrive: corners are kept from the first disagreement on.
-class ObjChannel
+class CornerChannel
 {
 public:
     /// \param width  numbers per entry
-    ObjChannel(const char* name, int width) : m_name(name), m_width(width) {}
+    CornerChannel(const char* name, int width) : m_name(name), m_width(width) {}
 
     int width() const { return m_width; }
     int count() const { return m_values.size() / m_width; }
     bool add(const float* values) { return m_values.append(values, m_width); }
 
-    /// A face corner at a vertex points to an entry; to none when it is below 0. To be called for all corners in their
-    /// order.
+    /// A face corner at a vertex points to an entry; to none when it is below 0. To be called for all corners of the
+    /// faces that are taken, in their order.
     /// \param numVertices  so far
     void use(int vertex, int entry, int numVertices);
 
+    /// Whether corners pointed to entries, all of them.
+    bool isComplete() const { return m_isUsed && !m_problem; }
     /// One entry per vertex, zeros where no face uses the vertex; or nothing, and a note saying why.
     void publish(LoadContext& context, int numVertices, GrowingArray<float>& result);
     /// Whether the corners at some vertex disagree; `publish` then gives nothing, and `cornerValues` one value per

@@ -1,15 +1,15 @@
-#include "znGeom/files/internal/obj_channel.h"
+#include "znGeom/files/internal/corner_channel.h"
 
 #include <algorithm>
 
 namespace znGeom::internal {
 
 /// Whether the corner names what is there, and there is room.
-bool ObjChannel::accepts(int vertex, int entry, int numVertices)
+bool CornerChannel::accepts(int vertex, int entry, int numVertices)
 {
     if (entry < 0)
         m_problem = "not at every face corner, not kept";
-    else if (entry >= count() || vertex >= numVertices)
+    else if (entry >= count() || vertex < 0 || vertex >= numVertices)
         m_problem = "face corners name what comes after them, or nothing, not kept";
     else if (m_isPerCorner ? !m_ofCorner.reserve(1)
                            : vertex >= m_chosen.size() && !m_chosen.reserve(numVertices - m_chosen.size()))
@@ -17,7 +17,7 @@ bool ObjChannel::accepts(int vertex, int entry, int numVertices)
     return !m_problem;
 }
 
-void ObjChannel::use(int vertex, int entry, int numVertices)
+void CornerChannel::use(int vertex, int entry, int numVertices)
 {
     m_isUsed = true;
     if (m_problem || !accepts(vertex, entry, numVertices)) return;
@@ -36,7 +36,7 @@ void ObjChannel::use(int vertex, int entry, int numVertices)
         m_problem = "too many, not kept";
 }
 
-void ObjChannel::gatherCorners(const FaceList& faces, float* out) const
+void CornerChannel::gatherCorners(const FaceList& faces, float* out) const
 {
     const int* const corners = faces.corners();
     const auto put = [&](int corner) {
@@ -54,7 +54,7 @@ void ObjChannel::gatherCorners(const FaceList& faces, float* out) const
             }
 }
 
-void ObjChannel::publish(LoadContext& context, int numVertices, GrowingArray<float>& result)
+void CornerChannel::publish(LoadContext& context, int numVertices, GrowingArray<float>& result)
 {
     if (count() == 0) return;
     if (!m_isUsed) m_problem = "used by no face, not kept";
