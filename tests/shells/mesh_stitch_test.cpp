@@ -287,7 +287,8 @@ TEST(MeshStitch, SewsALoopRoundThatTouchesABorderInOneVertex)
     CompactMesh dome = tube(60, 0.3, 1);
     for (int v = 0; v < dome.getNumVertices(); ++v) {
         MeshVertex& p = dome.getVertices()[v];
-        const double x = p.z * p.x, y = p.z * p.y, r2 = x * x + y * y;
+        const double r = static_cast<double>(p.z);
+        const double x = r * static_cast<double>(p.x), y = r * static_cast<double>(p.y), r2 = x * x + y * y;
         p.set(static_cast<float>(x), static_cast<float>(y), static_cast<float>(1 - r2 - 0.5 * (1 - x)));
     }
     const Figures expected = figuresOf(dome);
