@@ -80,7 +80,9 @@ Examples:
   zngeom cut part.obj apart.obj --along lines.obj
   zngeom collar part.obj strip.obj --loop 1 --width 2
   zngeom subdivide cage.obj smooth.obj --levels 3
-  zngeom extrude sheet.obj plate.obj --all --distance 2)";
+  zngeom extrude sheet.obj plate.obj --all --distance 2
+  zngeom stroke pen.txt dabs.svg --spacing 8 --smooth
+  zngeom curve table.txt curve.svg --method spline)";
 
 /// Whatever a file or a path holds, a message is one line.
 void printError(const std::string& message) { std::fprintf(stderr, "zngeom: %s\n", withoutControls(message).c_str()); }
@@ -153,12 +155,21 @@ Commands addCommands(CLI::App& app, OutputOptions& options)
 {
     Commands commands;
     for (auto make :
+<<<<<<< HEAD
          {makeInfoCommand,    makeWeldCommand,      makeConvertCommand, makeSplitCommand,     makeExtractCommand,
           makeClosestCommand, makeRayCommand,       makeInsideCommand,  makeCurvatureCommand, makeDistanceCommand,
           makeCheckCommand,   makeRepairCommand,    makeFillCommand,    makeFlattenCommand,   makePackCommand,
           makeReduceCommand,  makeIntersectCommand, makeSectionCommand, makeProjectCommand,   makeCutCommand,
           makeCollarCommand,  makeSubdivideCommand, makeExtrudeCommand, makeOffsetCommand,    makeShellCommand,
           makeStitchCommand}) {
+=======
+         {makeInfoCommand,      makeWeldCommand,    makeConvertCommand, makeSplitCommand,     makeExtractCommand,
+          makeClosestCommand,   makeRayCommand,     makeInsideCommand,  makeCurvatureCommand, makeDistanceCommand,
+          makeCheckCommand,     makeRepairCommand,  makeFillCommand,    makeFlattenCommand,   makeReduceCommand,
+          makeIntersectCommand, makeSectionCommand, makeProjectCommand, makeCutCommand,       makeCollarCommand,
+          makeSubdivideCommand, makeExtrudeCommand, makeOffsetCommand,  makeShellCommand,     makeStitchCommand,
+          makeStrokeCommand,    makeCurveCommand}) {
+>>>>>>> stroke
         std::unique_ptr<Command> command = make();
         CLI::App* sub = command->addTo(app)->group("Commands");
         sub->add_flag("--json", options.json, "Print the report as JSON");
