@@ -42,10 +42,10 @@ int main(int argc, char** argv)
     std::FILE* svg = std::fopen(argc > 1 ? argv[1] : "stroke.svg", "w");
     if (!svg) return 1;
     std::fprintf(svg, "<svg xmlns='http://www.w3.org/2000/svg' viewBox='0 0 500 300'>\n<polyline points='");
-    for (const Point2Flt& sample : samples) std::fprintf(svg, "%.1f,%.1f ", double{sample.x}, double{sample.y});
+    for (const Point2Flt& sample : samples) std::fprintf(svg, "%.1f,%.1f ", double(sample.x), double(sample.y));
     std::fprintf(svg, "' fill='none' stroke='#a5aab2'/>\n");
     for (const Point2Flt& dab : dabs)
-        std::fprintf(svg, "<circle cx='%.1f' cy='%.1f' r='3' fill='#c83c28'/>\n", double{dab.x}, double{dab.y});
+        std::fprintf(svg, "<circle cx='%.1f' cy='%.1f' r='3' fill='#c83c28'/>\n", double(dab.x), double(dab.y));
     std::fprintf(svg, "</svg>\n");
     return std::fclose(svg) == 0 && dabs.size() > 50 && greatest < 10.01 ? 0 : 1;
 }
