@@ -25,7 +25,7 @@ struct Dab
 using Dabs = std::vector<Dab>;
 using Samples = std::vector<Point2Flt>;
 
-/// Loops of a hand, in units of pixels: samples from 2 to 20 apart.
+/// Loops of a hand, in units of pixels: samples up to 60 apart.
 Samples handDrawn()
 {
     Samples samples;
