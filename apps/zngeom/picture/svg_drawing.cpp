@@ -113,8 +113,8 @@ std::string SvgDrawing::text() const
         asText(m_shown.x.min) + ' ' + asText(-m_shown.y.max) + ' ' + asText(width) + ' ' + asText(height);
     return "<svg xmlns=\"http://www.w3.org/2000/svg\"" + attribute("width", asText(width / m_unitsPerPixel)) +
            attribute("height", asText(height / m_unitsPerPixel)) + attribute("viewBox", box) +
-           ">\n<style>polygon,polyline,rect{stroke-linejoin:round;"
-           "stroke-linecap:round}</style>\n<g transform=\"scale(1,-1)\">\n" +
+           ">\n<style>polygon,polyline,rect{stroke-linejoin:round;stroke-linecap:round}</style>\n<g "
+           "transform=\"scale(1,-1)\">\n" +
            m_shapes + "</g>\n</svg>\n";
 }
 
