@@ -72,6 +72,7 @@ Examples:
   zngeom fill scan.ply closed.ply --max-length 100
   zngeom stitch pieces.obj whole.obj --tolerance 0.1%
   zngeom flatten scan.ply flat.obj --picture chart.png
+  zngeom pack flat.obj atlas.obj --turn --margin 0.004 --svg atlas.svg
   zngeom reduce scan.ply small.ply --to 0.1
   zngeom intersect part.obj other.obj lines.obj
   zngeom section part.obj lines.obj --plane 0,0,1,2.5
@@ -156,12 +157,12 @@ Commands addCommands(CLI::App& app, OutputOptions& options)
 {
     Commands commands;
     for (auto make :
-         {makeInfoCommand,      makeWeldCommand,    makeConvertCommand, makeSplitCommand,     makeExtractCommand,
-          makeClosestCommand,   makeRayCommand,     makeInsideCommand,  makeCurvatureCommand, makeDistanceCommand,
-          makeCheckCommand,     makeRepairCommand,  makeFillCommand,    makeFlattenCommand,   makeReduceCommand,
-          makeIntersectCommand, makeSectionCommand, makeProjectCommand, makeCutCommand,       makeCollarCommand,
-          makeSubdivideCommand, makeExtrudeCommand, makeOffsetCommand,  makeShellCommand,     makeStitchCommand,
-          makeHullCommand,      makeBoundsCommand,  makeStrokeCommand,  makeCurveCommand}) {
+         {makeInfoCommand,    makeWeldCommand,      makeConvertCommand, makeSplitCommand,     makeExtractCommand,
+          makeClosestCommand, makeRayCommand,       makeInsideCommand,  makeCurvatureCommand, makeDistanceCommand,
+          makeCheckCommand,   makeRepairCommand,    makeFillCommand,    makeFlattenCommand,   makePackCommand,
+          makeReduceCommand,  makeIntersectCommand, makeSectionCommand, makeProjectCommand,   makeCutCommand,
+          makeCollarCommand,  makeSubdivideCommand, makeExtrudeCommand, makeOffsetCommand,    makeShellCommand,
+          makeStitchCommand,  makeHullCommand,      makeBoundsCommand,  makeStrokeCommand,    makeCurveCommand}) {
         std::unique_ptr<Command> command = make();
         CLI::App* sub = command->addTo(app)->group("Commands");
         sub->add_flag("--json", options.json, "Print the report as JSON");

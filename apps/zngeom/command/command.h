@@ -39,6 +39,7 @@ std::unique_ptr<Command> makeReduceCommand();
 std::unique_ptr<Command> makeFillCommand();
 std::unique_ptr<Command> makeStitchCommand();
 std::unique_ptr<Command> makeFlattenCommand();
+std::unique_ptr<Command> makePackCommand();
 std::unique_ptr<Command> makeOffsetCommand();
 std::unique_ptr<Command> makeShellCommand();
 std::unique_ptr<Command> makeSectionCommand();

@@ -19,7 +19,7 @@ struct SvgStyle
 {
     std::optional<Colour> line = ink;
     std::optional<Colour> fill;
-    double width = 1; ///< of lines, in pixels, whatever the scale
+    double width = 1; ///< of lines, in pixels of the picture
     double opacity = 1;
 };
 

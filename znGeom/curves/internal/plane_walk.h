@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cmath>
+#include <utility>
 
 #include "znGeom/analysis/edge_sides.h"
 #include "znGeom/foundation/containers/vector.h"
@@ -42,14 +43,19 @@ public:
         return std::isfinite(from) && std::isfinite(to) && isAbove(from) != isAbove(to);
     }
 
+    /// Of a side that is crossed: whether the plane is crossed downwards along it.
+    bool startsAbove(int side) const { return isAbove(heightAt(side)); }
+
+    /// The same digits from both triangles along an edge.
     MeshCoord crossing(int side) const
     {
-        const int end = cornerAtSideEnd(side);
-        const double from = std::fabs(heightAt(side)), to = std::fabs(heightAt(end));
+        int start = side, end = cornerAtSideEnd(side);
+        if (vertexAtCorner(start) > vertexAtCorner(end)) std::swap(start, end);
+        const double from = std::fabs(heightAt(start)), to = std::fabs(heightAt(end));
         MeshCoord coord;
         coord.triangle = side / 3;
-        coord.weights[side % 3] = to / (from + to);
-        coord.weights[end % 3] = 1.0 - coord.weights[side % 3];
+        coord.weights[start % 3] = to / (from + to);
+        coord.weights[end % 3] = 1.0 - coord.weights[start % 3];
         return coord;
     }
 
@@ -62,10 +68,8 @@ public:
     }
 
 private:
-    double heightAt(int corner) const
-    {
-        return m_plane.eval(m_vertices[m_triangles[corner / 3][corner % 3]].asPoint());
-    }
+    int vertexAtCorner(int corner) const { return m_triangles[corner / 3][corner % 3]; }
+    double heightAt(int corner) const { return m_plane.eval(m_vertices[vertexAtCorner(corner)].asPoint()); }
     bool isAbove(double height) const { return m_isOnAbove ? height >= 0 : height > 0; }
 
     const MeshVertex* m_vertices;
