@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cmath>
+#include <utility>
 
 #include "znGeom/analysis/edge_sides.h"
 #include "znGeom/foundation/containers/vector.h"
@@ -42,16 +43,21 @@ public:
         return std::isfinite(from) && std::isfinite(to) && isAbove(from) != isAbove(to);
     }
 
+    /// The same place from both triangles at an edge, to the last bit.
     MeshCoord crossing(int side) const
     {
-        const int end = cornerAtSideEnd(side);
-        const double from = std::fabs(heightAt(side)), to = std::fabs(heightAt(end));
+        int from = side, to = cornerAtSideEnd(side);
+        if (vertexOf(to) < vertexOf(from)) std::swap(from, to);
+        const double fromHeight = std::fabs(heightAt(from)), toHeight = std::fabs(heightAt(to));
         MeshCoord coord;
         coord.triangle = side / 3;
-        coord.weights[side % 3] = to / (from + to);
-        coord.weights[end % 3] = 1.0 - coord.weights[side % 3];
+        coord.weights[from % 3] = toHeight / (fromHeight + toHeight);
+        coord.weights[to % 3] = 1.0 - coord.weights[from % 3];
         return coord;
     }
+
+    /// Whether a side that is crossed leads from below the plane to above it.
+    bool leadsUp(int side) const { return isAbove(heightAt(cornerAtSideEnd(side))); }
 
     /// The other side of the same triangle that is crossed; -1 where a corner is not finite.
     int otherCrossed(int side) const
@@ -62,10 +68,8 @@ public:
     }
 
 private:
-    double heightAt(int corner) const
-    {
-        return m_plane.eval(m_vertices[m_triangles[corner / 3][corner % 3]].asPoint());
-    }
+    int vertexOf(int corner) const { return m_triangles[corner / 3][corner % 3]; }
+    double heightAt(int corner) const { return m_plane.eval(m_vertices[vertexOf(corner)].asPoint()); }
     bool isAbove(double height) const { return m_isOnAbove ? height >= 0 : height > 0; }
 
     const MeshVertex* m_vertices;
