@@ -15,6 +15,7 @@ namespace {
 using znLinear::Point2Flt;
 
 constexpr int numSamples = 2000;
+constexpr int turns = 20;
 
 struct Dab
 {
@@ -112,7 +113,7 @@ bool measureSpacing(const char* work, const char* who, Space space, float step)
             benchmark::ClobberMemory();
         });
     };
-    return bench::measureAlone(work, who, run);
+    return bench::measureAlone(work, who, run, turns);
 }
 
 /// Samples of a curve at uneven places, and where it is asked for.
@@ -169,14 +170,14 @@ void evaluateFirst(benchmark::State& state)
 [[maybe_unused]] const bool listed[] = {
     measureSpacing("space_stroke", "znGeom", spaceByType, 2.5f),
     measureSpacing("space_stroke", "plain", spacePlainly, 2.5f),
-    measureSpacing("space_stroke_densely", "znGeom", spaceByType, 0.1f),
-    measureSpacing("space_stroke_densely", "plain", spacePlainly, 0.1f),
+    measureSpacing("space_stroke_densely", "znGeom", spaceByType, 0.25f),
+    measureSpacing("space_stroke_densely", "plain", spacePlainly, 0.25f),
     measureSpacing("space_stroke_by_reference", "znGeom", spaceByReference, 2.5f),
     measureSpacing("space_stroke_by_reference", "plain", spacePlainly, 2.5f),
     measureSpacing("smooth_stroke", "znGeom", smoothAndSpace, 2.5f),
-    bench::measureAlone("spline_values", "znGeom", evaluateAfterCaching),
-    bench::measureAlone("spline_values", "plain", evaluatePlainly),
-    bench::measureAlone("spline_first_value", "znGeom", evaluateFirst),
+    bench::measureAlone("spline_values", "znGeom", evaluateAfterCaching, turns),
+    bench::measureAlone("spline_values", "plain", evaluatePlainly, turns),
+    bench::measureAlone("spline_first_value", "znGeom", evaluateFirst, turns),
 };
 
 } // namespace

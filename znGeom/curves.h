@@ -6,5 +6,5 @@
 #include "znGeom/curves/lay_polyline.h"
 #include "znGeom/curves/mesh_cut.h"
 #include "znGeom/curves/plane_section.h"
-#include "znGeom/curves/plane_segments.h"
+#include "znGeom/curves/plane_sections.h"
 #include "znGeom/curves/surface_curves.h"

@@ -72,6 +72,7 @@ Examples:
   zngeom fill scan.ply closed.ply --max-length 100
   zngeom stitch pieces.obj whole.obj --tolerance 0.1%
   zngeom flatten scan.ply flat.obj --picture chart.png
+  zngeom pack flat.obj atlas.obj --turn --margin 0.004 --svg atlas.svg
   zngeom reduce scan.ply small.ply --to 0.1
   zngeom intersect part.obj other.obj lines.obj
   zngeom section part.obj lines.obj --plane 0,0,1,2.5
@@ -79,7 +80,9 @@ Examples:
   zngeom cut part.obj apart.obj --along lines.obj
   zngeom collar part.obj strip.obj --loop 1 --width 2
   zngeom subdivide cage.obj smooth.obj --levels 3
-  zngeom extrude sheet.obj plate.obj --all --distance 2)";
+  zngeom extrude sheet.obj plate.obj --all --distance 2
+  zngeom stroke pen.txt dabs.svg --spacing 8 --smooth
+  zngeom curve table.txt curve.svg --method spline)";
 
 /// Whatever a file or a path holds, a message is one line.
 void printError(const std::string& message) { std::fprintf(stderr, "zngeom: %s\n", withoutControls(message).c_str()); }
@@ -152,11 +155,21 @@ Commands addCommands(CLI::App& app, OutputOptions& options)
 {
     Commands commands;
     for (auto make :
+<<<<<<< HEAD
+         {makeInfoCommand,    makeWeldCommand,      makeConvertCommand, makeSplitCommand,     makeExtractCommand,
+          makeClosestCommand, makeRayCommand,       makeInsideCommand,  makeCurvatureCommand, makeDistanceCommand,
+          makeCheckCommand,   makeRepairCommand,    makeFillCommand,    makeFlattenCommand,   makePackCommand,
+          makeReduceCommand,  makeIntersectCommand, makeSectionCommand, makeProjectCommand,   makeCutCommand,
+          makeCollarCommand,  makeSubdivideCommand, makeExtrudeCommand, makeOffsetCommand,    makeShellCommand,
+          makeStitchCommand}) {
+=======
          {makeInfoCommand,      makeWeldCommand,    makeConvertCommand, makeSplitCommand,     makeExtractCommand,
           makeClosestCommand,   makeRayCommand,     makeInsideCommand,  makeCurvatureCommand, makeDistanceCommand,
           makeCheckCommand,     makeRepairCommand,  makeFillCommand,    makeFlattenCommand,   makeReduceCommand,
           makeIntersectCommand, makeSectionCommand, makeProjectCommand, makeCutCommand,       makeCollarCommand,
-          makeSubdivideCommand, makeExtrudeCommand, makeOffsetCommand,  makeShellCommand,     makeStitchCommand}) {
+          makeSubdivideCommand, makeExtrudeCommand, makeOffsetCommand,  makeShellCommand,     makeStitchCommand,
+          makeStrokeCommand,    makeCurveCommand}) {
+>>>>>>> stroke
         std::unique_ptr<Command> command = make();
         CLI::App* sub = command->addTo(app)->group("Commands");
         sub->add_flag("--json", options.json, "Print the report as JSON");

@@ -210,7 +210,8 @@ TEST(MeshStitch, ChangesNothingWithoutAPair)
 
 TEST(MeshStitch, BringsBackWhatPlanesHaveCut)
 {
-    for (int round = 0; round < 24; ++round) {
+    int numSetAside = 0;
+    for (int round = 0; round < 40; ++round) {
         SCOPED_TRACE(round);
         CompactMesh whole;
         if (round % 2 == 0)
@@ -227,15 +228,17 @@ TEST(MeshStitch, BringsBackWhatPlanesHaveCut)
         PieceOptions options;
         const Vector axes[] = {Vector(1, 0.1, 0.2), Vector(0.2, 1, -0.1), Vector(-0.3, 0.1, 1)};
         for (int i = 0; i <= round % 3; ++i)
-            options.planes.emplace_back(random.point(0.1 * scale), znLinear::Normal(axes[i] + random.vector(0.1)));
-        const bool isExact = round % 4 == 0;
-        const double tolerance = 0.02 * scale;
-        if (!isExact) {
-            options.mostSteps = 4;
-            options.shift = 0.45 * tolerance;
-            options.turnsOver = true;
-        }
+            options.planes.emplace_back(random.point(0.1 * scale), znLinear::Normal(axes[i] + random.vector(0.5)));
+        const bool doCoincide = round % 4 < 2;
+        const double tolerance = (round % 5 == 0 ? 0.06 : 0.02) * scale;
+        options.mostSteps = 1 + round % 4;
+        options.turnsOver = round % 4 != 1;
+        if (!doCoincide) options.shift = 0.5 * tolerance;
         CompactMesh mesh = cutIntoPieces(whole, options, random);
+        if (areTooSmallToSew(mesh, tolerance, doCoincide)) {
+            ++numSetAside;
+            continue;
+        }
         const Figures ofPieces = figuresOf(mesh);
         ASSERT_GT(ofPieces.components, 1);
         CompactMesh again = mesh;
@@ -247,9 +250,73 @@ TEST(MeshStitch, BringsBackWhatPlanesHaveCut)
         EXPECT_TRUE(figures.isOriented);
         EXPECT_LE(figures.flatTriangles, ofPieces.flatTriangles);
         EXPECT_NEAR(std::fabs(figures.volume), expected.volume,
-                    isExact ? 1e-6 * expected.volume : expected.area * tolerance);
+                    doCoincide ? 1e-6 * expected.volume : expected.area * tolerance);
         expectWhole(mesh);
         ASSERT_TRUE(stitch(again, tolerance));
         EXPECT_TRUE(sameBits(mesh, again));
     }
+    EXPECT_LE(numSetAside, 4);
+}
+
+TEST(MeshStitch, SewsANarrowStripInWhereBordersCoincideAndTellsOfItElsewhere)
+{
+    for (const double gap : {0.0, 0.012}) {
+        CompactMesh mesh = sheet(0, 0, 2, 1, 20, 10);
+        append(mesh, sheet(0, 1 + gap, 2, 1.03 + gap, 30, 1));
+        append(mesh, sheet(0, 1.03 + 2 * gap, 2, 2, 25, 10));
+        MeshStitchAccount account;
+        ASSERT_TRUE(stitch(mesh, 0.06, &account));
+        const Figures figures = figuresOf(mesh);
+        if (gap == 0) {
+            EXPECT_EQ(figures.components, 1);
+            EXPECT_EQ(figures.borders, 1);
+            EXPECT_EQ(figures.euler, 1);
+            EXPECT_NEAR(figures.area, 4, 1e-6);
+        } else {
+            EXPECT_EQ(account.outcomes[1], StitchOutcome::TooNarrow);
+        }
+        EXPECT_EQ(figures.flatTriangles, 0);
+        expectWhole(mesh);
+    }
+}
+
+TEST(MeshStitch, SewsALoopRoundThatTouchesABorderInOneVertex)
+{
+    // A tilted rim and a dome inside it: a plane through the highest vertex of the rim cuts the dome off.
+    CompactMesh dome = tube(60, 0.3, 1);
+    for (int v = 0; v < dome.getNumVertices(); ++v) {
+        MeshVertex& p = dome.getVertices()[v];
+        const double x = p.z * p.x, y = p.z * p.y, r2 = x * x + y * y;
+        p.set(static_cast<float>(x), static_cast<float>(y), static_cast<float>(1 - r2 - 0.5 * (1 - x)));
+    }
+    const Figures expected = figuresOf(dome);
+    Random random(1);
+    PieceOptions options;
+    options.planes.emplace_back(Point(1, 0, 0), znLinear::Normal(0, 0, 1));
+    CompactMesh mesh = cutIntoPieces(dome, options, random);
+    ASSERT_EQ(figuresOf(mesh).components, 2);
+    ASSERT_TRUE(stitch(mesh, 0.02));
+    EXPECT_EQ(figuresOf(mesh).components, 1);
+    EXPECT_EQ(figuresOf(mesh).borders, expected.borders);
+    EXPECT_EQ(figuresOf(mesh).euler, expected.euler);
+    EXPECT_NEAR(figuresOf(mesh).area, expected.area, 1e-6);
+    expectWhole(mesh);
+}
+
+TEST(MeshStitch, IsTheSameOnEveryPool)
+{
+    CompactMesh pieces = sheet(0, 0, 1, 1, 10, 10);
+    append(pieces, sheet(1.0004, 0, 2, 1, 13, 13));
+    std::vector<CompactMesh> results;
+    for (const int numThreads : {1, 2, 7}) {
+        CompactMesh mesh = pieces;
+        SimpleMeshCache cache;
+        znUtil::ThreadPool pool(numThreads);
+        ASSERT_TRUE(
+            meshStitch(mesh, cache.getAdjTris(mesh), cache.getBoundaries(mesh), {0, 1}, 1e-3, 0.05, nullptr, pool));
+        EXPECT_EQ(figuresOf(mesh).components, 1);
+        results.push_back(mesh);
+    }
+    EXPECT_TRUE(sameBits(results[0], results[1]));
+    EXPECT_TRUE(sameBits(results[0], results[2]));
 }

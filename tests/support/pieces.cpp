@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "znGeom/analysis.h"
+#include "znGeom/cache/mesh_cache.h"
 #include "znGeom/repair/orient.h"
 
 namespace znTest {
@@ -18,6 +19,8 @@ using znLinear::Point;
 namespace {
 
 using Side = std::pair<int, int>;
+
+std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 struct Triangle
 {
@@ -77,8 +80,6 @@ public:
     }
 
 private:
-    static std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
     template <typename Visit>
     static void forEachSide(const Triangle& t, const Visit& visit)
     {
@@ -183,6 +184,34 @@ CompactMesh cutIntoPieces(const CompactMesh& mesh, const PieceOptions& options, 
     Cutter cutter(mesh);
     for (std::size_t i = 0; i < options.planes.size(); ++i) cutter.cut(options.planes[i], 1 << i);
     return cutter.separate(options, random);
+}
+
+bool areTooSmallToSew(const CompactMesh& pieces, double tolerance, bool doCoincide)
+{
+    SimpleMeshCache cache;
+    const zn::Reference<MeshBoundaries> borders = cache.getBoundaries(pieces);
+    const auto point = [&](int v) { return pieces.getVertices()[v].asPoint(); };
+    Array<int> shells;
+    const int numShells = meshComponents(pieces, *cache.getAdjTris(pieces), &shells);
+    std::vector<double> areas(at(numShells)), lengths(at(numShells));
+    for (int t = 0; t < pieces.getNumTriangles(); ++t) {
+        const auto& corners = pieces.getTriangles()[t].corners;
+        const Point a = point(corners[0]);
+        areas[at(shells[corners[0]])] += cross(point(corners[1]) - a, point(corners[2]) - a).length() / 2;
+    }
+    for (int border = 0; border < borders->size(); ++border) {
+        const int* const vertices = borders->getStart(border);
+        double numSamples = 0;
+        for (int i = 0; i < borders->getLength(border); ++i) {
+            const double length = distance(point(vertices[i]), point(vertices[(i + 1) % borders->getLength(border)]));
+            numSamples += std::max(1.0, std::floor(5 * length / tolerance + 0.5));
+            lengths[at(shells[vertices[0]])] += length;
+        }
+        if (numSamples < 10) return true;
+    }
+    for (int shell = 0; shell < numShells && !doCoincide; ++shell)
+        if (2 * areas[at(shell)] < tolerance * lengths[at(shell)]) return true;
+    return false;
 }
 
 Figures figuresOf(const CompactMesh& mesh)

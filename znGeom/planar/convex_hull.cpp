@@ -8,6 +8,7 @@
 #include <memory>
 #include <numbers>
 #include <numeric>
+#include <utility>
 
 #include "znGeom/foundation/linear/range.h"
 #include "znGeom/foundation/machine/clones.h"
@@ -169,7 +170,10 @@ Indices findOuter(const Points& points)
     return outer;
 }
 
-/// Puts points in the order in which the scan meets them, upwards and then to the left, one for each place.
+/// Whether p comes after q on the way upwards, and to the left among points of one height.
+bool isAbove(const Point2& p, const Point2& q) { return p.y != q.y ? p.y > q.y : p.x < q.x; }
+
+/// Puts points in upward order, one for each place: that with the highest index.
 class UpwardOrder
 {
 public:
@@ -224,13 +228,11 @@ private:
             return appendRow(begin, end);
         znUtil::boundedSort(begin, end, [points](int i, int j) {
             const Point2 &a = points[i], &b = points[j];
-            return a.y != b.y ? a.y < b.y : a.x != b.x ? a.x > b.x : i < j;
+            return a == b ? i < j : isAbove(b, a);
         });
-        while (begin != end) {
-            const int lowest = *begin;
-            while (begin + 1 != end && points[begin[1]] == points[lowest]) ++begin;
-            m_order[m_count] = m_count == 0 ? lowest : *begin;
-            ++m_count, ++begin;
+        for (; begin != end; ++begin) {
+            const bool isLast = begin + 1 == end || !(points[begin[0]] == points[begin[1]]);
+            if (isLast) m_order[m_count++] = *begin;
         }
     }
 
@@ -240,12 +242,11 @@ private:
         int right = *begin, left = *begin;
         for (const int* next = begin; next != end; ++next) {
             const double x = m_points[*next].x;
-            const bool winsTie = m_count == 0 ? *next < right : *next > right;
-            if (x > m_points[right].x || (x == m_points[right].x && winsTie)) right = *next;
+            if (x > m_points[right].x || (x == m_points[right].x && *next > right)) right = *next;
             if (x < m_points[left].x || (x == m_points[left].x && *next > left)) left = *next;
         }
         m_order[m_count++] = right;
-        if (!(m_points[left] == m_points[right])) m_order[m_count++] = left;
+        if (left != right) m_order[m_count++] = left;
     }
 
     const Points& m_points;
@@ -253,13 +254,29 @@ private:
     int m_count = 0;
 };
 
-/// One side of a hull, as a chain of vertices from the lowest upwards that turns one way only.
+/// One side of a hull, as a chain of vertices from the lowest one upwards that turns one way only.
 class Chain
 {
 public:
     /// \param turn  1 for the right side of the hull, -1 for the left one
-    Chain(const Points& points, int lowest, int turn) : m_points(points), m_turn(turn), m_vertices(1, lowest) {}
+    Chain(const Points& points, int turn) : m_points(points), m_turn(turn) {}
 
+    /// \param between  points on this side of the line from the lowest to the highest, which are put in upward order
+    Indices scan(int lowest, Indices& between, int highest)
+    {
+        UpwardOrder(m_points).sort(between);
+        m_vertices.reserve(between.size() + 2);
+        m_vertices.append(lowest);
+        constexpr std::ptrdiff_t prefetchDistance = 16;
+        for (const int *next = between.begin(), *end = between.end(); next != end; ++next) {
+            znUtil::prefetch(m_points.data() + *(end - next > prefetchDistance ? next + prefetchDistance : next));
+            append(*next);
+        }
+        append(highest);
+        return std::move(m_vertices);
+    }
+
+private:
     /// Adds a point above all before it, and drops vertices that now lie within the hull or on its border.
     void append(int index)
     {
@@ -267,9 +284,6 @@ public:
         m_vertices.append(index);
     }
 
-    const Indices& vertices() const { return m_vertices; }
-
-private:
     int turnTo(int index) const
     {
         const int* const end = m_vertices.end();
@@ -281,23 +295,27 @@ private:
     Indices m_vertices;
 };
 
-/// The hull of points in upward order.
-Indices scan(const Points& points, const Indices& order)
+/// The hull of those points whose indices are given, ascending, at least one.
+Indices hullOf(const Points& points, const Indices& indices)
 {
-    if (order.size() < 2) return order;
-    constexpr std::ptrdiff_t prefetchDistance = 16;
-    const int lowest = order.front(), highest = order.back();
-    Chain right(points, lowest, 1), left(points, lowest, -1);
-    for (const int *next = order.begin() + 1, *end = order.end() - 1; next != end; ++next) {
-        znUtil::prefetch(points.data() + *(end - next > prefetchDistance ? next + prefetchDistance : next));
-        const int side = internal::orientation(points[lowest], points[highest], points[*next]);
-        if (side < 0) right.append(*next);
-        if (side > 0) left.append(*next);
+    int lowest = indices.front(), highest = lowest;
+    for (int i : indices) {
+        if (isAbove(points[lowest], points[i])) lowest = i;
+        if (!isAbove(points[highest], points[i])) highest = i;
     }
-    right.append(highest);
-    left.append(highest);
-    Indices hull = right.vertices();
-    for (int i = left.vertices().size() - 2; i > 0; --i) hull.append(left.vertices()[i]);
+    if (points[lowest] == points[highest]) return {lowest};
+    Indices right, left;
+    right.reserve(indices.size());
+    left.reserve(indices.size());
+    for (int i : indices) {
+        const int side = internal::orientation(points[lowest], points[highest], points[i]);
+        if (side < 0) right.append(i);
+        if (side > 0) left.append(i);
+    }
+    Indices hull = Chain(points, 1).scan(lowest, right, highest);
+    const Indices back = Chain(points, -1).scan(lowest, left, highest);
+    hull.reserve(hull.size() + back.size() - 2);
+    for (int i = back.size() - 2; i > 0; --i) hull.append(back[i]);
     return hull;
 }
 
@@ -321,9 +339,8 @@ bool convexHull2d(const Points& points, Indices& hull)
         std::iota(hull.begin(), hull.end(), 0);
         return true;
     }
-    Indices order = findOuter(points);
-    UpwardOrder(points).sort(order);
-    hull = scan(points, order);
+    const Indices outer = findOuter(points);
+    hull = outer.empty() ? Indices() : hullOf(points, outer);
     return hull.size() > 1;
 }
 

@@ -209,21 +209,6 @@ AffineMatrix2 frameOf(const Rect2& rect)
     return frame;
 }
 
-/// Moves the sides of a rectangle outwards.
-void grow(Rect2& rect, double margin)
-{
-    if (margin == 0) return;
-    const bool isPoint = equivalent(rect.c0, rect.c1, epsilonTol) && equivalent(rect.c2, rect.c0, epsilonTol);
-    const AffineMatrix2 frame = isPoint ? AffineMatrix2() : frameOf(rect), inverse = frame.inverse();
-    const auto move = [&](Point2& corner, double dx, double dy) {
-        corner = isPoint ? corner + Vector2(dx, dy) : (corner * inverse + Vector2(dx, dy)) * frame;
-    };
-    move(rect.c0, -margin, -margin);
-    move(rect.c1, margin, -margin);
-    move(rect.c3, margin, margin);
-    move(rect.c2, -margin, margin);
-}
-
 template <typename Line>
 void boundLines(const zn::vector<const Line*>& polylines, double margin, Rect2& rect, float& ratio)
 {
@@ -232,7 +217,7 @@ void boundLines(const zn::vector<const Line*>& polylines, double margin, Rect2& 
     if (!convexHull2d(internal::lineVertices(polylines), hull) || hull.empty()) return;
     rect = boundHull(hull, ratio);
     growSquare(rect);
-    grow(rect, margin);
+    rectGrow(rect, margin);
 }
 
 } // namespace
@@ -251,6 +236,20 @@ bool minAreaRect2d(const zn::vector<Point2>& points, Rect2& rect, float* ratio)
     if (!hull.empty()) rect = boundHull(hull, found);
     if (ratio) *ratio = found;
     return !hull.empty();
+}
+
+void rectGrow(Rect2& rect, double margin)
+{
+    if (margin == 0) return;
+    const bool isPoint = equivalent(rect.c0, rect.c1, epsilonTol) && equivalent(rect.c2, rect.c0, epsilonTol);
+    const AffineMatrix2 frame = isPoint ? AffineMatrix2() : frameOf(rect), inverse = frame.inverse();
+    const auto move = [&](Point2& corner, double dx, double dy) {
+        corner = isPoint ? corner + Vector2(dx, dy) : (corner * inverse + Vector2(dx, dy)) * frame;
+    };
+    move(rect.c0, -margin, -margin);
+    move(rect.c1, margin, -margin);
+    move(rect.c3, margin, margin);
+    move(rect.c2, -margin, margin);
 }
 
 void minAreaBound(const zn::vector<const Polyline*>& polylines, double margin, Rect2& rect, float& ratio)

@@ -22,8 +22,9 @@ struct Rect2
 ///               base leads further to the right. Points on a line give a rectangle without width, points in one place
 ///               four times that place. Unchanged when there is no point
 /// \param ratio  null, or what becomes the area of the largest rectangle along a side of the hull over that of the
-///               smallest: at least 1, and 1 where no choice mattered. The largest `float` for points on a line, 1 for
-///               points in one place; 0 when there is no point
+///               smallest: at least 1, and 1 where no choice mattered; infinite or not a number where rounding leaves
+///               the smallest no area. The largest `float` for points on a line, 1 for points in one place; 0 when
+///               there is no point
 /// \return whether there is a point; those with a coordinate that is not finite do not count
 ///
 /// Costs a convex hull, and one way round it with four fingers (Toussaint, "Solving geometric problems with the
@@ -31,11 +32,14 @@ struct Rect2
 /// rounding. Runs on the calling thread.
 ZNGEOM_API bool minAreaRect2d(const zn::vector<znLinear::Point2>& points, Rect2& rect, float* ratio = nullptr);
 
+/// Moves the sides of a rectangle outwards, whatever way it lies, or inwards where the margin is below 0. One whose
+/// base and height are both below `epsilonTol` becomes a square along the axes.
+ZNGEOM_API void rectGrow(Rect2& rect, double margin);
+
 /// Finds a rectangle around the vertices of lines, none of them null, that leaves room for what is drawn along them:
 /// the smallest one, made wider by a margin, and by much more where it is a square.
 ///
-/// \param margin  how far each side moves outwards, or inwards below 0, whatever way the rectangle lies. A rectangle
-///                whose base and height are both below `epsilonTol` becomes a square along the axes
+/// \param margin  as for `rectGrow`, which comes last
 /// \param rect    as `minAreaRect2d` gives it, but for squares: where no side differs by more than 1e-6 from their
 ///                mean, each corner first moves by half a side in x and in y, c0 down to the left, c1 to the right, c2
 ///                to the left and c3 to the right upwards, even if the square is turned. Unchanged when `ratio` is 0

@@ -36,9 +36,10 @@ struct MeshLineTopology::Records
 {
     int numBoundaries = 0;
     zn::vector<EdgeRecord> edges;
-    zn::vector<int> firstEdges; ///< per strip, and the number of edges
-    zn::vector<int> samples;    ///< of the points, ascending
-    zn::vector<int> vertices;   ///< of the points
+    zn::vector<int> firstEdges;    ///< per strip, and the number of edges
+    zn::vector<bool> hasNeighbour; ///< per strip
+    zn::vector<int> samples;       ///< of the points, ascending
+    zn::vector<int> vertices;      ///< of the points
     zn::vector<int> firstEdgesOfVertices, degrees;
     zn::vector<znLinear::Point> positions; ///< of the vertices
 
@@ -243,10 +244,15 @@ bool MeshLineTopology::TopologyAlg::compute(double tolerance, znUtil::ThreadPool
     const bool isUsable = tolerance > 0 && std::isfinite(tolerance);
     const LineStrips strips(isUsable ? m_lines : CompactMesh());
     zn::vector<LinePair> pairs;
-    if (isUsable)
-        pairs =
-            pairLineRuns(strips, mutualMatches(strips, findLineMatches(strips, tolerance, pool), tolerance), tolerance);
+    zn::vector<bool> hasNeighbour(strips.numStrips(), false);
+    if (isUsable) {
+        const LineMatches matches = findLineMatches(strips, tolerance, pool);
+        for (int sample = 0; sample < strips.size(); ++sample)
+            if (!matches.of(sample).empty()) hasNeighbour[strips.strip(sample)] = true;
+        pairs = pairLineRuns(strips, mutualMatches(strips, matches, tolerance), tolerance);
+    }
     m_records = std::make_unique<Records>(strips, pairs);
+    m_records->hasNeighbour.swap(hasNeighbour);
     return !pairs.empty();
 }
 
@@ -282,6 +288,8 @@ BitVector MeshLineTopology::TopologyAlg::getOrientation(const zn::vector<int>& g
         if (isTurned[groups[strip]]) turned.setBit(strip);
     return turned;
 }
+
+bool MeshLineTopology::TopologyAlg::hasNeighbour(int boundary) const { return m_records->hasNeighbour[boundary]; }
 
 bool MeshLineTopology::TopologyAlg::hasReversedTwins() const
 {

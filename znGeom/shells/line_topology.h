@@ -130,8 +130,8 @@ public:
         ///
         /// Twins run alike or opposite within 60 degrees. Two stretches of one strip must be four tolerances apart
         /// along it, but for the tip of a slit, up to which both of its sides reach. Longer stretches are paired before
-        /// shorter ones; each side of a pair has three points and the length of the tolerance at least. Strips that
-        /// are shorter than that stay single edges.
+        /// shorter ones, and what coincides before what is near; each side of a pair has three points and, if they
+        /// don't coincide, the length of the tolerance at least. Strips that are shorter than that stay single edges.
         ///
         /// Practically linear in the points and in what lies within the tolerance of them; on the given pool, with the
         /// same result on every one.
@@ -150,6 +150,8 @@ public:
         /// The same where strips can only be turned over together with others.
         /// \param groups  for each strip the number of its group, from 0
         BitVector getOrientation(const zn::vector<int>& groups) const;
+        /// Whether anything runs beside a strip within the tolerance, if only at one of its points.
+        bool hasNeighbour(int boundary) const;
         /// Whether any twins run the same way.
         bool hasReversedTwins() const;
 

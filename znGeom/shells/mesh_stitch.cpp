@@ -150,9 +150,11 @@ class BoundaryStitcher
 {
 public:
     BoundaryStitcher(CompactMesh& mesh, zn::Reference<MeshAdjTris> adjacency, zn::Reference<MeshBoundaries> boundaries,
-                     zn::vector<int> chosen, double tolerance, double seamTolerance, MeshStitchAccount& account)
+                     zn::vector<int> chosen, double tolerance, double seamTolerance, MeshStitchAccount& account,
+                     znUtil::ThreadPool& pool)
         : m_mesh(mesh), m_adjacency(std::move(adjacency)), m_boundaries(std::move(boundaries)),
-          m_chosen(std::move(chosen)), m_tolerance(tolerance), m_seamTolerance(seamTolerance), m_account(account)
+          m_chosen(std::move(chosen)), m_tolerance(tolerance), m_seamTolerance(seamTolerance), m_account(account),
+          m_pool(pool)
     {}
 
     bool run()
@@ -178,9 +180,10 @@ private:
         const bool areEnough = sampler.build(m_tolerance, lines);
         if (!areEnough) return false;
         MeshLineTopology::TopologyAlg topology(lines);
-        for (int strip = 0; strip < lines.getNumLineStrips(); ++strip)
-            m_account.outcomes[sampler.boundaryOf(strip)] = StitchOutcome::NothingBeside;
-        if (!topology.compute(m_tolerance)) return false;
+        const bool arePaired = topology.compute(m_tolerance, m_pool);
+        for (int strip = 0; strip < topology.getNumBoundaries(); ++strip)
+            m_account.outcomes[sampler.boundaryOf(strip)] = outcomeWithoutPair(topology, strip);
+        if (!arePaired) return false;
         if (topology.hasReversedTwins()) wasTurned = turnShells(sampler, topology);
         return !wasTurned && sew(sampler, topology);
     }
@@ -265,7 +268,8 @@ private:
             scope.removeVertex(vertex);
         });
         if (edge.isCircular()) {
-            seam.stitchCircular(points.vertex(a), points.vertex(c), m_seamTolerance, true);
+            sewRound({points.vertex(a), m_account.pairs.back().loop},
+                     {points.vertex(c), m_account.pairs.back().otherLoop}, scope, seam);
         } else {
             Opening begin{points.vertex(a), points.vertex(c)}, end{points.vertex(b), points.vertex(d)};
             begin.leaveGap(true);
@@ -278,6 +282,82 @@ private:
         return hasChanged || seam.isComplete();
     }
 
+    /// A vertex of a boundary.
+    struct Beginning
+    {
+        TopoMeshVertex vertex;
+        int boundary;
+    };
+
+    void sewRound(const Beginning& a, const Beginning& c, const MeshModifyRep& scope, MeshStitchSeam& seam) const
+    {
+        const auto isLoop = [this](const Beginning& side) {
+            return loopThrough(side.vertex).size() == m_boundaries->getLength(side.boundary);
+        };
+        if (isLoop(a) && isLoop(c))
+            seam.stitchCircular(a.vertex, c.vertex, m_seamTolerance, true);
+        else
+            sewHalves(verticesOf(a.boundary, scope), verticesOf(c.boundary, scope), seam);
+    }
+
+    /// Sews loops of which one touches a further boundary in one vertex: there the half-edges go on along that one.
+    /// Both halves end there.
+    void sewHalves(const zn::vector<TopoMeshVertex>& loopA, const zn::vector<TopoMeshVertex>& loopC,
+                   MeshStitchSeam& seam) const
+    {
+        TopoMeshVertex a = touching(loopA), c = touching(loopC);
+        if (!a && !c) return;
+        if (!c) c = nearest(loopC, a->point);
+        if (!a) a = nearest(loopA, c->point);
+        const TopoMeshVertex m = furthest(loopA, a), d = nearest(loopC, m->point);
+        const auto sewHalf = [&](TopoMeshVertex a0, TopoMeshVertex a1, TopoMeshVertex b0, TopoMeshVertex b1) {
+            const int mostSteps = std::max(loopA.size(), loopC.size());
+            if (boundaryPath(a0, a1, true, mostSteps).empty() || boundaryPath(b0, b1, false, mostSteps).empty()) return;
+            seam.stitch(a0, a1, b0, b1, m_seamTolerance, true);
+        };
+        sewHalf(a, m, c, d);
+        if (!seam.isComplete()) return;
+        const auto kept = [](TopoMeshVertex one, TopoMeshVertex other) { return one.isAlive() ? one : other; };
+        sewHalf(kept(m, d), kept(a, c), kept(d, m), kept(c, a));
+    }
+
+    /// A vertex of a loop from which the boundary leads elsewhere; null if there is none.
+    static TopoMeshVertex touching(const zn::vector<TopoMeshVertex>& loop)
+    {
+        for (int i = 0; i < loop.size(); ++i) {
+            const TopoMeshEdge e = TopoMesh::findEdge(loop[i], loop[(i + 1) % loop.size()]);
+            const TopoMeshEdge next = e && !e->twin ? nextOnBoundary(e) : TopoMeshEdge();
+            if (!next || endOf(next) != loop[(i + 2) % loop.size()]) return loop[(i + 1) % loop.size()];
+        }
+        return {};
+    }
+
+    zn::vector<TopoMeshVertex> verticesOf(int boundary, const MeshModifyRep& scope) const
+    {
+        zn::vector<TopoMeshVertex> vertices;
+        for (int i = 0; i < m_boundaries->getLength(boundary); ++i)
+            if (const TopoMeshVertex v = scope.getTopoMeshVertex(m_boundaries->getStart(boundary)[i]); v.isAlive())
+                vertices.append(v);
+        return vertices;
+    }
+
+    /// By steps, of the vertices of a loop.
+    static TopoMeshVertex furthest(const zn::vector<TopoMeshVertex>& loop, TopoMeshVertex from)
+    {
+        const auto* const at = std::find(loop.begin(), loop.end(), from);
+        if (at == loop.end()) return {};
+        return loop[static_cast<int>(at - loop.begin() + loop.size() / 2) % loop.size()];
+    }
+
+    static TopoMeshVertex nearest(const zn::vector<TopoMeshVertex>& vertices, const znLinear::Point& place)
+    {
+        const auto* const found =
+            std::min_element(vertices.begin(), vertices.end(), [&](TopoMeshVertex a, TopoMeshVertex b) {
+                return (a->point - place).length2() < (b->point - place).length2();
+            });
+        return found == vertices.end() ? TopoMeshVertex() : *found;
+    }
+
     void noteOutcomes(const BoundarySampler& sampler, const MeshLineTopology::TopologyAlg& topology)
     {
         int pair = 0;
@@ -286,12 +366,19 @@ private:
             if (const Edge twin = (*it).getTwin(); twin && (*it).index() < twin.index())
                 pairOf[(*it).index()] = pairOf[twin.index()] = pair++;
         for (int strip = 0; strip < topology.getNumBoundaries(); ++strip)
-            m_account.outcomes[sampler.boundaryOf(strip)] = outcomeOf(topology.getFirstEdgeOnBoundary(strip), pairOf);
+            m_account.outcomes[sampler.boundaryOf(strip)] = outcomeOf(topology, strip, pairOf);
     }
 
-    StitchOutcome outcomeOf(const Edge& first, const zn::vector<int>& pairOf) const
+    static StitchOutcome outcomeWithoutPair(const MeshLineTopology::TopologyAlg& topology, int strip)
     {
-        int numEdges = 0, numSewn = 0, numSameWay = 0, numPairs = 0;
+        return topology.hasNeighbour(strip) ? StitchOutcome::TooNarrow : StitchOutcome::NothingBeside;
+    }
+
+    StitchOutcome outcomeOf(const MeshLineTopology::TopologyAlg& topology, int strip,
+                            const zn::vector<int>& pairOf) const
+    {
+        int numEdges = 0, numSewn = 0, numSameWay = 0, numPairs = 0, numWithItself = 0;
+        const Edge first = topology.getFirstEdgeOnBoundary(strip);
         Edge edge = first;
         do {
             ++numEdges;
@@ -299,11 +386,14 @@ private:
             numPairs += pair >= 0;
             numSewn += pair >= 0 && m_account.pairs[pair].isSewn;
             numSameWay += edge.isTwinReversed();
+            numWithItself += pair >= 0 && edge.getTwin().getBoundary() == strip;
             edge = edge.getNextOnBoundary();
         } while (edge != first);
         if (numSewn > 0) return numSewn == numEdges ? StitchOutcome::Sewn : StitchOutcome::SewnInPart;
-        if (numPairs == 0) return StitchOutcome::NothingBeside;
-        return numSameWay == numPairs ? StitchOutcome::SameWay : StitchOutcome::NotSewn;
+        if (numPairs == 0) return outcomeWithoutPair(topology, strip);
+        if (numSameWay == numPairs) return StitchOutcome::SameWay;
+        // Two sides of one strip of surface, which are never sewn.
+        return numWithItself == numPairs ? StitchOutcome::TooNarrow : StitchOutcome::NotSewn;
     }
 
     CompactMesh& m_mesh;
@@ -312,6 +402,7 @@ private:
     zn::vector<int> m_chosen;
     double m_tolerance, m_seamTolerance;
     MeshStitchAccount& m_account;
+    znUtil::ThreadPool& m_pool;
 };
 
 } // namespace
@@ -331,7 +422,8 @@ bool meshStitch(CompactMesh& mesh, zn::Reference<MeshAdjTris> adjacency, zn::Ref
 }
 
 bool meshStitch(CompactMesh& mesh, zn::Reference<MeshAdjTris> adjacency, zn::Reference<MeshBoundaries> boundaries,
-                const zn::vector<int>& chosen, double tolerance, double seamTolerance, MeshStitchAccount* account)
+                const zn::vector<int>& chosen, double tolerance, double seamTolerance, MeshStitchAccount* account,
+                znUtil::ThreadPool& pool)
 {
     zn::vector<int> sorted;
     for (const int boundary : chosen)
@@ -342,7 +434,7 @@ bool meshStitch(CompactMesh& mesh, zn::Reference<MeshAdjTris> adjacency, zn::Ref
     MeshStitchAccount& used = account ? *account : own;
     used = {};
     return BoundaryStitcher(mesh, std::move(adjacency), std::move(boundaries), std::move(sorted), tolerance,
-                            seamTolerance, used)
+                            seamTolerance, used, pool)
         .run();
 }
 

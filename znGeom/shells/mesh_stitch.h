@@ -6,6 +6,7 @@
 #include "znGeom/foundation/containers/vector.h"
 #include "znGeom/foundation/mesh/compact_mesh.h"
 #include "znGeom/foundation/mesh/mesh_adjacency.h"
+#include "znGeom/foundation/threads/thread_pool.h"
 
 namespace znGeom {
 
@@ -16,6 +17,8 @@ enum class StitchOutcome : int {
     NotChosen,
     TooShort,      ///< fewer than ten samples, which is two tolerances or less; or its vertices are no boundary
     NothingBeside, ///< no boundary runs beside it within the tolerance
+    TooNarrow,     ///< what is beside it runs beside something else too, as at a surface that is hardly wider than the
+                   ///< tolerance, or for less than the tolerance
     SameWay,       ///< what runs beside it runs the same way, and turning shells over can't help that
     NotSewn        ///< the seam came apart: the boundary touches itself or others there
 };
@@ -50,14 +53,15 @@ struct MeshStitchAccount
 ///
 /// Boundaries of less than ten samples a fifth of the tolerance apart are left out; fewer than two others give false,
 /// and so do a tolerance that is not finite or not above 0 or so small that it would take more than 2^24 samples.
-/// `MeshLineTopology` pairs the stretches, `MeshStitchSeam` sews them. Where shells meet that are wound against each
-/// other, those that are in the way are turned over first, each once, with their normals; that stays so whatever comes
-/// of the seams. Selections stay.
+/// `MeshLineTopology` pairs the stretches, `MeshStitchSeam` sews them; triangles that lose their area by that are
+/// swapped away, or contracted where they have next to no width. Where shells meet that are wound against each other,
+/// those that are in the way are turned over first, each once, with their normals; that stays so whatever comes of the
+/// seams. Selections stay.
 ///
 /// The surface is edited around the boundaries; vertices and triangles are renumbered, and channels other than
 /// positions have no values there, as after `MeshModifyRep::merge`. Costs what the boundaries cost, apart from that
 /// merge and from turning shells over, which are linear in the mesh. There is no cancelling. The search for pairs runs
-/// on all threads; the result is the same on any number.
+/// on the threads of the pool; the result is the same on any number.
 ZNGEOM_API bool meshStitch(CompactMesh& mesh, zn::Reference<MeshAdjTris> adjacency,
                            zn::Reference<MeshBoundaries> boundaries, double tolerance, double seamTolerance);
 ZNGEOM_API bool meshStitch(CompactMesh& mesh, zn::Reference<MeshAdjTris> adjacency,
@@ -65,6 +69,7 @@ ZNGEOM_API bool meshStitch(CompactMesh& mesh, zn::Reference<MeshAdjTris> adjacen
                            double seamTolerance);
 ZNGEOM_API bool meshStitch(CompactMesh& mesh, zn::Reference<MeshAdjTris> adjacency,
                            zn::Reference<MeshBoundaries> boundaries, const zn::vector<int>& chosen, double tolerance,
-                           double seamTolerance, MeshStitchAccount* account);
+                           double seamTolerance, MeshStitchAccount* account,
+                           znUtil::ThreadPool& pool = znUtil::ThreadPool::get());
 
 } // namespace znGeom

@@ -218,7 +218,8 @@ public:
             preservedA = false;
         }
         const TopoMeshEdge half = loopA[loopA.size() / 2];
-        const TopoMeshEdge nearA = nearest(loopB, a->point), nearHalf = nearest(loopB, half->origin->point);
+        const TopoMeshEdge nearA = nearest(loopB, a->point);
+        const TopoMeshEdge nearHalf = nearest(boundaryLoop(nearA), half->origin->point);
         const TopoMeshVertex m = half->origin, c = nearA->origin, d = nearHalf->origin;
         if (a == m || c == d) return;
         isComplete = zip({a, m}, {c, d}, loopA[0], prevOnBoundary(nearA), tolerance) && zip({c, d}, {a, m}, tolerance);
@@ -233,13 +234,6 @@ public:
     bool isComplete = false;
 
 private:
-    static zn::vector<TopoMeshEdge> loopThrough(TopoMeshVertex vertex)
-    {
-        for (const TopoMeshEdge first : boundaryAt(vertex, true))
-            if (zn::vector<TopoMeshEdge> loop = boundaryLoop(first); !loop.empty()) return loop;
-        return {};
-    }
-
     static TopoMeshEdge nearest(const zn::vector<TopoMeshEdge>& loop, const Point& place)
     {
         return *std::min_element(loop.begin(), loop.end(), [&](TopoMeshEdge a, TopoMeshEdge b) {

@@ -17,10 +17,11 @@ std::align_val_t alignmentOf(std::size_t slabBytes)
 
 } // namespace
 
-TopoSlab::Pointer TopoSlab::make(std::size_t bytes)
+TopoSlab::Pointer TopoSlab::make(std::size_t atLeast)
 {
+    const std::size_t bytes = znUtil::wholePages(atLeast);
     auto* slab = static_cast<std::byte*>(::operator new(bytes, alignmentOf(bytes)));
-    if (bytes >= znUtil::hugePageBytes) znUtil::adviseHugePages(slab, bytes);
+    znUtil::adviseHugePages(slab, bytes);
     return Pointer(slab, Free{bytes});
 }
 

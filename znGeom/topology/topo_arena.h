@@ -69,7 +69,7 @@ struct TopoSlab
     };
     using Pointer = std::unique_ptr<std::byte, Free>;
 
-    static Pointer make(std::size_t bytes);
+    static Pointer make(std::size_t atLeast);
 };
 
 /// Memory for half-edge meshes that follow one another: what one leaves when it dies the next one takes up, so that the

@@ -39,6 +39,7 @@ std::unique_ptr<Command> makeReduceCommand();
 std::unique_ptr<Command> makeFillCommand();
 std::unique_ptr<Command> makeStitchCommand();
 std::unique_ptr<Command> makeFlattenCommand();
+std::unique_ptr<Command> makePackCommand();
 std::unique_ptr<Command> makeOffsetCommand();
 std::unique_ptr<Command> makeShellCommand();
 std::unique_ptr<Command> makeSectionCommand();
@@ -47,5 +48,7 @@ std::unique_ptr<Command> makeCutCommand();
 std::unique_ptr<Command> makeCollarCommand();
 std::unique_ptr<Command> makeSubdivideCommand();
 std::unique_ptr<Command> makeExtrudeCommand();
+std::unique_ptr<Command> makeStrokeCommand();
+std::unique_ptr<Command> makeCurveCommand();
 
 } // namespace tool

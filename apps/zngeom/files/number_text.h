@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <concepts>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -16,6 +17,14 @@ inline void appendNumber(std::string& text, double value)
 {
     char digits[32];
     text.append(digits, std::to_chars(digits, digits + sizeof digits, value, std::chars_format::general, 9).ptr);
+}
+
+/// Appends as many digits of a number as tell it from all others of its precision.
+template <std::floating_point T>
+void appendAllDigits(std::string& text, T value)
+{
+    char digits[32];
+    text.append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
 }
 
 /// The number that a word is; none for anything else, or for what is not finite.

@@ -30,10 +30,14 @@ std::string asText(const std::optional<Colour>& colour)
            std::to_string(colour->blue) + ')';
 }
 
-std::string attributesOf(const SvgStyle& style)
+<<<<<<< HEAD
+/// Widths in the units of the drawing: not every viewer knows lines that keep theirs.
+=======
+>>>>>>> stroke
+std::string attributesOf(const SvgStyle& style, double unitsPerPixel)
 {
     std::string text = attribute("stroke", asText(style.line)) + attribute("fill", asText(style.fill));
-    if (style.line) text += attribute("stroke-width", asText(style.width));
+    if (style.line) text += attribute("stroke-width", asText(style.width * unitsPerPixel));
     if (style.opacity < 1) text += attribute("opacity", asText(style.opacity));
     return text;
 }
@@ -78,14 +82,15 @@ void SvgDrawing::polyline(const std::vector<Point2>& points, bool isClosed, cons
 {
     std::string places;
     for (const Point2& point : points) places += (places.empty() ? "" : " ") + asText(point.x) + ',' + asText(point.y);
-    m_shapes += (isClosed ? "<polygon" : "<polyline") + attribute("points", places) + attributesOf(style) + "/>\n";
+    m_shapes += (isClosed ? "<polygon" : "<polyline") + attribute("points", places) +
+                attributesOf(style, m_unitsPerPixel) + "/>\n";
 }
 
 void SvgDrawing::rectangle(const Range2d& rectangle, const SvgStyle& style)
 {
     m_shapes += "<rect" + attribute("x", asText(rectangle.x.min)) + attribute("y", asText(rectangle.y.min)) +
                 attribute("width", asText(rectangle.x.size())) + attribute("height", asText(rectangle.y.size())) +
-                attributesOf(style) + "/>\n";
+                attributesOf(style, m_unitsPerPixel) + "/>\n";
 }
 
 void SvgDrawing::dot(const Point2& centre, double radius, const Colour& colour)
@@ -111,8 +116,13 @@ std::string SvgDrawing::text() const
         asText(m_shown.x.min) + ' ' + asText(-m_shown.y.max) + ' ' + asText(width) + ' ' + asText(height);
     return "<svg xmlns=\"http://www.w3.org/2000/svg\"" + attribute("width", asText(width / m_unitsPerPixel)) +
            attribute("height", asText(height / m_unitsPerPixel)) + attribute("viewBox", box) +
-           ">\n<style>polygon,polyline,rect{vector-effect:non-scaling-stroke;stroke-linejoin:round;"
+<<<<<<< HEAD
+           ">\n<style>polygon,polyline,rect{stroke-linejoin:round;"
            "stroke-linecap:round}</style>\n<g transform=\"scale(1,-1)\">\n" +
+=======
+           ">\n<style>polygon,polyline,rect{stroke-linejoin:round;stroke-linecap:round}</style>\n<g "
+           "transform=\"scale(1,-1)\">\n" +
+>>>>>>> stroke
            m_shapes + "</g>\n</svg>\n";
 }
 

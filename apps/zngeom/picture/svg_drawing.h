@@ -19,7 +19,11 @@ struct SvgStyle
 {
     std::optional<Colour> line = ink;
     std::optional<Colour> fill;
-    double width = 1; ///< of lines, in pixels, whatever the scale
+<<<<<<< HEAD
+    double width = 1; ///< of lines, in pixels of the picture
+=======
+    double width = 1; ///< of lines, in pixels
+>>>>>>> stroke
     double opacity = 1;
 };
 

@@ -42,6 +42,9 @@ Fate fateOf(StitchOutcome outcome)
         return {"too_short", "left open: shorter than twice the tolerance, or it doesn't close"};
     case StitchOutcome::NothingBeside:
         return {"nothing_beside", "left open: no boundary runs beside it within the tolerance"};
+    case StitchOutcome::TooNarrow:
+        return {"too_narrow", "left open: what is beside it runs beside something else too, or for less than the "
+                              "tolerance; a smaller tolerance may help"};
     case StitchOutcome::SameWay:
         return {"same_way", "left open: the boundary beside it is wound the same way, and turning can't help that"};
     case StitchOutcome::NotSewn:

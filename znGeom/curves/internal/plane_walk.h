@@ -43,21 +43,21 @@ public:
         return std::isfinite(from) && std::isfinite(to) && isAbove(from) != isAbove(to);
     }
 
-    /// The same place from both triangles at an edge, to the last bit.
+    /// Of a side that is crossed: whether the plane is crossed downwards along it.
+    bool startsAbove(int side) const { return isAbove(heightAt(side)); }
+
+    /// The same digits from both triangles along an edge.
     MeshCoord crossing(int side) const
     {
-        int from = side, to = cornerAtSideEnd(side);
-        if (vertexOf(to) < vertexOf(from)) std::swap(from, to);
-        const double fromHeight = std::fabs(heightAt(from)), toHeight = std::fabs(heightAt(to));
+        int start = side, end = cornerAtSideEnd(side);
+        if (vertexAtCorner(start) > vertexAtCorner(end)) std::swap(start, end);
+        const double from = std::fabs(heightAt(start)), to = std::fabs(heightAt(end));
         MeshCoord coord;
         coord.triangle = side / 3;
-        coord.weights[from % 3] = toHeight / (fromHeight + toHeight);
-        coord.weights[to % 3] = 1.0 - coord.weights[from % 3];
+        coord.weights[start % 3] = to / (from + to);
+        coord.weights[end % 3] = 1.0 - coord.weights[start % 3];
         return coord;
     }
-
-    /// Whether a side that is crossed leads from below the plane to above it.
-    bool leadsUp(int side) const { return isAbove(heightAt(cornerAtSideEnd(side))); }
 
     /// The other side of the same triangle that is crossed; -1 where a corner is not finite.
     int otherCrossed(int side) const
@@ -68,8 +68,8 @@ public:
     }
 
 private:
-    int vertexOf(int corner) const { return m_triangles[corner / 3][corner % 3]; }
-    double heightAt(int corner) const { return m_plane.eval(m_vertices[vertexOf(corner)].asPoint()); }
+    int vertexAtCorner(int corner) const { return m_triangles[corner / 3][corner % 3]; }
+    double heightAt(int corner) const { return m_plane.eval(m_vertices[vertexAtCorner(corner)].asPoint()); }
     bool isAbove(double height) const { return m_isOnAbove ? height >= 0 : height > 0; }
 
     const MeshVertex* m_vertices;

@@ -41,7 +41,9 @@ inline zn::vector<TopoMeshEdge> boundaryPath(TopoMeshVertex from, TopoMeshVertex
         TopoMeshEdge e = first;
         do {
             path.append(e);
-            if ((forward ? endOf(e) : e->origin) == to) return path;
+            const TopoMeshVertex reached = forward ? endOf(e) : e->origin;
+            if (reached == to) return path;
+            if (reached == from) break; // in another fan, from which the way is shorter
             e = forward ? nextOnBoundary(e) : prevOnBoundary(e);
         } while (e && e != first && path.size() < mostSteps);
     }
@@ -55,6 +57,14 @@ inline zn::vector<TopoMeshEdge> boundaryLoop(TopoMeshEdge first)
     TopoMeshEdge e = first;
     for (; e && (loop.empty() || e != first); e = nextOnBoundary(e)) loop.append(e);
     return e ? loop : zn::vector<TopoMeshEdge>();
+}
+
+/// The first whole loop on which a vertex is, from it on; empty where none closes.
+inline zn::vector<TopoMeshEdge> loopThrough(TopoMeshVertex vertex)
+{
+    for (const TopoMeshEdge first : boundaryAt(vertex, true))
+        if (zn::vector<TopoMeshEdge> loop = boundaryLoop(first); !loop.empty()) return loop;
+    return {};
 }
 
 /// Whether two lists have no half-edge in common.

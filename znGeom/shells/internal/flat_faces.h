@@ -15,7 +15,6 @@ zn::vector<double> faceHeights(const TopoMesh& mesh);
 /// of the neighbour's; where that doesn't help, contracts a side that is next to nothing beside the others.
 /// \param heights  of an earlier `faceHeights`: triangles that are as they were then stay. Later faces are not there
 /// \param goes     is given each vertex before it goes
-void mendFlatFaces(TopoMesh& mesh, const zn::vector<double>& heights,
-                   const std::function<void(TopoMeshVertex)>& goes);
+void mendFlatFaces(TopoMesh& mesh, const zn::vector<double>& heights, const std::function<void(TopoMeshVertex)>& goes);
 
 } // namespace znGeom::internal

@@ -51,13 +51,14 @@ private:
 
 /// Finds for each sample, strip and sense the nearest place on that strip which is less than a tolerance away, where
 /// the two run alike or opposite within 60 degrees, just before the sample or just after. On the sample's own strip it
-/// must also be four tolerances away along the strip.
+/// must also be four tolerances away along the strip. Where one of them coincides with the sample, the others of that
+/// sample are left out, unless they do so too.
 ///
 /// \param tolerance  finite and above 0
 ///
-/// Segments much shorter than the tolerance are taken together. A grid of what this leaves serves the queries: linear
-/// in samples, times the length of strips within the tolerance, in tolerances. Strips that are shorter than the
-/// tolerance, or not finite, have no matches. The same on every pool.
+/// Segments much shorter than the tolerance are taken together for their direction. A grid of what this leaves serves
+/// the queries: linear in samples, times the length of strips within the tolerance, in tolerances. Strips that are
+/// shorter than the tolerance, or not finite, have no matches. The same on every pool.
 LineMatches findLineMatches(const LineStrips& strips, double tolerance, znUtil::ThreadPool& pool);
 
 /// Those matches that hold from the other side as well: the nearest sample to the place has a match on the strip of

@@ -464,7 +464,9 @@ private:
             return false;
         }
         take(twin.first, twin.last);
-        for (const int end : {own.first, own.last, twin.first, twin.last}) m_isEnd[end] = true;
+        for (const Rung& end : {first, last}) {
+            m_isEnd[end.own] = m_isEnd[end.twin] = true;
+        }
         m_pairs.append({own, twin, run.isForward, length});
         return true;
     }

@@ -28,9 +28,11 @@ struct LinePair
 ///
 /// A run is a sequence of consecutive samples of one strip whose places on another, or on a further part of the same
 /// one, follow each other within two tolerances. From each run what is taken already, on either strip, is left out. A
-/// run ends where the two strips are nearest to each other, at a corner if one is within the tolerance; on one strip it
-/// extends to the tip at which both sides of a slit meet. It is kept when each side has three samples and the length of
-/// the tolerance, and the other side is at least a quarter as long as this one and at most four tolerances longer.
+/// run ends where the two strips cease to coincide, or else where they are nearest to each other, at a corner if one is
+/// within the tolerance; on one strip it extends to the tip at which both sides of a slit meet. It is kept when each
+/// side has three samples and the length of the tolerance, which is not asked of what coincides, and the other side is
+/// at least a quarter as long as this one and at most four tolerances longer. A run that comes back to its beginning on
+/// one strip and not on the other becomes two pairs.
 ///
 /// n log n in the runs, apart from that linear in the matches.
 zn::vector<LinePair> pairLineRuns(const LineStrips& strips, const LineMatches& matches, double tolerance);

@@ -1,9 +1,7 @@
 /// `znGeom::internal::Table`: values beside a half-edge mesh, by the numbers of its elements.
 #pragma once
 
-#include <memory>
-
-#include "znGeom/foundation/machine/huge_pages.h"
+#include "znGeom/foundation/machine/internal/aligned_array.h"
 
 namespace znGeom::internal {
 
@@ -12,17 +10,14 @@ template <typename T>
 class Table
 {
 public:
-    explicit Table(int size) : m_values(std::make_unique_for_overwrite<T[]>(static_cast<size_t>(size)))
-    {
-        znUtil::adviseHugePages(m_values.get(), sizeof(T) * static_cast<size_t>(size));
-    }
+    explicit Table(int size) : m_values(makeAlignedArray<T>(static_cast<size_t>(size))) {}
 
     T& operator[](int number) { return m_values[static_cast<size_t>(number)]; }
     const T& operator[](int number) const { return m_values[static_cast<size_t>(number)]; }
     T* begin() { return m_values.get(); }
 
 private:
-    std::unique_ptr<T[]> m_values;
+    AlignedArray<T> m_values;
 };
 
 } // namespace znGeom::internal

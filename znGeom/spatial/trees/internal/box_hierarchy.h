@@ -2,7 +2,7 @@
 #pragma once
 
 #include "znGeom/foundation/linear/bounding_box.h"
-#include "znGeom/spatial/trees/internal/aligned_array.h"
+#include "znGeom/foundation/machine/internal/aligned_array.h"
 
 namespace znGeom::internal {
 

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <vector>
 
-#include "znGeom/spatial/trees/internal/aligned_array.h"
+#include "znGeom/foundation/machine/internal/aligned_array.h"
 
 namespace znGeom::internal {
 

@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "znGeom/foundation/machine/internal/aligned_array.h"
 #include "znGeom/foundation/threads/counting_sort.h"
-#include "znGeom/spatial/trees/internal/aligned_array.h"
 
 namespace znGeom::internal {
 

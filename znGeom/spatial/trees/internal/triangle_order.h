@@ -2,9 +2,9 @@
 #pragma once
 
 #include "znGeom/foundation/linear/bounding_box.h"
+#include "znGeom/foundation/machine/internal/aligned_array.h"
 #include "znGeom/foundation/mesh/compact_mesh.h"
 #include "znGeom/foundation/threads/thread_pool.h"
-#include "znGeom/spatial/trees/internal/aligned_array.h"
 
 namespace znGeom::internal {
 

@@ -19,17 +19,19 @@ struct AlignedDelete
 template <typename T>
 using AlignedArray = std::unique_ptr<T[], AlignedDelete>;
 
-/// The elements are uninitialised. Large arrays are placed on large pages where the system has them.
+/// The elements have the values of their default constructors; where these do nothing they are uninitialised. Large
+/// arrays take whole large pages where the system has them.
 template <typename T>
 AlignedArray<T> makeAlignedArray(std::size_t count)
 {
-    static_assert(std::is_trivially_copyable_v<T> && std::is_trivially_default_constructible_v<T>);
-    const std::size_t bytes = count * sizeof(T);
-    const bool isHuge = bytes >= znUtil::hugePageBytes;
-    const std::size_t alignment = isHuge ? znUtil::hugePageBytes : 64;
+    static_assert(std::is_trivially_destructible_v<T>);
+    const std::size_t bytes = znUtil::wholePages(count * sizeof(T));
+    const std::size_t alignment = bytes >= znUtil::hugePageBytes ? znUtil::hugePageBytes : 64;
     void* const block = ::operator new(bytes, std::align_val_t(alignment));
-    if (isHuge) znUtil::adviseHugePages(block, bytes);
-    return AlignedArray<T>(static_cast<T*>(block), AlignedDelete{alignment});
+    znUtil::adviseHugePages(block, bytes);
+    AlignedArray<T> array(static_cast<T*>(block), AlignedDelete{alignment});
+    std::uninitialized_default_construct_n(array.get(), count);
+    return array;
 }
 
 } // namespace znGeom::internal
