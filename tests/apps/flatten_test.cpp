@@ -116,7 +116,8 @@ TEST(ToolFlatten, SaysInOneLineWhatToDoFirst)
         expectOneLine(runTool(arguments), expected, in);
     }
     const std::string cube = cases[std::size(cases) - 1].in;
-    expectOneLine(runTool({"flatten", cube, scratch.path("out.off")}), {"out.off", "write .obj, .ply or .glb"}, "format");
+    expectOneLine(runTool({"flatten", cube, scratch.path("out.off")}), {"out.off", "write .obj, .ply or .glb"},
+                  "format");
     expectOneLine(runTool({"flatten", cube, out, "--picture", "uv.jpg"}), {"uv.jpg", ".png"}, "picture");
     const auto names = scratch.names();
     EXPECT_EQ(std::count(names.begin(), names.end(), "out.obj") + std::count(names.begin(), names.end(), "uv.png"), 0);
