@@ -1,9 +1,13 @@
 #include <algorithm>
 #include <cmath>
+#include <optional>
+#include <utility>
 
 #include "apps/zngeom/command/command.h"
 #include "apps/zngeom/command/listing.h"
 #include "apps/zngeom/files/point_reader.h"
+#include "apps/zngeom/frame/cancel_on_signal.h"
+#include "apps/zngeom/frame/pacer.h"
 #include "znGeom/analysis/bounds.h"
 #include "znGeom/spatial/queries/closest_point.h"
 #include "znGeom/spatial/trees/octree_partition.h"
@@ -23,6 +27,7 @@ std::vector<Closest> findClosest(const znGeom::CompactMesh& mesh, const std::vec
                                  znUtil::Progress& progress)
 {
     constexpr int leafCapacity = 16;
+    std::optional<EndOnSignal> endOnSignal(std::in_place, progress);
     znUtil::Progress phase;
     progress.subPhase(0.2, phase);
     phase.setCaption("indexing");
@@ -33,6 +38,7 @@ std::vector<Closest> findClosest(const znGeom::CompactMesh& mesh, const std::vec
     znGeom::OctreeTris octreeTris;
     znGeom::computeOctreeTris(mesh, octree, octreeTris);
     checkCancelled(progress);
+    endOnSignal.reset();
 
     progress.subPhase(0.8, phase);
     phase.setCaption("closest");
