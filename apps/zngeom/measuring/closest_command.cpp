@@ -1,7 +1,5 @@
 #include <algorithm>
 #include <cmath>
-#include <optional>
-#include <utility>
 
 #include "apps/zngeom/command/command.h"
 #include "apps/zngeom/command/listing.h"
@@ -27,7 +25,7 @@ std::vector<Closest> findClosest(const znGeom::CompactMesh& mesh, const std::vec
                                  znUtil::Progress& progress)
 {
     constexpr int leafCapacity = 16;
-    std::optional<EndOnSignal> endOnSignal(std::in_place, progress);
+    const EndOnSignal endOnSignal(progress); // the search may make a tree of its own, which sees no cancel
     znUtil::Progress phase;
     progress.subPhase(0.2, phase);
     phase.setCaption("indexing");
@@ -38,7 +36,6 @@ std::vector<Closest> findClosest(const znGeom::CompactMesh& mesh, const std::vec
     znGeom::OctreeTris octreeTris;
     znGeom::computeOctreeTris(mesh, octree, octreeTris);
     checkCancelled(progress);
-    endOnSignal.reset();
 
     progress.subPhase(0.8, phase);
     phase.setCaption("closest");
