@@ -100,12 +100,14 @@ TEST(Normals, WithoutAreaOrLength)
     for (const int v : {1, 2, 3}) EXPECT_EQ(mesh.getNormals()[v].z, 1.0f);
 
     const double kept = std::exchange(epsilon2Tol, 0.25);
-    MeshNormal normals[] = {{0.5f, 0, 0}, {3, 0, 4}, {NAN, 1, 0}};
-    meshNormalize(&normals[0].x, 3);
+    MeshNormal normals[] = {{0.5f, 0, 0}, {3, 0, 4}, {NAN, 1, 0}, {3e38f, 3e38f, 0}, {0, -2e19f, 1}, {INFINITY, 0, 0}};
+    meshNormalize(&normals[0].x, 6);
     epsilon2Tol = kept;
     EXPECT_EQ(normals[0].z, 1.0f) << "the tolerance itself is too little";
     EXPECT_EQ(normals[1].x, 3 * 0.2f);
-    EXPECT_TRUE(std::isnan(normals[2].y));
+    EXPECT_TRUE(std::isnan(normals[2].y) && std::isnan(normals[5].x));
+    EXPECT_FLOAT_EQ(normals[3].y, std::sqrt(0.5f));
+    EXPECT_EQ(normals[4].y, -1.0f);
 }
 
 TEST(Normals, WhatIsReported)
@@ -274,6 +276,26 @@ TEST(Edges, AnglesOfACube)
     result.edges = {result.edges.front()};
     result.getAdjacentTriangles(cube, adjTris, adjacent);
     EXPECT_EQ(adjacent.size(), 2);
+}
+
+TEST(Edges, AnglesAroundAHubTakeNoSquareOfItsValence)
+{
+    constexpr int rim = 400'000;
+    CompactMesh fan;
+    fan.resizeVertexArray(rim + 1);
+    fan.resizeTriangleArray(rim);
+    for (int i = 0; i < rim; ++i) {
+        fan.getVertices()[i + 1].set(float(i % 2), float(i), float(i / 2 % 2));
+        fan.getTriangles()[i] = {{0, i + 1, (i + 1) % rim + 1}};
+    }
+    const MeshAdjTris adjTris = znTest::adjTrisOf(fan);
+    EXPECT_GT(meshMaxDihedralAngle(fan, adjTris), 0);
+    MeshDihedralAnglesResult result;
+    meshFindAnglesLessThan(fan, adjTris, 180, result);
+    EXPECT_EQ(result.edges.size(), rim);
+    zn::vector<int> triangles;
+    result.getAdjacentTriangles(fan, adjTris, triangles);
+    EXPECT_EQ(triangles.size(), rim);
 }
 
 TEST(Edges, AnglesEqualThePlainSearch)

@@ -5,6 +5,7 @@
 #include <bit>
 #include <cstdint>
 #include <filesystem>
+#include <limits>
 
 #include "tests/apps/tool_process.h"
 
@@ -62,6 +63,13 @@ TEST(ToolGltf, ReadsStripsFansSparseAndSmallNumbersOfAFileBesideIt)
     scratch.write("square.bin", square());
     const std::string corners = "4 2\n0 0 0\n1 0 0\n0 1 0\n1 1 0\n";
     EXPECT_EQ(asPlain(scratch, squareScene()), corners + "3 0 1 2\n3 1 3 2\n");
+
+    // What stays in its place keeps its bits, and so do numbers beside an infinite one.
+    const float infinity = std::numeric_limits<float>::infinity();
+    scratch.write("odd.bin", bytesOf<float>({0, -0.0F, 0, infinity, 2, 0, 0, 1, 0, 1, 1, 0}).append("\0\1\2\3", 4));
+    Json odd = squareScene();
+    odd["buffers"][0]["uri"] = "odd.bin";
+    EXPECT_TRUE(asPlain(scratch, odd).starts_with("4 2\n0 -0 0\ninf 2 0\n0 1 0\n")) << scratch.read("scene.txt");
 
     Json fan = squareScene();
     fan["meshes"][0]["primitives"][0]["mode"] = 6;

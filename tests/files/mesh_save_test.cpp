@@ -4,13 +4,16 @@
 #include <cstring>
 #include <filesystem>
 #include <limits>
+#include <memory>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "tests/files/temporary_file.h"
 #include "tests/support/shapes.h"
 #include "znGeom/files/mesh_load.h"
+#include "znGeom/files/pending_file.h"
 
 using namespace znGeom;
 using znTest::TemporaryFile;
@@ -153,6 +156,49 @@ TEST(MeshSave, WritesTextureCoordinatesOfCornersToPly)
             EXPECT_TRUE(sameBits(&loaded.cornerUVs[0].u, &uvs[0].u, 2 * uvs.size()));
         }
     }
+}
+
+TEST(MeshSave, WritesLongNamesAndToWhereLinksLead)
+{
+    const TemporaryFile file;
+    const CompactMesh mesh = znTest::makeGrid(3, 3);
+    const auto save = [&](const std::string& name) {
+        return meshSave(mesh, znOS::Filename((file.folder / name).c_str())).message;
+    };
+    for (const std::size_t length : {241, 251}) EXPECT_EQ(save(std::string(length, 'n') + ".obj"), "") << length;
+
+    std::filesystem::create_directory(file.folder / "deep");
+    std::filesystem::create_symlink("deep/second.obj", file.folder / "first.obj");
+    std::filesystem::create_symlink("target.obj", file.folder / "deep" / "second.obj");
+    for (const char* state : {"dangling", "leading to a file"}) {
+        EXPECT_EQ(save("first.obj"), "") << state;
+        EXPECT_TRUE(std::filesystem::is_symlink(file.folder / "first.obj"));
+        EXPECT_TRUE(std::filesystem::is_symlink(file.folder / "deep" / "second.obj"));
+        EXPECT_TRUE(std::filesystem::is_regular_file(file.folder / "deep" / "target.obj"));
+    }
+    std::filesystem::create_symlink("circle.obj", file.folder / "circle.obj");
+    EXPECT_NE(save("circle.obj"), "");
+}
+
+TEST(MeshSave, AHandlerOfSignalsRemovesWhatIsHalfWritten)
+{
+    const TemporaryFile file;
+    const auto numFiles = [&file] {
+        const std::filesystem::directory_iterator files(file.folder);
+        return std::distance(begin(files), end(files));
+    };
+    std::vector<std::unique_ptr<PendingFile>> files;
+    for (const char* name : {"a", "b", "c", "d", "e"})
+        files.push_back(std::make_unique<PendingFile>(znOS::Filename((file.folder / name).c_str())));
+    EXPECT_EQ(numFiles(), 5);
+    EXPECT_TRUE(files[1]->commit());
+    files.erase(files.begin() + 2);
+    EXPECT_EQ(numFiles(), 4);
+    PendingFile::removeAll();
+    EXPECT_EQ(numFiles(), 1);
+    EXPECT_FALSE(files[0]->commit());
+    files.clear();
+    EXPECT_TRUE(std::filesystem::exists(file.folder / "b"));
 }
 
 TEST(MeshSave, KeepsTheOldFileUntilTheNewOneIsComplete)

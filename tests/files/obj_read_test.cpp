@@ -162,6 +162,11 @@ TEST(ObjRead, WhichFacesAreKept)
     for (const char* line : {"f 1 2 3", "f 1/1/1 2/2/2 3/3/3", "f 1//9 2//9 3//9", "f 1/-9 2/0 3/9", " \t f  1   2\t3",
                              "f +1 2 3", "f 1+2+3", "f 1 2 3/x", "f 1 2 3//", "f 1/ 4 2 3", "f 1 2 3\r"})
         EXPECT_EQ(read(line), (Faces{{3, 2, 1}, {0, 1, 2}, {1, 2, 3}})) << line;
+    // A byte order mark is no part of the first line.
+    CompactMesh marked;
+    readText(marked, "\xEF\xBB\xBFv 7 0 0\n\xEF\xBB\xBFv 8 0 0\nv 9 0 0\n");
+    ASSERT_EQ(marked.getNumVertices(), 2);
+    EXPECT_EQ(marked.getVertices()[0].x, 7);
     for (const char* line :
          {"f 1 2 3 ", "f 1 2 3 \r", "f 1 2 3\r\r", "f 1 2 3 #", "f 1 2 /3", "f 1/2/3/4 2 3", "f 1.0 2 3", "f 1 2",
           "f 0 1 2", "f 1 2 5", "f 1 2 4294967299", "f -3 -2 -1", "f\t1 2 3", "$f 1 2 3"})

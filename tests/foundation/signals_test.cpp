@@ -97,6 +97,22 @@ TEST_F(Signals, DieWithinTheirOwnEmission)
     }
 }
 
+TEST_F(Signals, EndAConnectionAtTheSameCostWhereverItStands)
+{
+    constexpr int count = 400'000;
+    SignalArg<int> many;
+    SignalClient client;
+    std::vector<Connection*> connections;
+    for (int i = 0; i < count; ++i) {
+        connections.push_back(many.addCallback([](int) {}));
+        many.addCallback([](int) {}, client);
+    }
+    for (; !connections.empty(); connections.pop_back()) connections.back()->disconnect(); // the last first
+    EXPECT_TRUE(many.isConnected());
+    client.disconnectAll();
+    EXPECT_FALSE(many.isConnected());
+}
+
 TEST_F(Signals, LeaveNoLockBehindAnException)
 {
     Connection* thrower = add(0, [] { throw std::runtime_error("from a listener"); });

@@ -116,6 +116,30 @@ TEST(TopoEdit, ACollapseKeepsTheHalfEdgesItSaysItKeeps)
     EXPECT_EQ(after[0]->metadata[2].asDouble(), 4.0);
 }
 
+TEST(TopoEdit, CollapsesAndDeletesWhereManyFansTouchAtTheCostOfOne)
+{
+    // A chain of triangles that share single corners, a loose one at each corner: what collapses gathers all of these.
+    constexpr int length = 250'000;
+    TopoMesh mesh;
+    std::vector<TopoMeshEdge> chain;
+    TopoMeshVertex from = mesh.allocVertex({0, 0, 0});
+    for (int i = 1; i <= length; ++i) {
+        const TopoMeshVertex to = mesh.allocVertex({double(i), 0, 0}), apex = mesh.allocVertex({double(i), 1, 0}),
+                             left = mesh.allocVertex({double(i), 0, 1}), right = mesh.allocVertex({double(i), 1, 1});
+        chain.push_back(mesh.allocTriangle(from, to, apex)->edge);
+        mesh.allocTriangle(from, left, right);
+        from = to;
+    }
+    for (const TopoMeshEdge e : chain) mesh.collapseEdge(e);
+    EXPECT_EQ(mesh.numFaces(), length);
+    const TopoMeshVertex hub = mesh.firstFace()->edge->origin;
+    EXPECT_EQ(hub.valence(), length);
+    EXPECT_EQ(hub->point, Point(length, 0, 0));
+    while (mesh.numFaces() > 0) mesh.deleteFace(mesh.firstFace());
+    EXPECT_EQ(hub.valence(), 0);
+    EXPECT_TRUE(checkTopology(mesh));
+}
+
 TEST(TopoEdit, CollapsesOnTheBoundary)
 {
     // The diagonal of a square of two triangles: nothing is left but the corners.

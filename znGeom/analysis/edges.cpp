@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <utility>
 
 #include "znGeom/analysis/normals.h"
 #include "znGeom/foundation/mesh/bit_runs.h"
@@ -60,11 +61,15 @@ MeshTriangle startingAt(int vertex, const MeshTriangle& triangle)
     return rotated(triangle, triangle[0] == vertex ? 0 : triangle[1] == vertex ? 1 : 2);
 }
 
-/// Whether two triangles that begin with the same vertex have another one in common.
-bool shareSide(const MeshTriangle& a, const MeshTriangle& b)
+/// Calls `visit(triangle)` for the triangles of both of two vertices, ascending and each once, by way of the vertex
+/// that has fewer.
+template <typename Visit>
+void forEachAtBoth(int a, int b, const MeshTriangle* triangles, const MeshAdjTris& adjTris, const Visit& visit)
 {
-    const auto isOtherOfB = [&](int vertex) { return vertex != b[0] && (vertex == b[1] || vertex == b[2]); };
-    return isOtherOfB(a[1]) || isOtherOfB(a[2]);
+    if (adjTris.numTris(b) < adjTris.numTris(a)) std::swap(a, b);
+    int previous = -1; // a triangle that names a vertex twice is listed twice in a row
+    for (const int triangle : adjTris.around(a))
+        if (std::exchange(previous, triangle) != triangle && hasVertex(triangles[triangle], b)) visit(triangle);
 }
 
 /// What the cosine of an angle between two unit normals must exceed for the angle to be certainly smaller than one
@@ -82,23 +87,26 @@ public:
     double find(Slice slice)
     {
         for (int i = slice.begin; i < slice.end; ++i)
-            for (int corner = 0; corner < 3; ++corner) lookAround(i, rotated(m_triangles[i], corner));
+            for (int corner = 0; corner < 3; ++corner) lookAcross(i, corner, cornerAfter(corner));
         return m_largest;
     }
 
 private:
-    void lookAround(int index, const MeshTriangle& triangle)
+    /// Normals differ in their last bits by the corner that comes first; both ends of a side are taken for that.
+    void lookAcross(int index, int first, int second)
     {
-        Normal normal; // computed when it is needed
-        for (const int neighbour : m_adjTris.around(triangle[0])) {
-            if (neighbour <= index) continue;
-            const MeshTriangle& found = m_triangles[neighbour];
-            const MeshTriangle other = startingAt(triangle[0], found);
-            if (!shareSide(triangle, other)) continue;
-            if (!normal.isValid()) normal = meshTriNormal(m_vertices, triangle.corners);
-            compare(normal, meshTriNormal(m_vertices, other.corners));
-        }
+        const MeshTriangle& triangle = m_triangles[index];
+        const int from = triangle[first], to = triangle[second];
+        if (from == to) return;
+        const MeshTriangle atFrom = rotated(triangle, first), atTo = rotated(triangle, second);
+        forEachAtBoth(from, to, m_triangles, m_adjTris, [&](int neighbour) {
+            if (neighbour <= index) return;
+            compare(normalOf(atFrom), normalOf(startingAt(from, m_triangles[neighbour])));
+            compare(normalOf(atTo), normalOf(startingAt(to, m_triangles[neighbour])));
+        });
     }
+
+    Normal normalOf(const MeshTriangle& triangle) const { return meshTriNormal(m_vertices, triangle.corners); }
 
     void compare(const Normal& a, const Normal& b)
     {
@@ -142,13 +150,15 @@ public:
 private:
     void findOnSide(int index, const Normal& normal, const MeshDihedralAnglesResult::Edge& side, Edges& found) const
     {
-        for (const int neighbour : m_adjTris.around(side.first)) {
-            if (neighbour <= index) continue;
-            const MeshTriangle& triangle = m_triangles[neighbour];
-            const MeshTriangle other = startingAt(side.first, triangle);
-            if (other[2] != side.second) continue;
-            if (isSharp(normal, meshTriNormal(m_vertices, other.corners))) found.append(side);
-        }
+        forEachAtBoth(side.first, side.second, m_triangles, m_adjTris, [&](int neighbour) {
+            if (neighbour <= index) return;
+            const MeshTriangle other = startingAt(side.first, m_triangles[neighbour]);
+            if (other[2] != side.second) return;
+            if (!isSharp(normal, meshTriNormal(m_vertices, other.corners))) return;
+            // A triangle that begins there more than once counts as often.
+            for (const int vertex : other.corners)
+                if (vertex == side.first) found.append(side);
+        });
     }
 
     bool isSharp(const Normal& a, const Normal& b) const
@@ -198,8 +208,7 @@ void MeshDihedralAnglesResult::getAdjacentTriangles(const CompactMesh& mesh, con
     const MeshTriangle* all = mesh.getTriangles();
     BitVector marked(mesh.getNumTriangles());
     for (const auto& [from, to] : edges)
-        for (const int triangle : adjTris.around(from))
-            if (hasVertex(all[triangle], to)) marked.setBit(triangle);
+        forEachAtBoth(from, to, all, adjTris, [&marked](int triangle) { marked.setBit(triangle); });
     triangles.clear();
     triangles.reserve(marked.getNumSetBits());
     forEachSetBit(marked, [&triangles](int triangle) { triangles.append(triangle); });

@@ -27,7 +27,8 @@ ZNGEOM_API double meshLongestEdge2D(const CompactMesh& mesh, const float* uvs);
 /// \param adjTris  built from this mesh by `meshAdjTris`
 /// \return radians: 0 for a flat mesh and for one without inner edges, pi where a triangle is folded back on another
 ///
-/// Linear for bounded valence; on all threads.
+/// Looks around the end of each edge that has fewer triangles: linear for bounded valence, and where hubs of any size
+/// have neighbours of bounded valence; on all threads.
 ZNGEOM_API double meshMaxDihedralAngle(const CompactMesh& mesh, const MeshAdjTris& adjTris);
 
 /// The edges that `meshFindAnglesLessThan` found.
@@ -55,7 +56,7 @@ public:
 ///                 corners, and of the higher triangle
 ///
 /// Only triangles that are consistently wound, and so run along their edge in opposite directions, are considered.
-/// Linear for bounded valence; on all threads, the result the same for any number of them.
+/// Costs what `meshMaxDihedralAngle` does; on all threads, the result the same for any number of them.
 ZNGEOM_API void meshFindAnglesLessThan(const CompactMesh& mesh, const MeshAdjTris& adjTris, double degrees,
                                        MeshDihedralAnglesResult& result);
 

@@ -14,9 +14,17 @@ using znUtil::ThreadPool;
 
 namespace {
 
+/// For lengths whose square is beyond `float`.
+void normalizeLong(MeshNormal& normal)
+{
+    const znLinear::Vector vector = normal.asVector(), unit = vector / vector.length();
+    normal.set(znLinear::narrow(unit.dx), znLinear::narrow(unit.dy), znLinear::narrow(unit.dz));
+}
+
 void normalize(MeshNormal& normal)
 {
     const float length2 = normal.x * normal.x + normal.y * normal.y + normal.z * normal.z;
+    if (std::isinf(length2)) return normalizeLong(normal);
     if (double(length2) <= znLinear::epsilon2Tol) {
         normal.set(0, 0, 1);
         return;

@@ -43,7 +43,8 @@ ZNGEOM_API void meshComputeNormals(CompactMesh& mesh);
 /// threads.
 ZNGEOM_API void meshComputeTriangleNormals(CompactMesh& mesh);
 
-/// Scales the normals of a mesh to unit length; those close to zero become (0, 0, 1). The change is reported as
+/// Scales the normals of a mesh to unit length; those close to zero become (0, 0, 1), those that are not
+/// finite not-a-numbers. The change is reported as
 /// `AttributesChanged` with `normalsModified`; a mesh without normals is left alone. Linear; on all threads.
 ZNGEOM_API void meshNormalize(PointMesh& mesh);
 

@@ -39,10 +39,10 @@ ZNGEOM_API void meshWrite(TopoMesh& mesh, const znOS::Filename& file);
 
 /// Reads positions and faces of an OBJ file.
 ///
-/// Lines "v ", "vn ", "vt " and "f " count, after leading blanks; "#" and "$" start comments; everything else is
-/// skipped. Normals and UVs are parsed but not kept. Faces with fewer than three entries are dropped, faces with a
-/// vertex index out of range are erased; negative, relative indices count as out of range, and so does the entry that a
-/// blank at the end of a face line makes.
+/// A byte order mark at the beginning is passed over. Lines "v ", "vn ", "vt " and "f " count, after leading blanks;
+/// "#" and "$" start comments; everything else is skipped. Normals and UVs are parsed but not kept. Faces with fewer
+/// than three entries are dropped, faces with a vertex index out of range are erased; negative, relative indices count
+/// as out of range, and so does the entry that a blank at the end of a face line makes.
 ///
 /// Faces of three corners become the triangles. If any face has more, all faces become the polygons of the mesh, and
 /// its triangle list stays as it was (`meshTriangulate` fills an empty one). One `TopologyChanged` is announced. Linear

@@ -1,6 +1,7 @@
 /// `znGeom::PendingFile`: output that appears when it is complete.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -14,7 +15,8 @@ namespace znGeom {
 
 /// A new file beside a target, which takes the target's place when everything has gone well. Until then the target
 /// stays as it is, or absent; an object that is destroyed without a commit leaves nothing behind. Where the target is a
-/// link, the file that it leads to is replaced. The first failure stays: nothing is written after it.
+/// link, the file that it leads to is replaced, or made where there is none. The first failure stays: nothing is
+/// written after it. Objects may be made by several threads; each serves one at a time.
 class ZNGEOM_API PendingFile
 {
 public:
@@ -35,6 +37,10 @@ public:
     bool write(const void* bytes, size_t count);
     /// Closes the new file, so that any number of them can wait for their commit. False after a failure.
     bool finish();
+    /// For a handler of signals that ends the process: removes the new files of all objects that there are. Does only
+    /// what such a handler may.
+    static void removeAll();
+
     /// Finishes, and puts the new file in the target's place, with the permissions of the old one where there was one.
     /// False after a failure, with the target as it was.
     bool commit();
@@ -48,12 +54,16 @@ private:
     bool fail(const std::string& reason);
     bool checkTarget();
     void create();
+    void enlist();
+    void leaveList();
 
     std::string m_target; ///< links resolved
     std::string m_path;   ///< empty when there is no file to remove
     std::unique_ptr<std::FILE, CloseFile> m_file;
     std::string m_message;
     std::int64_t m_size = 0;
+    std::atomic<PendingFile*> m_next = nullptr;        ///< in the list of those that have a file to remove
+    std::atomic<PendingFile*>* m_linkOfThis = nullptr; ///< what points here in that list; null outside of it
 };
 
 } // namespace znGeom

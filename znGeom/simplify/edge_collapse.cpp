@@ -154,16 +154,16 @@ private:
 
 void EdgeCollapse::collapse(TopoMeshEdge e)
 {
-    const TopoMeshVertex gone = e->origin,
+    const TopoMeshVertex origin = e->origin, end = endOf(e),
                          thirdCorners[] = {e->prev->origin, e->twin ? e->twin->prev->origin : TopoMeshVertex()};
     takeAffected(e);
     m_queue.erase(e.number());
     const Quadric sum = m_quadrics.sum(e);
-    const Point place = placementOf(sum, gone.point(), endOf(e).point());
+    const Point place = placementOf(sum, origin.point(), end.point());
     const TopoMeshVertex survivor = m_mesh.collapseEdge(e);
     m_quadrics[survivor] = sum;
     m_mesh.setPoint(survivor, place);
-    m_fans.merge(survivor, gone);
+    m_fans.merge(survivor, survivor == end ? origin : end);
     for (const TopoMeshVertex corner : thirdCorners)
         if (corner && !m_fans.isSingle(corner)) m_fans.update(corner);
     m_linkTest.setCentre(survivor);

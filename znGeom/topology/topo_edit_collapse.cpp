@@ -17,12 +17,27 @@ bool isTip(TopoMeshVertex corner) { return corner && corner.valence() == 1; }
 
 TopoMeshVertex TopoMesh::collapseEdge(TopoMeshEdge e)
 {
+    const TopoMeshVertex origin = e->origin, end = endOf(e);
+    const TopoMeshVertex survivor = origin.valence() > end.valence() ? origin : end;
+    survivor->point = end->point;
+    collapseInto(survivor, e);
+    return survivor;
+}
+
+TopoMeshVertex TopoMesh::contractEdge(TopoMeshEdge e)
+{
     const TopoMeshVertex survivor = endOf(e);
+    collapseInto(survivor, e);
+    return survivor;
+}
+
+void TopoMesh::collapseInto(TopoMeshVertex survivor, TopoMeshEdge e)
+{
+    const TopoMeshVertex other = survivor == e->origin ? endOf(e) : e->origin;
     const TopoMeshEdge t = e->twin;
-    if (e->origin != survivor) mergeInto(survivor, e->origin);
+    if (other != survivor) mergeInto(survivor, other);
     dropSide(e);
     if (t && t.isAlive()) dropSide(t);
-    return survivor;
 }
 
 /// Takes a half-edge whose two ends are the same vertex out of its face. A triangle disappears, and its other two sides

@@ -115,8 +115,9 @@ public:
     TopoMeshVertex subdivideFace(TopoMeshFace f, const znLinear::Point& point);
 
     // Collapsing
-    /// Merges the two ends of an edge into its end vertex and returns that; its position stays. A triangle on the edge
-    /// disappears, a larger face loses a side. Linear in the valence of the origin.
+    /// Merges the two ends of an edge into that which more half-edges leave, the end of `e` if there is none, and
+    /// returns it; it stands where that end stood. A triangle on the edge disappears, a larger face loses a side.
+    /// Linear in the smaller valence of the two.
     ///
     /// Where a triangle disappears, its other two sides become one: the twin of the side before `e` keeps its handle
     /// and gets a new twin, the twin of the side after `e` is removed and its place is taken by another record. A side
@@ -125,8 +126,8 @@ public:
     /// where it begins.
     TopoMeshVertex collapseEdge(TopoMeshEdge e);
     /// Contracts a boundary half-edge into its end: its face is removed, the end keeps its handle and position. The
-    /// outer sides join as in `collapseEdge`.
-    TopoMeshVertex contractEdge(TopoMeshEdge e) { return collapseEdge(e); }
+    /// outer sides join as in `collapseEdge`. Linear in the valence of the origin.
+    TopoMeshVertex contractEdge(TopoMeshEdge e);
     /// Whether collapsing an edge of triangles preserves the topology of the surface: the link test of Dey,
     /// Edelsbrunner, Guha and Nekhayev, "Topology preserving edge contraction" (1999). False when the ends have a
     /// neighbour in common other than the third corners of the edge's faces, when these corners are one vertex, when a
@@ -194,6 +195,7 @@ private:
     TopoMeshEdge openEnd(TopoMeshVertex v);
     void pairWithOpen(TopoMeshEdge e);
     void mergeInto(TopoMeshVertex survivor, TopoMeshVertex dying);
+    void collapseInto(TopoMeshVertex survivor, TopoMeshEdge e);
     void dropSide(TopoMeshEdge e);
     void zipSides(TopoMeshEdge after, TopoMeshEdge before);
     TopoMeshVertex divideVertex(TopoMeshEdge kept, TopoMeshEdge moved);

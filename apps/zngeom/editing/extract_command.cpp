@@ -4,6 +4,7 @@
 #include "apps/zngeom/command/mesh_route.h"
 #include "apps/zngeom/command/part_options.h"
 #include "apps/zngeom/files/mesh_files.h"
+#include "apps/zngeom/frame/cancel_on_signal.h"
 #include "apps/zngeom/frame/pacer.h"
 #include "apps/zngeom/frame/usage.h"
 #include "znGeom/analysis/adjacency.h"
@@ -103,6 +104,7 @@ private:
         checkCancelled(progress);
         checkNumber("boundary loop", m_boundary, loops.size());
         const int loop = m_boundary - 1;
+        const EndOnSignal endOnSignal(progress);
         selectRings(mesh, loops.vertices(loop));
         znGeom::meshExtract(part, mesh);
         report.add("boundary_loop", m_boundary);

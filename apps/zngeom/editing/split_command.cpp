@@ -6,6 +6,7 @@
 #include "apps/zngeom/command/format_option.h"
 #include "apps/zngeom/command/part_options.h"
 #include "apps/zngeom/files/mesh_files.h"
+#include "apps/zngeom/frame/cancel_on_signal.h"
 #include "apps/zngeom/frame/pacer.h"
 #include "apps/zngeom/frame/usage.h"
 #include "znGeom/analysis/adjacency.h"
@@ -23,8 +24,9 @@ struct Division
     int numParts = 0;
 };
 
-Division equalParts(const znGeom::CompactMesh& mesh, int count)
+Division equalParts(const znGeom::CompactMesh& mesh, int count, const znUtil::Progress& progress)
 {
+    const EndOnSignal endOnSignal(progress);
     znGeom::MeshAdjTris adjTris;
     znGeom::meshAdjTris(mesh, adjTris);
     zn::list<zn::Reference<znGeom::MeshSubset>> subsets;
@@ -151,7 +153,7 @@ private:
         if (!hint.empty()) loaded.notes.push_back(hint);
 
         progress.subPhase(0.3, phase);
-        if (m_numParts > 0) return equalParts(mesh, m_numParts);
+        if (m_numParts > 0) return equalParts(mesh, m_numParts, phase);
         const znGeom::MeshTriangleComponents components = findComponents(mesh, sides, m_across, phase);
         checkCount(components.count(), hint);
         return {{components.ofTriangle.begin(), components.ofTriangle.end()}, components.count()};

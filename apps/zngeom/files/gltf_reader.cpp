@@ -30,6 +30,7 @@ struct Placing
         for (std::size_t i = 0; i < 3; ++i) result[i] += columns[3][i];
         return result;
     }
+    bool operator==(const Placing&) const = default;
     Placing operator*(const Placing& inner) const
     {
         Placing result;
@@ -241,11 +242,16 @@ private:
         return m_known[key] = {first, count};
     }
 
+    /// What stays where it is keeps its bits: 0 times infinity would be none.
     void addPositions(const std::vector<float>& values, const Placing& placing)
     {
+        const bool isMoved = placing != Placing();
         for (std::size_t i = 0; i < values.size(); i += 3) {
-            const auto place = placing.point(double(values[i]), double(values[i + 1]), double(values[i + 2]));
-            m_positions.emplace_back().set(place.data());
+            znGeom::MeshVertex& vertex = m_positions.emplace_back();
+            if (isMoved)
+                vertex.set(placing.point(double(values[i]), double(values[i + 1]), double(values[i + 2])).data());
+            else
+                vertex.set(&values[i]);
         }
     }
 

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "apps/zngeom/frame/failure.h"
+#include "znGeom/files/pending_file.h"
 
 namespace tool {
 
@@ -27,12 +28,18 @@ constexpr std::array<int, 3> signals{SIGINT, SIGTERM, SIGHUP};
     _exit(128 + number);
 }
 
-/// Cancelling a root is one store into a lock-free flag.
+/// Cancelling a root is one store into a lock-free flag. A second request ends the process as it would have ended
+/// without a handler, but for files that are half written.
 void cancelWatched(int number)
 {
-    lastSignal = number;
+    const bool isSecond = lastSignal.exchange(number) != 0;
+    if (isSecond || endsAtOnce) znGeom::PendingFile::removeAll();
     if (endsAtOnce) end(number);
-    if (znUtil::Progress* progress = watched.load()) progress->cancel();
+    if (isSecond) {
+        signal(number, SIG_DFL);
+        raise(number); // takes effect when the handler returns
+    } else if (znUtil::Progress* progress = watched.load())
+        progress->cancel();
 }
 
 } // namespace
@@ -42,7 +49,7 @@ CancelOnSignal::CancelOnSignal(znUtil::Progress& progress)
     watched = &progress;
     struct sigaction action = {};
     action.sa_handler = cancelWatched;
-    action.sa_flags = static_cast<int>(SA_RESETHAND); // and no SA_RESTART: waiting for a pipe ends
+    action.sa_flags = 0; // no SA_RESTART: waiting for a pipe ends
     for (std::size_t i = 0; i < signals.size(); ++i) {
         sigaction(signals[i], nullptr, &m_former[i]);
         // Whoever started us may have asked us to ignore it, as nohup does.

@@ -9,8 +9,8 @@
 
 namespace tool {
 
-/// While it lives, the first interrupt, hang-up or termination request cancels a progress. A second one of the same
-/// kind ends the process at once, as it would without this.
+/// While it lives, the first interrupt, hang-up or termination request cancels a progress. A second one ends the
+/// process at once, as it would without this, with no half-written file left behind.
 class CancelOnSignal
 {
 public:

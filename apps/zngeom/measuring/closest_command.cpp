@@ -4,6 +4,8 @@
 #include "apps/zngeom/command/command.h"
 #include "apps/zngeom/command/listing.h"
 #include "apps/zngeom/files/point_reader.h"
+#include "apps/zngeom/frame/cancel_on_signal.h"
+#include "apps/zngeom/frame/pacer.h"
 #include "znGeom/analysis/bounds.h"
 #include "znGeom/spatial/queries/closest_point.h"
 #include "znGeom/spatial/trees/octree_partition.h"
@@ -23,6 +25,7 @@ std::vector<Closest> findClosest(const znGeom::CompactMesh& mesh, const std::vec
                                  znUtil::Progress& progress)
 {
     constexpr int leafCapacity = 16;
+    const EndOnSignal endOnSignal(progress); // the search may make a tree of its own, which sees no cancel
     znUtil::Progress phase;
     progress.subPhase(0.2, phase);
     phase.setCaption("indexing");

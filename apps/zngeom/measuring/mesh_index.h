@@ -3,6 +3,7 @@
 
 #include <optional>
 
+#include "apps/zngeom/frame/cancel_on_signal.h"
 #include "apps/zngeom/frame/pacer.h"
 #include "znGeom/analysis/bounds.h"
 #include "znGeom/spatial/trees/octree_partition.h"
@@ -21,6 +22,7 @@ struct MeshIndex
     MeshIndex(const znGeom::CompactMesh& indexed, znUtil::Progress& progress) : mesh(indexed)
     {
         constexpr int leafCapacity = 16;
+        const EndOnSignal endOnSignal(progress);
         progress.setCaption("indexing");
         znGeom::BoundingBox box;
         znGeom::meshBoundingBox(mesh, box);

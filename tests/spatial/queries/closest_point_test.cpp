@@ -240,10 +240,11 @@ TEST(ClosestPoint, LimitsAndNothingToFind)
     MeshCoord untouched;
     untouched.triangle = 77;
     // From two units outside: nothing within 1.5, something within 2.5.
-    const Point query(0, 0, 3), noPoint(notANumber, 0, 0);
+    const Point query(0, 0, 3), noPoint(notANumber, 0, 0), beyondFloat(0, -1e39, 0);
     EXPECT_EQ(meshClosestPoint(on.mesh, *on.octree, on.adjTris, query, on.longestEdge, 2.25, nullptr, &untouched), 1.5);
     EXPECT_EQ(meshClosestPoint(on.mesh, *on.octree, on.adjTris, query, on.longestEdge, 6.25, nullptr, nullptr), 2.0);
-    for (const auto& [where, point] : {std::pair(&on, noPoint), {&nothing, query}, {&nonsense, query}}) {
+    for (const auto& [where, point] :
+         {std::pair(&on, noPoint), {&on, beyondFloat}, {&nothing, query}, {&nonsense, query}}) {
         MeshClosestPoint engine(where->mesh, *where->octree, where->tris);
         EXPECT_EQ(engine.compute(point, &untouched), std::sqrt(largest));
         EXPECT_EQ(meshClosestPoint(where->mesh, *where->octree, where->adjTris, point, &untouched), std::sqrt(largest));
@@ -267,7 +268,8 @@ TEST(ClosestPoint, NearestVertex)
         ASSERT_NEAR(meshClosestVertex2(scan, *octree, query) / std::max(expected, 1e-30), expected > 0, 1e-6);
     }
     EXPECT_EQ(meshClosestVertex2(CompactMesh(), *empty, {0, 0, 0}), largest);
-    EXPECT_EQ(log.lines().size(), 51u);
+    EXPECT_EQ(meshClosestVertex2(scan, *octree, {0, -1e39, 0}), largest);
+    EXPECT_EQ(log.lines().size(), 52u);
     EXPECT_TRUE(std::regex_match(log.lines().back(), std::regex("   meshClosestVertex: \\d+\\.\\d{6} s\n")));
 }
 

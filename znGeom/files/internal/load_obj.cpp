@@ -98,10 +98,8 @@ bool ObjLoader::read()
     TextReader& text = m_context.text();
     bool isFirst = true;
     while (m_context.nextBlock()) {
-        const std::string_view block(text.begin(), static_cast<size_t>(text.end() - text.begin()));
-        const bool hasMark = isFirst && block.starts_with("\xEF\xBB\xBF");
+        if (!readBlock(text.begin() + (isFirst ? text.markSize() : 0), text.end())) return false;
         isFirst = false;
-        if (!readBlock(text.begin() + (hasMark ? 3 : 0), text.end())) return false;
     }
     if (m_context.hasFailed()) return false;
     if (!m_continued.empty() && !readPiece(nullptr, nullptr)) return false;

@@ -137,7 +137,8 @@ void parseObj(TextReader& text, CompactMesh& mesh)
 {
     ObjParser parser;
     bool hasRoom = true;
-    while (hasRoom && text.nextBlock()) hasRoom = parser.readLines(text.begin(), text.end());
+    for (bool isFirst = true; hasRoom && text.nextBlock(); isFirst = false)
+        hasRoom = parser.readLines(text.begin() + (isFirst ? text.markSize() : 0), text.end());
     parser.publish(mesh);
 }
 

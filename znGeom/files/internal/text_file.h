@@ -40,6 +40,9 @@ public:
     const char* begin() const { return m_buffer.get(); }
     const char* end() const { return m_buffer.get() + m_blockSize; }
 
+    /// The size of the byte order mark with which the block begins; 0 for none.
+    size_t markSize() const { return std::string_view(begin(), m_blockSize).starts_with("\xEF\xBB\xBF") ? 3 : 0; }
+
     /// Makes `count` bytes contiguous from `at` on, a place within the current block or its end, and moves `at` to
     /// them; the block then holds whatever bytes are there, wherever lines end. For what is not text, or not text from
     /// some point on. False when fewer are left.

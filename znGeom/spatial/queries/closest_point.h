@@ -4,7 +4,8 @@
 /// many queries. `meshClosestPoint` needs the vertex octree and the adjacency alone: the choice for a few, or while no
 /// triangle sets exist. Distances are kept squared in `double`; where two triangles are exactly equally near, the one
 /// that is reached first is kept. No function reports an error: when nothing is nearer than the initial distance, the
-/// coordinate stays as it was.
+/// coordinate stays as it was. That is so for a point with a coordinate that is not a number or beyond `float`, as the
+/// indexes are in `float`: nothing is found from there.
 #pragma once
 
 #include "znGeom/foundation/containers/impl_base.h"
@@ -49,8 +50,8 @@ public:
     ~MeshClosestPoint();
 
     /// \param coord  receives the nearest place; may be null; untouched when there is none
-    /// \return the distance, not squared; the square root of the largest double when there is no triangle or the point
-    ///         is not a number
+    /// \return the distance, not squared; the square root of the largest double when there is no triangle, or the point
+    ///         is not a number or beyond `float`
     ///
     /// Allocates no memory once the lists of a search have grown to their size.
     double compute(const znLinear::Point& point, MeshCoord* coord);
@@ -93,7 +94,8 @@ ZNGEOM_API double meshClosestPoint(const CompactMesh& mesh, const Octree& octree
 ZNGEOM_API double meshClosestPoint(const CompactMesh& mesh, const Octree& octree, const MeshAdjTris& adjTris,
                                    const znLinear::Point& point, MeshCoord* coord);
 
-/// \return the squared distance to the nearest vertex; the largest double for an empty octree. Prints one line.
+/// \return the squared distance to the nearest vertex; the largest double for an empty octree, and from a point beyond
+///         `float`. Prints one line.
 ZNGEOM_API double meshClosestVertex2(const CompactMesh& mesh, const Octree& octree, const znLinear::Point& point);
 
 /// The nearest place of one triangle.
@@ -104,7 +106,7 @@ ZNGEOM_API MeshCoord meshTriClosestPt(const float* vertices, const int* triangle
 
 /// The surface place that is nearest to where a line passes level with a point: the line's point on the plane through
 /// `point` at right angles to it. The other arguments are those of `meshClosestPoint`.
-/// \return invalid for a mesh without triangles
+/// \return invalid for a mesh without triangles, and where the line passes beyond `float`
 ZNGEOM_API MeshCoord meshRayClosestPt(const CompactMesh& mesh, double longestEdge, const Octree& octree,
                                       const MeshAdjTris& adjTris, const znLinear::Line& line,
                                       const znLinear::Point& point);

@@ -40,8 +40,9 @@ public:
     /// \param source        should have vertex normals; without them no distance is negative
     /// \param sourceMatrix  places the source
     /// \param output        room for one float per vertex of the source. 0 on the surface; infinite where there is no
-    ///                      nearest point, which is so for a target without triangles. After a cancel the first part of
-    ///                      each thread's vertices is written, and the rest untouched
+    ///                      nearest point, which is so for a target without triangles, and where the matrices take a
+    ///                      vertex beyond `float` in the target's space. After a cancel the first part of each thread's
+    ///                      vertices is written, and the rest untouched
     /// \param selectedOnly  vertices that are not selected get `notMeasured`, unless the selection has no bits at all;
     ///                      those beyond its last bit are not selected
     /// \param reverseSign   positive means behind the normal

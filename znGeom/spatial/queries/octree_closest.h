@@ -32,7 +32,8 @@ public:
     OctreeClosestIt& operator=(const OctreeClosestIt&) = delete;
     ~OctreeClosestIt();
 
-    /// Starts at the leaf that is nearest to a point. A point that is not a number meets every leaf.
+    /// Starts at the leaf that is nearest to a point. A point that is not a number meets every leaf, and so does one
+    /// beyond `float`, from which all are infinitely far.
     void reset(const Octree& octree, const znLinear::Point& point);
     void reset(const Octree&&, const znLinear::Point&) = delete;
     /// False when all leaves have been delivered.

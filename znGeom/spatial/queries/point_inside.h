@@ -27,7 +27,7 @@ public:
                  double tolerance);
     MeshPtInside(const CompactMesh&, const Octree&, const OctreeTris&, const TriangleTree&&, double) = delete;
 
-    /// A point beyond the mesh's box is outside, however near the surface it is.
+    /// A point beyond the mesh's box is outside, however near the surface it is, and however far away.
     Result evaluate(const znLinear::Point& point);
 
 private:
