@@ -155,21 +155,12 @@ Commands addCommands(CLI::App& app, OutputOptions& options)
 {
     Commands commands;
     for (auto make :
-<<<<<<< HEAD
          {makeInfoCommand,    makeWeldCommand,      makeConvertCommand, makeSplitCommand,     makeExtractCommand,
           makeClosestCommand, makeRayCommand,       makeInsideCommand,  makeCurvatureCommand, makeDistanceCommand,
           makeCheckCommand,   makeRepairCommand,    makeFillCommand,    makeFlattenCommand,   makePackCommand,
           makeReduceCommand,  makeIntersectCommand, makeSectionCommand, makeProjectCommand,   makeCutCommand,
           makeCollarCommand,  makeSubdivideCommand, makeExtrudeCommand, makeOffsetCommand,    makeShellCommand,
-          makeStitchCommand}) {
-=======
-         {makeInfoCommand,      makeWeldCommand,    makeConvertCommand, makeSplitCommand,     makeExtractCommand,
-          makeClosestCommand,   makeRayCommand,     makeInsideCommand,  makeCurvatureCommand, makeDistanceCommand,
-          makeCheckCommand,     makeRepairCommand,  makeFillCommand,    makeFlattenCommand,   makeReduceCommand,
-          makeIntersectCommand, makeSectionCommand, makeProjectCommand, makeCutCommand,       makeCollarCommand,
-          makeSubdivideCommand, makeExtrudeCommand, makeOffsetCommand,  makeShellCommand,     makeStitchCommand,
-          makeStrokeCommand,    makeCurveCommand}) {
->>>>>>> stroke
+          makeStitchCommand,  makeStrokeCommand,    makeCurveCommand}) {
         std::unique_ptr<Command> command = make();
         CLI::App* sub = command->addTo(app)->group("Commands");
         sub->add_flag("--json", options.json, "Print the report as JSON");

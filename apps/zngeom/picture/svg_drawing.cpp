@@ -30,10 +30,7 @@ std::string asText(const std::optional<Colour>& colour)
            std::to_string(colour->blue) + ')';
 }
 
-<<<<<<< HEAD
 /// Widths in the units of the drawing: not every viewer knows lines that keep theirs.
-=======
->>>>>>> stroke
 std::string attributesOf(const SvgStyle& style, double unitsPerPixel)
 {
     std::string text = attribute("stroke", asText(style.line)) + attribute("fill", asText(style.fill));
@@ -116,13 +113,8 @@ std::string SvgDrawing::text() const
         asText(m_shown.x.min) + ' ' + asText(-m_shown.y.max) + ' ' + asText(width) + ' ' + asText(height);
     return "<svg xmlns=\"http://www.w3.org/2000/svg\"" + attribute("width", asText(width / m_unitsPerPixel)) +
            attribute("height", asText(height / m_unitsPerPixel)) + attribute("viewBox", box) +
-<<<<<<< HEAD
-           ">\n<style>polygon,polyline,rect{stroke-linejoin:round;"
-           "stroke-linecap:round}</style>\n<g transform=\"scale(1,-1)\">\n" +
-=======
            ">\n<style>polygon,polyline,rect{stroke-linejoin:round;stroke-linecap:round}</style>\n<g "
            "transform=\"scale(1,-1)\">\n" +
->>>>>>> stroke
            m_shapes + "</g>\n</svg>\n";
 }
 

@@ -19,11 +19,7 @@ struct SvgStyle
 {
     std::optional<Colour> line = ink;
     std::optional<Colour> fill;
-<<<<<<< HEAD
     double width = 1; ///< of lines, in pixels of the picture
-=======
-    double width = 1; ///< of lines, in pixels
->>>>>>> stroke
     double opacity = 1;
 };
 
