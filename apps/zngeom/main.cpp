@@ -81,6 +81,8 @@ Examples:
   zngeom collar part.obj strip.obj --loop 1 --width 2
   zngeom subdivide cage.obj smooth.obj --levels 3
   zngeom extrude sheet.obj plate.obj --all --distance 2
+  zngeom hull part.obj outline.svg --along x
+  zngeom bounds lines.obj --minimal --margin 0.5
   zngeom stroke pen.txt dabs.svg --spacing 8 --smooth
   zngeom curve table.txt curve.svg --method spline)";
 
@@ -160,7 +162,7 @@ Commands addCommands(CLI::App& app, OutputOptions& options)
           makeCheckCommand,   makeRepairCommand,    makeFillCommand,    makeFlattenCommand,   makePackCommand,
           makeReduceCommand,  makeIntersectCommand, makeSectionCommand, makeProjectCommand,   makeCutCommand,
           makeCollarCommand,  makeSubdivideCommand, makeExtrudeCommand, makeOffsetCommand,    makeShellCommand,
-          makeStitchCommand,  makeStrokeCommand,    makeCurveCommand}) {
+          makeStitchCommand,  makeHullCommand,      makeBoundsCommand,  makeStrokeCommand,    makeCurveCommand}) {
         std::unique_ptr<Command> command = make();
         CLI::App* sub = command->addTo(app)->group("Commands");
         sub->add_flag("--json", options.json, "Print the report as JSON");
