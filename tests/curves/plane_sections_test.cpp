@@ -38,7 +38,7 @@ bool isClosed(const CompactMesh& mesh)
     MeshEdgeSides edges;
     meshEdgeSides(mesh, edges);
     for (int edge = 0; edge < edges.getNumEdges(); ++edge)
-        if (edges.sides(edge).size() != 2) return false;
+        if (edges.sides(edge).size() % 2 != 0) return false;
     return true;
 }
 
@@ -150,4 +150,20 @@ TEST(PlaneSections, EndAfterACancelAndLeaveOutWhatIsNotFinite)
     grid.getVertices()[0].x = std::numeric_limits<float>::quiet_NaN();
     cutEvery(grid, {{0.5, 0, 0}, Normal(Vector::x)}, 1, 2,
              [](int i, const std::deque<Segment>& segments) { EXPECT_EQ(segments.size(), i == 0 ? 36u : 38u); });
+}
+
+TEST(PlaneSections, LeaveNothingOfSheetsThatCoincide)
+{
+    CompactMesh cube;
+    makeCube(cube);
+    std::vector<MeshTriangle> turned; // of the face at x = 1
+    for (int t = 0; t < cube.getNumTriangles(); ++t) {
+        const auto [a, b, c] = cube.getTriangles()[t].corners;
+        const MeshVertex* const vertices = cube.getVertices();
+        if (vertices[a].x + vertices[b].x + vertices[c].x == 3) turned.push_back({a, c, b});
+    }
+    cube.resizeTriangleArray(14);
+    std::copy(turned.begin(), turned.end(), cube.getTriangles() + 12);
+    cutEvery(cube, {{0, 0, 0.25}, Normal(Vector::z)}, 1, 1,
+             [](int, const std::deque<Segment>& segments) { EXPECT_EQ(segments.size(), 6U); });
 }

@@ -1,7 +1,10 @@
 #include "znGeom/curves/plane_sections.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <tuple>
+#include <vector>
 
 #include "znGeom/curves/internal/plane_walk.h"
 
@@ -76,6 +79,38 @@ void appendSegment(const CompactMesh& mesh, const internal::PlaneWalk& walk, int
     if (!std::equal(segment.start, segment.start + 3, segment.end)) segments.push_back(segment);
 }
 
+/// Takes out pairs that lie on one another and run opposite ways, those of sheets that coincide: they would be taken
+/// for copies, of which one is left, and the ends of the outlines through them would not meet.
+void dropOpposites(std::deque<Segment>& segments)
+{
+    struct Way
+    {
+        std::array<float, 6> ends; ///< the lesser one first
+        bool isForward;
+        std::size_t place;
+    };
+    std::vector<Way> ways;
+    for (const Segment& segment : segments) {
+        const bool isForward =
+            std::lexicographical_compare(segment.start, segment.start + 3, segment.end, segment.end + 3);
+        const float *low = isForward ? segment.start : segment.end, *high = isForward ? segment.end : segment.start;
+        ways.push_back({{low[0], low[1], low[2], high[0], high[1], high[2]}, isForward, ways.size()});
+    }
+    std::sort(ways.begin(), ways.end(), [](const Way& a, const Way& b) {
+        return std::tie(a.ends, a.isForward, a.place) < std::tie(b.ends, b.isForward, b.place);
+    });
+    std::vector<bool> isDropped(segments.size());
+    for (std::size_t first = 0, end = 0; first < ways.size(); first = end) {
+        while (end < ways.size() && ways[end].ends == ways[first].ends) ++end;
+        for (std::size_t back = first, forward = end; back < forward; ++back) {
+            if (ways[back].isForward || !ways[--forward].isForward) break;
+            isDropped[ways[back].place] = isDropped[ways[forward].place] = true;
+        }
+    }
+    std::size_t place = 0;
+    std::erase_if(segments, [&](const Segment&) { return isDropped[place++]; });
+}
+
 } // namespace
 
 bool meshPlaneSections(const CompactMesh& mesh, const znLinear::Plane& plane, double step, int count,
@@ -89,6 +124,7 @@ bool meshPlaneSections(const CompactMesh& mesh, const znLinear::Plane& plane, do
         const internal::PlaneWalk walk(mesh, {plane.point + plane.normal.asVector() * height, plane.normal}, true);
         segments.clear();
         for (const int triangle : rising.trianglesAt(height)) appendSegment(mesh, walk, triangle, segments);
+        dropOpposites(segments);
         visit(i, segments);
         progress.set((i + 1.0) / count);
     }

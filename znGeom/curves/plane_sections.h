@@ -23,7 +23,8 @@ namespace znGeom {
 ///
 /// Triangles are cut as by `meshPlaneSection`: vertices on a plane count as above it, and triangles with a corner that
 /// is not finite are left out. Segments of triangles with a common edge have the same digits where they meet; those
-/// without length are left out. So where an edge has two triangles, an even number of ends lies at each place.
+/// without length are left out, and so are pairs on one another that run opposite ways, those of sheets that coincide.
+/// So where edges have an even number of triangles, an even number of ends lies at each place.
 ///
 /// Costs a sort of the triangles and what the planes cut. Runs on the calling thread.
 ZNGEOM_API bool meshPlaneSections(const CompactMesh& mesh, const znLinear::Plane& plane, double step, int count,
