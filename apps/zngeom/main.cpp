@@ -160,7 +160,7 @@ Commands addCommands(CLI::App& app, OutputOptions& options)
           makeCheckCommand,   makeRepairCommand,    makeFillCommand,    makeFlattenCommand,   makePackCommand,
           makeReduceCommand,  makeIntersectCommand, makeSectionCommand, makeProjectCommand,   makeCutCommand,
           makeCollarCommand,  makeSubdivideCommand, makeExtrudeCommand, makeOffsetCommand,    makeShellCommand,
-          makeStitchCommand,  makeStrokeCommand,    makeCurveCommand}) {
+          makeStitchCommand,  makeStrokeCommand,    makeCurveCommand,   makePolylineCommand,  makeOverlapCommand}) {
         std::unique_ptr<Command> command = make();
         CLI::App* sub = command->addTo(app)->group("Commands");
         sub->add_flag("--json", options.json, "Print the report as JSON");
