@@ -25,7 +25,7 @@ struct Dab
 using Dabs = std::vector<Dab>;
 using Samples = std::vector<Point2Flt>;
 
-/// Loops of a hand, in units of pixels: samples from 2 to 20 apart.
+/// Loops of a hand, in units of pixels: samples up to 60 apart.
 Samples handDrawn()
 {
     Samples samples;
@@ -145,7 +145,7 @@ void evaluatePlainly(benchmark::State& state)
 {
     const Curve curve;
     std::vector<double> x, y, b(numSamples), c(numSamples), d(numSamples);
-    for (const Point2Flt& sample : curve.samples) x.push_back(double{sample.x}), y.push_back(double{sample.y});
+    for (const Point2Flt& sample : curve.samples) x.push_back(double(sample.x)), y.push_back(double(sample.y));
     znGeom::InterpolateAlg::cubic_nak(numSamples, x.data(), y.data(), b.data(), c.data(), d.data());
     bench::timeTinyWork(state, [&] {
         for (const double place : curve.places) {

@@ -81,6 +81,8 @@ Examples:
   zngeom collar part.obj strip.obj --loop 1 --width 2
   zngeom subdivide cage.obj smooth.obj --levels 3
   zngeom extrude sheet.obj plate.obj --all --distance 2
+  zngeom hull part.obj outline.svg --along x
+  zngeom bounds lines.obj --minimal --margin 0.5
   zngeom stroke pen.txt dabs.svg --spacing 8 --smooth
   zngeom curve table.txt curve.svg --method spline)";
 
@@ -155,12 +157,13 @@ Commands addCommands(CLI::App& app, OutputOptions& options)
 {
     Commands commands;
     for (auto make :
-         {makeInfoCommand,    makeWeldCommand,      makeConvertCommand, makeSplitCommand,     makeExtractCommand,
-          makeClosestCommand, makeRayCommand,       makeInsideCommand,  makeCurvatureCommand, makeDistanceCommand,
-          makeCheckCommand,   makeRepairCommand,    makeFillCommand,    makeFlattenCommand,   makePackCommand,
-          makeReduceCommand,  makeIntersectCommand, makeSectionCommand, makeProjectCommand,   makeCutCommand,
-          makeCollarCommand,  makeSubdivideCommand, makeExtrudeCommand, makeOffsetCommand,    makeShellCommand,
-          makeStitchCommand,  makeStrokeCommand,    makeCurveCommand,   makePolylineCommand,  makeOverlapCommand}) {
+         {makeInfoCommand,     makeWeldCommand,      makeConvertCommand, makeSplitCommand,     makeExtractCommand,
+          makeClosestCommand,  makeRayCommand,       makeInsideCommand,  makeCurvatureCommand, makeDistanceCommand,
+          makeCheckCommand,    makeRepairCommand,    makeFillCommand,    makeFlattenCommand,   makePackCommand,
+          makeReduceCommand,   makeIntersectCommand, makeSectionCommand, makeProjectCommand,   makeCutCommand,
+          makeCollarCommand,   makeSubdivideCommand, makeExtrudeCommand, makeOffsetCommand,    makeShellCommand,
+          makeStitchCommand,   makeHullCommand,      makeBoundsCommand,  makeStrokeCommand,    makeCurveCommand,
+          makePolylineCommand, makeOverlapCommand}) {
         std::unique_ptr<Command> command = make();
         CLI::App* sub = command->addTo(app)->group("Commands");
         sub->add_flag("--json", options.json, "Print the report as JSON");

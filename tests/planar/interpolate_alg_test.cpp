@@ -126,7 +126,7 @@ TEST(InterpolateAlg, PolynomialMethodsAgree)
             samples.append({static_cast<float>(x), static_cast<float>(random.real(-1, 1))});
         InterpolateAlg curve;
         curve.setInput(samples);
-        for (double t = samples.front().x; t <= double{samples.back().x} + 0.5; t += 0.125) {
+        for (double t = double(samples.front().x); t <= double(samples.back().x) + 0.5; t += 0.125) {
             const double byNeville = evaluate(curve, InterpolateAlg::eNeville, t);
             const double tolerance = 1e-11 * std::max(1.0, std::fabs(byNeville));
             EXPECT_NEAR(evaluate(curve, InterpolateAlg::eNewtonForm, t), byNeville, tolerance);
@@ -139,7 +139,7 @@ TEST(InterpolateAlg, PolynomialMethodsAgree)
         }
         for (const Hint hint : allHints)
             for (const auto& sample : samples)
-                EXPECT_NEAR(evaluate(curve, hint, double{sample.x}), double{sample.y}, 1e-11) << hint;
+                EXPECT_NEAR(evaluate(curve, hint, double(sample.x)), double(sample.y), 1e-11) << hint;
     }
 }
 

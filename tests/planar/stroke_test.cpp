@@ -182,7 +182,7 @@ TEST(Stroke, PointsLieOnThePathAtEqualDistanceAlongIt)
         const auto step = static_cast<float>(random.real(0.2, 3));
         FltInterpolate2D stroke;
         const Points points = spacedPoints(stroke, samples, step);
-        const auto expected = spacedExactly(samples, double{step});
+        const auto expected = spacedExactly(samples, double(step));
         // Whether the very end is reached may be a matter of rounding.
         ASSERT_NEAR(static_cast<double>(points.size()), static_cast<double>(expected.size()), 1);
         for (std::size_t i = 0; i < std::min(points.size(), expected.size()); ++i)
@@ -235,7 +235,7 @@ TEST(Smooth, TrailsTheInputWithoutKinks)
                                0.3391174908, 0.4536128205, 0.5697463369, 0.6797043140, 0.7756730257, 0.8498387458};
     for (int i = 0; i < 12; ++i) {
         if (i % 6 == 0) filter.step(3, count = 6, positions);
-        EXPECT_NEAR(double{positions[i % 6]} - 2, expected[i], 2e-6) << i;
+        EXPECT_NEAR(double(positions[i % 6]) - 2, expected[i], 2e-6) << i;
     }
     filter.step(9, count = -3, positions);
     EXPECT_EQ(count, 0) << "no steps: put at the value";

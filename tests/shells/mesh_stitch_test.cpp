@@ -211,7 +211,7 @@ TEST(MeshStitch, ChangesNothingWithoutAPair)
 TEST(MeshStitch, BringsBackWhatPlanesHaveCut)
 {
     int numSetAside = 0;
-    for (int round = 0; round < 40; ++round) {
+    for (int round = 0; round < 24; ++round) {
         SCOPED_TRACE(round);
         CompactMesh whole;
         if (round % 2 == 0)
@@ -255,29 +255,30 @@ TEST(MeshStitch, BringsBackWhatPlanesHaveCut)
         ASSERT_TRUE(stitch(again, tolerance));
         EXPECT_TRUE(sameBits(mesh, again));
     }
-    EXPECT_LE(numSetAside, 4);
+    EXPECT_LE(numSetAside, 3);
 }
 
-TEST(MeshStitch, SewsANarrowStripInWhereBordersCoincideAndTellsOfItElsewhere)
+TEST(MeshStitch, SewsANarrowStripInWhereBordersCoincideAndTellsWhatRunsBesideTooLittle)
 {
-    for (const double gap : {0.0, 0.012}) {
-        CompactMesh mesh = sheet(0, 0, 2, 1, 20, 10);
-        append(mesh, sheet(0, 1 + gap, 2, 1.03 + gap, 30, 1));
-        append(mesh, sheet(0, 1.03 + 2 * gap, 2, 2, 25, 10));
-        MeshStitchAccount account;
-        ASSERT_TRUE(stitch(mesh, 0.06, &account));
-        const Figures figures = figuresOf(mesh);
-        if (gap == 0) {
-            EXPECT_EQ(figures.components, 1);
-            EXPECT_EQ(figures.borders, 1);
-            EXPECT_EQ(figures.euler, 1);
-            EXPECT_NEAR(figures.area, 4, 1e-6);
-        } else {
-            EXPECT_EQ(account.outcomes[1], StitchOutcome::TooNarrow);
-        }
-        EXPECT_EQ(figures.flatTriangles, 0);
-        expectWhole(mesh);
-    }
+    CompactMesh mesh = sheet(0, 0, 2, 1, 20, 10);
+    append(mesh, sheet(0, 1, 2, 1.03, 30, 1));
+    append(mesh, sheet(0, 1.03, 2, 2, 25, 10));
+    ASSERT_TRUE(stitch(mesh, 0.06));
+    const Figures figures = figuresOf(mesh);
+    EXPECT_EQ(figures.components, 1);
+    EXPECT_EQ(figures.borders, 1);
+    EXPECT_EQ(figures.euler, 1);
+    EXPECT_EQ(figures.flatTriangles, 0);
+    EXPECT_NEAR(figures.area, 4, 1e-6);
+    expectWhole(mesh);
+
+    CompactMesh corners = sheet(0, 0, 1, 1, 10, 10);
+    append(corners, sheet(1.01, 0.98, 2, 2, 10, 10));
+    append(corners, sheet(5, 0, 6, 1, 10, 10));
+    MeshStitchAccount account;
+    EXPECT_FALSE(stitch(corners, 0.05, &account));
+    EXPECT_EQ(account.outcomes, (zn::vector<StitchOutcome>{StitchOutcome::TooNarrow, StitchOutcome::TooNarrow,
+                                                           StitchOutcome::NothingBeside}));
 }
 
 TEST(MeshStitch, SewsALoopRoundThatTouchesABorderInOneVertex)
@@ -286,7 +287,8 @@ TEST(MeshStitch, SewsALoopRoundThatTouchesABorderInOneVertex)
     CompactMesh dome = tube(60, 0.3, 1);
     for (int v = 0; v < dome.getNumVertices(); ++v) {
         MeshVertex& p = dome.getVertices()[v];
-        const double x = p.z * p.x, y = p.z * p.y, r2 = x * x + y * y;
+        const double r = static_cast<double>(p.z);
+        const double x = r * static_cast<double>(p.x), y = r * static_cast<double>(p.y), r2 = x * x + y * y;
         p.set(static_cast<float>(x), static_cast<float>(y), static_cast<float>(1 - r2 - 0.5 * (1 - x)));
     }
     const Figures expected = figuresOf(dome);

@@ -201,13 +201,13 @@ bool areTooSmallToSew(const CompactMesh& pieces, double tolerance, bool doCoinci
     }
     for (int border = 0; border < borders->size(); ++border) {
         const int* const vertices = borders->getStart(border);
-        double numSamples = 0;
+        double whole = 0;
         for (int i = 0; i < borders->getLength(border); ++i) {
             const double length = distance(point(vertices[i]), point(vertices[(i + 1) % borders->getLength(border)]));
-            numSamples += std::max(1.0, std::floor(5 * length / tolerance + 0.5));
+            whole += length;
             lengths[at(shells[vertices[0]])] += length;
         }
-        if (numSamples < 10) return true;
+        if (whole < 2 * tolerance) return true;
     }
     for (int shell = 0; shell < numShells && !doCoincide; ++shell)
         if (2 * areas[at(shell)] < tolerance * lengths[at(shell)]) return true;

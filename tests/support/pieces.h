@@ -20,8 +20,8 @@ struct PieceOptions
 /// Cuts a mesh; each part between the planes gets vertices of its own.
 znGeom::CompactMesh cutIntoPieces(const znGeom::CompactMesh& mesh, const PieceOptions& options, Random& random);
 
-/// Whether stitching may leave pieces apart: a border has fewer than ten samples a fifth of the tolerance apart, or,
-/// where borders don't coincide, a piece is narrower than the tolerance, twice its area by the length of its borders,
+/// Whether stitching may leave pieces apart: a border is shorter than two tolerances, or, where borders don't
+/// coincide, a piece is narrower than the tolerance, twice its area by the length of its borders,
 /// so that those beside it run beside each other too.
 bool areTooSmallToSew(const znGeom::CompactMesh& pieces, double tolerance, bool doCoincide);
 

@@ -73,8 +73,8 @@ void InterpolateAlg::prepareSamples()
     m_x = makeArray(m_n);
     m_y = makeArray(m_n);
     for (int i = 0; i < m_n; ++i) {
-        m_x[static_cast<size_t>(i)] = m_input[i].x;
-        m_y[static_cast<size_t>(i)] = m_input[i].y;
+        m_x[static_cast<size_t>(i)] = double(m_input[i].x);
+        m_y[static_cast<size_t>(i)] = double(m_input[i].y);
     }
 }
 

@@ -249,7 +249,7 @@ bool MeshLineTopology::TopologyAlg::compute(double tolerance, znUtil::ThreadPool
         const LineMatches matches = findLineMatches(strips, tolerance, pool);
         for (int sample = 0; sample < strips.size(); ++sample)
             if (!matches.of(sample).empty()) hasNeighbour[strips.strip(sample)] = true;
-        pairs = pairLineRuns(strips, mutualMatches(strips, matches, tolerance), tolerance);
+        pairs = pairLineRuns(strips, matches, mutualMatches(strips, matches, tolerance), tolerance);
     }
     m_records = std::make_unique<Records>(strips, pairs);
     m_records->hasNeighbour.swap(hasNeighbour);

@@ -369,8 +369,9 @@ private:
             m_account.outcomes[sampler.boundaryOf(strip)] = outcomeOf(topology, strip, pairOf);
     }
 
-    static StitchOutcome outcomeWithoutPair(const MeshLineTopology::TopologyAlg& topology, int strip)
+    StitchOutcome outcomeWithoutPair(const MeshLineTopology::TopologyAlg& topology, int strip) const
     {
+        if (topology.getFirstEdgeOnBoundary(strip).getLength() < m_tolerance) return StitchOutcome::TooShort;
         return topology.hasNeighbour(strip) ? StitchOutcome::TooNarrow : StitchOutcome::NothingBeside;
     }
 

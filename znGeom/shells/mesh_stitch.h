@@ -15,7 +15,8 @@ enum class StitchOutcome : int {
     Sewn,       ///< all of it
     SewnInPart, ///< some of it
     NotChosen,
-    TooShort,      ///< fewer than ten samples, which is two tolerances or less; or its vertices are no boundary
+    TooShort,      ///< fewer than ten samples, which is two tolerances or less, or shorter than the tolerance; or its
+                   ///< vertices are no boundary
     NothingBeside, ///< no boundary runs beside it within the tolerance
     TooNarrow,     ///< what is beside it runs beside something else too, as at a surface that is hardly wider than the
                    ///< tolerance, or for less than the tolerance

@@ -50,6 +50,8 @@ std::unique_ptr<Command> makeCutCommand();
 std::unique_ptr<Command> makeCollarCommand();
 std::unique_ptr<Command> makeSubdivideCommand();
 std::unique_ptr<Command> makeExtrudeCommand();
+std::unique_ptr<Command> makeHullCommand();
+std::unique_ptr<Command> makeBoundsCommand();
 std::unique_ptr<Command> makeStrokeCommand();
 std::unique_ptr<Command> makeCurveCommand();
 

@@ -81,7 +81,7 @@ private:
         alg.setInput({samples.data(), samples.data() + samples.size()});
         for (const auto& [name, hint] : methods)
             if (name == m_method) alg.setInterpolationHint(hint);
-        const double first = double{samples.front().x}, last = double{samples.back().x};
+        const double first = double(samples.front().x), last = double(samples.back().x);
         std::vector<Point2> curve;
         for (int i = 0; i < m_numSamples; ++i) {
             checkCancelled(progress);

@@ -67,7 +67,7 @@ std::size_t paintDabs(Image& image, const std::vector<znLinear::Point2Flt>& plac
     std::size_t numTouching = 0;
     for (const znLinear::Point2Flt& place : places) {
         checkCancelled(progress);
-        numTouching += cover.add(double{place.x}, double{place.y}, radius);
+        numTouching += cover.add(double(place.x), double(place.y), radius);
     }
     for (std::size_t i = 0; i < image.pixels.size(); ++i) {
         Colour& pixel = image.pixels[i];

@@ -46,11 +46,11 @@ public:
     /// Of a side that is crossed: whether the plane is crossed downwards along it.
     bool startsAbove(int side) const { return isAbove(heightAt(side)); }
 
-    /// The same digits from both triangles along an edge.
+    /// The same digits from both triangles along an edge, also where each has vertices of its own.
     MeshCoord crossing(int side) const
     {
         int start = side, end = cornerAtSideEnd(side);
-        if (vertexAtCorner(start) > vertexAtCorner(end)) std::swap(start, end);
+        if (startsAbove(side)) std::swap(start, end);
         const double from = std::fabs(heightAt(start)), to = std::fabs(heightAt(end));
         MeshCoord coord;
         coord.triangle = side / 3;
@@ -68,8 +68,10 @@ public:
     }
 
 private:
-    int vertexAtCorner(int corner) const { return m_triangles[corner / 3][corner % 3]; }
-    double heightAt(int corner) const { return m_plane.eval(m_vertices[vertexAtCorner(corner)].asPoint()); }
+    double heightAt(int corner) const
+    {
+        return m_plane.eval(m_vertices[m_triangles[corner / 3][corner % 3]].asPoint());
+    }
     bool isAbove(double height) const { return m_isOnAbove ? height >= 0 : height > 0; }
 
     const MeshVertex* m_vertices;

@@ -17,6 +17,7 @@ constexpr double mostCosineOfCorner = 0.8;
 constexpr double longestDrift = 2;       ///< in tolerances, beyond the end of what coincides
 constexpr double longestGap = 2;         ///< in tolerances
 constexpr double mostCosineOfGap = 0.97; ///< where two pairs are brought together on a strip
+constexpr double leastOpen = 0.25;       ///< in tolerances, of a side that is left out between two that coincide
 constexpr int leastSamples = 3;
 constexpr double leastShare = 0.25, mostExcess = 4;
 
@@ -113,8 +114,9 @@ private:
 class RunPairing
 {
 public:
-    RunPairing(const LineStrips& strips, double tolerance)
-        : m_strips(strips), m_tolerance(tolerance), m_isTaken(strips.size(), false), m_isEnd(strips.size(), false)
+    RunPairing(const LineStrips& strips, const LineMatches& matches, double tolerance)
+        : m_strips(strips), m_matches(matches), m_tolerance(tolerance), m_isTaken(strips.size(), false),
+          m_isEnd(strips.size(), false)
     {}
 
     void add(const Run& run)
@@ -309,11 +311,29 @@ private:
                 ++end;
             for (int i = begin; i < end; ++i) {
                 const Gap gap{stretches[i], stretches[i + 1 < end ? i + 1 : begin]};
-                if (gap.before->last != gap.after->first && lengthOf(wayOver(gap)) <= longestGap * m_tolerance)
+                if (gap.before->last != gap.after->first && !isOpenSide(gap) &&
+                    lengthOf(wayOver(gap)) <= longestGap * m_tolerance)
                     found.append(gap);
             }
         }
         return found;
+    }
+
+    /// Whether between two places up to which a strip coincides with others it coincides with nothing.
+    bool isOpenSide(const Gap& gap) const
+    {
+        int sample = gap.before->last;
+        if (!coincides(sample) || !coincides(gap.after->first)) return false;
+        while ((sample = m_strips.next(sample)) != gap.after->first)
+            if (coincides(sample)) return false;
+        return lengthOf(wayOver(gap)) >= leastOpen * m_tolerance;
+    }
+
+    bool coincides(int sample) const
+    {
+        const auto matches = m_matches.of(sample);
+        return std::any_of(matches.begin(), matches.end(),
+                           [this](const LineMatch& match) { return match.coincides(m_tolerance); });
     }
 
     static LineStretch wayOver(const Gap& gap) { return {gap.before->last, gap.after->first}; }
@@ -477,6 +497,7 @@ private:
     }
 
     const LineStrips& m_strips;
+    const LineMatches& m_matches;
     double m_tolerance;
     zn::vector<bool> m_isTaken; ///< per segment
     zn::vector<bool> m_isEnd;   ///< per sample, whether a pair begins or ends there
@@ -485,10 +506,11 @@ private:
 
 } // namespace
 
-zn::vector<LinePair> pairLineRuns(const LineStrips& strips, const LineMatches& matches, double tolerance)
+zn::vector<LinePair> pairLineRuns(const LineStrips& strips, const LineMatches& matches, const LineMatches& mutual,
+                                  double tolerance)
 {
-    RunPairing pairing(strips, tolerance);
-    for (const Run& run : RunFinder(strips, matches, tolerance).find()) pairing.add(run);
+    RunPairing pairing(strips, matches, tolerance);
+    for (const Run& run : RunFinder(strips, mutual, tolerance).find()) pairing.add(run);
     pairing.closeGaps();
     return pairing.pairs();
 }

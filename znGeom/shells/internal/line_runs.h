@@ -24,7 +24,7 @@ struct LinePair
 
 /// Pairs stretches, so that none overlaps another: the longest first, nearness counting as length.
 ///
-/// \param matches  those that hold both ways
+/// \param mutual  those of the matches that hold both ways
 ///
 /// A run is a sequence of consecutive samples of one strip whose places on another, or on a further part of the same
 /// one, follow each other within two tolerances. From each run what is taken already, on either strip, is left out. A
@@ -35,6 +35,7 @@ struct LinePair
 /// one strip and not on the other becomes two pairs.
 ///
 /// n log n in the runs, apart from that linear in the matches.
-zn::vector<LinePair> pairLineRuns(const LineStrips& strips, const LineMatches& matches, double tolerance);
+zn::vector<LinePair> pairLineRuns(const LineStrips& strips, const LineMatches& matches, const LineMatches& mutual,
+                                  double tolerance);
 
 } // namespace znGeom::internal
