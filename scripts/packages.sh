@@ -36,6 +36,7 @@ peers  header:zlib.h                      zlib1g-dev            zlib, which Assi
 peers  header:minizip/unzip.h             libminizip-dev        minizip, which Assimp's package links
 peers  header:tiny_obj_loader.h           libtinyobjloader-dev  tinyobjloader, to compare with
 peers  header:nanoflann.hpp               libnanoflann-dev      nanoflann, to compare with
+peers  header:boost/geometry.hpp          libboost-dev          Boost.Geometry, to compare with; CGAL uses Boost
 peers  header:stb/stb_rect_pack.h         libstb-dev            stb's packer of rectangles, to compare with
 LIST
 }

@@ -157,12 +157,13 @@ Commands addCommands(CLI::App& app, OutputOptions& options)
 {
     Commands commands;
     for (auto make :
-         {makeInfoCommand,    makeWeldCommand,      makeConvertCommand, makeSplitCommand,     makeExtractCommand,
-          makeClosestCommand, makeRayCommand,       makeInsideCommand,  makeCurvatureCommand, makeDistanceCommand,
-          makeCheckCommand,   makeRepairCommand,    makeFillCommand,    makeFlattenCommand,   makePackCommand,
-          makeReduceCommand,  makeIntersectCommand, makeSectionCommand, makeProjectCommand,   makeCutCommand,
-          makeCollarCommand,  makeSubdivideCommand, makeExtrudeCommand, makeOffsetCommand,    makeShellCommand,
-          makeStitchCommand,  makeHullCommand,      makeBoundsCommand,  makeStrokeCommand,    makeCurveCommand}) {
+         {makeInfoCommand,     makeWeldCommand,      makeConvertCommand, makeSplitCommand,     makeExtractCommand,
+          makeClosestCommand,  makeRayCommand,       makeInsideCommand,  makeCurvatureCommand, makeDistanceCommand,
+          makeCheckCommand,    makeRepairCommand,    makeFillCommand,    makeFlattenCommand,   makePackCommand,
+          makeReduceCommand,   makeIntersectCommand, makeSectionCommand, makeProjectCommand,   makeCutCommand,
+          makeCollarCommand,   makeSubdivideCommand, makeExtrudeCommand, makeOffsetCommand,    makeShellCommand,
+          makeStitchCommand,   makeHullCommand,      makeBoundsCommand,  makeStrokeCommand,    makeCurveCommand,
+          makePolylineCommand, makeOverlapCommand}) {
         std::unique_ptr<Command> command = make();
         CLI::App* sub = command->addTo(app)->group("Commands");
         sub->add_flag("--json", options.json, "Print the report as JSON");

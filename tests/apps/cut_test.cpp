@@ -79,11 +79,11 @@ TEST(ToolCut, SaysWhatItCannotDo)
         std::vector<std::string> words;
     };
     for (const Case& each : std::vector<Case>{
-             {{"section", cube, out, "--plane", "0,0,1,7"}, {"cube.obj", "misses"}},
              {{"section", cube, out, "--plane", "0,0,0,1"}, {"0,0,0,1", "no length"}},
              {{"section", cube, out, "--plane", "0,0,1"}, {"four numbers"}},
              {{"section", cube, out, "--plane", "0,0,nan,1"}, {"four numbers"}},
-             {{"section", cube, scratch.path("out.stl"), "--plane", "0,0,1,0"}, {"out.stl", ".obj or .ply"}},
+             {{"section", cube, scratch.path("out.stl"), "--plane", "0,0,1,0"},
+              {"out.stl", ".obj or .ply, .svg or .csv"}},
              {{"section", bare, out, "--plane", "0,0,1,0"}, {"bare.obj", "no triangles"}},
              {{"section", cube, cube, "--plane", "0,0,1,0"}, {"not overwritten"}},
              {{"project", grid, far, out}, {"far.txt", "polyline 1, point 1", "farther"}},

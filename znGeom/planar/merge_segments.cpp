@@ -30,7 +30,7 @@ class SegmentJoiner
 {
 public:
     SegmentJoiner(const std::deque<Segment>& segments, float tolerance)
-        : m_ends(endsOf(segments)), m_grid(m_ends, tolerance), m_tolerance(tolerance),
+        : m_ends(endsOf(segments)), m_grid(m_ends, tolerance), m_tolerance(double(tolerance)),
           m_isLaid(static_cast<int>(segments.size()))
     {}
 

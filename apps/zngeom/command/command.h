@@ -44,6 +44,8 @@ std::unique_ptr<Command> makeOffsetCommand();
 std::unique_ptr<Command> makeShellCommand();
 std::unique_ptr<Command> makeSectionCommand();
 std::unique_ptr<Command> makeProjectCommand();
+std::unique_ptr<Command> makePolylineCommand();
+std::unique_ptr<Command> makeOverlapCommand();
 std::unique_ptr<Command> makeCutCommand();
 std::unique_ptr<Command> makeCollarCommand();
 std::unique_ptr<Command> makeSubdivideCommand();

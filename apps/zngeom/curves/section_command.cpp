@@ -1,61 +1,156 @@
+#include <cmath>
 #include <filesystem>
 
 #include "apps/zngeom/command/command.h"
 #include "apps/zngeom/command/format_option.h"
 #include "apps/zngeom/command/part_options.h"
 #include "apps/zngeom/curves/surface_lines.h"
-#include "apps/zngeom/files/line_files.h"
 #include "apps/zngeom/files/mesh_files.h"
-#include "apps/zngeom/files/point_reader.h"
 #include "apps/zngeom/frame/pacer.h"
+#include "apps/zngeom/planar/outlines.h"
+#include "apps/zngeom/planar/point_table.h"
+#include "znGeom/analysis/bounds.h"
+#include "znGeom/curves/plane_sections.h"
+#include "znGeom/planar/merge_segments.h"
 
 namespace tool {
 
 namespace {
+
+/// Planes side by side.
+struct Planes
+{
+    znLinear::Plane first;
+    double step = 1;
+    int count = 1;
+
+    /// The axis that the planes face most.
+    int axis() const
+    {
+        int most = 2;
+        for (const int other : {0, 1})
+            if (std::fabs(first.normal[other]) > std::fabs(first.normal[most])) most = other;
+        return most;
+    }
+};
+
+/// Those at the multiples of a step that the mesh may reach.
+Planes planesEvery(double step, int axis, const znGeom::CompactMesh& mesh, const std::string& path)
+{
+    constexpr double most = 1e6;
+    double low[3], high[3];
+    znGeom::meshBoundingBox(mesh, low, high);
+    const double first = std::ceil(low[axis] / step), last = std::floor(high[axis] / step);
+    if (!(std::fabs(last - first) < most))
+        throw Failure(inputName(path) + ": would be cut by more than a million planes");
+    const znLinear::Normal normal(axis == 0, axis == 1, axis == 2);
+    Planes planes;
+    planes.first = {(normal.asVector() * (first * step)).asPoint(), normal};
+    planes.step = step;
+    planes.count = static_cast<int>(last - first) + 1;
+    return planes;
+}
+
+/// How far apart ends may be that are one: what is rounded in `float` where two triangles of a soup meet.
+double roundingIn(const znGeom::CompactMesh& mesh)
+{
+    double low[3], high[3], largest = 0;
+    znGeom::meshBoundingBox(mesh, low, high);
+    for (int axis = 0; axis < 3; ++axis) largest = std::max({largest, std::fabs(low[axis]), std::fabs(high[axis])});
+    return 4.0 * static_cast<double>(std::numeric_limits<float>::epsilon()) * largest;
+}
+
+std::vector<Polyline> outlinesOf(const znGeom::CompactMesh& mesh, const Planes& planes, znUtil::Progress& progress)
+{
+    progress.setCaption("cutting");
+    const double tolerance = roundingIn(mesh);
+    std::vector<Polyline> outlines;
+    const auto join = [&](int, const std::deque<znGeom::Segment>& segments) {
+        zn::vector<zn::Reference<znGeom::Polyline>> lines;
+        znGeom::MergeSegments()(lines, segments, static_cast<float>(tolerance));
+        for (const auto& line : lines) outlines.push_back(fromLibraryLine(*line, tolerance));
+    };
+    meshPlaneSections(mesh, planes.first, planes.step, planes.count, join, progress);
+    checkCancelled(progress);
+    return outlines;
+}
 
 class SectionCommand : public Command
 {
 public:
     CLI::App* addTo(CLI::App& app) override
     {
-        CLI::App* sub = app.add_subcommand("section", "Write the lines along which a plane cuts a mesh");
-        sub->footer("LINES is an OBJ or PLY file of lines, one for each curve; a closed one comes back to its first\n"
-                    "point. Open ones end at the boundary of the mesh, or at an edge of more than two triangles. Flat\n"
-                    "parts of the surface that lie in the plane give their rim, where the surface goes on below.");
+        CLI::App* sub = app.add_subcommand("section", "Write the lines along which planes cut a mesh");
+        sub->footer("LINES is an OBJ or PLY file of lines, one for each outline; a closed one comes back to its first\n"
+                    "point. Or a .csv table, or an .svg drawing of all planes on one another, with open outlines in\n"
+                    "red. Open ones end at the boundary of the mesh. Flat parts of the surface that lie in a plane\n"
+                    "give their rim, where the surface goes on below it. With --every, planes lie at all multiples of\n"
+                    "the step that the mesh reaches.");
         sub->add_option("MESH", m_mesh, "The mesh file")->required();
-        sub->add_option("LINES", m_lines, "The file to write, .obj or .ply")->required();
-        addPlaneOption(*sub, m_planes, false)->required();
+        sub->add_option("LINES", m_lines, "The file to write: .obj, .ply, .svg or .csv")->required();
+        addPlaneOptions(*sub);
+        sub->add_option("--decimate", m_decimation, "Leave out points that lie no farther off than this")
+            ->check(aboveZero())
+            ->option_text("TOL");
         addFormatOptions(*sub, m_formats);
         return sub;
     }
 
     Report run(znUtil::Progress& progress) override
     {
-        checkLineFormat(m_lines, m_formats.ofOutput());
-        planeFrom(m_planes.front());
-        std::error_code error;
-        if (std::filesystem::equivalent(m_mesh, m_lines, error))
-            throw Failure(m_lines + ": is read, and not overwritten by lines");
+        checkOutlineFormat(m_lines, m_formats.ofOutput());
+        Planes planes;
+        if (!m_planes.empty()) planes.first = planeFrom(m_planes.front());
+        checkIsNotRead();
         Phases phases(progress);
         LoadedMesh loaded;
-        loadMesh(m_mesh, phases.next(0.7), loaded, m_formats.input);
+        loadMesh(m_mesh, phases.next(0.6), loaded, m_formats.input);
         checkHasTriangles(loaded.mesh, m_mesh);
-        phases.next(0.3).setCaption("cutting");
-        const SurfaceCurves curves = cutByPlane(loaded.mesh, m_planes.front(), m_mesh);
-        checkCancelled(progress);
-        savePolylines(asPolylines(loaded.mesh, curves), m_lines, m_formats.ofOutput());
+        if (m_planes.empty()) planes = planesEvery(m_step, axisFrom(m_axis), loaded.mesh, m_mesh);
+        std::vector<Polyline> outlines = outlinesOf(loaded.mesh, planes, phases.next(0.4));
+        const bool isMissed = outlines.empty();
+        const int numGone = m_decimation ? decimateLines(outlines, *m_decimation) : 0;
+        saveOutlines(outlines, m_lines, m_formats.ofOutput(), planes.axis());
+
         Report report;
         report.add("input", m_mesh);
         report.add("output", m_lines);
-        addCurves(loaded.mesh, curves, report);
+        report.add("planes", planes.count);
+        addLines(outlines, report);
+        if (isMissed) report.addNote("no plane meets the surface: there are no lines");
+        if (numGone > 0) report.addNote(std::to_string(numGone) + " outlines smaller than the tolerance are left out");
         report.addNotes(loaded.notes);
         report.makeRoomFor(m_lines);
         return report;
     }
 
 private:
-    std::string m_mesh, m_lines;
+    void addPlaneOptions(CLI::App& sub)
+    {
+        CLI::Option* plane = addPlaneOption(sub, m_planes, false);
+        CLI::Option* every = sub.add_option("--every", m_step, "Cut by planes this far apart")
+                                 ->check(aboveZero())
+                                 ->option_text("STEP")
+                                 ->excludes(plane);
+        sub.add_option("--along", m_axis, "The axis along which they follow one another (default z)")
+            ->check(CLI::IsMember({"x", "y", "z"}))
+            ->needs(every);
+        sub.callback([plane, every] {
+            if (plane->count() + every->count() == 0) throw CLI::RequiredError("--plane or --every");
+        });
+    }
+
+    void checkIsNotRead() const
+    {
+        std::error_code error;
+        if (std::filesystem::equivalent(m_mesh, m_lines, error))
+            throw Failure(m_lines + ": is read, and not overwritten by lines");
+    }
+
+    std::string m_mesh, m_lines, m_axis;
     std::vector<std::string> m_planes;
+    double m_step = 0;
+    std::optional<double> m_decimation;
     StreamFormats m_formats;
 };
 

@@ -22,7 +22,8 @@ class OverlapCommand : public Command
 public:
     CLI::App* addTo(CLI::App& app) override
     {
-        CLI::App* sub = app.add_subcommand("overlap", "Find the longest stretch along which two lines run side by side");
+        CLI::App* sub =
+            app.add_subcommand("overlap", "Find the longest stretch along which two lines run side by side");
         sub->footer("A and B are files of lines as for the command polyline; of files with several, the two lines are\n"
                     "taken that run together for longest. Ranges are ways along the lines from their beginnings, a\n"
                     "closed line's from where its file has it begin. An end of the stretch that lies within the\n"

@@ -16,11 +16,12 @@ public:
     CLI::App* addTo(CLI::App& app) override
     {
         CLI::App* sub = app.add_subcommand("polyline", "Join lines where their ends meet, and leave out points");
-        sub->footer("IN is an OBJ or PLY file of lines, or a text with the x y z of a point on each line and empty\n"
-                    "lines between the polylines. OUT is such an .obj or .ply file, a .csv table, or an .svg drawing\n"
-                    "as seen from above, with open lines in red. Joining comes first. What is left out lies within the\n"
-                    "tolerance of the line through the points that stay on either side; closed lines smaller than\n"
-                    "that go. Tolerances are in the units of the file.");
+        sub->footer(
+            "IN is an OBJ or PLY file of lines, or a text with the x y z of a point on each line and empty\n"
+            "lines between the polylines. OUT is such an .obj or .ply file, a .csv table, or an .svg drawing\n"
+            "as seen from above, with open lines in red. Joining comes first. What is left out lies within the\n"
+            "tolerance of the line through the points that stay on either side; closed lines smaller than\n"
+            "that go. Tolerances are in the units of the file.");
         sub->add_option("IN", m_input, "The file to read")->required();
         sub->add_option("OUT", m_output, "The file to write")->required();
         sub->add_option("--decimate", m_decimation, "Leave out points that lie no farther off than this")
@@ -51,7 +52,8 @@ public:
         checkCancelled(progress);
         saveOutlines(lines, m_output, m_formats.ofOutput(), 2);
         addLines(lines, report);
-        if (numGone > 0) report.addNote(std::to_string(numGone) + " closed lines smaller than the tolerance are left out");
+        if (numGone > 0)
+            report.addNote(std::to_string(numGone) + " closed lines smaller than the tolerance are left out");
         report.makeRoomFor(m_output);
         return report;
     }

@@ -18,12 +18,12 @@ bool isFinite(const PointFlt& p) { return std::isfinite(p.x) && std::isfinite(p.
 /// by more than the tolerance, a box reaches to the next step.
 double cellSize(const zn::vector<PointFlt>& ends, float tolerance)
 {
-    constexpr double boxesPerCell = 4, fewSteps = 8 * std::numeric_limits<float>::epsilon();
+    constexpr double boxesPerCell = 4, fewSteps = 8 * double(std::numeric_limits<float>::epsilon());
     double largest = 0;
     for (const PointFlt& end : ends)
         if (isFinite(end))
             largest = std::max({largest, double(std::fabs(end.x)), double(std::fabs(end.y)), double(std::fabs(end.z))});
-    const double reach = std::min(tolerance, std::numeric_limits<float>::max());
+    const double reach = double(std::min(tolerance, std::numeric_limits<float>::max()));
     const double size = std::max(2 * boxesPerCell * reach, largest * fewSteps);
     return size > 0 ? size : 1; // also when the tolerance is no number
 }
@@ -38,7 +38,7 @@ EndGrid::EndGrid(const zn::vector<PointFlt>& ends, float tolerance)
     zn::vector<int> buckets(ends.size(), -1);
     for (int i = 0; i < ends.size(); ++i) {
         if (!isFinite(ends[i])) continue;
-        const double x = ends[i].x, y = ends[i].y, z = ends[i].z;
+        const double x = double(ends[i].x), y = double(ends[i].y), z = double(ends[i].z);
         buckets[i] = bucketOf(cellAlong(x), cellAlong(y), cellAlong(z));
         ++m_firsts[buckets[i] + 1];
     }
@@ -58,8 +58,8 @@ const zn::vector<int>& EndGrid::findNear(const PointFlt& centre)
     double cells[3][2];
     int numCells[3];
     for (int axis = 0; axis < 3; ++axis) {
-        cells[axis][0] = cellAlong(low[axis]);
-        cells[axis][1] = cellAlong(high[axis]);
+        cells[axis][0] = cellAlong(double(low[axis]));
+        cells[axis][1] = cellAlong(double(high[axis]));
         numCells[axis] = cells[axis][0] == cells[axis][1] ? 1 : 2;
     }
     int seen[8], numSeen = 0; // cells may share a bucket
@@ -77,7 +77,7 @@ const zn::vector<int>& EndGrid::findNear(const PointFlt& centre)
 
 double EndGrid::cellAlong(double coordinate) const
 {
-    constexpr double farthest = std::numeric_limits<float>::max(); // of what is found; boxes may reach beyond
+    constexpr double farthest = double(std::numeric_limits<float>::max()); // of what is found; boxes may reach beyond
     return std::floor(std::clamp(coordinate, -farthest, farthest) * m_cellsPerUnit);
 }
 
