@@ -1,8 +1,8 @@
 // Hulls of points in the plane, and the smallest rectangles around them.
 #include "bench/hull.h"
 #include "bench/suite.h"
-#include "znGeom/planar/convex_hull.h"
-#include "znGeom/planar/min_area_bound.h"
+#include "znGeom/planar/shapes/convex_hull.h"
+#include "znGeom/planar/shapes/min_area_bound.h"
 
 #include <algorithm>
 #include <cmath>

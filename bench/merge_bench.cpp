@@ -1,7 +1,7 @@
 // Joining a million segments that come in no order.
 #include "bench/merge.h"
 #include "bench/suite.h"
-#include "znGeom/planar/merge_segments.h"
+#include "znGeom/planar/polylines/merge_segments.h"
 
 #include <algorithm>
 #include <cmath>

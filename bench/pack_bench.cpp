@@ -1,7 +1,7 @@
 // One try at packing rectangles into a square.
 #include "bench/pack.h"
 #include "bench/suite.h"
-#include "znGeom/planar/pack.h"
+#include "znGeom/planar/shapes/pack.h"
 
 #include <algorithm>
 #include <cmath>

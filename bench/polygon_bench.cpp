@@ -1,7 +1,7 @@
 // Triangulating a loop of points.
 #include "bench/polygon.h"
 #include "bench/suite.h"
-#include "znGeom/planar/triangulate_polygon.h"
+#include "znGeom/planar/shapes/triangulate_polygon.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,9 +1,9 @@
 // Decimation of a million points, and what passes over all vertices of a line.
 #include "bench/polyline.h"
 #include "bench/suite.h"
-#include "znGeom/planar/decimate.h"
-#include "znGeom/planar/polyline_project.h"
-#include "znGeom/planar/polyline_transform.h"
+#include "znGeom/planar/polylines/decimate.h"
+#include "znGeom/planar/polylines/polyline_project.h"
+#include "znGeom/planar/polylines/polyline_transform.h"
 
 #include <cmath>
 #include <cstring>

@@ -1,9 +1,9 @@
 // A stroke of a pen: its points at a fixed spacing, raw and smoothed, beside a plain loop that writes them; and values
 // of a spline once it is prepared, beside a plain search for the piece.
 #include "bench/suite.h"
-#include "znGeom/planar/flt_interpolate_2d.h"
-#include "znGeom/planar/interpolate_alg.h"
-#include "znGeom/planar/smooth_interpolate_2d.h"
+#include "znGeom/planar/strokes/flt_interpolate_2d.h"
+#include "znGeom/planar/strokes/interpolate_alg.h"
+#include "znGeom/planar/strokes/smooth_interpolate_2d.h"
 
 #include <algorithm>
 #include <cmath>

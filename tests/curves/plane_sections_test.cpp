@@ -11,7 +11,7 @@
 #include "znGeom/analysis/edge_sides.h"
 #include "znGeom/analysis/volume.h"
 #include "znGeom/curves/plane_section.h"
-#include "znGeom/planar/merge_segments.h"
+#include "znGeom/planar/polylines/merge_segments.h"
 
 using namespace znGeom;
 using namespace znTest;

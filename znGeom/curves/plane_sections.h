@@ -7,7 +7,7 @@
 #include "znGeom/foundation/linear/plane.h"
 #include "znGeom/foundation/mesh/compact_mesh.h"
 #include "znGeom/foundation/threads/progress.h"
-#include "znGeom/planar/segment.h"
+#include "znGeom/planar/polylines/segment.h"
 
 namespace znGeom {
 

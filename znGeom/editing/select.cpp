@@ -4,7 +4,7 @@
 #include "znGeom/foundation/mesh/bit_runs.h"
 #include "znGeom/foundation/output/debug_channel.h"
 #include "znGeom/foundation/output/stop_watch.h"
-#include "znGeom/planar/polygon.h"
+#include "znGeom/planar/shapes/polygon.h"
 
 namespace znGeom {
 

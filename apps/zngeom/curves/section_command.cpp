@@ -11,7 +11,7 @@
 #include "apps/zngeom/planar/point_table.h"
 #include "znGeom/analysis/bounds.h"
 #include "znGeom/curves/plane_sections.h"
-#include "znGeom/planar/merge_segments.h"
+#include "znGeom/planar/polylines/merge_segments.h"
 
 namespace tool {
 

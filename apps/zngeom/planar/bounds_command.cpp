@@ -10,8 +10,8 @@
 #include "apps/zngeom/planar/plane_shape.h"
 #include "apps/zngeom/planar/point_table.h"
 #include "znGeom/foundation/linear/range.h"
-#include "znGeom/planar/convex_hull.h"
-#include "znGeom/planar/min_area_bound.h"
+#include "znGeom/planar/shapes/convex_hull.h"
+#include "znGeom/planar/shapes/min_area_bound.h"
 
 namespace tool {
 

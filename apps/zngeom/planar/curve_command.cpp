@@ -8,7 +8,7 @@
 #include "apps/zngeom/frame/usage.h"
 #include "apps/zngeom/picture/svg_drawing.h"
 #include "apps/zngeom/planar/point_table.h"
-#include "znGeom/planar/interpolate_alg.h"
+#include "znGeom/planar/strokes/interpolate_alg.h"
 
 namespace tool {
 

@@ -7,7 +7,7 @@
 #include "apps/zngeom/frame/pacer.h"
 #include "apps/zngeom/planar/plane_shape.h"
 #include "apps/zngeom/planar/point_table.h"
-#include "znGeom/planar/convex_hull.h"
+#include "znGeom/planar/shapes/convex_hull.h"
 
 namespace tool {
 

@@ -9,8 +9,8 @@
 #include "apps/zngeom/files/write_file.h"
 #include "apps/zngeom/frame/failure.h"
 #include "apps/zngeom/picture/svg_drawing.h"
-#include "znGeom/planar/decimate.h"
-#include "znGeom/planar/merge_segments.h"
+#include "znGeom/planar/polylines/decimate.h"
+#include "znGeom/planar/polylines/merge_segments.h"
 
 namespace tool {
 

@@ -6,7 +6,7 @@
 
 #include "apps/zngeom/files/polyline_files.h"
 #include "apps/zngeom/frame/report.h"
-#include "znGeom/planar/polyline.h"
+#include "znGeom/planar/polylines/polyline.h"
 
 namespace tool {
 

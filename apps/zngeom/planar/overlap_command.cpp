@@ -3,7 +3,7 @@
 #include "apps/zngeom/frame/pacer.h"
 #include "apps/zngeom/planar/outlines.h"
 #include "apps/zngeom/planar/point_table.h"
-#include "znGeom/planar/overlap.h"
+#include "znGeom/planar/polylines/overlap.h"
 
 namespace tool {
 

@@ -5,7 +5,7 @@
 
 #include "apps/zngeom/frame/pacer.h"
 #include "apps/zngeom/frame/report.h"
-#include "znGeom/planar/pack.h"
+#include "znGeom/planar/shapes/pack.h"
 
 namespace tool {
 

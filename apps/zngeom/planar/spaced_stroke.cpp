@@ -6,8 +6,8 @@
 #include "apps/zngeom/frame/failure.h"
 #include "apps/zngeom/frame/pacer.h"
 #include "znGeom/foundation/linear/range.h"
-#include "znGeom/planar/flt_interpolate_2d.h"
-#include "znGeom/planar/smooth_2d.h"
+#include "znGeom/planar/strokes/flt_interpolate_2d.h"
+#include "znGeom/planar/strokes/smooth_2d.h"
 
 namespace tool {
 

@@ -8,7 +8,7 @@
 #include "znGeom/analysis/adjacency.h"
 #include "znGeom/analysis/border_loops.h"
 #include "znGeom/analysis/components.h"
-#include "znGeom/planar/min_area_bound.h"
+#include "znGeom/planar/shapes/min_area_bound.h"
 
 namespace tool {
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "znGeom/curves/internal/pace.h"
-#include "znGeom/planar/internal/polygon_frame.h"
-#include "znGeom/planar/triangulate_polygon.h"
+#include "znGeom/planar/shapes/internal/polygon_frame.h"
+#include "znGeom/planar/shapes/triangulate_polygon.h"
 #include "znGeom/topology/topo_walks.h"
 
 namespace znGeom::internal {

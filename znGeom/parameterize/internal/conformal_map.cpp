@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "znGeom/planar/triangulate_polygon.h"
+#include "znGeom/planar/shapes/triangulate_polygon.h"
 #include "znGeom/solvers/internal/frontal_cholesky.h"
 
 namespace znGeom::internal {

@@ -4,8 +4,8 @@
 #include <unordered_map>
 #include <utility>
 
-#include "znGeom/planar/internal/polygon_frame.h"
-#include "znGeom/planar/triangulate_polygon.h"
+#include "znGeom/planar/shapes/internal/polygon_frame.h"
+#include "znGeom/planar/shapes/triangulate_polygon.h"
 #include "znGeom/repair/internal/fairing.h"
 #include "znGeom/topology/topo_walks.h"
 #include "znGeom/topology/twin.h"

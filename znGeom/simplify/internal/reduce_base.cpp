@@ -11,7 +11,7 @@
 #include "znGeom/foundation/output/stop_watch.h"
 #include "znGeom/foundation/threads/parallel_for.h"
 #include "znGeom/foundation/threads/parallel_sort.h"
-#include "znGeom/planar/plane_fit.h"
+#include "znGeom/planar/shapes/plane_fit.h"
 #include "znGeom/simplify/internal/vertex_removal.h"
 
 namespace znGeom::internal {
