@@ -18,10 +18,11 @@ PICTURE = ROOT / "docs/images/layers.svg"
 # What a folder is about; one that is missing here is drawn with its name alone.
 AROUND = {"apps/zngeom": "the tool", "examples": "small programs", "tests": "unit and fuzz tests", "bench": "benchmarks"}
 NOTES = {"analysis": "derived data, measures", "cache": "derived objects kept", "curves": "lines on surfaces",
-         "editing": "changes to a mesh", "files": "mesh files", "planar": "plane fits, polygons",
+         "editing": "changes to a mesh", "files": "mesh files", "planar/polylines": "lines and segments",
+         "planar/strokes": "spacing, splines", "planar/shapes": "hulls, packing, polygons",
          "spatial/shapes": "frusta, spheres, rays", "spatial/trees": "octree, quadtree, k-d tree",
          "spatial/queries": "nearest points, crossings", "repair": "broken meshes made whole", "scopes": "regions edited, merged back",
-         "simplify": "fewer vertices", "solvers": "sparse systems", "topology": "the half-edge mesh",
+         "simplify": "fewer vertices", "shells": "seams, walls, collars", "parameterize": "surfaces laid flat", "solvers": "sparse systems", "topology": "the half-edge mesh",
          "foundation/machine": "compiler, machine, version", "foundation/linear": "value types",
          "foundation/containers": "lists, maps, references", "foundation/mesh": "the mesh model",
          "foundation/threads": "pool, loops, progress", "foundation/output": "log, messages, timer",

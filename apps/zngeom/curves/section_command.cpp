@@ -1,5 +1,6 @@
 #include <cmath>
 #include <filesystem>
+#include <limits>
 
 #include "apps/zngeom/command/command.h"
 #include "apps/zngeom/command/format_option.h"
@@ -51,24 +52,18 @@ Planes planesEvery(double step, int axis, const znGeom::CompactMesh& mesh, const
     return planes;
 }
 
-/// How far apart ends may be that are one: what is rounded in `float` where two triangles of a soup meet.
-double roundingIn(const znGeom::CompactMesh& mesh)
-{
-    double low[3], high[3], largest = 0;
-    znGeom::meshBoundingBox(mesh, low, high);
-    for (int axis = 0; axis < 3; ++axis) largest = std::max({largest, std::fabs(low[axis]), std::fabs(high[axis])});
-    return 4.0 * static_cast<double>(std::numeric_limits<float>::epsilon()) * largest;
-}
+/// Nothing but what has the same digits, as the crossings of neighbouring triangles have. More than that could lead
+/// from one outline to another.
+constexpr float touching = std::numeric_limits<float>::denorm_min();
 
 std::vector<Polyline> outlinesOf(const znGeom::CompactMesh& mesh, const Planes& planes, znUtil::Progress& progress)
 {
     progress.setCaption("cutting");
-    const double tolerance = roundingIn(mesh);
     std::vector<Polyline> outlines;
     const auto join = [&](int, const std::deque<znGeom::Segment>& segments) {
         zn::vector<zn::Reference<znGeom::Polyline>> lines;
-        znGeom::MergeSegments()(lines, segments, static_cast<float>(tolerance));
-        for (const auto& line : lines) outlines.push_back(fromLibraryLine(*line, tolerance));
+        znGeom::MergeSegments()(lines, segments, touching);
+        for (const auto& line : lines) outlines.push_back(fromLibraryLine(*line, static_cast<double>(touching)));
     };
     meshPlaneSections(mesh, planes.first, planes.step, planes.count, join, progress);
     checkCancelled(progress);

@@ -115,7 +115,7 @@ private:
     {
         constexpr int most = 1 << 16;
         double first = largestSide(m_working.front()), last = largestSide(m_working.back());
-        const double factor = m_shrink;
+        const auto factor = static_cast<double>(m_shrink);
         int count = 0;
         for (; count < most && (last > 1.0 || first - 1.0 >= epsilonTol); ++count) first *= factor, last *= factor;
         return count;
@@ -125,7 +125,7 @@ private:
     {
         m_attempts = static_cast<int>(std::min<std::int64_t>(std::int64_t{m_attempts} + steps, INT_MAX));
         for (int step = 0; step < steps; ++step) m_coverage *= m_shrink;
-        const double factor = m_shrink;
+        const auto factor = static_cast<double>(m_shrink);
         for (Range2d& item : m_working) {
             Point2 size = item.size();
             for (int step = 0; step < steps; ++step) size = {size.x * factor, size.y * factor};
