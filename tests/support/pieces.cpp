@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 #include <map>
 #include <set>
 #include <utility>
@@ -114,7 +115,8 @@ private:
         }
     }
 
-    /// Divides sides at cuts that have no other side in their own piece.
+    /// Divides sides at cuts that have no other side in their own piece. On shorter ones than some hundred steps of a
+    /// `float` a place would not be on the side.
     void divideCuts(const std::map<Side, bool>& isCut, int mostSteps, Random& random)
     {
         std::map<Side, std::size_t> owners;
@@ -126,12 +128,19 @@ private:
             for (int rest = 1 + random.below(mostSteps); rest > 1; --rest) {
                 const double t = 1.0 / rest + random.real(-0.3, 0.3) / rest;
                 const Point from = m_points[at(side.first)], to = m_points[at(side.second)];
+                if (distance(from, to) < leastLength(from)) continue;
                 const int middle = int(m_points.size());
                 m_points.push_back(from + (to - from) * t);
                 divide(side, middle, owners);
                 side = {middle, side.second};
             }
         }
+    }
+
+    static double leastLength(const Point& place)
+    {
+        constexpr double share = 1000 * double(std::numeric_limits<float>::epsilon());
+        return share * std::max({std::fabs(place.x), std::fabs(place.y), std::fabs(place.z)});
     }
 
     void divide(Side side, int middle, std::map<Side, std::size_t>& owners)
