@@ -42,7 +42,7 @@ bool isClosed(const CompactMesh& mesh)
     return true;
 }
 
-Vector place(const float* p) { return {p[0], p[1], p[2]}; }
+Vector place(const float* p) { return Point(znLinear::PointFlt(p[0], p[1], p[2])).asVector(); }
 
 /// Twice the area that segments go round, seen along an axis.
 double twiceArea(const std::deque<Segment>& segments, const Vector& axis)

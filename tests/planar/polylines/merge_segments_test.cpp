@@ -24,8 +24,9 @@ Segment segment(const Point& from, const Point& to)
     return {start, end};
 }
 
-Point startOf(const Segment& s) { return {s.start[0], s.start[1], s.start[2]}; }
-Point endOf(const Segment& s) { return {s.end[0], s.end[1], s.end[2]}; }
+Point placeOf(const float* p) { return Point(znLinear::PointFlt(p[0], p[1], p[2])); }
+Point startOf(const Segment& s) { return placeOf(s.start); }
+Point endOf(const Segment& s) { return placeOf(s.end); }
 
 Lines merged(const std::deque<Segment>& segments, float tolerance)
 {
@@ -69,11 +70,7 @@ public:
     }
 
 private:
-    Point at(int end) const
-    {
-        const float* p = &m_ends[3 * static_cast<std::size_t>(end)];
-        return {p[0], p[1], p[2]};
-    }
+    Point at(int end) const { return placeOf(&m_ends[3 * static_cast<std::size_t>(end)]); }
     Point take(int end)
     {
         m_visited[static_cast<std::size_t>(end) / 2] = true;

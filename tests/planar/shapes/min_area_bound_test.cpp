@@ -19,6 +19,8 @@ namespace {
 using Points = zn::vector<Point2>;
 
 constexpr float largestRatio = std::numeric_limits<float>::max();
+constexpr double notNumber = std::numeric_limits<double>::quiet_NaN(),
+                 infinity = std::numeric_limits<double>::infinity();
 
 struct Bound
 {
@@ -106,10 +108,10 @@ TEST(MinAreaRect2d, LeavesASquareAsItIs)
     // From the lowest corner the base leads to the right; from the leftmost it leads down.
     expectCorners(rect, {{0, -1}, {1, 0}, {-1, 0}, {0, 1}});
     EXPECT_NEAR(ratio, 1, 1e-6);
-    EXPECT_TRUE(minAreaRect2d({{2, 3}, {NAN, 0}, {2, 3}}, rect, &ratio));
+    EXPECT_TRUE(minAreaRect2d({{2, 3}, {notNumber, 0}, {2, 3}}, rect, &ratio));
     expectCorners(rect, {{2, 3}, {2, 3}, {2, 3}, {2, 3}});
     EXPECT_EQ(ratio, 1);
-    EXPECT_FALSE(minAreaRect2d({{NAN, 0}, {INFINITY, 0}}, rect, &ratio));
+    EXPECT_FALSE(minAreaRect2d({{notNumber, 0}, {infinity, 0}}, rect, &ratio));
     expectCorners(rect, {{2, 3}, {2, 3}, {2, 3}, {2, 3}});
     EXPECT_EQ(ratio, 0);
 }
