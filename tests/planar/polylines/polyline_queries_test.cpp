@@ -89,6 +89,37 @@ TEST(PolylineProjectPt, FindsThePlaceThatSamplingFinds)
     EXPECT_EQ(distance, 1e150);
 }
 
+TEST(PolylineProjectPt, GivesTheBitsOfALookAtEachSegment)
+{
+    znTest::Random random(4);
+    for (int round = 0; round < 200; ++round) {
+        const double scale = std::pow(10.0, random.real(-160, 160)), away = random.oneIn(2) ? 0 : random.real(0, 1e9);
+        const auto place = [&](double size) {
+            return (random.vector(size).asPoint() + Vector(away, 0, 0)).asVector() * scale;
+        };
+        std::vector<Polyline::vertex> vertices;
+        Vector at = place(1);
+        for (int i = 0; i < 1 + random.below(1500); ++i) {
+            at = random.oneIn(50) ? place(1) : random.oneIn(9) ? at : at + random.vector(0.01 * scale);
+            vertices.push_back({at.asPoint(), double(i)});
+        }
+        const Polyline line(int(vertices.size()), vertices.data());
+        const Point p = random.oneIn(4) ? vertices.back().point : place(random.oneIn(2) ? 1 : 5).asPoint();
+        double best = 1e300, expected = -1, distance = 0;
+        Point nearest, closest;
+        for (std::size_t i = 0; i + 1 < vertices.size(); ++i) {
+            const znLinear::ParamLine segment(vertices[i].point, vertices[i + 1].point);
+            const double u = projectParam(p, segment), clamped = u < 0 ? 0 : u > 1 ? 1 : u;
+            const Point candidate = u < 0 ? vertices[i].point : u > 1 ? vertices[i + 1].point : segment.eval(u);
+            if (!(best > distance2(p, candidate))) continue;
+            best = distance2(p, candidate), nearest = candidate, expected = double(i) + clamped;
+        }
+        EXPECT_EQ(PolylineProjectPt(line).project(p, closest, distance), expected);
+        EXPECT_EQ(closest, nearest);
+        EXPECT_EQ(distance, std::sqrt(best));
+    }
+}
+
 TEST(PolylineProjectPt, MovesTheSeamToTheNearerEnd)
 {
     const Polyline ring = lineThrough({{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 0, 0}});

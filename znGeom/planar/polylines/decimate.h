@@ -17,11 +17,12 @@ namespace znGeom {
 /// counts as 0: 1e-13 of the diagonal of the line's box and 1e-15 of the distance of its far corners from the origin,
 /// unless the tolerance is as small as that. Vertices that are not finite stay, as do their neighbours.
 ///
-/// About n log n on lines that wander, on straight ones however they lie, and with all vertices in one place: a million
-/// vertices take less than half a second. Where very many costs are exactly equal and above rounding, as on a zigzag of
-/// one height throughout that lies along an axis, the square of the vertices taken out in a row. 100 bytes a vertex.
-/// The greedy order is that of Visvalingam, Whyatt, "Line generalisation by repeated elimination of points" (1993),
-/// with distances for areas.
+/// About n log n on lines that wander, on straight ones that go one way, however they lie, and with all vertices in one
+/// place: a million vertices take less than half a second. Where very many costs are exactly equal and above rounding,
+/// the square of the vertices taken out in a row: on a zigzag or steps of one height throughout along an axis, on a
+/// line that goes back and forth between two places, or in no order along a straight one. 100 bytes a vertex. The
+/// greedy order is that of Visvalingam, Whyatt, "Line generalisation by repeated elimination of points" (1993), with
+/// distances for areas.
 ZNGEOM_API void decimate(Polyline& line, double tolerance);
 
 } // namespace znGeom
