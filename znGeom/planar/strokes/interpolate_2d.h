@@ -27,9 +27,8 @@ public:
     /// Jumps to the end of what has been added.
     ///
     /// \param out  the point; unchanged when there is none
-    /// \param t    how far the point is between the last two samples, from 0 to 1; unchanged when there is no point;
-    /// may
-    ///             be null
+    /// \param t    how far the point is between the last two samples, from 0 to 1; unchanged when there is no point.
+    ///             May be null
     /// \return false when there is nothing left, until more is added
     virtual bool interpolate(znLinear::Point2Flt& out, float* t) = 0;
 

@@ -19,9 +19,8 @@ public:
 
     /// Moves towards a value.
     ///
-    /// \param numSteps   the number of sub-steps; becomes 0 at the first value, where the mass is put and rests. A
-    /// number
-    ///                   not above 0 becomes 0 too, and puts the mass at the value
+    /// \param numSteps   the number of sub-steps; becomes 0 at the first value, where the mass is put and rests. One
+    ///                   that is not above 0 becomes 0 too, and puts the mass at the value
     /// \param positions  receives the position after each sub-step
     void step(float value, int& numSteps, float* positions);
 

@@ -21,8 +21,11 @@ public:
     TreeSearch(const PackedTriangles& tree, const Octree& octree, const OctreeTris& octreeTris);
 
     /// Consecutive points are often neighbours: a search begins with the distance to what the last one found as a
-    /// bound. This saves time and changes nothing else. \param walk   to be used where the order of the octree's leaves
-    /// decides \param coord  untouched when the result is false \return false when the plain walk has to decide
+    /// bound. This saves time and changes nothing else.
+    ///
+    /// \param walk   to be used where the order of the octree's leaves decides
+    /// \param coord  untouched when the result is false
+    /// \return false when the plain walk has to decide
     bool find(const znLinear::Point& query, OctreeClosestIt& walk, MeshCoord& coord, double& distance2);
 
 private:
