@@ -187,7 +187,7 @@ private:
     bool contract()
     {
         const TopoMeshEdge e = anyEdge();
-        if (e->twin || !collapsible(e)) return false;
+        if (!collapsible(e)) return false;
         const TopoMeshVertex survivor = endOf(e);
         const Point place = survivor->point;
         EXPECT_TRUE(mesh.contractEdge(e) == survivor && survivor->point == place);

@@ -125,8 +125,8 @@ public:
     /// vertices. All other half-edges keep their handles. A further edge between the two ends becomes one that ends
     /// where it begins.
     TopoMeshVertex collapseEdge(TopoMeshEdge e);
-    /// Contracts a boundary half-edge into its end: its face is removed, the end keeps its handle and position. The
-    /// outer sides join as in `collapseEdge`. Linear in the valence of the origin.
+    /// Contracts an edge, a boundary half-edge or another, into the end of `e`, which keeps its handle and position:
+    /// the origin is gone. The outer sides join as in `collapseEdge`. Linear in the valence of the origin.
     TopoMeshVertex contractEdge(TopoMeshEdge e);
     /// Whether collapsing an edge of triangles preserves the topology of the surface: the link test of Dey,
     /// Edelsbrunner, Guha and Nekhayev, "Topology preserving edge contraction" (1999). False when the ends have a

@@ -87,7 +87,7 @@ bool collapse(const Sides& sides, const std::function<void(TopoMeshVertex)>& goe
     for (const TopoMeshEdge e : {sides.shortest, sides.shortest->twin}) {
         if (!collapsesWell(e)) continue;
         goes(e->origin);
-        mesh.collapseEdge(e);
+        mesh.contractEdge(e);
         return true;
     }
     return false;
