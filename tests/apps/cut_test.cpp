@@ -73,6 +73,7 @@ TEST(ToolCut, SaysWhatItCannotDo)
     const std::string wrong = lines("wrong.obj", "v 0 0 0\nv 1 0 0\nl 1 3\n");
     const std::string binary = lines("bin.ply", "ply\nformat binary_little_endian 1.0\nend_header\n");
     const std::string across = lines("across.txt", "0 0 1\n0 0 -1\n");
+    const std::string endless = lines("endless.obj", "v 0 0 0\nv 1 0 0\nv 0 1 inf\nf 1 2 3\n");
     struct Case
     {
         std::vector<std::string> arguments;
@@ -86,6 +87,8 @@ TEST(ToolCut, SaysWhatItCannotDo)
               {"out.stl", ".obj or .ply, .svg or .csv"}},
              {{"section", bare, out, "--plane", "0,0,1,0"}, {"bare.obj", "no triangles"}},
              {{"section", cube, cube, "--plane", "0,0,1,0"}, {"not overwritten"}},
+             {{"section", endless, out, "--every", "1"}, {"endless.obj", "not finite"}},
+             {{"section", cube, out, "--every", "1e-9"}, {"more than a million"}},
              {{"project", grid, far, out}, {"far.txt", "polyline 1, point 1", "farther"}},
              {{"project", grid, odd, out}, {"odd.txt", "line 2", "\"x\" is not a finite number"}},
              {{"project", grid, one, out}, {"one.obj", "no polyline"}},

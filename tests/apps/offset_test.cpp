@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cmath>
-#include <csignal>
 
 #include "tests/apps/sample_files.h"
 #include "tests/apps/tool_process.h"
@@ -102,19 +100,7 @@ TEST(ToolOffset, EndsAtCtrlCWithTheOldFile)
 {
     const Scratch scratch;
     const std::string in = scratch.write("in.obj", ditchObj(150)), out = scratch.path("out.obj");
-    report({"shell", in, out, "--thickness", "0.5"});
-    const std::string whole = scratch.read("out.obj");
-    for (int wait = 5; wait < 320; wait = wait * 3 / 2) {
-        scratch.write("out.obj", "old");
-        ToolProcess tool({"shell", in, out, "--thickness", "0.5"});
-        usleep(1000u * static_cast<unsigned>(wait));
-        tool.signal(SIGINT);
-        const Outcome outcome = tool.wait();
-        const std::string content = scratch.read("out.obj");
-        EXPECT_TRUE(content == "old" ? outcome.status != 0 : content == whole) << wait << outcome;
-        EXPECT_TRUE(outcome.status != 130 || outcome.err == "zngeom: cancelled\n") << outcome;
-        EXPECT_EQ(scratch.names().size(), 2);
-    }
+    expectOldOrNewAtCtrlC(scratch, {"shell", in, out, "--thickness", "0.5"}, 1, true);
 }
 
 TEST(ToolOffset, DrawsBeforeAndAfter)

@@ -113,35 +113,7 @@ TEST(ToolCancel, InterruptedAnywhereItLeavesTheOldFilesOrTheWholeNewOnes)
         const std::string in = scratch.write("in.obj", gridObj(150) + (needsSurface ? "" : "f 1 2 3\nf 1 1 2\n"));
         Words arguments{command, in, scratch.path("out.ply")};
         arguments.insert(arguments.end(), options.begin(), options.end());
-        const auto started = std::chrono::steady_clock::now();
-        report(arguments);
-        const auto time = std::chrono::steady_clock::now() - started;
-        std::vector<std::pair<std::string, std::string>> files;
-        for (const std::string& name : scratch.names())
-            if (name != "in.obj") files.emplace_back(name, scratch.read(name));
-        ASSERT_EQ(files.size(), splits ? 20U : 1U);
-
-        constexpr int places = 10;
-        for (int place = 0; place <= places; ++place) {
-            for (const auto& file : files) scratch.write(file.first, "old");
-            ToolProcess tool(arguments);
-            std::this_thread::sleep_for(time * place / places);
-            tool.signal(SIGINT);
-            if (place % 2 != 0 && !splits) tool.signal(SIGINT); // which ends it whatever it is about
-            const Outcome outcome = tool.wait();
-            std::size_t numOld = 0, numNew = 0;
-            for (const auto& [name, whole] : files) {
-                const std::string content = scratch.read(name);
-                numOld += content == "old";
-                numNew += content == whole;
-            }
-            // Before it listens for signals, and after it has finished with the file, the tool ends as any program
-            // does.
-            EXPECT_TRUE(outcome.status == 0 || outcome.status == 130 || outcome.status == -SIGINT) << outcome;
-            EXPECT_TRUE(numOld == files.size() ? outcome.status != 0 : numNew == files.size() && outcome.status != 130)
-                << place << outcome;
-            EXPECT_EQ(scratch.names().size(), files.size() + 1) << place;
-        }
+        expectOldOrNewAtCtrlC(scratch, arguments, splits ? 20 : 1, !splits);
     }
 }
 

@@ -7,9 +7,11 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
+#include <thread>
 
 namespace toolTest {
 
@@ -128,6 +130,40 @@ std::vector<std::string> Scratch::names() const
     for (const auto& entry : std::filesystem::directory_iterator(m_folder)) names.push_back(entry.path().filename());
     std::sort(names.begin(), names.end());
     return names;
+}
+
+void expectOldOrNewAtCtrlC(const Scratch& scratch, const std::vector<std::string>& arguments, std::size_t numFiles,
+                           bool isTwiceAtTimes)
+{
+    const std::vector<std::string> before = scratch.names();
+    const auto started = std::chrono::steady_clock::now();
+    report(arguments);
+    const auto time = std::chrono::steady_clock::now() - started;
+    std::vector<std::pair<std::string, std::string>> files;
+    for (const std::string& name : scratch.names())
+        if (std::find(before.begin(), before.end(), name) == before.end()) files.emplace_back(name, scratch.read(name));
+    ASSERT_EQ(files.size(), numFiles);
+
+    constexpr int places = 10;
+    for (int place = 0; place <= places; ++place) {
+        for (const auto& file : files) scratch.write(file.first, "old");
+        ToolProcess tool(arguments);
+        std::this_thread::sleep_for(time * place / places);
+        tool.signal(SIGINT);
+        if (isTwiceAtTimes && place % 2 != 0) tool.signal(SIGINT);
+        const Outcome outcome = tool.wait();
+        std::size_t numOld = 0, numNew = 0;
+        for (const auto& [name, whole] : files) {
+            const std::string content = scratch.read(name);
+            numOld += content == "old";
+            numNew += content == whole;
+        }
+        // Before it listens for signals, and after it has finished with the file, the tool ends as any program does.
+        EXPECT_TRUE(outcome.status == 0 || outcome.status == 130 || outcome.status == -SIGINT) << outcome;
+        EXPECT_TRUE(numOld == files.size() ? outcome.status != 0 : numNew == files.size() && outcome.status != 130)
+            << place << outcome;
+        EXPECT_EQ(scratch.names().size(), files.size() + before.size()) << place;
+    }
 }
 
 } // namespace toolTest

@@ -72,4 +72,12 @@ private:
     std::filesystem::path m_folder;
 };
 
+/// Runs a call to its end, then interrupts it after every tenth of its time, and expects the files
+/// that it writes to be the old ones or the whole new ones, and no others beside them.
+///
+/// \param numFiles        how many it writes; none of them may be there yet
+/// \param isTwiceAtTimes  a second interrupt follows, which ends it whatever it is about
+void expectOldOrNewAtCtrlC(const Scratch& scratch, const std::vector<std::string>& arguments, std::size_t numFiles,
+                           bool isTwiceAtTimes);
+
 } // namespace toolTest

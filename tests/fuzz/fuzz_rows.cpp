@@ -5,9 +5,9 @@
 #include <string>
 #include <string_view>
 
-#include "apps/zngeom/files/number_text.h"
 #include "apps/zngeom/files/text_lines.h"
 #include "apps/zngeom/frame/failure.h"
+#include "apps/zngeom/frame/number_text.h"
 #include "tests/fuzz/parse_both_ways.h"
 
 namespace {

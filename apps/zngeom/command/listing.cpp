@@ -1,11 +1,11 @@
 #include "apps/zngeom/command/listing.h"
 
 #include <CLI/App.hpp>
-#include <filesystem>
 
 #include "apps/zngeom/command/part_options.h"
 #include "apps/zngeom/files/mesh_files.h"
 #include "apps/zngeom/files/point_reader.h"
+#include "apps/zngeom/files/read_file.h"
 #include "apps/zngeom/files/write_file.h"
 
 namespace tool {
@@ -21,13 +21,16 @@ void Listing::addTo(CLI::App& app, const char* name, const char* about)
 
 void Listing::load(LoadedMesh& loaded, znUtil::Progress& progress) const
 {
-    std::error_code error;
     for (const std::string& input : {mesh, questions})
-        if (isToFile() && std::filesystem::equivalent(input, m_output, error))
-            throw Failure(m_output + ": is read, and not overwritten");
+        if (isToFile()) checkIsOther(input, m_output);
     loadMesh(mesh, progress, loaded, formats.input);
     checkHasTriangles(loaded.mesh, mesh);
     checkFinite(loaded.mesh.getVertices(), loaded.mesh.getNumVertices(), mesh);
+}
+
+std::vector<znGeom::MeshVertex> Listing::loadPoints(znUtil::Progress& progress) const
+{
+    return tool::loadPoints(questions, progress, questions == standardStream ? formats.input : "");
 }
 
 /// The flag is common to all commands; here it applies to the lines as well.

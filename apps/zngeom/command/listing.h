@@ -3,10 +3,11 @@
 
 #include <algorithm>
 #include <string>
+#include <vector>
 
 #include "apps/zngeom/command/format_option.h"
 #include "apps/zngeom/files/loaded_mesh.h"
-#include "apps/zngeom/files/number_text.h"
+#include "apps/zngeom/frame/number_text.h"
 #include "apps/zngeom/frame/pacer.h"
 #include "apps/zngeom/frame/report.h"
 
@@ -25,6 +26,9 @@ public:
     /// Looks whether the answers may be written, and reads the mesh; fails where it has no triangles, or a vertex that
     /// is not finite.
     void load(LoadedMesh& loaded, znUtil::Progress& progress) const;
+
+    /// The questions of commands that are asked about points.
+    std::vector<znGeom::MeshVertex> loadPoints(znUtil::Progress& progress) const;
 
     bool isToFile() const { return !m_output.empty(); }
 

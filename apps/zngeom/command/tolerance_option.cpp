@@ -4,8 +4,8 @@
 #include <cmath>
 
 #include "apps/zngeom/files/mesh_files.h"
-#include "apps/zngeom/files/number_text.h"
 #include "apps/zngeom/frame/failure.h"
+#include "apps/zngeom/frame/number_text.h"
 #include "znGeom/analysis/bounds.h"
 
 namespace tool {
@@ -32,12 +32,6 @@ std::string problemOfTolerance(const std::string& word)
 }
 
 } // namespace
-
-std::optional<double> positiveNumber(std::string_view word)
-{
-    const std::optional<double> number = finiteNumber(word);
-    return number && *number > 0 ? number : std::nullopt;
-}
 
 CLI::Option* addToleranceOption(CLI::App& app, std::string& word, const std::string& help)
 {

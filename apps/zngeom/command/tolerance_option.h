@@ -14,8 +14,6 @@ class Option;
 
 namespace tool {
 
-std::optional<double> positiveNumber(std::string_view word);
-
 /// Adds `--tolerance DISTANCE|PERCENT%`.
 CLI::Option* addToleranceOption(CLI::App& app, std::string& word, const std::string& help);
 

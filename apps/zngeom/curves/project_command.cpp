@@ -1,4 +1,3 @@
-#include <filesystem>
 
 #include "apps/zngeom/command/command.h"
 #include "apps/zngeom/command/format_option.h"
@@ -8,6 +7,7 @@
 #include "apps/zngeom/files/mesh_files.h"
 #include "apps/zngeom/files/point_reader.h"
 #include "apps/zngeom/files/read_file.h"
+#include "apps/zngeom/files/write_file.h"
 #include "apps/zngeom/frame/pacer.h"
 
 namespace tool {
@@ -63,10 +63,7 @@ private:
     {
         if (m_mesh == standardStream && m_polylines == standardStream)
             throw Failure("-: only one of mesh and polylines can be standard input");
-        std::error_code error;
-        for (const std::string& input : {m_mesh, m_polylines})
-            if (std::filesystem::equivalent(input, m_lines, error))
-                throw Failure(m_lines + ": is read, and not overwritten by lines");
+        for (const std::string& input : {m_mesh, m_polylines}) checkIsOther(input, m_lines);
     }
 
     std::string m_mesh, m_polylines, m_lines;

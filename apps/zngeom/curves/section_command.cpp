@@ -1,15 +1,17 @@
 #include <cmath>
-#include <filesystem>
 #include <limits>
 
+#include "apps/zngeom/command/axis_option.h"
 #include "apps/zngeom/command/command.h"
 #include "apps/zngeom/command/format_option.h"
 #include "apps/zngeom/command/part_options.h"
 #include "apps/zngeom/curves/surface_lines.h"
 #include "apps/zngeom/files/mesh_files.h"
+#include "apps/zngeom/files/write_file.h"
+#include "apps/zngeom/frame/cancel_on_signal.h"
 #include "apps/zngeom/frame/pacer.h"
+#include "apps/zngeom/frame/usage.h"
 #include "apps/zngeom/planar/outlines.h"
-#include "apps/zngeom/planar/point_table.h"
 #include "znGeom/analysis/bounds.h"
 #include "znGeom/curves/plane_sections.h"
 #include "znGeom/planar/polylines/merge_segments.h"
@@ -42,8 +44,8 @@ Planes planesEvery(double step, int axis, const znGeom::CompactMesh& mesh, const
     double low[3], high[3];
     znGeom::meshBoundingBox(mesh, low, high);
     const double first = std::ceil(low[axis] / step), last = std::floor(high[axis] / step);
-    if (!(std::fabs(last - first) < most))
-        throw Failure(inputName(path) + ": would be cut by more than a million planes");
+    if (!std::isfinite(last - first)) throw Failure(inputName(path) + ": coordinates are not finite");
+    if (!(last - first < most)) throw Failure(inputName(path) + ": would be cut by more than a million planes");
     const znLinear::Normal normal(axis == 0, axis == 1, axis == 2);
     Planes planes;
     planes.first = {(normal.asVector() * (first * step)).asPoint(), normal};
@@ -96,7 +98,7 @@ public:
         checkOutlineFormat(m_lines, m_formats.ofOutput());
         Planes planes;
         if (!m_planes.empty()) planes.first = planeFrom(m_planes.front());
-        checkIsNotRead();
+        checkIsOther(m_mesh, m_lines);
         Phases phases(progress);
         LoadedMesh loaded;
         loadMesh(m_mesh, phases.next(0.6), loaded, m_formats.input);
@@ -104,7 +106,11 @@ public:
         if (m_planes.empty()) planes = planesEvery(m_step, axisFrom(m_axis), loaded.mesh, m_mesh);
         std::vector<Polyline> outlines = outlinesOf(loaded.mesh, planes, phases.next(0.4));
         const bool isMissed = outlines.empty();
-        const int numGone = m_decimation ? decimateLines(outlines, *m_decimation) : 0;
+        int numGone = 0;
+        if (m_decimation) {
+            const EndOnSignal endOnSignal(progress);
+            numGone = decimateLines(outlines, *m_decimation);
+        }
         saveOutlines(outlines, m_lines, m_formats.ofOutput(), planes.axis());
 
         Report report;
@@ -127,19 +133,10 @@ private:
                                  ->check(aboveZero())
                                  ->option_text("STEP")
                                  ->excludes(plane);
-        sub.add_option("--along", m_axis, "The axis along which they follow one another (default z)")
-            ->check(CLI::IsMember({"x", "y", "z"}))
-            ->needs(every);
+        addAlongOption(sub, m_axis, "The axis along which they follow one another")->needs(every);
         sub.callback([plane, every] {
             if (plane->count() + every->count() == 0) throw CLI::RequiredError("--plane or --every");
         });
-    }
-
-    void checkIsNotRead() const
-    {
-        std::error_code error;
-        if (std::filesystem::equivalent(m_mesh, m_lines, error))
-            throw Failure(m_lines + ": is read, and not overwritten by lines");
     }
 
     std::string m_mesh, m_lines, m_axis;

@@ -3,7 +3,7 @@
 #include <CLI/App.hpp>
 
 #include "apps/zngeom/files/mesh_files.h"
-#include "apps/zngeom/files/number_text.h"
+#include "apps/zngeom/frame/number_text.h"
 #include "apps/zngeom/frame/pacer.h"
 #include "znGeom/analysis/adjacency.h"
 #include "znGeom/analysis/bounds.h"

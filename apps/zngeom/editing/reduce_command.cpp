@@ -7,6 +7,7 @@
 #include "apps/zngeom/command/tolerance_option.h"
 #include "apps/zngeom/editing/collapse_edges.h"
 #include "apps/zngeom/editing/positions_only.h"
+#include "apps/zngeom/frame/number_text.h"
 #include "apps/zngeom/frame/pacer.h"
 #include "znGeom/analysis/census.h"
 #include "znGeom/simplify/reduce.h"

@@ -3,9 +3,9 @@
 #include <algorithm>
 
 #include "apps/zngeom/files/mesh_files.h"
-#include "apps/zngeom/files/number_text.h"
 #include "apps/zngeom/files/read_file.h"
 #include "apps/zngeom/frame/failure.h"
+#include "apps/zngeom/frame/number_text.h"
 #include "apps/zngeom/frame/pacer.h"
 
 namespace tool {

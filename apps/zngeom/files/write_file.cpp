@@ -3,12 +3,19 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 
 #include "apps/zngeom/files/read_file.h"
 #include "apps/zngeom/frame/failure.h"
 #include "znGeom/files/pending_file.h"
 
 namespace tool {
+
+void checkIsOther(const std::string& input, const std::string& output)
+{
+    std::error_code error;
+    if (std::filesystem::equivalent(input, output, error)) throw Failure(output + ": is read, and not overwritten");
+}
 
 void writeFile(std::string_view bytes, const std::string& path)
 {

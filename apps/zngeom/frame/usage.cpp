@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <charconv>
 
+#include "apps/zngeom/frame/number_text.h"
+
 namespace tool {
 
 namespace {
@@ -41,6 +43,11 @@ CLI::Validator wholeNumberFrom(int least)
         return error != std::errc() || value < least ? "must be at least " + std::to_string(least) : "";
     };
     return CLI::Validator(check, "");
+}
+
+CLI::Validator aboveZero()
+{
+    return CLI::Validator([](std::string& word) { return positiveNumber(word) ? "" : "must be a number above 0"; }, "");
 }
 
 std::string nearestWord(const std::string& word, const std::vector<std::string>& candidates)

@@ -9,6 +9,8 @@ namespace tool {
 
 /// A check for an option's value: a whole number, not below `least`.
 CLI::Validator wholeNumberFrom(int least);
+/// The same for a finite number above 0.
+CLI::Validator aboveZero();
 
 /// The candidate nearest to a mistyped word; empty where none is near. Two neighbouring letters swapped, and one letter
 /// too many, too few or wrong, count as one mistake each.

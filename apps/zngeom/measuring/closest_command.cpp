@@ -5,6 +5,7 @@
 #include "apps/zngeom/command/listing.h"
 #include "apps/zngeom/files/point_reader.h"
 #include "apps/zngeom/frame/cancel_on_signal.h"
+#include "apps/zngeom/frame/number_text.h"
 #include "apps/zngeom/frame/pacer.h"
 #include "znGeom/analysis/bounds.h"
 #include "znGeom/spatial/queries/closest_point.h"
@@ -95,8 +96,7 @@ public:
         Phases phases(progress);
         LoadedMesh loaded;
         m_files.load(loaded, phases.next(0.3));
-        const std::vector<znGeom::MeshVertex> points =
-            loadPoints(m_files.questions, phases.next(0.1), m_files.questions == "-" ? m_files.formats.input : "");
+        const std::vector<znGeom::MeshVertex> points = m_files.loadPoints(phases.next(0.1));
         const std::vector<Closest> found = findClosest(loaded.mesh, points, phases.next(0.6));
         checkAllFound(found);
         Report report = m_files.answer(found.size(), [&](std::string& text, std::size_t i, bool json) {

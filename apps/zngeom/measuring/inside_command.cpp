@@ -3,6 +3,7 @@
 #include "apps/zngeom/command/command.h"
 #include "apps/zngeom/command/listing.h"
 #include "apps/zngeom/files/point_reader.h"
+#include "apps/zngeom/frame/number_text.h"
 #include "apps/zngeom/measuring/mesh_index.h"
 #include "znGeom/analysis/census.h"
 #include "znGeom/analysis/normals.h"
@@ -69,8 +70,7 @@ public:
         Phases phases(progress);
         LoadedMesh loaded;
         m_files.load(loaded, phases.next(0.3));
-        const std::vector<znGeom::MeshVertex> points =
-            loadPoints(m_files.questions, phases.next(0.1), m_files.questions == "-" ? m_files.formats.input : "");
+        const std::vector<znGeom::MeshVertex> points = m_files.loadPoints(phases.next(0.1));
         znGeom::meshComputeNormals(loaded.mesh);
         const MeshIndex index(loaded.mesh, phases.next(0.2));
         std::vector<Result> results(points.size());

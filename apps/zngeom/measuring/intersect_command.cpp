@@ -7,6 +7,7 @@
 #include "apps/zngeom/files/line_files.h"
 #include "apps/zngeom/files/mesh_files.h"
 #include "apps/zngeom/files/read_file.h"
+#include "apps/zngeom/files/write_file.h"
 #include "apps/zngeom/frame/pacer.h"
 #include "znGeom/spatial/queries/mesh_intersect.h"
 
@@ -80,9 +81,7 @@ private:
             throw Failure("-: only one of the two meshes can be standard input");
         if (std::filesystem::equivalent(m_inputA, m_inputB, error))
             throw Failure(m_inputB + ": is the first mesh as well; zngeom check tells where a mesh crosses itself");
-        for (const std::string& input : {m_inputA, m_inputB})
-            if (std::filesystem::equivalent(input, m_output, error))
-                throw Failure(m_output + ": is read, and not overwritten by lines");
+        for (const std::string& input : {m_inputA, m_inputB}) checkIsOther(input, m_output);
     }
 
     /// On the first mesh; on the second where the triangle of the first has no area.

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "apps/zngeom/files/number_text.h"
 #include "apps/zngeom/frame/failure.h"
+#include "apps/zngeom/frame/number_text.h"
 
 namespace tool {
 

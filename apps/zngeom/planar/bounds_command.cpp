@@ -1,11 +1,12 @@
 #include <cmath>
 #include <numbers>
 
+#include "apps/zngeom/command/axis_option.h"
 #include "apps/zngeom/command/command.h"
 #include "apps/zngeom/command/format_option.h"
-#include "apps/zngeom/files/number_text.h"
 #include "apps/zngeom/files/write_file.h"
 #include "apps/zngeom/frame/failure.h"
+#include "apps/zngeom/frame/number_text.h"
 #include "apps/zngeom/frame/pacer.h"
 #include "apps/zngeom/planar/plane_shape.h"
 #include "apps/zngeom/planar/point_table.h"
@@ -82,7 +83,7 @@ public:
         sub->add_option("IN", m_input, "The points, outlines or mesh")->required();
         sub->add_flag("--minimal", m_isMinimal,
                       "The smallest rectangle that may be turned, not the box along the axes");
-        addAlongOption(*sub, m_axis);
+        addAlongOption(*sub, m_axis, "The axis along which it is seen");
         sub->add_option("--margin", m_margin, "How far each side moves outwards; inwards below 0")
             ->check(CLI::Validator([](const std::string& word) { return finiteNumber(word) ? "" : "must be a number"; },
                                    ""))
@@ -98,7 +99,7 @@ public:
             checkSvgName(m_drawing);
             checkIsOther(m_input, m_drawing);
         }
-        const PlaneShape shape = loadPlaneShape(m_input, m_axis, progress, m_formats.input);
+        const PlaneShape shape = loadPlaneShape(m_input, axisFrom(m_axis), progress, m_formats.input);
         checkCancelled(progress);
         const Rect2 box = withMargin(boxOf(shape));
         const Rect2 rect = m_isMinimal ? withMargin(smallestOf(shape)) : box;
@@ -145,7 +146,7 @@ private:
         report.add(key, rounded(value), shownNumber(value));
     }
 
-    std::string m_input, m_axis = "z", m_drawing;
+    std::string m_input, m_axis, m_drawing;
     bool m_isMinimal = false;
     double m_margin = 0;
     StreamFormats m_formats;

@@ -4,6 +4,7 @@
 #include "apps/zngeom/files/mesh_files.h"
 #include "apps/zngeom/files/write_file.h"
 #include "apps/zngeom/frame/failure.h"
+#include "apps/zngeom/frame/number_text.h"
 #include "apps/zngeom/frame/pacer.h"
 #include "apps/zngeom/frame/usage.h"
 #include "apps/zngeom/picture/svg_drawing.h"

@@ -1,3 +1,4 @@
+#include "apps/zngeom/command/axis_option.h"
 #include "apps/zngeom/command/command.h"
 #include "apps/zngeom/command/format_option.h"
 #include "apps/zngeom/files/line_files.h"
@@ -7,6 +8,7 @@
 #include "apps/zngeom/frame/pacer.h"
 #include "apps/zngeom/planar/plane_shape.h"
 #include "apps/zngeom/planar/point_table.h"
+#include "apps/zngeom/planar/polygon_area.h"
 #include "znGeom/planar/shapes/convex_hull.h"
 
 namespace tool {
@@ -22,13 +24,6 @@ Corners hullOf(const PlaneShape& shape)
     // In one place they have no hull with more than a corner.
     if (!znGeom::convexHull2d(shape.points, hull)) return {shape.points[0]};
     return {hull.begin(), hull.end()};
-}
-
-double areaOf(const Corners& hull)
-{
-    double twice = 0;
-    for (std::size_t i = 2; i < hull.size(); ++i) twice += cross(hull[i - 1] - hull[0], hull[i] - hull[0]);
-    return twice / 2;
 }
 
 double lengthOf(const Corners& hull)
@@ -69,7 +64,7 @@ public:
                     ".ply; or a drawing, .svg. No point is outside, and points along a side are no corners.");
         sub->add_option("IN", m_input, "The points, outlines or mesh")->required();
         sub->add_option("OUT", m_output, "The file to write")->required();
-        addAlongOption(*sub, m_axis);
+        addAlongOption(*sub, m_axis, "The axis along which it is seen");
         addFormatOption(*sub, m_formats);
         return sub;
     }
@@ -81,7 +76,7 @@ public:
         const FileFormat* format = isDrawing ? nullptr : findFormat(m_output);
         const bool isLine = format && format->format != znGeom::MeshFormat::Plain;
         if (isLine) checkLineFormat(m_output, "");
-        const PlaneShape shape = loadPlaneShape(m_input, m_axis, progress, m_formats.input);
+        const PlaneShape shape = loadPlaneShape(m_input, axisFrom(m_axis), progress, m_formats.input);
         checkCancelled(progress);
         const Corners hull = hullOf(shape);
         if (isLine)
@@ -94,13 +89,13 @@ public:
         report.add("points", shape.points.size());
         report.add("corners", hull.size());
         report.add("length", rounded(lengthOf(hull)), shownNumber(lengthOf(hull)));
-        report.add("area", rounded(areaOf(hull)), shownNumber(areaOf(hull)));
+        report.add("area", rounded(signedArea(hull)), shownNumber(signedArea(hull)));
         report.makeRoomFor(m_output);
         return report;
     }
 
 private:
-    std::string m_input, m_output, m_axis = "z";
+    std::string m_input, m_output, m_axis;
     StreamFormats m_formats;
 };
 

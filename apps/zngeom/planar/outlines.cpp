@@ -3,11 +3,12 @@
 #include <algorithm>
 #include <deque>
 
+#include "apps/zngeom/command/axis_option.h"
 #include "apps/zngeom/files/line_files.h"
 #include "apps/zngeom/files/mesh_files.h"
-#include "apps/zngeom/files/number_text.h"
 #include "apps/zngeom/files/write_file.h"
 #include "apps/zngeom/frame/failure.h"
+#include "apps/zngeom/frame/number_text.h"
 #include "apps/zngeom/picture/svg_drawing.h"
 #include "znGeom/planar/polylines/decimate.h"
 #include "znGeom/planar/polylines/merge_segments.h"
@@ -44,15 +45,14 @@ std::string asTable(const std::vector<Polyline>& lines)
 std::string asDrawing(const std::vector<Polyline>& lines, int axis)
 {
     constexpr Colour openColour{200, 60, 40};
-    const auto seen = [axis](const Point& point) { return Point2(point[(axis + 1) % 3], point[(axis + 2) % 3]); };
     znLinear::Range2d bounds;
     for (const Polyline& line : lines)
-        for (const Point& point : line.points) bounds.include(seen(point));
+        for (const Point& point : line.points) bounds.include(seenAlong(axis, point));
     if (bounds.isEmpty()) bounds = znLinear::Range2d::unitSquare;
     SvgDrawing drawing(bounds);
     for (const Polyline& line : lines) {
         std::vector<Point2> points;
-        for (const Point& point : line.points) points.push_back(seen(point));
+        for (const Point& point : line.points) points.push_back(seenAlong(axis, point));
         SvgStyle style;
         if (!line.closed) style.line = openColour;
         drawing.polyline(points, line.closed, style);
@@ -152,7 +152,5 @@ void addLines(const std::vector<Polyline>& lines, Report& report)
     report.add("length", rounded(length), shownNumber(length));
     report.addForPrograms("each_curve", std::move(list));
 }
-
-int axisFrom(const std::string& word) { return word.empty() ? 2 : word[0] - 'x'; }
 
 } // namespace tool

@@ -35,7 +35,4 @@ void saveOutlines(const std::vector<Polyline>& lines, const std::string& path, c
 /// Adds how many they are, how many of them open and closed, their points and length, and for programs each by itself.
 void addLines(const std::vector<Polyline>& lines, Report& report);
 
-/// The axis that a word, x to z, names.
-int axisFrom(const std::string& word);
-
 } // namespace tool

@@ -1,6 +1,8 @@
 #include "apps/zngeom/command/command.h"
 #include "apps/zngeom/command/format_option.h"
+#include "apps/zngeom/frame/cancel_on_signal.h"
 #include "apps/zngeom/frame/pacer.h"
+#include "apps/zngeom/frame/usage.h"
 #include "apps/zngeom/planar/outlines.h"
 #include "apps/zngeom/planar/point_table.h"
 #include "znGeom/planar/polylines/overlap.h"
@@ -60,6 +62,7 @@ private:
     {
         progress.setCaption("comparing");
         Pacer pacer(progress, as.size() * bs.size());
+        const EndOnSignal endOnSignal(progress);
         Overlap longest;
         for (std::size_t b = 0; b < bs.size(); ++b) {
             znGeom::PolylineBBoxCache boxes(bs[b]);
@@ -75,7 +78,6 @@ private:
                 if (found.length > longest.length) longest = found;
             }
         }
-        checkCancelled(progress);
         return longest;
     }
 

@@ -1,7 +1,6 @@
 #include "apps/zngeom/planar/plane_shape.h"
 
-#include <CLI/App.hpp>
-
+#include "apps/zngeom/command/axis_option.h"
 #include "apps/zngeom/files/mesh_files.h"
 #include "apps/zngeom/files/point_reader.h"
 #include "apps/zngeom/files/polyline_files.h"
@@ -16,11 +15,6 @@ namespace {
 using znLinear::Point;
 using znLinear::Point2;
 
-Point2 seenAlong(const std::string& axis, const Point& p)
-{
-    return axis == "x" ? Point2(p.y, p.z) : axis == "y" ? Point2(p.z, p.x) : Point2(p.x, p.y);
-}
-
 /// How many words there are on each of the first lines that have some, of two at most.
 std::vector<std::size_t> wordsAtTop(const std::string& text)
 {
@@ -30,7 +24,7 @@ std::vector<std::size_t> wordsAtTop(const std::string& text)
     return counts;
 }
 
-PlaneShape parsePoints(const std::string& text, const std::string& axis, znUtil::Progress& progress)
+PlaneShape parsePoints(const std::string& text, int axis, znUtil::Progress& progress)
 {
     const std::vector<std::size_t> words = wordsAtTop(text);
     const std::size_t size = !words.empty() && words.front() == 2 ? 2 : 3;
@@ -41,7 +35,7 @@ PlaneShape parsePoints(const std::string& text, const std::string& axis, znUtil:
     return shape;
 }
 
-PlaneShape shapeOf(const znGeom::CompactMesh& mesh, const std::string& axis, const std::string& path)
+PlaneShape shapeOf(const znGeom::CompactMesh& mesh, int axis, const std::string& path)
 {
     const int count = mesh.getNumVertices();
     if (count == 0) throw Failure(inputName(path) + ": has no points");
@@ -54,7 +48,7 @@ PlaneShape shapeOf(const znGeom::CompactMesh& mesh, const std::string& axis, con
     return shape;
 }
 
-PlaneShape shapeOf(const std::vector<Polyline>& polylines, const std::string& axis)
+PlaneShape shapeOf(const std::vector<Polyline>& polylines, int axis)
 {
     PlaneShape shape;
     for (const Polyline& polyline : polylines) {
@@ -78,8 +72,7 @@ std::vector<Polyline> linesOf(const std::string& path, znUtil::Progress& progres
     }
 }
 
-PlaneShape loadFromMesh(const std::string& path, const std::string& axis, znUtil::Progress& progress,
-                        const std::string& word)
+PlaneShape loadFromMesh(const std::string& path, int axis, znUtil::Progress& progress, const std::string& word)
 {
     LoadedMesh loaded;
     loadMesh(path, progress, loaded, word);
@@ -90,15 +83,7 @@ PlaneShape loadFromMesh(const std::string& path, const std::string& axis, znUtil
 
 } // namespace
 
-void addAlongOption(CLI::App& app, std::string& axis)
-{
-    app.add_option("--along", axis, "The axis along which it is seen")
-        ->check(CLI::IsMember({"x", "y", "z"}))
-        ->option_text("x|y|z [z]");
-}
-
-PlaneShape loadPlaneShape(const std::string& path, const std::string& axis, znUtil::Progress& progress,
-                          const std::string& word)
+PlaneShape loadPlaneShape(const std::string& path, int axis, znUtil::Progress& progress, const std::string& word)
 {
     const FileFormat* format = findFormat(path, word);
     const bool isPlain = format && format->format == znGeom::MeshFormat::Plain;

@@ -9,10 +9,6 @@
 #include "znGeom/foundation/linear/point.h"
 #include "znGeom/foundation/threads/progress.h"
 
-namespace CLI {
-class App;
-}
-
 namespace tool {
 
 struct PlaneLine
@@ -33,16 +29,13 @@ constexpr const char* planeShapeRules =
     "on each line, x y or x y z, divided by blanks or commas, where # starts a comment; - is standard input.\n"
     "Seen along z a point has the coordinates x y in the plane, along x it has y z, and along y it has z x.\n";
 
-/// Adds `--along x|y|z`.
-void addAlongOption(CLI::App& app, std::string& axis);
-
-/// \param axis  "x", "y" or "z". Points of two coordinates lie in the plane as they are, whatever the axis
+/// \param axis  0 to 2, along which it is seen. Points of two coordinates lie in the plane as they are, whatever the
+///              axis
 /// \param word  names a format for a path whose extension gives none; without one it is a text
 ///
 /// Fails with one line that begins with the path; also without a point, and where a coordinate is not finite. May be
 /// cancelled.
-PlaneShape loadPlaneShape(const std::string& path, const std::string& axis, znUtil::Progress& progress,
-                          const std::string& word = "");
+PlaneShape loadPlaneShape(const std::string& path, int axis, znUtil::Progress& progress, const std::string& word = "");
 
 /// The lines, or else the points, some ten thousand of them where there are more.
 void draw(const PlaneShape& shape, SvgDrawing& drawing);

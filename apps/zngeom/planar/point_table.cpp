@@ -2,9 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <filesystem>
 
-#include "apps/zngeom/command/tolerance_option.h"
 #include "apps/zngeom/files/mesh_files.h"
 #include "apps/zngeom/files/text_lines.h"
 #include "apps/zngeom/frame/failure.h"
@@ -25,12 +23,6 @@ std::vector<znLinear::Point2Flt> loadSamples(const std::string& path, znUtil::Pr
     return samples;
 }
 
-void checkIsOther(const std::string& input, const std::string& output)
-{
-    std::error_code error;
-    if (std::filesystem::equivalent(input, output, error)) throw Failure(output + ": is read, and not overwritten");
-}
-
 znLinear::Point2 shortest(const znLinear::Point2Flt& point) { return {shortest(point.x), shortest(point.y)}; }
 
 std::vector<znLinear::Point2> shortest(const std::vector<znLinear::Point2Flt>& points)
@@ -38,11 +30,6 @@ std::vector<znLinear::Point2> shortest(const std::vector<znLinear::Point2Flt>& p
     std::vector<znLinear::Point2> others;
     for (const znLinear::Point2Flt& point : points) others.push_back(shortest(point));
     return others;
-}
-
-CLI::Validator aboveZero()
-{
-    return CLI::Validator([](std::string& word) { return positiveNumber(word) ? "" : "must be a number above 0"; }, "");
 }
 
 } // namespace tool

@@ -1,11 +1,10 @@
 /// Tables of points in the plane, and options that commands over them share.
 #pragma once
 
-#include <CLI/App.hpp>
 #include <string>
 #include <vector>
 
-#include "apps/zngeom/files/number_text.h"
+#include "apps/zngeom/frame/number_text.h"
 #include "znGeom/foundation/linear/point.h"
 #include "znGeom/foundation/threads/progress.h"
 
@@ -18,9 +17,6 @@ constexpr const char* sampleRules =
 
 /// Two samples or more, up to 1e18 from zero. Fails with one line that begins with the path. May be cancelled.
 std::vector<znLinear::Point2Flt> loadSamples(const std::string& path, znUtil::Progress& progress);
-
-/// Fails where the output would take the place of what is read.
-void checkIsOther(const std::string& input, const std::string& output);
 
 /// One line for each point, with commas where the path ends in .csv.
 template <typename T>
@@ -39,8 +35,5 @@ std::string tableOf(const std::vector<znLinear::Point2T<T>>& points, const std::
 /// The point in as many decimal digits as a `float` needs.
 znLinear::Point2 shortest(const znLinear::Point2Flt& point);
 std::vector<znLinear::Point2> shortest(const std::vector<znLinear::Point2Flt>& points);
-
-/// A check for an option's value: a finite number above 0.
-CLI::Validator aboveZero();
 
 } // namespace tool

@@ -2,7 +2,9 @@
 
 #include "apps/zngeom/command/command.h"
 #include "apps/zngeom/command/format_option.h"
+#include "apps/zngeom/frame/cancel_on_signal.h"
 #include "apps/zngeom/frame/pacer.h"
+#include "apps/zngeom/frame/usage.h"
 #include "apps/zngeom/planar/outlines.h"
 #include "apps/zngeom/planar/point_table.h"
 
@@ -21,7 +23,7 @@ public:
             "lines between the polylines. OUT is such an .obj or .ply file, a .csv table, or an .svg drawing\n"
             "as seen from above, with open lines in red. Joining comes first. What is left out lies within the\n"
             "tolerance of the line through the points that stay on either side; closed lines smaller than\n"
-            "that go. Tolerances are in the units of the file.");
+            "that go. Tolerances are in the units of the file. Joining gives coordinates in single precision.");
         sub->add_option("IN", m_input, "The file to read")->required();
         sub->add_option("OUT", m_output, "The file to write")->required();
         sub->add_option("--decimate", m_decimation, "Leave out points that lie no farther off than this")
@@ -40,6 +42,7 @@ public:
         Phases phases(progress);
         std::vector<Polyline> lines = loadPolylines(m_input, phases.next(0.5), m_formats.input);
         phases.next(0.5).setCaption("thinning out");
+        std::optional<EndOnSignal> endOnSignal(std::in_place, progress);
         Report report;
         report.add("input", m_input);
         report.add("output", m_output);
@@ -49,7 +52,7 @@ public:
         report.add("points_read", numPoints);
         if (m_joining) lines = joinedLines(lines, *m_joining);
         if (m_decimation) numGone = decimateLines(lines, *m_decimation);
-        checkCancelled(progress);
+        endOnSignal.reset();
         saveOutlines(lines, m_output, m_formats.ofOutput(), 2);
         addLines(lines, report);
         if (numGone > 0)

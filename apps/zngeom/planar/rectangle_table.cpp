@@ -1,9 +1,9 @@
 #include "apps/zngeom/planar/rectangle_table.h"
 
 #include "apps/zngeom/files/mesh_files.h"
-#include "apps/zngeom/files/number_text.h"
 #include "apps/zngeom/files/read_file.h"
 #include "apps/zngeom/files/text_lines.h"
+#include "apps/zngeom/frame/number_text.h"
 #include "apps/zngeom/frame/pacer.h"
 
 namespace tool {

@@ -5,6 +5,7 @@
 
 #include "apps/zngeom/files/corner_split.h"
 #include "apps/zngeom/frame/pacer.h"
+#include "apps/zngeom/planar/polygon_area.h"
 #include "znGeom/analysis/adjacency.h"
 #include "znGeom/analysis/border_loops.h"
 #include "znGeom/analysis/components.h"
@@ -25,16 +26,6 @@ Point2 directionOf(const znGeom::Rect2& rect)
     if (std::fabs(along.y) > std::fabs(along.x)) along = {along.y, -along.x};
     const double length = std::hypot(along.x, along.y) * (along.x < 0 ? -1 : 1);
     return length != 0 ? Point2(along.x / length, along.y / length) : Point2(1, 0);
-}
-
-double signedArea(const std::vector<Point2>& points)
-{
-    double sum = 0;
-    for (std::size_t i = 0; i < points.size(); ++i) {
-        const Point2 &a = points[i], &b = points[(i + 1) % points.size()];
-        sum += (a.x - points[0].x) * (b.y - points[0].y) - (b.x - points[0].x) * (a.y - points[0].y);
-    }
-    return sum / 2;
 }
 
 } // namespace

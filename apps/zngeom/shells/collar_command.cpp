@@ -8,11 +8,11 @@
 #include "apps/zngeom/command/part_options.h"
 #include "apps/zngeom/command/picture_option.h"
 #include "apps/zngeom/files/mesh_files.h"
-#include "apps/zngeom/files/number_text.h"
 #include "apps/zngeom/files/point_reader.h"
 #include "apps/zngeom/files/read_file.h"
 #include "apps/zngeom/files/write_file.h"
 #include "apps/zngeom/frame/cancel_on_signal.h"
+#include "apps/zngeom/frame/number_text.h"
 #include "apps/zngeom/frame/pacer.h"
 #include "apps/zngeom/frame/usage.h"
 #include "apps/zngeom/measuring/boundary_loops.h"
@@ -175,9 +175,7 @@ private:
             throw Failure(m_output + ": is no mesh format for the strip, and not .txt, .csv or .json for its frames");
         if (table() == Table::None) checkOutputFormat(m_output, m_formats.ofOutput());
         if (!m_picture.path.empty()) checkPictureName(m_picture.path);
-        std::error_code error;
-        if (std::filesystem::equivalent(m_path, m_output, error))
-            throw Failure(m_output + ": is read, and not overwritten by a strip");
+        checkIsOther(m_path, m_output);
         if (m_width && (!std::isfinite(*m_width) || *m_width == 0))
             throw Failure("--width: must be a number other than 0");
         if (m_from && *m_from == *m_to)

@@ -5,8 +5,8 @@
 
 #include "apps/zngeom/command/change_command.h"
 #include "apps/zngeom/command/part_options.h"
-#include "apps/zngeom/files/number_text.h"
 #include "apps/zngeom/frame/cancel_on_signal.h"
+#include "apps/zngeom/frame/number_text.h"
 #include "apps/zngeom/frame/pacer.h"
 #include "apps/zngeom/frame/usage.h"
 #include "apps/zngeom/shells/extrude_patches.h"

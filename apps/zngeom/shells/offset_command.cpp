@@ -5,7 +5,7 @@
 #include "apps/zngeom/command/change_command.h"
 #include "apps/zngeom/command/part_options.h"
 #include "apps/zngeom/editing/positions_only.h"
-#include "apps/zngeom/files/number_text.h"
+#include "apps/zngeom/frame/number_text.h"
 #include "apps/zngeom/frame/pacer.h"
 #include "apps/zngeom/shells/offset_surface.h"
 #include "znGeom/analysis/census.h"
