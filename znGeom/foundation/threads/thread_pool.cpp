@@ -140,7 +140,9 @@ private:
     {
         const unsigned round = (m_state.load(std::memory_order_relaxed) & ~leftMask) + roundStep;
         m_state.store(round | numLeft);
-        if (m_mayBeAsleep.exchange(false)) m_state.notify_all();
+        if (!m_mayBeAsleep.exchange(false)) return;
+        m_wakes.fetch_add(1);
+        m_wakes.notify_all();
     }
 
     /// Claims a body and runs it. While a claim is held, the round, and with it the job, cannot end.
@@ -157,12 +159,14 @@ private:
     }
 
     /// Waking a thread costs a call of the system, so a round wakes only who went to sleep since the last one that did.
-    /// Whoever goes to sleep says so first and then looks again: either sees the other.
+    /// Whoever goes to sleep says so first and then looks again: either sees the other. The sleep is over with the next
+    /// wake whatever the state is then: a round may be done, and a worker asleep after it, before its caller comes to
+    /// waking, and whoever sleeps on after a wake would have to say so anew.
     void sleepWhileEqual(unsigned state)
     {
-        if (m_state.load() != state) return;
+        const unsigned wakes = m_wakes.load();
         m_mayBeAsleep.store(true);
-        m_state.wait(state);
+        if (m_state.load() == state) m_wakes.wait(wakes);
     }
 
     void work()
@@ -186,6 +190,7 @@ private:
     alignas(cacheLine) std::atomic<int> m_pending{0};
     std::atomic<bool> m_taken{false};
     std::atomic<bool> m_mayBeAsleep{false}; ///< whether a worker may sleep that no round has woken
+    std::atomic<unsigned> m_wakes{0};
     std::atomic<bool> m_stop{false};
     Job m_job = nullptr;
     void* m_context = nullptr;
