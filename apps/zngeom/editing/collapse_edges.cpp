@@ -34,14 +34,17 @@ struct Corners
     Point middle() const { return ((at[0].asVector() + at[1].asVector() + at[2].asVector()) / 3.0).asPoint(); }
 };
 
-/// The power of two that brings the diagonal of a mesh to between 512 and 1024. Borders weigh the more, the longer
-/// their edges are: so the result does not depend on the unit of the file.
+/// The power of two that brings the mean length of the sides of all triangles to between 1 and 2. Borders weigh as the
+/// square of the lengths of their edges: so they weigh about as much as faces, whatever the unit of the file.
 double scaleOf(const CompactMesh& mesh)
 {
-    double min[3], max[3];
-    znGeom::meshBoundingBox(mesh, min, max);
-    const double diagonal = std::hypot(max[0] - min[0], max[1] - min[1], max[2] - min[2]);
-    return std::isfinite(diagonal) && diagonal > 0 ? std::ldexp(1.0, 9 - std::ilogb(diagonal)) : 1;
+    double sum = 0;
+    for (int t = 0; t < mesh.getNumTriangles(); ++t) {
+        const Corners corners(mesh, t);
+        for (int i = 0; i < 3; ++i) sum += (corners.at[(i + 1) % 3] - corners.at[i]).length();
+    }
+    const double mean = sum / (3.0 * mesh.getNumTriangles());
+    return std::isfinite(mean) && mean > 0 ? std::ldexp(1.0, -std::ilogb(mean)) : 1;
 }
 
 void scale(znGeom::TopoMesh& mesh, double factor)
