@@ -122,6 +122,26 @@ TEST(LineTopology, PairsStretchesFromCornerToCorner)
     EXPECT_NEAR(lone.getLength(), 4, 1e-6);
 }
 
+TEST(LineTopology, EndsExactlyWhereThreeStripsMeetHoweverNearTheSamplesBeside)
+{
+    const Point corner(1, 0, 0);
+    Strip left = rectangle(0, 0, 1, 1), right = rectangle(1, 0, 2, 1), below = rectangle(0, -1, 2, 0, 23);
+    left.insert(std::find(left.begin(), left.end(), corner), Point(0.992, 0, 0));
+    right.insert(right.end(), Point(1, 0.007, 0));
+    below.insert(std::find(below.begin(), below.end(), corner), Point(1.006, 0, 0));
+    const CompactMesh lines = makeLines({left, right, below});
+    Topology topology(lines);
+    ASSERT_TRUE(topology.compute(0.1));
+    checkStructure(topology);
+    int numEnds = 0, numPaired = 0;
+    for (const Edge& edge : edgesOf(topology)) {
+        numPaired += edge.isLinear();
+        for (const auto& point : {edge.getFirstPoint(), edge.getSecondPoint()})
+            numEnds += edge.isLinear() && placeOf(lines, point) == corner;
+    }
+    EXPECT_TRUE(numPaired == 6 && numEnds == 6) << numPaired << ' ' << numEnds;
+}
+
 TEST(LineTopology, PairsWholeLoopsAndBothSidesOfASlit)
 {
     Strip inner = rectangle(0, 0, 1, 1, 33);

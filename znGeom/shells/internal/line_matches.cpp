@@ -18,9 +18,9 @@ namespace {
 constexpr double leastCosine = 0.5;
 constexpr double leastWayOnOwnStrip = 4; ///< in tolerances
 
-/// Consecutive segments of a strip taken together until they are a tenth of the tolerance long: what is shorter points
-/// wherever rounding leaves its ends, and there may be any number of it within the tolerance. Strips that are shorter
-/// than the tolerance, or not finite, have no chords.
+/// Consecutive segments of a strip taken together until they are a tenth of the tolerance long, or a hundredth where
+/// the strip turns sharply then: what is shorter points wherever rounding leaves its ends, and there may be any number
+/// of it within the tolerance. Strips that are shorter than the tolerance, or not finite, have no chords.
 class Chords
 {
 public:
@@ -30,9 +30,7 @@ public:
             const double length = strips.length(strip);
             if (!std::isfinite(length) || length < tolerance) continue;
             for (int i = strips.first(strip); i < strips.first(strip) + strips.count(strip); ++i) {
-                const bool isNew =
-                    i == strips.first(strip) || strips.arc(i) - strips.arc(m_begins.back()) >= tolerance / 10;
-                if (isNew) m_begins.append(i);
+                if (i == strips.first(strip) || isFull(i, tolerance)) m_begins.append(i);
                 m_ofSamples[i] = m_begins.size() - 1;
             }
         }
@@ -66,6 +64,17 @@ public:
     }
 
 private:
+    /// Whether the last chord ends at a sample.
+    bool isFull(int sample, double tolerance) const
+    {
+        const double length = m_strips.arc(sample) - m_strips.arc(m_begins.back());
+        if (length < tolerance / 100) return false;
+        if (length >= tolerance / 10) return true;
+        const Normal into(m_strips.points[sample] - m_strips.points[m_begins.back()]);
+        const Normal out(m_strips.points[m_strips.next(sample)] - m_strips.points[sample]);
+        return into.isValid() && out.isValid() && dot(into, out) < leastCosine;
+    }
+
     const LineStrips& m_strips;
     zn::vector<int> m_begins;
     zn::vector<int> m_ofSamples;
