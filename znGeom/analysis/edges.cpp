@@ -61,15 +61,25 @@ MeshTriangle startingAt(int vertex, const MeshTriangle& triangle)
     return rotated(triangle, triangle[0] == vertex ? 0 : triangle[1] == vertex ? 1 : 2);
 }
 
-/// Calls `visit(triangle)` for the triangles of both of two vertices, ascending and each once, by way of the vertex
-/// that has fewer.
+/// Whether a triangle at the first corner of another one has a further corner of it.
+bool shareSide(const MeshTriangle& triangle, const MeshTriangle& other)
+{
+    const auto isOther = [&](int vertex) { return vertex != triangle[0] && hasVertex(other, vertex); };
+    return isOther(triangle[1]) || isOther(triangle[2]);
+}
+
+/// Calls `visit(triangle)` for the triangles of both of two vertices that have a number above `previous`, ascending and
+/// each once, by way of the vertex that has fewer.
 template <typename Visit>
-void forEachAtBoth(int a, int b, const MeshTriangle* triangles, const MeshAdjTris& adjTris, const Visit& visit)
+void forEachAtBoth(int a, int b, int previous, const MeshTriangle* triangles, const MeshAdjTris& adjTris,
+                   const Visit& visit)
 {
     if (adjTris.numTris(b) < adjTris.numTris(a)) std::swap(a, b);
-    int previous = -1; // a triangle that names a vertex twice is listed twice in a row
-    for (const int triangle : adjTris.around(a))
-        if (std::exchange(previous, triangle) != triangle && hasVertex(triangles[triangle], b)) visit(triangle);
+    for (const int triangle : adjTris.around(a)) {
+        if (triangle <= previous) continue; // a triangle that names a vertex twice is listed twice in a row
+        previous = triangle;
+        if (hasVertex(triangles[triangle], b)) visit(triangle);
+    }
 }
 
 /// What the cosine of an angle between two unit normals must exceed for the angle to be certainly smaller than one
@@ -87,26 +97,29 @@ public:
     double find(Slice slice)
     {
         for (int i = slice.begin; i < slice.end; ++i)
-            for (int corner = 0; corner < 3; ++corner) lookAcross(i, corner, cornerAfter(corner));
+            for (int corner = 0; corner < 3; ++corner) lookAround(i, rotated(m_triangles[i], corner));
         return m_largest;
     }
 
 private:
-    /// Normals differ in their last bits by the corner that comes first; both ends of a side are taken for that.
-    void lookAcross(int index, int first, int second)
+    /// Normals differ in their last bits by the corner that comes first; each side is looked across from both its ends.
+    void lookAround(int index, const MeshTriangle& triangle)
     {
-        const MeshTriangle& triangle = m_triangles[index];
-        const int from = triangle[first], to = triangle[second];
-        if (from == to) return;
-        const MeshTriangle atFrom = rotated(triangle, first), atTo = rotated(triangle, second);
-        forEachAtBoth(from, to, m_triangles, m_adjTris, [&](int neighbour) {
-            if (neighbour <= index) return;
-            compare(normalOf(atFrom), normalOf(startingAt(from, m_triangles[neighbour])));
-            compare(normalOf(atTo), normalOf(startingAt(to, m_triangles[neighbour])));
-        });
+        constexpr int few = 32;
+        const int at = triangle[0];
+        Normal normal; // computed when it is needed
+        const auto compareTo = [&](int neighbour) {
+            if (!normal.isValid()) normal = meshTriNormal(m_vertices, triangle.corners);
+            compare(normal, meshTriNormal(m_vertices, startingAt(at, m_triangles[neighbour]).corners));
+        };
+        if (m_adjTris.numTris(at) <= few) {
+            for (const int neighbour : m_adjTris.around(at))
+                if (neighbour > index && shareSide(triangle, m_triangles[neighbour])) compareTo(neighbour);
+        } else {
+            for (const int other : {triangle[1], triangle[2]})
+                if (other != at) forEachAtBoth(at, other, index, m_triangles, m_adjTris, compareTo);
+        }
     }
-
-    Normal normalOf(const MeshTriangle& triangle) const { return meshTriNormal(m_vertices, triangle.corners); }
 
     void compare(const Normal& a, const Normal& b)
     {
@@ -150,8 +163,7 @@ public:
 private:
     void findOnSide(int index, const Normal& normal, const MeshDihedralAnglesResult::Edge& side, Edges& found) const
     {
-        forEachAtBoth(side.first, side.second, m_triangles, m_adjTris, [&](int neighbour) {
-            if (neighbour <= index) return;
+        forEachAtBoth(side.first, side.second, index, m_triangles, m_adjTris, [&](int neighbour) {
             const MeshTriangle other = startingAt(side.first, m_triangles[neighbour]);
             if (other[2] != side.second) return;
             if (!isSharp(normal, meshTriNormal(m_vertices, other.corners))) return;
@@ -208,7 +220,7 @@ void MeshDihedralAnglesResult::getAdjacentTriangles(const CompactMesh& mesh, con
     const MeshTriangle* all = mesh.getTriangles();
     BitVector marked(mesh.getNumTriangles());
     for (const auto& [from, to] : edges)
-        forEachAtBoth(from, to, all, adjTris, [&marked](int triangle) { marked.setBit(triangle); });
+        forEachAtBoth(from, to, -1, all, adjTris, [&marked](int triangle) { marked.setBit(triangle); });
     triangles.clear();
     triangles.reserve(marked.getNumSetBits());
     forEachSetBit(marked, [&triangles](int triangle) { triangles.append(triangle); });
