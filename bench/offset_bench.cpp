@@ -58,7 +58,7 @@ struct Build
         for (const znGeom::TopoMeshVertex copy : shell.copies) points.append(copy.point());
     }
     void query() { tooClose = znGeom::internal::findTooClose(*source.octree, points, distance); }
-    void prune() { znGeom::internal::pruneOffset(*topology, shell, tooClose, kept); }
+    void prune() { znGeom::internal::pruneOffset(*topology, shell, tooClose, 0, kept); }
 };
 
 class Nearness

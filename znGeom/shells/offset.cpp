@@ -66,6 +66,7 @@ public:
     }
 
     MeshOffsetPruning pruning;
+    double leastCosine = 0; ///< of the angle between a turned triangle and a normal of the mesh
 
 private:
     void prune(TopoMesh& topology, const internal::OffsetShell& shell, BitVector& kept)
@@ -73,7 +74,8 @@ private:
         zn::vector<znLinear::Point> points(shell.size());
         std::transform(shell.copies.begin(), shell.copies.end(), points.begin(),
                        [](TopoMeshVertex copy) { return copy.point(); });
-        pruning = pruneOffset(topology, shell, internal::findTooClose(m_octree, points, m_distance), kept);
+        const BitVector tooClose = internal::findTooClose(m_octree, points, m_distance);
+        pruning = pruneOffset(topology, shell, tooClose, leastCosine, kept);
     }
 
     const CompactMesh& m_mesh;
@@ -105,6 +107,11 @@ CompactMesh* MeshOffset::calculate(Array<int>& vertexRemap, Array<int>& offsetIn
     std::unique_ptr<CompactMesh> result = m_impl->build(vertexRemap, &offsetIndices);
     meshComputeNormals(*result);
     return result.release();
+}
+
+void MeshOffset::setTurnedFrom(double cosine)
+{
+    m_impl->leastCosine = cosine >= 0 ? std::min(cosine, 1.0) : 0; // 0 for not-a-number, too
 }
 
 const MeshOffsetPruning& MeshOffset::pruning() const { return m_impl->pruning; }

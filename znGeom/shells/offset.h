@@ -54,6 +54,13 @@ public:
     MeshOffset& operator=(const MeshOffset&) = delete;
     ~MeshOffset();
 
+    /// When a triangle of the copy counts as turned over at a vertex: where the cosine of the angle between what it
+    /// faces and the way that the mesh faces at that vertex is above this. At 0, as at the start, a triangle that
+    /// merely stands across counts as soon as it leans back: at the tips of thin parts removing its vertices makes the
+    /// next such triangle, and so on, and the part may go as a whole. At 0.7 it stays.
+    /// \param cosine  brought to between 0 and 1; for all calculations from now on
+    void setTurnedFrom(double cosine);
+
     /// \param shell  true for the mesh with its copy and the walls, closed; false for the copy alone, which lacks
     ///               vertices that only walls held
     /// \return never null; the caller's to delete. With normals and no other channels. Vertices that no triangle uses

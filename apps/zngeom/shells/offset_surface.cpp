@@ -46,6 +46,8 @@ std::unique_ptr<CompactMesh> shellOf(const CompactMesh& mesh, double outward, bo
     znGeom::meshBoundingBox(mesh, box);
     const znGeom::Octree octree(mesh.getNumVertices(), mesh.getVerticesRaw(), box, true, 16);
     znGeom::MeshOffset offset(mesh, octree, borders.boundaries, borders.adjTris, -outward);
+    constexpr double backward = 0.7; // what merely stands across, at the tips of thin parts, is left as it is
+    offset.setTurnedFrom(backward);
     std::unique_ptr<CompactMesh> result(offset.calculate(isShell));
     findings.pruning = offset.pruning();
     return result;

@@ -70,9 +70,9 @@ namespace {
 class Pruning
 {
 public:
-    Pruning(TopoMesh& mesh, const OffsetShell& shell, BitVector& kept)
-        : m_shell(shell), m_kept(kept), m_changed(mesh.vertexNumbers()), m_removal(mesh, m_changed),
-          m_untried(shell.size())
+    Pruning(TopoMesh& mesh, const OffsetShell& shell, double leastCosine, BitVector& kept)
+        : m_shell(shell), m_leastCosine(leastCosine), m_kept(kept), m_changed(mesh.vertexNumbers()),
+          m_removal(mesh, m_changed), m_untried(shell.size())
     {
         m_kept.resize(shell.size());
         m_kept.setAllBits();
@@ -131,7 +131,9 @@ private:
         for (const TopoMeshEdge e : outgoingOf(m_shell.copies[i])) {
             const TopoMeshVertex a = e->origin, b = endOf(e), c = e->prev->origin;
             if (m_shell.isSource(b) || m_shell.isSource(c)) continue;
-            if (dot(cross(c->point - b->point, a->point - b->point), normal) > 0) return true;
+            const Vector facing = cross(c->point - b->point, a->point - b->point);
+            const double along = dot(facing, normal);
+            if (along > 0 && (m_leastCosine == 0 || along > m_leastCosine * facing.length())) return true;
         }
         return false;
     }
@@ -149,6 +151,7 @@ private:
     }
 
     const OffsetShell& m_shell;
+    double m_leastCosine;
     BitVector& m_kept;
     BitVector m_changed; ///< by numbers of vertices, those of the source included
     OffsetRemoval m_removal;
@@ -158,9 +161,10 @@ private:
 
 } // namespace
 
-MeshOffsetPruning pruneOffset(TopoMesh& mesh, const OffsetShell& shell, const BitVector& tooClose, BitVector& kept)
+MeshOffsetPruning pruneOffset(TopoMesh& mesh, const OffsetShell& shell, const BitVector& tooClose, double leastCosine,
+                              BitVector& kept)
 {
-    Pruning pruning(mesh, shell, kept);
+    Pruning pruning(mesh, shell, leastCosine, kept);
     if (pruning.removeTooClose(tooClose) > 0) pruning.removeTurned();
     return pruning.result(tooClose);
 }

@@ -33,7 +33,9 @@ private:
 };
 
 /// Prunes the copy of a shell as it was made.
-/// \param kept  replaced: the vertices of the source whose copies are left
-MeshOffsetPruning pruneOffset(TopoMesh& mesh, const OffsetShell& shell, const BitVector& tooClose, BitVector& kept);
+/// \param leastCosine  of the angle between a triangle that counts as turned over and the normal of the source
+/// \param kept         replaced: the vertices of the source whose copies are left
+MeshOffsetPruning pruneOffset(TopoMesh& mesh, const OffsetShell& shell, const BitVector& tooClose, double leastCosine,
+                              BitVector& kept);
 
 } // namespace znGeom::internal
