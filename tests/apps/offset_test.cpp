@@ -56,6 +56,9 @@ TEST(ToolOffset, TellsWhatWasPrunedAndWhatCrosses)
     EXPECT_EQ(info(out)["unused_vertices"], 0);
     EXPECT_LT(above["wall_smallest"], 3.0);
     EXPECT_GT(above["wall_largest"], 3.5);
+    EXPECT_EQ(above["notes"].dump().find("away from"), std::string::npos) << above;
+    const Json highAbove = report({"offset", in, out, "--distance", "6"}); // there is no room at the bottom
+    EXPECT_NE(highAbove["notes"].dump().find("up to 17.2"), std::string::npos) << highAbove;
 
     for (const char* side : {"in", "out"}) {
         const Json shell = report({"shell", in, out, "--thickness", "0.3", "--side", side});

@@ -31,11 +31,10 @@ const std::string aboutPruning =
     "In front of the surface is where its triangles appear counter-clockwise. Vertices of the copy that come too\n"
     "near to the mesh, and those where it turns over, are removed; those that can't be are counted as left. Only\n"
     "distances between vertices count: where edges are longer than the distance the copy may cross the mesh, or\n"
-    "itself. The wall is measured from the vertices of each surface to the other; crossings are pairs of triangles\n"
-    "of OUT, in a shell also those that the mesh had. Normals, texture coordinates and groups are not kept,\n"
-    "polygons become triangles. Ctrl-C ends the command with OUT as it was. The picture shows the mesh before and "
-    "after,\n"
-    "and what crosses in red.\n"
+    "itself, and of parts without room for the copy little is left. The wall is measured from the vertices of each\n"
+    "surface to the other; crossings are pairs of triangles of OUT, in a shell also those that the mesh had.\n"
+    "Normals, texture coordinates and groups are not kept, polygons become triangles. Ctrl-C ends the command with\n"
+    "OUT as it was. The picture shows the mesh before and after, and what crosses in red.\n"
     "Exit status: 0, or 2 when something crosses or is left that should have gone; OUT is written in both cases.";
 
 /// What the two commands have in common.
@@ -132,6 +131,10 @@ private:
         if (isClosed && wanted.outward < 0 && loaded.mesh.getNumVertices() > 0 && findings.pruning.tooCloseLeft > 0)
             loaded.notes.push_back("the mesh is thinner than the distance somewhere: what is left of the copy there "
                                    "has no inside");
+        constexpr double far = 2; // in distances
+        if (findings.largestWall > far * std::fabs(wanted.outward))
+            loaded.notes.push_back("where parts of the copy went, the mesh is up to " +
+                                   shownNumber(findings.largestWall) + " away from what is left of it");
     }
 };
 
