@@ -72,8 +72,8 @@ private:
     std::filesystem::path m_folder;
 };
 
-/// Runs a call to its end, then interrupts it after every tenth of its time, and expects the files
-/// that it writes to be the old ones or the whole new ones, and no others beside them.
+/// Runs a call to its end, then interrupts it after every tenth of its time, and expects the files that it writes to be
+/// the old ones or the whole new ones, and no others beside them.
 ///
 /// \param numFiles        how many it writes; none of them may be there yet
 /// \param isTwiceAtTimes  a second interrupt follows, which ends it whatever it is about

@@ -1,4 +1,3 @@
-
 #include "apps/zngeom/command/command.h"
 #include "apps/zngeom/command/format_option.h"
 #include "apps/zngeom/command/part_options.h"

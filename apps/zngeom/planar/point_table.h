@@ -1,4 +1,4 @@
-/// Tables of points in the plane, and options that commands over them share.
+/// Tables of points in the plane.
 #pragma once
 
 #include <string>
